@@ -26,6 +26,10 @@ std::vector<std::string> openWindows();
 WINDOW control(WINDOW window, const std::string& name);
 /// Symbolic names of a window's controls, in table order.
 std::vector<std::string> controls(WINDOW window);
+/// What a control is (ITEM_KIND of xvt/resource.h); -1 for anything that is no control.
+int kind(WINDOW control);
+/// The text field of a document window, or NULL_TXEDIT.
+TXEDIT textField(WINDOW window);
 /// The command number of the menu item with this symbolic name, 0 if there is none.
 int menuCommand(const std::string& name);
 

@@ -16,9 +16,9 @@
 #include <cstddef>
 
 #if defined(__GNUC__)
-#define XVT_PRINTF(format, first) __attribute__((format(printf, format, first)))
+#define XVT_PRINTF(position, first) __attribute__((format(printf, position, first)))
 #else
-#define XVT_PRINTF(format, first)
+#define XVT_PRINTF(position, first)
 #endif
 
 // ---- handles and plain types ------------------------------------------------------------------------------------
@@ -190,7 +190,7 @@ enum WIN_FLAGS : unsigned {
 /// One entry of a window definition: first the window, then what is in it, then an entry of type W_NONE.
 struct WIN_DEF {
   WIN_TYPE type = W_NONE;
-  RCT rct;                      ///< for the window: wished place and size on the screen; for a field: in the client area
+  RCT rct;  ///< for the window: wished place and size on the screen; for a field: in the client area
   const char* title = nullptr;  ///< the window's title
   int id = 0;                   ///< the text field's number
   XVT_FNTID font = NULL_FNTID;  ///< the text field's font
@@ -286,7 +286,12 @@ void xvt_menu_set_item_enabled(WINDOW window, int command, bool enabled);
 bool xvt_menu_is_item_enabled(WINDOW window, int command);
 
 /// Menu items that the toolkit itself carries out on whatever has the focus.
-enum STANDARD_COMMANDS : int { M_EDIT_CUT = 32026, M_EDIT_COPY = 32027, M_EDIT_PASTE = 32028, M_EDIT_SELECT_ALL = 32029 };
+enum STANDARD_COMMANDS : int {
+  M_EDIT_CUT = 32026,
+  M_EDIT_COPY = 32027,
+  M_EDIT_PASTE = 32028,
+  M_EDIT_SELECT_ALL = 32029
+};
 
 // ---- timers -----------------------------------------------------------------------------------------------------
 
@@ -403,7 +408,8 @@ using T_PNUM = int;   ///< a paragraph's number, from 0
 using T_LNUM = long;  ///< a line's number, from 0
 using T_CPOS = int;   ///< a horizontal offset in pixels
 
-/// Told when the field scrolled or changed by itself: its first visible line, its number of lines, the horizontal offset.
+/// Told when the field scrolled or changed by itself: its first visible line, its number of lines, the horizontal
+/// offset.
 using TX_SCROLL_CALLBACK = void (*)(TXEDIT text, T_LNUM origin_line, T_LNUM lines, T_CPOS origin_offset);
 
 /// The text field with number `id` of a window, or NULL_TXEDIT.

@@ -3,9 +3,13 @@
 
 #include "xvt/xvt.h"
 
+/// 1 while the console is shown.
+extern short gConsIsVisible;
+
 /// Creates the console. When that fails it says so in a box and the program goes on without one.
 void consInit();
-/// Appends one line (without its newline) to the window and to the file; on screen and on disk when it returns.
+/// Appends one line (without its newline) to the window and to the file; on screen and on disk when it returns. A text
+/// with newlines in it becomes several lines. Without a console the text is dropped.
 void console_out(const char* textStr);
 /// printf into console_out; lines of any length.
 void console_printf(const char* format, ...) XVT_PRINTF(1, 2);
@@ -13,3 +17,8 @@ void console_printf(const char* format, ...) XVT_PRINTF(1, 2);
 void raiseConsole();
 /// Ends the console.
 void killConsole();
+
+/// The console window's event handler. User event 1 toggles its visibility, 2 appends the line that comes with it.
+long console_window_eh(WINDOW xdWindow, EVENT* xdEvent);
+/// Keeps the console's bookkeeping in step when its text field scrolls by itself.
+void consScrollCallback(TXEDIT theText, T_LNUM origLine, T_LNUM nLines, T_CPOS origOffset);

@@ -40,40 +40,40 @@ struct DListStruct {
 
 /// One input or output. Fields marked (unit 0) are meaningful in element 0 only and shared by all units.
 struct UnitStruct {
-  char name[256];               ///< drive or file name, "" when closed
-  char devName[256];            ///< device path of an open tape, "" when closed
-  unsigned char numAdapters;    ///< (unit 0)
-  char adapter[8];              ///< SCSI host number of the open tape
-  char id[8];                   ///< SCSI target id of the open tape, "" after close or a failed open
-  char* ioBuffer;               ///< the shared tape buffer (unit 0)
-  unsigned int ioBufLen;        ///< its size in bytes, the block limit of the whole run (unit 0)
+  char name[256];                       ///< drive or file name, "" when closed
+  char devName[256];                    ///< device path of an open tape, "" when closed
+  unsigned char numAdapters;            ///< (unit 0)
+  char adapter[8];                      ///< SCSI host number of the open tape
+  char id[8];                           ///< SCSI target id of the open tape, "" after close or a failed open
+  char* ioBuffer;                       ///< the shared tape buffer (unit 0)
+  unsigned int ioBufLen;                ///< its size in bytes, the block limit of the whole run (unit 0)
   DListStruct theDriveList[MAX_UNITS];  ///< the drives found (unit 0)
-  SLIST theOutputList;          ///< chosen output drives; data: index into theDriveList (unit 0)
-  AutoLoader* autoLoader;       ///< null on this system
-  int theListItem;              ///< index of this unit's drive in theDriveList; -1: none
-  bool unloadAtEot;             ///< unload at the end of a tape; keeps `name` at close
-  bool autoMode;                ///< a stacker loads the next tape by itself
-  bool hasAutoLoader;           ///< the changer is under program control; stays false on this system
-  bool inputAbort;              ///< stop on an input read error, without retries
-  bool inputNoRewind;           ///< leave the input tape where it stands at the end of a job
-  bool outputNoRewind;          ///< leave the output tapes where they stand
-  bool useMultipleOut;          ///< several output drives (unit 0)
-  int nOutputs;                 ///< open output units (unit 0)
-  int state;                    ///< 0 closed, 1 open
-  short isM4;                   ///< the drive belongs to the family that needs the 64000-byte read limit
-  short overrideM4;             ///< isM4 is the user's, not the model test's (unit 0)
-  FILE_SPEC fs;                 ///< a disk unit's file
-  std::FILE* fp;                ///< a disk unit's open stream, owned by the unit
-  int fd;                       ///< an open tape's descriptor, 0 when closed
-  int type;                     ///< UNIT_TYPE
-  int blockNum;                 ///< block within the tape file, 1 after open or rewind
-  int fileNum;                  ///< tape file, 1 after open or rewind
-  int eofMark;                  ///< the last read met a filemark
-  int eodMark;                  ///< end of data met
-  int eotMark;                  ///< end of tape met; kept for the jobs
-  int timeout;                  ///< minutes to wait for the next tape in automatic mode
-  unsigned int minBlockSize;    ///< 1 for an open tape, 0 closed
-  unsigned int maxBlockSize;    ///< largest block read or written, 0 closed
+  SLIST theOutputList;                  ///< chosen output drives; data: index into theDriveList (unit 0)
+  AutoLoader* autoLoader;               ///< null on this system
+  int theListItem;                      ///< index of this unit's drive in theDriveList; -1: none
+  bool unloadAtEot;                     ///< unload at the end of a tape; keeps `name` at close
+  bool autoMode;                        ///< a stacker loads the next tape by itself
+  bool hasAutoLoader;                   ///< the changer is under program control; stays false on this system
+  bool inputAbort;                      ///< stop on an input read error, without retries
+  bool inputNoRewind;                   ///< leave the input tape where it stands at the end of a job
+  bool outputNoRewind;                  ///< leave the output tapes where they stand
+  bool useMultipleOut;                  ///< several output drives (unit 0)
+  int nOutputs;                         ///< open output units (unit 0)
+  int state;                            ///< 0 closed, 1 open
+  short isM4;                           ///< the drive belongs to the family that needs the 64000-byte read limit
+  short overrideM4;                     ///< isM4 is the user's, not the model test's (unit 0)
+  FILE_SPEC fs;                         ///< a disk unit's file
+  std::FILE* fp;                        ///< a disk unit's open stream, owned by the unit
+  int fd;                               ///< an open tape's descriptor, 0 when closed
+  int type;                             ///< UNIT_TYPE
+  int blockNum;                         ///< block within the tape file, 1 after open or rewind
+  int fileNum;                          ///< tape file, 1 after open or rewind
+  int eofMark;                          ///< the last read met a filemark
+  int eodMark;                          ///< end of data met
+  int eotMark;                          ///< end of tape met; kept for the jobs
+  int timeout;                          ///< minutes to wait for the next tape in automatic mode
+  unsigned int minBlockSize;            ///< 1 for an open tape, 0 closed
+  unsigned int maxBlockSize;            ///< largest block read or written, 0 closed
 };
 
 // Dialogs edit the four option flags through one 4-byte word that begins at inputAbort.
@@ -138,6 +138,8 @@ int tlv_unload(UnitStruct* aUnit, int uNum);
 /// Brings the next tape of a sequence. ptr1: the unit array; ptr2: receives 1 when a tape is ready, else 0; ptr3: the
 /// unit number itself (0 the input, 1 or more: every output is changed by this one call).
 void tlvAutoLoad(PassPtr* thePtr);
+/// The step of tlvAutoLoad for one unit: unload, wait, open. @return 1 when the next tape is ready, else 0
+int tlvLoadNextTape(UnitStruct* aUnit, int uNum);
 int tlvInitLoader(UnitStruct* aUnit, int uNum);
 /// Not available on this system: says so in a box and answers -1.
 int countTapeFiles();

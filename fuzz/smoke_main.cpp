@@ -1,0 +1,54 @@
+// A short run of a fuzz target without a fuzzer: seeds made of the words that the formats know, then damaged at random,
+// the same ones at every run. With file names as arguments those files are run instead, such as a fuzzer's findings.
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <vector>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// Lengths, marks and ends as tape-image files and cartridges have them, and values at the edges.
+constexpr std::array<std::uint32_t, 14> WORDS = {
+    0, 1, 2, 5, 31, 32, 4096, 0x746C7631, 0x01000001, 0xF0F0F0F0, 0xFFFFFFFF, 0xFFFFFFFE, 0x80000005, 0x7FFFFFFF};
+
+Bytes seed(std::mt19937& random) {
+  Bytes bytes;
+  for (std::size_t words = random() % 120; words > 0; --words) {
+    const std::uint32_t word =
+        random() % 4 == 0 ? static_cast<std::uint32_t>(random()) : WORDS[random() % WORDS.size()];
+    for (int shift = 0; shift < 32; shift += 8) {
+      bytes.push_back(static_cast<std::uint8_t>(word >> shift));
+    }
+  }
+  for (std::size_t damage = random() % 4; damage > 0 && !bytes.empty(); --damage) {
+    bytes[random() % bytes.size()] = static_cast<std::uint8_t>(random());
+  }
+  if (random() % 2 == 0 && !bytes.empty()) {
+    bytes.resize(random() % bytes.size());
+  }
+  return bytes;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  for (int i = 1; i < argc; ++i) {
+    std::ifstream file(argv[i], std::ios::binary);
+    const Bytes bytes{std::istreambuf_iterator<char>(file), {}};
+    LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
+  }
+  std::mt19937 random(1);
+  for (int run = 0; argc == 1 && run < 20000; ++run) {
+    const Bytes bytes = seed(random);
+    LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
+  }
+  return 0;
+}

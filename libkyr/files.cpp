@@ -1,0 +1,80 @@
+#include "libkyr/files.h"
+
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <new>
+#include <utility>
+
+namespace {
+
+bool sameNode(const struct stat& a, const struct stat& b) { return a.st_dev == b.st_dev && a.st_ino == b.st_ino; }
+
+std::optional<struct stat> statOf(const std::string& path) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) return std::nullopt;
+  return status;
+}
+
+std::optional<std::uint64_t> regularSize(const struct stat& status) {
+  if (!S_ISREG(status.st_mode)) return std::nullopt;
+  return static_cast<std::uint64_t>(status.st_size);
+}
+
+// Two names of which no file exists yet.
+bool sameNewFile(const std::filesystem::path& a, const std::filesystem::path& b) {
+  if (a.filename() != b.filename()) return false;
+  const auto directory = [](const std::filesystem::path& path) {
+    return statOf(path.has_parent_path() ? path.parent_path().string() : ".");
+  };
+  const auto directoryA = directory(a);
+  const auto directoryB = directory(b);
+  return directoryA && directoryB && sameNode(*directoryA, *directoryB);
+}
+
+}  // namespace
+
+std::string joinPath(std::string_view directory, std::string_view name) {
+  if (name.empty()) return std::string(directory);
+  if (directory.empty() || name.front() == '/') return std::string(name);
+  std::string path(directory);
+  if (path.back() != '/') path += '/';
+  return path.append(name);
+}
+
+bool sameFile(const char* pathA, const char* pathB) {
+  if (pathA == nullptr || pathB == nullptr || *pathA == '\0' || *pathB == '\0') return false;
+  const auto a = statOf(pathA);
+  const auto b = statOf(pathB);
+  if (a && b) return sameNode(*a, *b);
+  return !a && !b && sameNewFile(pathA, pathB);
+}
+
+std::optional<std::uint64_t> fileSize(const char* path) {
+  if (path == nullptr) return std::nullopt;
+  const auto status = statOf(path);
+  return status ? regularSize(*status) : std::nullopt;
+}
+
+std::optional<std::uint64_t> fileSize(std::FILE* stream) {
+  struct stat status {};
+  if (stream == nullptr || fstat(fileno(stream), &status) != 0) return std::nullopt;
+  return regularSize(status);
+}
+
+bool StreamBuffer::attach(std::FILE* stream, std::size_t size) {
+  bytes_.reset(new (std::nothrow) char[size]);
+  return bytes_ && std::setvbuf(stream, bytes_.get(), _IOFBF, size) == 0;
+}
+
+FileHandle openFile(const char* path, const char* mode, std::size_t bufferSize) {
+  FileHandle file(std::fopen(path, (std::string(mode) + 'e').c_str()));
+  if (file && bufferSize > 0) file.get_deleter().buffer.attach(file.get(), bufferSize);
+  return file;
+}
+
+bool closeFile(FileHandle& file) {
+  if (!file) return true;
+  const bool intact = std::ferror(file.get()) == 0;
+  return std::fclose(file.release()) == 0 && intact;
+}

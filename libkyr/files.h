@@ -1,0 +1,51 @@
+/// Files by name and as streams: joining, comparing, sizes, and streams that own a large buffer.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// `directory` and `name` joined by exactly one slash; an absolute name stands for itself, an empty part is left out.
+std::string joinPath(std::string_view directory, std::string_view name);
+
+/// True when both paths lead to one file, by whatever links and detours. Paths to a file that does not exist yet are
+/// the same when their directory and their last name are. Null and empty paths are the same as nothing.
+bool sameFile(const char* pathA, const char* pathB);
+
+/// Size in bytes of a regular file; nothing when there is none.
+std::optional<std::uint64_t> fileSize(const char* path);
+std::optional<std::uint64_t> fileSize(std::FILE* stream);
+
+/// Bytes of a stream's buffer in the jobs: small reads and writes cost half of what they do with the C library's own.
+constexpr std::size_t streamBufferSize = std::size_t{256} * 1024;
+
+/// Memory for one stream's buffer. It must outlive the stream: close the stream first.
+class StreamBuffer {
+ public:
+  /// Gives the buffer to a stream that was opened just now, before anything was read or written. Without memory for
+  /// it the stream keeps its own. @return true when the stream uses the buffer
+  bool attach(std::FILE* stream, std::size_t size = streamBufferSize);
+
+ private:
+  std::unique_ptr<char[]> bytes_;
+};
+
+/// Closes a stream, then frees the buffer that it used.
+struct FileCloser {
+  StreamBuffer buffer{};
+  void operator()(std::FILE* stream) const noexcept { std::fclose(stream); }
+};
+
+/// An open stream, closed at the end of its life. Who writes calls closeFile, to learn what the close had to say.
+using FileHandle = std::unique_ptr<std::FILE, FileCloser>;
+
+/// Opens a file as fopen does, not inherited by started programs, with a buffer of `bufferSize` bytes (0: the C
+/// library's). An empty handle, and errno, tell a failure.
+FileHandle openFile(const char* path, const char* mode, std::size_t bufferSize = streamBufferSize);
+
+/// Flushes and closes. @return false when an earlier operation or the close failed (errno); true for an empty handle
+bool closeFile(FileHandle& file);

@@ -1,0 +1,77 @@
+#include "libkyr/ibmfloat.h"
+
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstring>
+
+namespace {
+
+constexpr std::uint32_t signBit = 0x80000000U;
+constexpr std::uint32_t fractionMask = 0x00FFFFFFU;
+constexpr std::uint32_t largestMagnitude = 0x7FFFFFFFU;
+constexpr int exponentBias = 64;
+
+// 16^(exponent - 64) / 2^24: what the fraction, taken as an integer, counts. All of it is exact in double precision.
+constexpr std::array<double, 128> fractionUnits = [] {
+  std::array<double, 128> units{};
+  double unit = 0x1p-280;
+  for (double& entry : units) {
+    entry = unit;
+    unit *= 16.0;
+  }
+  return units;
+}();
+
+// Drops `bits` (0 to 3) low bits, to the nearest, ties to even.
+std::uint32_t roundOff(std::uint32_t value, int bits) {
+  const std::uint32_t unit = 1U << bits;
+  const std::uint32_t rest = value & (unit - 1U);
+  const std::uint32_t kept = value >> bits;
+  const bool up = 2U * rest > unit || (2U * rest == unit && (kept & 1U) != 0U);
+  return kept + (up ? 1U : 0U);
+}
+
+template <typename Convert>
+void convertWords(void* words, std::size_t count, Convert convert) {
+  auto* bytes = static_cast<unsigned char*>(words);
+  for (std::size_t i = 0; i < count; ++i, bytes += sizeof(std::uint32_t)) {
+    std::uint32_t word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    word = convert(word);
+    std::memcpy(bytes, &word, sizeof word);
+  }
+}
+
+}  // namespace
+
+float ibmToIeee(std::uint32_t word) {
+  const double magnitude = (word & fractionMask) * fractionUnits[(word & ~signBit) >> 24];
+  // 24 bits below 2^128 are at most the largest float: only what is beyond must be kept from the conversion.
+  const float result = magnitude < 0x1p128 ? static_cast<float>(magnitude) : HUGE_VALF;
+  return (word & signBit) != 0U ? -result : result;
+}
+
+std::uint32_t ieeeToIbm(float value) {
+  const std::uint32_t sign = std::bit_cast<std::uint32_t>(value) & signBit;
+  if (!std::isfinite(value)) return sign | largestMagnitude;
+  if (value == 0.0F) return sign;
+  int binary = 0;
+  const auto mantissa = static_cast<std::uint32_t>(std::ldexp(std::fabs(std::frexp(value, &binary)), 24));
+  // The power of 16 is the power of two rounded up to a multiple of four; the fraction pays for the difference.
+  int hexadecimal = (binary + 4 * exponentBias + 3) / 4;
+  std::uint32_t fraction = roundOff(mantissa, 4 * (hexadecimal - exponentBias) - binary);
+  if (fraction > fractionMask) {
+    fraction >>= 4;
+    ++hexadecimal;
+  }
+  return sign | (static_cast<std::uint32_t>(hexadecimal) << 24) | fraction;
+}
+
+void Ibm2Float(void* words, std::size_t count) {
+  convertWords(words, count, [](std::uint32_t word) { return std::bit_cast<std::uint32_t>(ibmToIeee(word)); });
+}
+
+void Float2Ibm(void* words, std::size_t count) {
+  convertWords(words, count, [](std::uint32_t word) { return ieeeToIbm(std::bit_cast<float>(word)); });
+}

@@ -1,0 +1,58 @@
+#include "libkyr/text.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+constexpr std::size_t longestCharacter = 4;
+
+bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
+
+// Where to cut `text` so that at most `limit` bytes stay and no character is torn. Bytes that are no UTF-8 (a run of
+// continuation bytes longer than a character has) are cut at the limit.
+std::size_t cutPosition(std::string_view text, std::size_t limit) {
+  if (text.size() <= limit) return text.size();
+  for (std::size_t cut = limit; limit - cut < longestCharacter; --cut) {
+    if (!isContinuation(text[cut])) return cut;
+    if (cut == 0) break;
+  }
+  return limit;
+}
+
+}  // namespace
+
+bool copyText(char* field, std::size_t size, std::string_view text) {
+  if (size == 0) return text.empty();
+  const std::size_t length = cutPosition(text, size - 1);
+  std::copy_n(text.data(), length, field);
+  std::fill(field + length, field + size, '\0');
+  return length == text.size();
+}
+
+std::string_view trimText(std::string_view text) {
+  constexpr std::string_view white = " \t\r\n\v\f";
+  const std::size_t first = text.find_first_not_of(white);
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(white) - first + 1);
+}
+
+std::string formatTextV(const char* format, std::va_list arguments) {
+  std::va_list measuring;
+  va_copy(measuring, arguments);
+  const int length = std::vsnprintf(nullptr, 0, format, measuring);
+  va_end(measuring);
+  std::string result(static_cast<std::size_t>(std::max(length, 0)), '\0');
+  // The terminator goes over the one that the string keeps itself.
+  if (length > 0) std::vsnprintf(result.data(), result.size() + 1, format, arguments);
+  return result;
+}
+
+std::string formatText(const char* format, ...) {
+  std::va_list arguments;
+  va_start(arguments, format);
+  std::string result = formatTextV(format, arguments);
+  va_end(arguments);
+  return result;
+}

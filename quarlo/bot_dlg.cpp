@@ -1,0 +1,54 @@
+#include "quarlo/bot_dlg.h"
+
+#include "quarlo/tapelib/controls.h"
+#include "resources/ids.h"
+
+namespace {
+
+UnitStruct* ioUnit = nullptr;
+int unitNum = 0;
+
+bool isOpenTape(const UnitStruct& unit) { return unit.type == UT_TAPE && unit.state == 1; }
+
+void warnUnlessAtBeginning(UnitStruct* units, int uNum) {
+  const UnitStruct& unit = units[uNum];
+  if (!isOpenTape(unit) || (unit.blockNum == 1 && unit.fileNum == 1)) return;
+  int number = uNum;
+  runModal(DLG_TAPE_POSITION, BotDlg_eh, &number);
+}
+
+void createWarning(WINDOW window) {
+  ioUnit = getDevPtr();
+  unitNum = *static_cast<const int*>(xvt_vobj_get_data(window));
+  xvt_scr_beep();
+  setControlText(window, TP_DRIVE, ioUnit[unitNum].name);
+}
+
+void rewind(WINDOW /*window*/) { tlv_rewind(ioUnit, unitNum); }
+
+constexpr ControlAction actions[] = {{TP_OK, xvt_vobj_destroy}, {TP_REWIND, rewind}};
+
+}  // namespace
+
+void checkBOT(UnitStruct* units) {
+  warnUnlessAtBeginning(units, 0);
+  if (units[1].type != UT_TAPE) return;
+  for (int uNum = 1; uNum <= units->nOutputs && uNum < MAX_UNITS; ++uNum) warnUnlessAtBeginning(units, uNum);
+}
+
+long BotDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
+  switch (xdEvent->type) {
+    case E_CREATE:
+      createWarning(xdWindow);
+      break;
+    case E_CONTROL:
+      runAction(actions, xdWindow, *xdEvent);
+      break;
+    case E_CLOSE:
+      xvt_vobj_destroy(xdWindow);
+      break;
+    default:
+      break;
+  }
+  return 0;
+}

@@ -1,0 +1,348 @@
+#include "quarlo/copy_dlg.h"
+
+#include <utility>
+
+#include "libkyr/text.h"
+#include "quarlo/bot_dlg.h"
+#include "quarlo/jobframe.h"
+#include "quarlo/shell.h"
+#include "quarlo/tapelib/controls.h"
+#include "quarlo/tapelib/diskunit.h"
+#include "quarlo/tapelib/errhandl.h"
+#include "quarlo/tapelib/tsel2dlg.h"
+#include "quarlo/tapelib/tsel_dlg.h"
+#include "quarlo/tapelib/unitopen.h"
+#include "quarlo/tpf.h"
+#include "quarlo/unfmtcpy.h"
+#include "resources/ids.h"
+
+namespace {
+
+/// Proposed for raw images, which nothing but their maker's knowledge tells apart.
+constexpr const char* RAW_EXTENSION = "img";
+
+int doImageCopy(UnitStruct* units) { return units->type == UT_TAPE ? doTapeCopy(units) : doDiskCopy(units); }
+
+/// A format that can be copied; null functions belong to jobs that this build does not have.
+struct Format {
+  const char* name;
+  const char* inputExtension;
+  const char* outputExtension;
+  int parameters;  // resource of the parameter dialog
+  EVENT_HANDLER parametersHandler;
+  int (*job)(UnitStruct* units);
+  bool jobClosesInput;
+  bool outputIsDirectory;
+};
+
+constexpr Format FORMATS[] = {
+    {"UNFORMATTED", "tpf", "tpf", DLG_UNFORMATTED, NoFmtParam_eh, doImageCopy, false, false},
+    {"SEG Y", "", "sgy", 0, nullptr, nullptr, false, false},
+    {"SEG D", "", "sgd", 0, nullptr, nullptr, true, true},
+};
+constexpr int UNFORMATTED = 1;
+
+UnitStruct* ioUnit = nullptr;
+int inFileType = UNFORMATTED;  // the chosen format's row plus one
+bool running = false;
+
+const Format& format() { return FORMATS[inFileType - 1]; }
+UnitStruct& input() { return ioUnit[0]; }
+UnitStruct& output() { return ioUnit[1]; }
+
+// ---- what the dialog shows --------------------------------------------------------------------------------------
+
+std::string inputLabel() { return input().state == 1 ? input().name : "No input chosen"; }
+
+std::string outputLabel() {
+  if (output().state != 1) {
+    return "No output chosen";
+  }
+  return output().type == UT_TAPE && ioUnit->nOutputs > 1 ? formatText("%d Tape Drives", ioUnit->nOutputs)
+                                                          : output().name;
+}
+
+void show(WINDOW dialog, COPY_STATE state, const char* status) {
+  if (!xvt_vobj_is_valid(dialog)) {
+    return;
+  }
+  setCopyState(dialog, state, inputLabel().c_str(), outputLabel().c_str(), input().isM4);
+  setControlText(dialog, CP_STATUS, status);
+}
+
+/// After a change of input or output: what is possible now, and word to all who show the units.
+void showChange(WINDOW dialog) {
+  const bool ready = input().state == 1 && output().state == 1;
+  show(dialog, ready ? COPY_READY : COPY_NOT_READY, ready ? "Ready" : "Idle");
+  EVENT event;
+  unitsChanged(&event);
+}
+
+// ---- closing ----------------------------------------------------------------------------------------------------
+
+int closeInput() { return closeUnit(ioUnit, 0); }
+
+int closeOutput() { return output().type == UT_DISK ? closeDiskUnit(&output()) : tlv_tape_close(ioUnit, ALL_OUTPUTS); }
+
+void rewindOutputs() {
+  for (int uNum = 1; uNum <= ioUnit->nOutputs; ++uNum) {
+    if (ioUnit[uNum].state == 1) {
+      tlv_rewind(ioUnit, uNum);
+    }
+  }
+}
+
+/// The ordinary end of every job's units. @return nonzero when an output reported an error at the last moment
+int closeAfterJob() {
+  if (input().type == UT_TAPE) {
+    if (input().state == 1 && !input().inputNoRewind) {
+      tlv_rewind(ioUnit, 0);
+    }
+    closeInput();
+  } else if (!format().jobClosesInput) {
+    closeInput();
+  }
+  if (output().type == UT_TAPE && !ioUnit->outputNoRewind) {
+    rewindOutputs();
+  }
+  return closeOutput();
+}
+
+// ---- choosing ---------------------------------------------------------------------------------------------------
+
+/// Opens all chosen outputs; failures are reported also in automatic mode.
+void openOutputs() {
+  const bool automatic = std::exchange(output().autoMode, false);
+  tlv_tape_open(ioUnit, ALL_OUTPUTS);
+  output().autoMode = automatic;
+  if (automatic && output().hasAutoLoader) {
+    tlvInitLoader(ioUnit, ALL_OUTPUTS);
+  }
+}
+
+void chooseInputTape(WINDOW dialog) {
+  if (chooseInputDrive(ioUnit)) {
+    closeInput();
+    openChosenDrive(ioUnit, 0);
+    showChange(dialog);
+  }
+}
+
+void chooseOutputTape(WINDOW dialog) {
+  if (chooseOutputDrives(ioUnit)) {
+    closeOutput();
+    openOutputs();
+    showChange(dialog);
+  }
+}
+
+/// Positions a disk input where its job begins. @return false after a box when it is no file of the chosen format
+bool positionInput() {
+  std::rewind(input().fp);
+  if (inFileType != UNFORMATTED) {
+    return true;
+  }
+  tpf::HeaderBytes bytes{};
+  if (std::fread(bytes.data(), 1, bytes.size(), input().fp) == bytes.size() && tpf::isFileHeader(bytes)) {
+    return true;
+  }
+  xvt_dm_post_error("Unrecognized format in file %s", input().name);
+  return false;
+}
+
+void chooseInputDisk(WINDOW dialog) {
+  FILE_SPEC file{};
+  if (!chooseFileToOpen(&file, format().inputExtension, "Open Input Disk File")) {
+    return;
+  }
+  if (output().type == UT_DISK && output().state == 1 && isSameFile(file, output().fs)) {
+    xvt_dm_post_error("This file is already being used for output. Choose another file.");
+    return;
+  }
+  closeInput();
+  if (!openDiskUnit(&input(), file, "rb")) {
+    xvt_dm_post_error("Error opening file %s", file.name);
+  } else if (!positionInput()) {
+    closeInput();
+  }
+  showChange(dialog);
+}
+
+/// A job that names its output files itself takes the directory of whatever file is chosen.
+void chooseOutputDirectory(WINDOW dialog) {
+  FILE_SPEC file{};
+  if (!chooseFileToOpen(&file, format().outputExtension, "Select any file to define directory")) {
+    return;
+  }
+  closeOutput();
+  file.name[0] = '\0';
+  output().fs = file;
+  output().type = UT_DISK;
+  output().state = 1;
+  copyText(output().name, file.dir.path);
+  showChange(dialog);
+}
+
+void chooseOutputFile(WINDOW dialog) {
+  const bool image = inFileType == UNFORMATTED;
+  const bool raw = image && getOutFileType() != OF_TPF;
+  FILE_SPEC file{};
+  if (!chooseFileToSave(&file, raw ? RAW_EXTENSION : format().outputExtension, "Save dataset as:")) {
+    return;
+  }
+  if (input().type == UT_DISK && input().state == 1 && isSameFile(file, input().fs)) {
+    xvt_dm_post_error("This file name is already being used for input. Choose another file name.");
+    return;
+  }
+  closeOutput();
+  if (!openDiskUnit(&output(), file, "w+b")) {
+    xvt_dm_post_error("Error opening file %s", file.name);
+  } else if (image && !raw && !tpf::Writer(output().fp).begin(true)) {
+    xvt_dm_post_error("Error writing file header to disk file");
+    closeOutput();
+  }
+  showChange(dialog);
+}
+
+void chooseOutputDisk(WINDOW dialog) {
+  if (format().outputIsDirectory) {
+    chooseOutputDirectory(dialog);
+  } else {
+    chooseOutputFile(dialog);
+  }
+}
+
+void chooseFormat(WINDOW dialog) {
+  const int row = xvt_list_get_selected(xvt_win_get_ctl(dialog, CP_FORMAT));
+  if (row < 0 || row + 1 == inFileType) {
+    return;
+  }
+  inFileType = row + 1;
+  // A disk output's extension belongs to the format that it was chosen for.
+  if (output().type == UT_DISK && output().state == 1) {
+    closeOutput();
+  }
+  showChange(dialog);
+}
+
+// ---- the other buttons ------------------------------------------------------------------------------------------
+
+void editParameters(WINDOW /*dialog*/) {
+  if (format().parametersHandler == nullptr) {
+    notYetBuilt(formatText("The %s copy", format().name).c_str());
+  } else if (xvt_dlg_create_res(WD_MODAL, format().parameters, format().parametersHandler, &input().isM4) == NULL_WIN) {
+    xvt_dm_post_error("Can't open dialog");
+  }
+}
+
+void editErrorOptions(WINDOW /*dialog*/) { runModal(DLG_ERROR_OPTIONS, ErrorDlg_eh, &input().inputAbort); }
+
+/// From Start to the last word in the dialog. The program, or the dialog, may be asked to go meanwhile: both wait.
+void start(WINDOW dialog) {
+  if (format().job == nullptr) {
+    notYetBuilt(formatText("The %s copy", format().name).c_str());
+    return;
+  }
+  if (input().type == UT_DISK && !positionInput()) {
+    closeInput();
+    showChange(dialog);
+    return;
+  }
+  int stopped = 0;
+  const RunningJob job(&stopped);
+  running = true;
+  show(dialog, COPY_RUNNING, "Running");
+  checkBOT(ioUnit);
+  int result = stopped != 0 ? JOB_OK : format().job(ioUnit);
+  if (closeAfterJob() != 0 && result == JOB_OK) {
+    result = JOB_FAILED;
+  }
+  running = false;
+  show(dialog, COPY_NOT_READY, result != JOB_OK ? "Failed" : "Complete");
+  EVENT event;
+  unitsChanged(&event);
+}
+
+constexpr ControlAction ACTIONS[] = {
+    {CP_START, start},
+    {CP_INPUT_TAPE, chooseInputTape},
+    {CP_INPUT_DISK, chooseInputDisk},
+    {CP_OUTPUT_TAPE, chooseOutputTape},
+    {CP_OUTPUT_DISK, chooseOutputDisk},
+    {CP_PARAMETERS, editParameters},
+    {CP_ERROR_OPTIONS, editErrorOptions},
+};
+
+// ---- events -----------------------------------------------------------------------------------------------------
+
+void create(WINDOW dialog) {
+  ioUnit = getDevPtr();
+  inFileType = UNFORMATTED;
+  unfmtInit();
+  constexpr const char* NAMES[] = {FORMATS[0].name, FORMATS[1].name, FORMATS[2].name};
+  fillList(dialog, CP_FORMAT, NAMES, 0);
+  show(dialog, COPY_NOT_READY, "Idle");
+}
+
+void close(WINDOW dialog) {
+  if (running) {
+    requestStopOfJobs([dialog] { xvt_vobj_destroy(dialog); });
+  } else {
+    xvt_vobj_destroy(dialog);
+  }
+}
+
+/// The units go with the dialog, unless a job still has them in hand: it closes them itself.
+void destroy() {
+  if (jobIsRunning()) {
+    return;
+  }
+  closeInput();
+  closeOutput();
+  EVENT event;
+  unitsChanged(&event);
+}
+
+void control(WINDOW dialog, const EVENT& event) {
+  if (isPress(event, CP_CLOSE)) {
+    close(dialog);
+  } else if (event.ctl.id == CP_FORMAT && event.ctl.what == CTL_SELECT) {
+    chooseFormat(dialog);
+  } else if (event.ctl.what == CTL_PRESS && !refuseDuringJob()) {
+    runAction(ACTIONS, dialog, event);
+  }
+}
+
+}  // namespace
+
+void setCopyState(WINDOW theWindow, int newState, const char* str1, const char* str2, int /*m4*/) {
+  const bool idle = newState != COPY_RUNNING;
+  enableControls(
+      theWindow,
+      {CP_INPUT_TAPE, CP_INPUT_DISK, CP_OUTPUT_TAPE, CP_OUTPUT_DISK, CP_FORMAT, CP_PARAMETERS, CP_ERROR_OPTIONS}, idle);
+  enableControl(theWindow, CP_START, newState == COPY_READY);
+  if (idle) {
+    setControlText(theWindow, CP_INPUT_NAME, str1);
+    setControlText(theWindow, CP_OUTPUT_NAME, str2);
+  }
+}
+
+long CopyDialog_eh(WINDOW xdWindow, EVENT* xdEvent) {
+  switch (xdEvent->type) {
+    case E_CREATE:
+      create(xdWindow);
+      break;
+    case E_CONTROL:
+      control(xdWindow, *xdEvent);
+      break;
+    case E_CLOSE:
+      close(xdWindow);
+      break;
+    case E_DESTROY:
+      destroy();
+      break;
+    default:
+      break;
+  }
+  return 0;
+}

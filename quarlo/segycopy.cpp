@@ -1,0 +1,567 @@
+#include "quarlo/segycopy.h"
+
+#include <algorithm>
+#include <climits>
+#include <optional>
+
+#include "libkyr/files.h"
+#include "libkyr/text.h"
+#include "quarlo/jobframe.h"
+#include "quarlo/segycopy_input.h"
+#include "quarlo/segycopy_io.h"
+#include "quarlo/segycopy_sort.h"
+#include "quarlo/segysel.h"
+#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/diskunit.h"
+#include "quarlo/tapelib/loglines.h"
+
+namespace {
+
+constexpr HeaderKey FIELD_FILE_KEY = {9, DT_INT32};
+
+bool splitsByKey() { return SgyParams.multipleOut && !SgyParams.multipleIn && !SgyParams.sort; }
+
+// ---- keys -------------------------------------------------------------------------------------------------------
+
+struct NamedKey {
+  const char* name;
+  HeaderKey key;
+};
+
+std::vector<NamedKey> keysInUse() {
+  const SgyCopyParams& params = SgyParams;
+  std::vector<NamedKey> keys;
+  if (params.rangeLimit) {
+    keys.push_back({"primary range limit", primaryLimitKey(params)});
+    if (limitHasSecondary(params)) {
+      keys.push_back({"secondary range limit", secondaryLimitKey(params)});
+    }
+  }
+  if (params.sort) {
+    keys.push_back({"primary sort", {params.sortPrimByte, params.sortPrimType}});
+    keys.push_back({"secondary sort", {params.sortSecByte, params.sortSecType}});
+    if (params.useTertiary) {
+      keys.push_back({"tertiary sort", {params.sortTerByte, params.sortTerType}});
+    }
+  } else if (params.reportFFIDs) {
+    keys.push_back({"field file", FIELD_FILE_KEY});
+  }
+  if (splitsByKey()) {
+    keys.push_back({"record", {params.recordByte, params.recordType}});
+  }
+  return keys;
+}
+
+/// @return header bytes that the keys need, or nothing after a console line
+std::optional<int> bytesForKeys() {
+  int needed = 0;
+  for (const auto& [name, key] : keysInUse()) {
+    // end() of an absurd position would overflow.
+    if (key.byte < 1 || key.byte > TRACE_HEADER_BYTES || valueBytes(key.type) == 0 || key.end() > TRACE_HEADER_BYTES) {
+      console_printf("  *** The %s key (byte %d, %s) does not lie within the %d bytes of a trace header.", name,
+                     key.byte, valueBytes(key.type) > 0 ? DataTypes[key.type] : "unknown type", TRACE_HEADER_BYTES);
+      return std::nullopt;
+    }
+    needed = std::max(needed, key.end());
+  }
+  return needed;
+}
+
+// ---- volumes ----------------------------------------------------------------------------------------------------
+
+/// What the present volume holds and when it may end: at a change of the record value, once it is full.
+struct VolumeState {
+  static constexpr int UNCHANGED_LIMIT = 5000;
+  static constexpr double HEADER_BYTES = EBCDIC_HEADER_BYTES + BINARY_HEADER_BYTES;
+
+  int number = 1;
+  int traces = 0;
+  double bytes = HEADER_BYTES;  // the reel headers, whatever their real size
+  double lastRecord = 0.0;      // 0.0: none yet
+  int unchanged = 0;            // traces with an unchanged record value
+
+  void restart() {
+    bytes = HEADER_BYTES;
+    traces = 0;
+  }
+};
+
+/// The working directory of before comes back with the end of this.
+class DirectoryVisit {
+ public:
+  explicit DirectoryVisit(const DIRECTORY& directory) : saved(xvt_fsys_save_dir()) {
+    if (saved && directory.path[0] != '\0') {
+      xvt_fsys_set_dir(&directory);
+    }
+  }
+  ~DirectoryVisit() {
+    if (saved) {
+      xvt_fsys_restore_dir();
+    }
+  }
+  DirectoryVisit(const DirectoryVisit&) = delete;
+  DirectoryVisit& operator=(const DirectoryVisit&) = delete;
+
+ private:
+  bool saved;
+};
+
+// ---- the job ----------------------------------------------------------------------------------------------------
+
+class SegyCopy {
+ public:
+  explicit SegyCopy(UnitStruct* allUnits) : units(allUnits), output(allUnits, taken) {}
+  ~SegyCopy() { endRangeLimit(); }
+  SegyCopy(const SegyCopy&) = delete;
+  SegyCopy& operator=(const SegyCopy&) = delete;
+
+  int run();
+
+ private:
+  // Everything that answers false has said why, or ends the job as it should.
+  bool prepare();
+  bool findInputs();
+  bool prepareRangeLimit();
+  bool openInput();
+  bool goOn();
+  bool copyHeaders();
+  bool writeHeaders();
+  bool step();
+  bool takeTrace(std::span<const char> trace);
+  bool copyTrace(std::span<const char> trace);
+  bool startNextInput();
+  void warnOfDifferences();
+  bool placeInVolume(double record, int traceNumber);
+  bool nextVolume(int traceNumber);
+  void reportFieldFile(std::span<const char> trace);
+  bool outputPhase();
+  bool writeSorted(int place);
+  bool writeTrace(std::span<const char> trace);
+  bool writeFailed();
+  void finish();
+  void logSummary();
+  bool fail() {
+    failed = true;
+    return false;
+  }
+  bool fail(const char* line) {
+    console_out(line);
+    return fail();
+  }
+  bool inputIsTape() const { return units->type == UT_TAPE; }
+
+  UnitStruct* units;
+  FileSet taken;  // inputs and what belongs to them: never written to
+  std::vector<std::string> files;
+  SegyOutput output;
+  std::unique_ptr<SegyInput> input;
+  std::optional<DirectoryVisit> visit;
+  std::optional<SortStore> store;
+  std::optional<JobFrame> frame;
+
+  int keyBytes = 0;
+  int tracesRead = 0;
+  int tracesWritten = 0;
+  int tracesHanded = 0;  // to the output, in whatever phase
+  int percent = 0;
+  double bytesRead = 0;
+  double bytesWritten = 0;
+  VolumeState volume;
+  SampleFacts previousFacts;
+  std::optional<double> fieldFile;
+  bool failed = false;
+  bool stopped = false;
+};
+
+int SegyCopy::run() {
+  logStarted("Copy");
+  if (prepare()) {
+    frame.emplace(JOB_SEGY, units->type, &tracesRead, &percent, &tracesWritten);
+    if (!frame->isOpen()) {
+      return JOB_NO_DIALOG;
+    }
+    bool more = copyHeaders();
+    while (more) {
+      more = step();
+    }
+    if (SgyParams.sort && !failed && !stopped) {
+      outputPhase();
+    }
+  } else {
+    failed = true;
+  }
+  finish();
+  return failed ? JOB_FAILED : JOB_OK;
+}
+
+// ---- before the first trace -------------------------------------------------------------------------------------
+
+bool SegyCopy::prepare() {
+  if (SgyParams.sort && SgyParams.multipleIn && !SgyParams.concatInputs) {
+    console_out("  *** Several inputs can be sorted only when they are joined into one output.");
+    return false;
+  }
+  const std::optional<int> needed = bytesForKeys();
+  if (!needed || !findInputs() || !prepareRangeLimit()) {
+    return false;
+  }
+  keyBytes = *needed;
+  if (SgyParams.sort && !store.emplace().create(taken)) {
+    return false;
+  }
+  report();
+  return openInput();
+}
+
+/// Collects what the job must not write to. The output is added last, so that nothing else is written over it.
+bool SegyCopy::findInputs() {
+  const std::string outputPath = output.isTape() ? "" : pathOf(units[1].fs);
+  if (!inputIsTape()) {
+    if (SgyParams.multipleIn) {
+      files = listSegyFiles(units->fs.dir, outputPath);
+      for (const std::string& name : files) {
+        taken.add(joinPath(fieldText(units->fs.dir.path), name));
+      }
+    } else {
+      taken.add(pathOf(units->fs));
+    }
+    if (!output.isTape() && taken.holds(outputPath)) {
+      console_printf("  *** Output file %s is an input of this job and is not written.", units[1].name);
+      return false;
+    }
+  }
+  if (!output.isTape()) {
+    taken.add(outputPath);
+  }
+  return true;
+}
+
+bool SegyCopy::prepareRangeLimit() {
+  if (!SgyParams.rangeLimit) {
+    return true;
+  }
+  const std::string log = rangeLimitLogPath();
+  if (taken.holds(log)) {
+    console_printf("  *** %s is used by this job already and cannot be the range limit log.", log.c_str());
+    return false;
+  }
+  const bool ready = (limitsByPolygon(SgyParams) ? initPolygon() : initPointsList()) != 0;
+  taken.add(log);
+  taken.add(joinPath(fieldText(SgyParams.listParams.dir), fieldText(SgyParams.listParams.file)));
+  taken.add(joinPath(fieldText(SgyParams.polyParams.dir), fieldText(SgyParams.polyParams.file)));
+  return ready;
+}
+
+bool SegyCopy::openInput() {
+  if (inputIsTape()) {
+    input = std::make_unique<SegyTapeInput>(units);
+    if (SgyParams.multipleIn && !SgyParams.concatInputs) {
+      console_printf("Output file 1: %s", units[1].name);
+    }
+    return true;
+  }
+  visit.emplace(units->fs.dir);
+  if (SgyParams.multipleIn && files.empty()) {
+    console_out("  *** No valid files found in directory.");
+    return false;
+  }
+  auto disk = std::make_unique<SegyDiskInput>(units, files);
+  const bool opened = disk->open();
+  input = std::move(disk);
+  return opened;
+}
+
+/// Both headers are read before the first is written: an input that cannot be copied leaves no beginning of an output.
+bool SegyCopy::copyHeaders() {
+  if (!input->readEbcdic()) {
+    return fail();
+  }
+  if (SgyParams.sort) {
+    logBlank();
+    console_out("Starting Input Phase...");
+    logBlank();
+  }
+  if (!input->readBinary()) {
+    return fail();
+  }
+  previousFacts = input->facts;
+  if (SgyParams.sort) {
+    return (store->addEbcdic(input->EbcdicHdr) && store->addBinary(input->BinaryHdr)) || fail();
+  }
+  return writeHeaders();
+}
+
+bool SegyCopy::writeHeaders() {
+  if (!output.writeHeader(input->EbcdicHdr)) {
+    return fail("  *** Error writing EBCDIC header to output device.");
+  }
+  return output.writeHeader(input->BinaryHdr) || fail("  *** Error writing binary header to output device.");
+}
+
+// ---- trace by trace ---------------------------------------------------------------------------------------------
+
+bool SegyCopy::goOn() {
+  if (frame->goOn()) {
+    return true;
+  }
+  logAborted("Copy");
+  stopped = true;
+  return false;
+}
+
+bool SegyCopy::step() {
+  if (!goOn()) {
+    return false;
+  }
+  std::span<const char> trace;
+  switch (input->next(&trace)) {
+    case SegyItem::Trace:
+      return takeTrace(trace);
+    case SegyItem::Nothing:
+      return true;
+    case SegyItem::NewInput:
+      return startNextInput();
+    case SegyItem::Failed:
+      return fail();
+    default:
+      return false;
+  }
+}
+
+bool SegyCopy::takeTrace(std::span<const char> trace) {
+  ++tracesRead;
+  bytesRead += static_cast<double>(trace.size());
+  if (trace.size() < static_cast<std::size_t>(keyBytes)) {
+    console_printf("  *** Trace %d has %zu bytes; the header keys need %d.", tracesRead, trace.size(), keyBytes);
+    return fail();
+  }
+  if (traceInRange(trace.data()) != 0) {
+    const bool done = SgyParams.sort ? store->addTrace(trace) || fail() : copyTrace(trace);
+    if (!done) {
+      return false;
+    }
+  }
+  percent = input->percent(bytesRead);
+  return true;
+}
+
+bool SegyCopy::copyTrace(std::span<const char> trace) {
+  if (splitsByKey() &&
+      !placeInVolume(HeaderKey{SgyParams.recordByte, SgyParams.recordType}.in(trace.data()), tracesWritten + 1)) {
+    return false;
+  }
+  if (SgyParams.reportFFIDs) {
+    reportFieldFile(trace);
+  }
+  ++tracesWritten;
+  ++volume.traces;
+  volume.bytes += static_cast<double>(trace.size());
+  return writeTrace(trace);
+}
+
+bool SegyCopy::writeTrace(std::span<const char> trace) {
+  ++tracesHanded;
+  bytesWritten += static_cast<double>(trace.size());
+  return output.writeTrace(trace) || writeFailed();
+}
+
+/// Takes back what the output accepted and could not keep, and names the first trace of it.
+bool SegyCopy::writeFailed() {
+  const LostOutput& lost = output.lost();
+  tracesHanded -= lost.traces;
+  if (!SgyParams.sort) {
+    tracesWritten -= lost.traces;
+  }
+  bytesWritten -= lost.bytes;
+  console_printf("  *** Error writing trace %d to output device.", tracesHanded + 1);
+  return fail();
+}
+
+void SegyCopy::reportFieldFile(std::span<const char> trace) {
+  const double number = FIELD_FILE_KEY.in(trace.data());
+  if (fieldFile.value_or(number - 1) != number) {
+    console_printf("  Field File - %d", static_cast<int>(number));
+  }
+  fieldFile = number;
+}
+
+// ---- several inputs ---------------------------------------------------------------------------------------------
+
+bool SegyCopy::startNextInput() {
+  if (SgyParams.concatInputs) {
+    warnOfDifferences();
+    previousFacts = input->facts;
+    return true;
+  }
+  if (output.isTape()) {
+    if (!output.separateFiles()) {
+      return fail();
+    }
+  } else if (output.getAnotherOutput(input->inputs() - 1) != SegyOutput::Volume::Ready) {
+    return output.lost().traces > 0 ? writeFailed() : fail();
+  }
+  return writeHeaders();
+}
+
+void SegyCopy::warnOfDifferences() {
+  const SampleFacts& now = input->facts;
+  if (now.interval != previousFacts.interval) {
+    console_printf("  ** Sample interval (%d) does not match previous input (%d).", now.interval,
+                   previousFacts.interval);
+  }
+  if (now.samples != previousFacts.samples) {
+    console_printf("  ** Samples per trace (%d) do not match previous input (%d).", now.samples, previousFacts.samples);
+  }
+  if (now.format != previousFacts.format) {
+    console_printf("  ** Samples format code (%d) does match previous input (%d).", now.format, previousFacts.format);
+  }
+}
+
+// ---- several volumes --------------------------------------------------------------------------------------------
+
+/// Decides whether a trace belongs to the present volume or begins the next.
+bool SegyCopy::placeInVolume(double record, int traceNumber) {
+  if (volume.lastRecord == 0.0) {
+    volume.lastRecord = record;
+    logBlank();
+    console_printf("First record =  %.1f", record);
+  }
+  if (record == volume.lastRecord) {
+    if (++volume.unchanged == VolumeState::UNCHANGED_LIMIT) {
+      logBlank();
+      console_printf(" ** Warning: record has not changed after %d traces.", VolumeState::UNCHANGED_LIMIT);
+      console_out(output.isTape() ? "             Tape may exceed maximum specified output."
+                                  : "             Disk file may exceed maximum specified output.");
+    }
+    return true;
+  }
+  if (volume.bytes >= SgyParams.bytesPerPart) {
+    if (!nextVolume(traceNumber)) {
+      return false;
+    }
+    console_printf("First record =  %.1f", record);
+  }
+  volume.lastRecord = record;
+  volume.unchanged = 0;
+  return true;
+}
+
+bool SegyCopy::nextVolume(int traceNumber) {
+  const char* const kind = output.isTape() ? "tape" : "file";
+  console_printf("Last record  =  %.1f", volume.lastRecord);
+  logBlank();
+  console_printf("Output %s %d is full with:", kind, volume.number);
+  console_printf("     %d traces", volume.traces);
+  console_printf("     %.0f bytes", volume.bytes);
+  logBlank();
+  const SegyOutput::Volume next = output.getAnotherOutput(volume.number);
+  if (next != SegyOutput::Volume::Ready) {
+    if (output.lost().traces > 0) {
+      return writeFailed();
+    }
+    console_printf("  *** Trace %d and what follows it were not written.", traceNumber);
+    if (inputIsTape() && units->state == 1) {
+      tlv_rewind(units, 0);
+    }
+    return next == SegyOutput::Volume::Declined ? false : fail();
+  }
+  if (!output.initOutput(input->EbcdicHdr, input->BinaryHdr)) {
+    return fail();
+  }
+  ++volume.number;
+  volume.restart();
+  console_printf("Continuing output on %s %d", kind, volume.number);
+  logBlank();
+  return true;
+}
+
+// ---- sorted output ----------------------------------------------------------------------------------------------
+
+bool SegyCopy::outputPhase() {
+  logBlank();
+  console_out("Starting Sort Phase...");
+  logBlank();
+  std::vector<char> header;
+  if (!store->reopen() || !store->readEbcdic(&header)) {
+    return fail();
+  }
+  if (!output.writeHeader(header)) {
+    return fail("  *** Error writing EBCDIC header to output device.");
+  }
+  if (!store->readBinary(&header)) {
+    return fail();
+  }
+  if (!output.writeHeader(header)) {
+    return fail("  *** Error writing binary header to output device.");
+  }
+  if (!store->sortIndex()) {
+    return fail();
+  }
+  console_out("Starting Output Phase...");
+  logBlank();
+  for (int place = 0; place < store->count(); ++place) {
+    if (!goOn() || !writeSorted(place)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+/// The count of traces written belongs to the direct copy and stays.
+bool SegyCopy::writeSorted(int place) {
+  const std::span<const char> trace = store->trace(place);
+  if (trace.empty()) {
+    console_printf("  *** Error reading trace %d from temporary disk file.", place + 1);
+    return fail();
+  }
+  return writeTrace(trace);
+}
+
+// ---- the end ----------------------------------------------------------------------------------------------------
+
+void SegyCopy::finish() {
+  const int lostBefore = output.lost().traces;
+  if (!output.finish()) {
+    failed = true;
+    if (output.lost().traces > lostBefore) {
+      writeFailed();
+    }
+  }
+  if (failed) {
+    logFailed();
+  }
+  logSummary();
+  visit.reset();
+  if (frame) {
+    frame->close();
+  }
+  logEnded("SEG Y copy");
+  store.reset();
+}
+
+void SegyCopy::logSummary() {
+  if (SgyParams.multipleIn) {
+    logBlank();
+    console_printf("%d segy files processed.", input ? input->inputs() : 0);
+  }
+  logBlank();
+  console_printf("%d traces read.", tracesRead);
+  console_printf("%d traces written.", tracesWritten);
+  logBlank();
+  console_printf("%.0f bytes read.", bytesRead);
+  console_printf("%.0f bytes written.", bytesWritten);
+  logBlank();
+  if (!SgyParams.rangeLimit) {
+    return;
+  }
+  console_printf("Primary header value range in output    = %.4lf - %.4lf.", MinPrimary, MaxPrimary);
+  if (limitHasSecondary(SgyParams)) {
+    console_printf("Secondary header value range in output  = %.4lf - %.4lf.", MinSecondary, MaxSecondary);
+  }
+  logBlank();
+  endRangeLimit();
+}
+
+}  // namespace
+
+int doSegyCopy(UnitStruct* ioUnit) { return SegyCopy(ioUnit).run(); }

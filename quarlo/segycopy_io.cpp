@@ -1,0 +1,241 @@
+#include "quarlo/segycopy_io.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <optional>
+
+#include "libkyr/files.h"
+#include "libkyr/text.h"
+#include "quarlo/tapechange.h"
+#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/diskunit.h"
+
+namespace {
+
+constexpr TapeChangeWords OUTPUT_WORDS = {"Tape finished.", "Magazine finished.", "  "};
+
+std::optional<std::pair<dev_t, ino_t>> nodeOf(const std::string& path) {
+  struct stat facts {};
+  if (stat(path.c_str(), &facts) != 0) {
+    return std::nullopt;
+  }
+  return std::pair(facts.st_dev, facts.st_ino);
+}
+
+}  // namespace
+
+std::size_t writeAll(int descriptor, const char* data, std::size_t bytes) {
+  std::size_t done = 0;
+  while (done < bytes) {
+    const ssize_t now = ::write(descriptor, data + done, bytes - done);
+    if (now > 0) {
+      done += static_cast<std::size_t>(now);
+    } else if (now == 0) {
+      errno = ENOSPC;
+      break;
+    } else if (errno != EINTR) {
+      break;
+    }
+  }
+  return done;
+}
+
+bool readAllAt(int descriptor, char* data, std::size_t bytes, off_t position) {
+  std::size_t done = 0;
+  while (done < bytes) {
+    const ssize_t now = ::pread(descriptor, data + done, bytes - done, position + static_cast<off_t>(done));
+    if (now > 0) {
+      done += static_cast<std::size_t>(now);
+    } else if (now == 0 || errno != EINTR) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// ---- files by what they are -------------------------------------------------------------------------------------
+
+void FileSet::add(const std::string& path) {
+  if (const auto node = nodeOf(path)) {
+    nodes.insert(*node);
+  }
+}
+
+bool FileSet::holds(const std::string& path) const {
+  const auto node = nodeOf(path);
+  return node && nodes.contains(*node);
+}
+
+// ---- reading ----------------------------------------------------------------------------------------------------
+
+void PieceReader::begin(std::FILE* stream) {
+  descriptor = fileno(stream);
+  first = last = 0;
+  error = lseek(descriptor, 0, SEEK_SET) != 0;
+}
+
+std::span<const char> PieceReader::take(std::size_t bytes) {
+  if (last - first < bytes && !fill(bytes)) {
+    return {};
+  }
+  const std::span<const char> piece(buffer.data() + first, std::min(bytes, last - first));
+  first += piece.size();
+  return piece;
+}
+
+/// Brings at least `bytes` bytes into the buffer, or all that are left. @return false on an error
+bool PieceReader::fill(std::size_t bytes) {
+  std::copy(buffer.begin() + static_cast<std::ptrdiff_t>(first), buffer.begin() + static_cast<std::ptrdiff_t>(last),
+            buffer.begin());
+  last -= first;
+  first = 0;
+  if (buffer.size() < std::max(bytes, streamBufferSize)) {
+    buffer.resize(std::max(2 * bytes, streamBufferSize));
+  }
+  while (last < bytes && !error) {
+    const ssize_t now = ::read(descriptor, buffer.data() + last, buffer.size() - last);
+    if (now > 0) {
+      last += static_cast<std::size_t>(now);
+    } else if (now == 0) {
+      break;
+    } else if (errno != EINTR) {
+      error = true;
+    }
+  }
+  return !error;
+}
+
+// ---- writing ----------------------------------------------------------------------------------------------------
+
+SegyOutput::SegyOutput(UnitStruct* allUnits, const FileSet& allInputs) : units(allUnits), inputs(allInputs) {
+  const std::string_view name = fieldText(units[1].fs.name);
+  baseName = name.substr(0, name.find('.'));
+}
+
+bool SegyOutput::write(std::span<const char> piece, bool isTrace) {
+  closed = false;
+  if (isTape()) {
+    const int bytes = static_cast<int>(piece.size());
+    if (tlv_tape_write(units, ALL_OUTPUTS, piece.data(), bytes) >= bytes) {
+      return true;
+    }
+    gone = {isTrace ? 1 : 0, isTrace ? static_cast<double>(bytes) : 0};
+    return false;
+  }
+  buffer.insert(buffer.end(), piece.begin(), piece.end());
+  pieces.push_back({buffer.size(), isTrace});
+  return buffer.size() < streamBufferSize || flush();
+}
+
+bool SegyOutput::flush() {
+  if (isTape() || buffer.empty()) {
+    return !broken;
+  }
+  if (broken || units[1].fp == nullptr) {
+    return lose(0, EBADF);
+  }
+  const std::size_t written = writeAll(fileno(units[1].fp), buffer.data(), buffer.size());
+  if (written < buffer.size()) {
+    return lose(written, errno);
+  }
+  buffer.clear();
+  pieces.clear();
+  return true;
+}
+
+/// Cuts the file back to its last whole piece and counts what did not reach it.
+bool SegyOutput::lose(std::size_t written, int reason) {
+  if (!broken) {
+    console_printf("  *** Error writing to disk file \"%s\": %s.", units[1].name, std::strerror(reason));
+  }
+  broken = true;
+  std::size_t whole = 0;
+  for (const Piece& piece : pieces) {
+    if (piece.end <= written) {
+      whole = piece.end;
+      continue;
+    }
+    if (piece.isTrace) {
+      const std::size_t begin = &piece == pieces.data() ? 0 : (&piece - 1)->end;
+      ++gone.traces;
+      gone.bytes += static_cast<double>(piece.end - begin);
+    }
+  }
+  if (units[1].fp != nullptr && whole < written) {
+    const int descriptor = fileno(units[1].fp);
+    const off_t end = lseek(descriptor, 0, SEEK_CUR) - static_cast<off_t>(written - whole);
+    if (end < 0 || ftruncate(descriptor, end) != 0) {
+      console_printf("  ** The end of disk file \"%s\" is no whole trace.", units[1].name);
+    }
+  }
+  buffer.clear();
+  pieces.clear();
+  return false;
+}
+
+// ---- volumes ----------------------------------------------------------------------------------------------------
+
+SegyOutput::Volume SegyOutput::getAnotherOutput(int index) { return isTape() ? nextTapes() : nextFile(index); }
+
+SegyOutput::Volume SegyOutput::nextFile(int index) {
+  const bool whole = flush();
+  if (closeDiskUnit(&units[1]) != 0 || !whole) {
+    return Volume::Failed;
+  }
+  FILE_SPEC next = units[1].fs;
+  const std::string name = baseName + formatText("%.3d.sgy", index);
+  const bool fits = copyText(next.name, name);
+  if (fits && inputs.holds(pathOf(next))) {
+    console_printf("  *** Output file %s is an input of this job and is not written.", next.name);
+    return Volume::Failed;
+  }
+  if (!fits || !openDiskUnit(&units[1], next, "wb")) {
+    console_printf("***  Error opening file %s", name.c_str());
+    return Volume::Failed;
+  }
+  console_printf("Output file %d: %s", index + 1, next.name);
+  return Volume::Ready;
+}
+
+SegyOutput::Volume SegyOutput::nextTapes() {
+  if (tlv_weof(units, ALL_OUTPUTS, 2) != 0) {
+    xvt_dm_post_error("Error writing eof to output tape");
+    return Volume::Failed;
+  }
+  closed = true;
+  return nextOutputTapes(units, OUTPUT_WORDS) != 0 ? Volume::Ready : Volume::Declined;
+}
+
+bool SegyOutput::initOutput(const std::vector<char>& ebcdic, const std::vector<char>& binary) {
+  if (writeHeader(ebcdic) && writeHeader(binary)) {
+    return true;
+  }
+  console_out(isTape() ? "  *** Error writing to output tape." : "  *** Error writing to output disk file.");
+  return false;
+}
+
+bool SegyOutput::separateFiles() {
+  if (tlv_weof(units, ALL_OUTPUTS, 1) == 0) {
+    return true;
+  }
+  console_out("*** Error writing end-of-file.");
+  return false;
+}
+
+bool SegyOutput::finish() {
+  if (!isTape()) {
+    return flush();
+  }
+  if (units[1].state != 1 || closed) {
+    return true;
+  }
+  if (tlv_weof(units, ALL_OUTPUTS, 2) != 0) {
+    return false;
+  }
+  console_out("Wrote double end-of-file.");
+  return true;
+}

@@ -1,0 +1,104 @@
+/// The files of a SEG Y copy: reading in large pieces, writing whole traces, and telling files apart.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <cstdio>
+#include <memory>
+#include <set>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "quarlo/tapelib/tlv_fcn.h"
+
+/// Files that exist, known by what they are and not by their names.
+class FileSet {
+ public:
+  void add(const std::string& path);
+  bool holds(const std::string& path) const;
+
+ private:
+  std::set<std::pair<dev_t, ino_t>> nodes;
+};
+
+/// Reads a file in large pieces and hands its bytes out where they lie.
+class PieceReader {
+ public:
+  /// Starts at the beginning of a stream that nobody else reads meanwhile.
+  void begin(std::FILE* stream);
+  /// The next `bytes` bytes, valid until the next call; fewer at the end of the file, none (and failed()) on an error.
+  std::span<const char> take(std::size_t bytes);
+  bool failed() const { return error; }
+
+ private:
+  bool fill(std::size_t bytes);
+
+  int descriptor = -1;
+  std::vector<char> buffer;
+  std::size_t first = 0;  // of what is not handed out yet
+  std::size_t last = 0;
+  bool error = false;
+};
+
+/// What a failed write took back of what it had accepted.
+struct LostOutput {
+  int traces = 0;
+  double bytes = 0;
+};
+
+/// Where a SEG Y copy writes: all output tapes, a block for each piece, or a disk file through a large buffer. A disk
+/// file that runs full ends with its last whole piece.
+class SegyOutput {
+ public:
+  /// What came of asking for the next volume.
+  enum class Volume { Ready, Declined, Failed };
+
+  /// @param allInputs files that are never written to; outlives this object
+  SegyOutput(UnitStruct* allUnits, const FileSet& allInputs);
+
+  bool isTape() const { return units[1].type == UT_TAPE; }
+  /// @return false when the disk or tape took it not: lost() says what went with it
+  bool writeHeader(const std::vector<char>& header) { return write({header.data(), header.size()}, false); }
+  bool writeTrace(std::span<const char> trace) { return write(trace, true); }
+  /// Hands what is still in the buffer to the disk.
+  bool flush();
+  const LostOutput& lost() const { return gone; }
+
+  /// Ends the present volume and begins the next. On disk that is a file beside the first, its name up to the first "."
+  /// followed by `index` in three digits; on tape the next cartridge of every output drive.
+  Volume getAnotherOutput(int index);
+  /// Writes both reel headers at the start of a volume. @return false after a console line
+  bool initOutput(const std::vector<char>& ebcdic, const std::vector<char>& binary);
+  /// One mark between two files on tape. @return false after a console line
+  bool separateFiles();
+  /// The end of the last volume: what is buffered, the double mark. @return false when they could not be written
+  bool finish();
+
+ private:
+  struct Piece {
+    std::size_t end;  // in the buffer
+    bool isTrace;
+  };
+
+  bool write(std::span<const char> piece, bool isTrace);
+  bool lose(std::size_t written, int reason);
+  Volume nextFile(int index);
+  Volume nextTapes();
+
+  UnitStruct* units;
+  const FileSet& inputs;
+  std::string baseName;  // of the first volume, up to its first "."
+  std::vector<char> buffer;
+  std::vector<Piece> pieces;  // in the buffer
+  LostOutput gone;
+  bool broken = false;
+  bool closed = true;  // the tapes now loaded are complete, or without a block of this job: they take no closing marks
+};
+
+/// Writes all of it. @return bytes written, fewer with errno after a failure
+std::size_t writeAll(int descriptor, const char* data, std::size_t bytes);
+/// Reads `bytes` bytes at `position`. @return false with errno, or at the end of the file
+bool readAllAt(int descriptor, char* data, std::size_t bytes, off_t position);

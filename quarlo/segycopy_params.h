@@ -1,0 +1,107 @@
+/// The settings of a SEG Y copy and the trace-header keys that they are made of.
+///
+/// A key is a 1-based byte position in the 240-byte trace header and a data type code. All fields are big-endian.
+#pragma once
+
+#include <cstddef>
+#include <span>
+
+constexpr int EBCDIC_HEADER_BYTES = 3200;
+constexpr int BINARY_HEADER_BYTES = 400;
+constexpr int TRACE_HEADER_BYTES = 240;
+
+constexpr std::size_t PATH_FIELD = 256;
+constexpr int MAX_TYPED_POINTS = 10;
+
+/// Data type codes of header fields.
+enum DATA_TYPE : int { DT_INT8 = 0, DT_INT16 = 1, DT_INT32 = 2, DT_FLOAT32 = 3 };
+
+/// Their names as dialogs and reports show them.
+extern const char* const DataTypes[4];
+
+/// The field at `ptr` as a number; 0.0 for a code that is none. The caller vouches for valueBytes(dataType) bytes.
+double getValue(const char* ptr, int dataType);
+/// Bytes of a field of this type; 0 for a code that is none.
+int valueBytes(int dataType);
+
+struct HeaderKey {
+  int byte;  ///< position of the first byte, from 1
+  int type;  ///< DATA_TYPE
+
+  int end() const { return byte - 1 + valueBytes(type); }  ///< header bytes that the key needs
+  double in(const char* trace) const { return getValue(trace + byte - 1, type); }
+};
+
+/// A range limit by polygon. The primary key is x, the secondary y.
+struct PolyParams {
+  char dir[PATH_FIELD];  ///< directory of the polygon file and of the log
+  char file[PATH_FIELD];
+  int numPoints;
+  int polyType;  ///< LIMIT_SENSE
+  int type;      ///< POLYGON_SOURCE
+  double primary[MAX_TYPED_POINTS];
+  double secondary[MAX_TYPED_POINTS];
+  int primByte;
+  int primType;
+  int secByte;
+  int secType;
+};
+
+/// A range limit by a list of values.
+struct ListParams {
+  char dir[PATH_FIELD];  ///< directory of the list file and of the log
+  char file[PATH_FIELD];
+  int listType;  ///< LIMIT_SENSE
+  int primByte;
+  int primType;
+  bool useSec;  ///< the list also holds a secondary value
+  int secByte;
+  int secType;
+};
+
+/// Whether what lies inside is kept or dropped.
+enum LIMIT_SENSE : int { LS_INCLUSION = 1, LS_EXCLUSION = 2 };
+enum POLYGON_SOURCE : int { PS_TYPED = 1, PS_FILE = 2 };
+/// Values of SgyCopyParams::limitType; any but the polygon's means a list.
+enum LIMIT_TYPE : int { LT_LIST = 1, LT_POLYGON = 2 };
+
+struct SgyCopyParams {
+  bool rangeLimit;
+  int limitType;  ///< LIMIT_TYPE
+  bool sort;
+  char sortDir[PATH_FIELD];  ///< directory of the temporary files
+  char sortFile[PATH_FIELD];
+  int sortPrimByte;
+  int sortPrimType;
+  int sortSecByte;
+  int sortSecType;
+  bool useTertiary;
+  int sortTerByte;
+  int sortTerType;
+  bool keepSortFile;
+  bool reverseSort;
+  bool reportFFIDs;
+  bool multipleIn;      ///< every "*.sgy" file of the input directory, or every SEG Y file on the input tapes
+  bool concatInputs;    ///< with multipleIn: one output for all
+  bool multipleOut;     ///< volumes of bytesPerPart bytes; counts as off while multipleIn is on
+  double bytesPerPart;  ///< bytes
+  int recordByte;       ///< key whose change marks where a volume may end
+  int recordType;
+  PolyParams polyParams;
+  ListParams listParams;
+};
+
+/// The settings in force. A job reads them; only a typed polygon's `dir` and the point count of a polygon file are
+/// written by it.
+extern SgyCopyParams SgyParams;
+
+/// Sets the defaults; the current directory becomes that of the temporary files.
+void segyInit();
+
+inline bool limitsByPolygon(const SgyCopyParams& params) { return params.limitType == LT_POLYGON; }
+/// True when the range limit in force looks at a secondary key.
+inline bool limitHasSecondary(const SgyCopyParams& params) {
+  return limitsByPolygon(params) || params.listParams.useSec;
+}
+HeaderKey primaryLimitKey(const SgyCopyParams& params);
+HeaderKey secondaryLimitKey(const SgyCopyParams& params);

@@ -1,0 +1,94 @@
+#include "quarlo/tapechange.h"
+
+#include <cstdint>
+
+#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/tapctrl2.h"
+#include "quarlo/tapelib/tapectrl.h"
+
+namespace {
+
+void say(const char* line) {
+  if (line != nullptr) {
+    console_out(line);
+  }
+}
+
+int autoLoad(UnitStruct* units, int uNum) {
+  int ready = 0;
+  // The third word carries the unit number itself.
+  PassPtr words{reinterpret_cast<int*>(units), &ready, reinterpret_cast<int*>(static_cast<std::intptr_t>(uNum)),
+                nullptr};
+  tlvAutoLoad(&words);
+  return ready;
+}
+
+/// Asks the operator for a tape of a unit whose magazine is empty; opening by hand reports failures again meanwhile.
+template <typename Ask>
+int askBesideMagazine(UnitStruct* unit, const TapeChangeWords& words, Ask ask) {
+  unit->autoMode = false;
+  say(words.magazineFinished);
+  say(words.afterMagazine);
+  const int more = ask();
+  unit->autoMode = true;
+  return more;
+}
+
+/// Unloads an open unit when its operator wants tapes unloaded at their end; outputs have that wish in unit 1.
+void unloadIfSo(UnitStruct* units, int uNum) {
+  if (units[uNum].state == 1 && units[uNum == 0 ? 0 : 1].unloadAtEot) {
+    tlv_unload(units, uNum);
+  }
+}
+
+int askInput(UnitStruct* units) {
+  int more = 0;
+  askForInputTape(units, &more);
+  return more;
+}
+
+int askOutput(UnitStruct* units, int uNum) {
+  int more = 0;
+  askForOutputTape(units, uNum, &more);
+  return more;
+}
+
+}  // namespace
+
+int nextInputTape(UnitStruct* units, const TapeChangeWords& words) {
+  if (!units->autoMode) {
+    unloadIfSo(units, 0);
+    return askInput(units);
+  }
+  say(words.finished);
+  if (autoLoad(units, 0) != 0) {
+    return 1;
+  }
+  return askBesideMagazine(units, words, [units] { return askInput(units); });
+}
+
+int nextOutputTapes(UnitStruct* units, const TapeChangeWords& words) {
+  // The options of all outputs stand in unit 1. tlvAutoLoad would move every drive at each call; here each drive in
+  // turn moves on by one.
+  UnitStruct& options = units[1];
+  for (int uNum = 1; uNum <= units->nOutputs; ++uNum) {
+    int more = 0;
+    if (options.autoMode) {
+      say(words.finished);
+      more = tlvLoadNextTape(units, uNum);
+      if (more == 0) {
+        more = askBesideMagazine(&options, words, [units, uNum] { return askOutput(units, uNum); });
+      }
+    } else {
+      unloadIfSo(units, uNum);
+      more = askOutput(units, uNum);
+    }
+    if (more == 0) {
+      for (int rest = uNum + 1; rest <= units->nOutputs; ++rest) {
+        unloadIfSo(units, rest);
+      }
+      return 0;
+    }
+  }
+  return 1;
+}

@@ -1,0 +1,61 @@
+#include "quarlo/tapelib/diskunit.h"
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+#include "libkyr/files.h"
+#include "libkyr/text.h"
+#include "quarlo/tapelib/cons_win.h"
+
+namespace {
+
+/// Streams and buffers of the disk units, by unit number.
+FileHandle& streamOf(const UnitStruct* unit) {
+  static std::array<FileHandle, MAX_UNITS> streams;
+  return streams.at(static_cast<std::size_t>(unit - getDevPtr()));
+}
+
+}  // namespace
+
+std::string pathOf(const FILE_SPEC& file) { return joinPath(fieldText(file.dir.path), fieldText(file.name)); }
+
+bool isSameFile(const FILE_SPEC& one, const FILE_SPEC& other) {
+  return sameFile(pathOf(one).c_str(), pathOf(other).c_str());
+}
+
+bool openDiskUnit(UnitStruct* unit, const FILE_SPEC& file, const char* mode) {
+  FileHandle stream = openFile(pathOf(file).c_str(), mode);
+  if (!stream) {
+    return false;
+  }
+  unit->fp = stream.get();
+  streamOf(unit) = std::move(stream);
+  unit->fs = file;
+  copyText(unit->name, fieldText(file.name));
+  unit->type = UT_DISK;
+  unit->state = 1;
+  unit->minBlockSize = 1;
+  unit->maxBlockSize = getDevPtr()->ioBufLen;
+  unit->eofMark = 0;
+  unit->eodMark = 0;
+  return true;
+}
+
+int closeDiskUnit(UnitStruct* unit) {
+  if (unit->type != UT_DISK) {
+    return 0;
+  }
+  int result = 0;
+  if (unit->fp != nullptr && !closeFile(streamOf(unit))) {
+    console_printf("  *** Error closing disk file \"%s\": %s.", unit->name, std::strerror(errno));
+    result = -1;
+  }
+  unit->fp = nullptr;
+  unit->state = 0;
+  unit->minBlockSize = 0;
+  unit->maxBlockSize = 0;
+  unit->name[0] = '\0';
+  unit->fs.name[0] = '\0';
+  return result;
+}

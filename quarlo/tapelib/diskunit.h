@@ -1,0 +1,23 @@
+/// Units that are disk files: opening and closing their streams. The stream stands in the unit's `fp`; it and its large
+/// buffer belong to this file.
+#pragma once
+
+#include <string>
+
+#include "quarlo/tapelib/tlv_fcn.h"
+
+/// The path of a file specification.
+std::string pathOf(const FILE_SPEC& file);
+
+/// True when both specifications lead to one file, by whatever path.
+bool isSameFile(const FILE_SPEC& one, const FILE_SPEC& other);
+
+/// Opens `file` as this unit: fp, fs, name, type, state and, as block limit, the tape buffer's size. The unit must be
+/// closed.
+/// @return false with errno when the file could not be opened; the unit is then unchanged
+bool openDiskUnit(UnitStruct* unit, const FILE_SPEC& file, const char* mode);
+
+/// Closes a disk unit's stream (if it has one) and clears its names, state and limits. Closed and tape units are left
+/// alone.
+/// @return 0, or -1 after a console line when the file system reported an error at the last moment
+int closeDiskUnit(UnitStruct* unit);

@@ -1,0 +1,44 @@
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+#include "quarlo/tapelib/driver/driver.h"
+#include "quarlo/tapelib/driver/fault_driver.h"
+#include "quarlo/tapelib/driver/st_driver.h"
+#include "quarlo/tapelib/driver/virtual_driver.h"
+
+namespace {
+
+std::unique_ptr<TapeDriver>& slot() {
+  static std::unique_ptr<TapeDriver> driver;
+  return driver;
+}
+
+std::unique_ptr<TapeDriver> plainDriver() {
+  const char* folder = std::getenv("QUARLO_VIRTUAL_DRIVES");
+  if (folder != nullptr && *folder != '\0') return std::make_unique<VirtualDriver>(folder);
+  return std::make_unique<StDriver>();
+}
+
+std::unique_ptr<TapeDriver> chosenDriver() {
+  std::unique_ptr<TapeDriver> driver = plainDriver();
+  const char* plan = std::getenv("QUARLO_TAPE_FAULT");
+  if (plan == nullptr || *plan == '\0') return driver;
+  std::vector<TapeFault> faults;
+  std::string bad;
+  if (!parseTapeFaults(plan, faults, bad))
+    std::fprintf(stderr, "QUARLO_TAPE_FAULT: \"%s\" is no fault (KIND:N:WHAT); it and what follows are ignored\n",
+                 bad.c_str());
+  return std::make_unique<FaultDriver>(std::move(driver), std::move(faults));
+}
+
+}  // namespace
+
+TapeDriver& tapeDriver() {
+  if (!slot()) slot() = chosenDriver();
+  return *slot();
+}
+
+std::unique_ptr<TapeDriver> setTapeDriver(std::unique_ptr<TapeDriver> driver) {
+  return std::exchange(slot(), std::move(driver));
+}

@@ -1,0 +1,48 @@
+#include "quarlo/tapelib/jobstate.h"
+
+#include <utility>
+#include <vector>
+
+#include "xvt/xvt.h"
+
+namespace {
+
+RunningJob* innermost = nullptr;
+std::vector<std::function<void()>> afterwards;
+
+void doWhatWaited() {
+  // A wish may start or stop things itself: each is taken off the list before it is carried out.
+  while (innermost == nullptr && !afterwards.empty()) {
+    const std::function<void()> next = std::move(afterwards.front());
+    afterwards.erase(afterwards.begin());
+    next();
+  }
+}
+
+}  // namespace
+
+RunningJob::RunningJob(int* abortFlag) : abortFlag_(abortFlag), outer_(innermost) {
+  innermost = this;
+  // The job was stopped before this part of it began.
+  if (abortFlag_ != nullptr && !afterwards.empty()) *abortFlag_ = 1;
+}
+
+RunningJob::~RunningJob() {
+  innermost = outer_;
+  doWhatWaited();
+}
+
+bool jobIsRunning() { return innermost != nullptr; }
+
+void requestStopOfJobs(std::function<void()> then) {
+  for (RunningJob* job = innermost; job != nullptr; job = job->outer_)
+    if (job->abortFlag_ != nullptr) *job->abortFlag_ = 1;
+  afterwards.push_back(std::move(then));
+  doWhatWaited();
+}
+
+bool refuseDuringJob() {
+  if (!jobIsRunning()) return false;
+  xvt_dm_post_note("A job is running. Stop it or wait for its end first.");
+  return true;
+}

@@ -1,0 +1,35 @@
+#include "quarlo/tapelib/loglines.h"
+
+#include <ctime>
+
+#include "quarlo/tapelib/cons_win.h"
+
+std::string dateText() {
+  const std::time_t now = std::time(nullptr);
+  std::tm parts{};
+  char text[64] = "";
+  if (localtime_r(&now, &parts) != nullptr) {
+    // asctime's layout, spelled out: asctime itself is undefined for years beyond 9999.
+    (void)std::strftime(text, sizeof text, "%a %b %e %H:%M:%S %Y", &parts);
+  }
+  return text;
+}
+
+void logBlank() { console_out(" "); }
+
+void logStarted(const char* job) {
+  logBlank();
+  console_printf("%s started at %s.", job, dateText().c_str());
+}
+
+void logEnded(const char* job) {
+  console_printf("%s ended at %s.", job, dateText().c_str());
+  logBlank();
+}
+
+void logAborted(const char* job) { console_printf("  *** %s aborted by user at %s.", job, dateText().c_str()); }
+
+void logFailed() {
+  console_out("  *** Job Failed.");
+  logBlank();
+}

@@ -1,0 +1,25 @@
+/// The pieces that every job's console lines are made of.
+#pragma once
+
+#include <string>
+
+/// The local date and time as the C library's ctime writes it, without the newline: "Sat Nov 21 03:02:01 2026".
+std::string dateText();
+
+/// The ending of a plural: "s" for counts above one.
+constexpr const char* plural(long long count) { return count > 1 ? "s" : ""; }
+
+/// The line of one blank that separates.
+void logBlank();
+
+/// " " and "%s started at DATE."
+void logStarted(const char* job);
+
+/// "%s ended at DATE." and " "
+void logEnded(const char* job);
+
+/// "  *** %s aborted by user at DATE."
+void logAborted(const char* job);
+
+/// "  *** Job Failed." and " "
+void logFailed();

@@ -1,0 +1,566 @@
+#include "quarlo/tapelib/unix_fcn.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <utility>
+
+#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/driver/tape_handle.h"
+
+mtop StCommand{};
+int StCounter = 0;
+char* TapeBuffer = nullptr;
+int StTimeout = 60;
+wxEntryArray DriveEntries;
+
+namespace {
+
+constexpr unsigned kDefaultBuffer = 32768;
+constexpr unsigned kLargestBuffer = 1U << 30;
+constexpr unsigned kSmallestBuffer = 1024;
+constexpr int kDeviceNumbers = 33;  ///< /dev/nst0 to /dev/nst32 are looked for
+
+template <std::size_t size>
+void copyText(char (&to)[size], const std::string& from) {
+  const std::size_t count = std::min(from.size(), size - 1);
+  std::memcpy(to, from.data(), count);
+  to[count] = '\0';
+}
+
+/// The open tapes by descriptor.
+std::map<int, TapeHandle>& handles() {
+  static std::map<int, TapeHandle> open;
+  return open;
+}
+
+/// The handle behind a unit, or null when the unit is closed.
+TapeHandle* handleOf(const UnitStruct& unit) {
+  if (unit.fd == 0) return nullptr;
+  return &handles().try_emplace(unit.fd, unit.fd).first->second;
+}
+
+const char* plural(int count) { return count >= 2 ? "s" : ""; }
+
+int magnitudeOf(int count) { return count == INT_MIN ? INT_MAX : std::abs(count); }
+
+/// Says once that the tape's position is lost, if it just was.
+void reportLoss(const UnitStruct& unit, TapeHandle* handle) {
+  if (handle == nullptr || !handle->takeNewsOfLoss()) return;
+  console_printf("  *** The tape position is lost on drive \"%s\" (drive reset, or cartridge pulled or exchanged).",
+                 unit.name);
+  console_printf("      Nothing more is read or written there until the tape is rewound, unloaded or opened again.");
+}
+
+int statusOf(const UnitStruct& unit, mtget& status) {
+  const TapeHandle* handle = handleOf(unit);
+  return handle == nullptr ? -1 : handle->status(status);
+}
+
+}  // namespace
+
+// ---- the drives -------------------------------------------------------------------------------------------------
+
+void wxEntryArray::Insert(std::unique_ptr<DriveEntry> entry, std::size_t index) {
+  entries_.insert(entries_.begin() + static_cast<std::ptrdiff_t>(std::min(index, entries_.size())), std::move(entry));
+}
+
+void wxEntryArray::RemoveAt(std::size_t index) {
+  if (index < entries_.size()) entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(index));
+}
+
+int wxEntryArray::Index(const DriveEntry* entry) const {
+  for (std::size_t i = 0; i < entries_.size(); ++i)
+    if (entries_[i].get() == entry) return static_cast<int>(i);
+  return -1;
+}
+
+unsigned int bufferLengthFor(const char* stBuffer) {
+  const long kilobytes = stBuffer == nullptr ? 0 : std::strtol(stBuffer, nullptr, 10);
+  if (kilobytes <= 0) return kDefaultBuffer;
+  return static_cast<unsigned>(std::min<long>(kilobytes, kLargestBuffer / 1024)) * 1024;
+}
+
+void initUNIX() {
+  UnitStruct* units = getDevPtr();
+  findDrives();
+  units[0].numAdapters = 1;
+  unInitUNIX(units);
+  unsigned length = bufferLengthFor(std::getenv("ST_BUFFER"));
+  while ((TapeBuffer = static_cast<char*>(std::calloc(length, 1))) == nullptr && length > kSmallestBuffer) length /= 2;
+  units[0].ioBufLen = TapeBuffer == nullptr ? 0 : length;
+  units[0].ioBuffer = TapeBuffer;
+  for (int i = 0; i < MAX_UNITS; ++i) units[i].devName[0] = '\0';
+  StTimeout = 60;
+}
+
+void unInitUNIX(UnitStruct* aUnit) {
+  std::free(TapeBuffer);
+  TapeBuffer = nullptr;
+  aUnit[0].ioBuffer = nullptr;
+  aUnit[0].ioBufLen = 0;
+}
+
+namespace {
+
+/// Walks through a text by its labels, field by field.
+class TextCutter {
+ public:
+  explicit TextCutter(const std::string& text) : text_(text) {}
+  /// Goes to the next `label`; false when there is none.
+  bool cutTo(const char* label) { return reach(text_.find(label, at_)); }
+  /// Goes past the next `letter`.
+  bool skipPast(char letter) {
+    if (!reach(text_.find(letter, at_))) return false;
+    ++at_;
+    return true;
+  }
+  std::string take(std::size_t count) const { return text_.substr(at_, count); }
+  bool startsWith(const char* words) const { return text_.compare(at_, std::strlen(words), words) == 0; }
+
+ private:
+  bool reach(std::size_t found) {
+    if (found == std::string::npos) return false;
+    at_ = found;
+    return true;
+  }
+  const std::string& text_;
+  std::size_t at_ = 0;
+};
+
+std::string trimBlanks(const std::string& text) {
+  const auto first = text.find_first_not_of(' ');
+  return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
+int decimal(const std::string& digits) { return static_cast<int>(std::strtol(digits.c_str(), nullptr, 10)); }
+
+/// One device of the list, from its "Host:" on. @return false when the text breaks off
+bool parseDevice(TextCutter& text, wxEntryArray& entries) {
+  DriveEntry entry{};
+  if (!text.skipPast('i')) return false;
+  entry.Adapter = decimal(text.take(1));  // one digit, also of host numbers that have two
+  if (!text.cutTo("Id:") || !text.skipPast(' ')) return false;
+  entry.Id = decimal(text.take(2));
+  if (!text.cutTo("Vendor:") || !text.skipPast(' ')) return false;
+  const std::string vendor = trimBlanks(text.take(8));
+  if (!text.cutTo("Model:") || !text.skipPast(' ')) return false;
+  entry.Name = vendor + " " + trimBlanks(text.take(16));
+  if (!text.cutTo("Type:") || !text.skipPast(' ')) return false;
+  if (text.startsWith("  Sequential-Access")) entries.Add(std::make_unique<DriveEntry>(entry));
+  return true;
+}
+
+}  // namespace
+
+void parseScsiText(const std::string& text, wxEntryArray& entries) {
+  TextCutter cutter(text);
+  while (cutter.cutTo("Host:") && parseDevice(cutter, entries)) {
+  }
+}
+
+int findDrives() {
+  DriveFacts drives;
+  DriveEntries.Clear();
+  if (!tapeDriver().listDrives(drives)) return 0;
+  if (drives.isText && (drives.text.empty() || drives.text.find("Attached devices: none") != std::string::npos))
+    return 0;
+  parseScsiText(drives.text, DriveEntries);
+  for (const DriveFact& fact : drives.facts)
+    DriveEntries.Add(std::make_unique<DriveEntry>(DriveEntry{fact.host, fact.id, fact.name}));
+  return 1;
+}
+
+int getDriveList(UnitStruct* aUnit) {
+  int kept = 0;
+  for (int number = 0; number < kDeviceNumbers && kept < MAX_UNITS; ++number) {
+    DListStruct& entry = aUnit[0].theDriveList[kept];
+    copyText(entry.device, "/dev/nst" + std::to_string(number));
+    entry.autoLoader = nullptr;
+    if (getScsiAddress(&entry, aUnit) == 1) ++kept;
+  }
+  return kept;
+}
+
+namespace {
+
+/// A device asked for its facts: through the unit that has it open, else opened for the moment.
+class Enquiry {
+ public:
+  Enquiry(const DListStruct& entry, const UnitStruct* units) {
+    for (int i = 0; i < MAX_UNITS && fd_ < 0; ++i)
+      if (units[i].fd != 0 && std::strcmp(units[i].devName, entry.device) == 0) fd_ = units[i].fd;
+    if (fd_ >= 0) return;
+    fd_ = tapeDriver().open(entry.device, O_RDONLY | O_NONBLOCK);
+    mine_ = fd_ >= 0;
+  }
+  ~Enquiry() {
+    if (mine_) tapeDriver().close(fd_);
+  }
+  Enquiry(const Enquiry&) = delete;
+  Enquiry& operator=(const Enquiry&) = delete;
+  int fd() const { return fd_; }
+
+ private:
+  int fd_ = -1;
+  bool mine_ = false;
+};
+
+int refuse(DListStruct* entry, const char* what) {
+  xvt_dm_post_error("failed to get SCSI %s for device file '%s'", what, entry->name);
+  entry->name[0] = '\0';
+  return 0;
+}
+
+}  // namespace
+
+int getScsiAddress(DListStruct* entry, UnitStruct* aUnit) {
+  unsigned word = 0;
+  mtget status{};
+  {
+    const Enquiry enquiry(*entry, aUnit);
+    if (enquiry.fd() < 0) return 0;
+    if (tapeDriver().address(enquiry.fd(), word) < 0) return refuse(entry, "ID");
+    if (tapeDriver().status(enquiry.fd(), status) < 0) return refuse(entry, "status");
+  }
+  const int adapter = static_cast<int>(word >> 24);
+  const int id = static_cast<int>(word & 0xFF);
+  copyText(entry->adapter, std::to_string(adapter));
+  copyText(entry->id, std::to_string(id));
+  std::string name = entry->device;  // a drive that came after the start has no other name
+  for (std::size_t i = 0; i < DriveEntries.Count(); ++i)
+    if (DriveEntries.Item(i)->Adapter == adapter && DriveEntries.Item(i)->Id == id) name = DriveEntries.Item(i)->Name;
+  copyText(entry->name, name);
+  std::string line = std::string("  ") + entry->adapter + ":" + entry->id + "   " + name;
+  if (GMT_DR_OPEN(status.mt_gstat) != 0)
+    line += " (offline)";
+  else if (GMT_WR_PROT(status.mt_gstat) != 0)
+    line += " (wrt-prot)";
+  copyText(entry->string, line);
+  return 1;
+}
+
+// ---- opening and closing ----------------------------------------------------------------------------------------
+
+namespace {
+
+/// Whether the tape just opened as `unit` can be used as such; says in a box why not.
+bool isFit(UnitStruct* aUnit, int uNum) {
+  UnitStruct& unit = aUnit[uNum];
+  if (isOnline(unit) == 0) {
+    if (!unit.hasAutoLoader && !unit.autoMode)
+      xvt_dm_post_error("Drive \"%s\" is not ready.\nMake sure the tape is loaded and the unit is online.", unit.name);
+    return false;
+  }
+  if (uNum > 0 && isWriteProtected(unit) != 0) {
+    xvt_dm_post_error("Tape in drive \"%s\" is write protected.\n", unit.name);
+    return false;
+  }
+  if (unixSetVariable(aUnit, uNum) != 0) {
+    xvt_dm_post_error("Error setting variable block size on drive \"%s\"", unit.name);
+    return false;
+  }
+  return true;
+}
+
+void giveUp(UnitStruct& unit) {
+  unit.id[0] = '\0';
+  if (TapeHandle* handle = handleOf(unit)) {
+    handle->close();
+    handles().erase(unit.fd);
+  }
+  unit.fd = 0;
+}
+
+}  // namespace
+
+int unixTapeOpen(UnitStruct* aUnit, const DListStruct& entry, int uNum) {
+  UnitStruct& unit = aUnit[uNum];
+  StTimeout = 60;
+  // Without O_NONBLOCK an empty drive would hold the program for minutes, and a protected one be refused unexplained.
+  const int fd = tapeDriver().open(entry.device, (uNum == 0 ? O_RDONLY : O_RDWR) | O_NONBLOCK);
+  if (fd < 0) {
+    if (errno == EROFS) xvt_dm_post_error("Tape in drive \"%s\" is write protected.\n", entry.name);
+    return -1;
+  }
+  const std::string formerName = unit.name;
+  unit.fd = fd;
+  copyText(unit.name, entry.name);
+  handles().erase(fd);
+  if (!isFit(aUnit, uNum)) {
+    giveUp(unit);
+    copyText(unit.name, formerName);
+    return -1;
+  }
+  tapeDriver().setBlocking(fd);
+  handleOf(unit)->settle();
+  unit.minBlockSize = 1;
+  unit.maxBlockSize = aUnit[0].ioBufLen;
+  copyText(unit.devName, entry.device);
+  copyText(unit.adapter, entry.adapter);
+  copyText(unit.id, entry.id);
+  unit.type = UT_TAPE;
+  unit.state = 1;
+  unit.blockNum = 1;
+  unit.fileNum = 1;
+  unit.eodMark = 0;
+  unit.eofMark = 0;
+  if (aUnit[0].overrideM4 == 0) unit.isM4 = static_cast<short>(isM4Drive(&unit));
+  return 0;
+}
+
+int unixTapeClose(UnitStruct* aUnit, int uNum) {
+  UnitStruct& unit = aUnit[uNum];
+  TapeHandle* handle = handleOf(unit);
+  if (handle == nullptr) return 0;
+  const bool wrote = handle->wrote();
+  const int result = handle->close();
+  handles().erase(unit.fd);
+  unit.fd = 0;
+  unit.devName[0] = '\0';
+  if (result >= 0 || !wrote) return 0;
+  console_printf("  *** Error closing tape on drive \"%s\".", unit.name);
+  return -1;
+}
+
+namespace {
+
+/// A status bit of the unit's drive; 1 after two console lines when the drive does not say.
+int statusBit(const UnitStruct& unit, long bit) {
+  mtget status{};
+  if (statusOf(unit, status) >= 0) return (status.mt_gstat & bit) != 0 ? 1 : 0;
+  console_printf("  *** Error getting write-protect status on \"%s\".", unit.name);
+  console_printf("      Defaulting write-protect to true.");
+  return 1;
+}
+
+}  // namespace
+
+int isOnline(const UnitStruct& unit) { return statusBit(unit, GMT_ONLINE(0xFFFFFFFFL)); }
+
+int isWriteProtected(const UnitStruct& unit) { return statusBit(unit, GMT_WR_PROT(0xFFFFFFFFL)); }
+
+int unixSetVariable(UnitStruct* aUnit, int uNum) {
+  StCommand.mt_op = MTSETBLK;
+  StCommand.mt_count = 0;
+  if (doStCommand(&aUnit[uNum]) == 0) return 0;
+  console_printf("  *** Error setting variable block mode on \"%s\".", aUnit[uNum].name);
+  return -1;
+}
+
+int isM4Drive(const UnitStruct* unit) {
+  for (const char* mark : {"M4", "M-4", "OPEN REEL", "9914", "9348"})
+    if (std::strstr(unit->name, mark) != nullptr) return 1;
+  return 0;
+}
+
+// ---- blocks -----------------------------------------------------------------------------------------------------
+
+int unixTapeRead(UnitStruct* aUnit, int uNum, char* buffer) {
+  UnitStruct& unit = aUnit[uNum];
+  TapeHandle* handle = handleOf(unit);
+  int bytes = 0;
+  StTimeout = 120;
+  const TapeAnswer answer = handle == nullptr ? TapeAnswer::FAILED : handle->read(buffer, unit.maxBlockSize, bytes);
+  unit.eofMark = answer == TapeAnswer::MARK ? 1 : 0;
+  switch (answer) {
+    case TapeAnswer::BLOCK:
+      ++unit.blockNum;
+      return bytes;
+    case TapeAnswer::MARK:
+      return 0;
+    case TapeAnswer::END_OF_DATA:
+      unit.eodMark = 1;
+      return 0;
+    case TapeAnswer::TOO_LONG:
+    case TapeAnswer::FAILED:
+      break;
+  }
+  console_printf("  *** Error reading tape on drive \"%s\".", unit.name);
+  if (answer == TapeAnswer::TOO_LONG)
+    console_printf("      The block is longer than the limit of %u bytes; ST_BUFFER (in KiB) raises it.",
+                   unit.maxBlockSize);
+  reportLoss(unit, handle);
+  return -1;
+}
+
+int unixTapeWrite(UnitStruct* aUnit, int uNum, const char* buffer, int bytes) {
+  UnitStruct& unit = aUnit[uNum];
+  if (bytes < 0 || static_cast<unsigned>(bytes) > unit.maxBlockSize) {
+    console_printf("  *** Error: block size too large to write on drive \"%s\".", unit.name);
+    return -1;
+  }
+  TapeHandle* handle = handleOf(unit);
+  StTimeout = 120;
+  const ssize_t written = handle == nullptr ? -1 : handle->write(buffer, static_cast<std::size_t>(bytes));
+  if (written >= bytes) {
+    ++unit.blockNum;
+    return static_cast<int>(written);
+  }
+  console_printf("  *** Error writing to tape on drive \"%s\".", unit.name);
+  reportLoss(unit, handle);
+  return -1;
+}
+
+// ---- positioning ------------------------------------------------------------------------------------------------
+
+namespace {
+
+int command(UnitStruct* unit, short operation, int count) {
+  StCommand.mt_op = operation;
+  StCommand.mt_count = count;
+  return doStCommand(unit);
+}
+
+}  // namespace
+
+int unixSkipBlocks(UnitStruct* aUnit, int uNum, int count) {
+  if (count == 0) return 0;
+  UnitStruct& unit = aUnit[uNum];
+  const int blocks = magnitudeOf(count);
+  StTimeout = 180;
+  const int result = command(&unit, count > 0 ? MTFSR : MTBSR, blocks);
+  if (result != 0) console_printf("  *** Error skipping tape block%s.", plural(blocks));
+  unit.blockNum = getCurrentBlock(unit);
+  console_printf("%d block%s skipped %s.", blocks, plural(blocks), count > 0 ? "forward" : "backward");
+  return result;
+}
+
+int unixSkipFiles(UnitStruct* aUnit, int uNum, int count) {
+  if (count == 0) return 0;
+  UnitStruct& unit = aUnit[uNum];
+  const int files = magnitudeOf(count);
+  StTimeout = 180;
+  const int result = command(&unit, count > 0 ? MTFSF : MTBSF, files);
+  if (result != 0) console_printf("  *** Error skipping file%s.", plural(files));
+  unit.fileNum = getCurrentFile(unit);
+  unit.blockNum = 1;
+  console_printf("%d file%s skipped %s.", files, plural(files), count > 0 ? "forward" : "backward");
+  return result;
+}
+
+int unixSkipEOD(UnitStruct* aUnit, int uNum) {
+  UnitStruct& unit = aUnit[uNum];
+  StTimeout = 180;
+  const int result = command(&unit, MTEOM, 1);
+  console_printf(result != 0 ? "  *** Error skipping to End Of Data." : "Skipped to End Of Data.");
+  unit.fileNum = 0;
+  unit.blockNum = 0;
+  return result;
+}
+
+int unixWeof(UnitStruct* aUnit, int uNum, int count) {
+  StTimeout = 90;
+  return command(&aUnit[uNum], MTWEOF, count);
+}
+
+int unixRewind(UnitStruct* aUnit, int uNum) {
+  UnitStruct& unit = aUnit[uNum];
+  StTimeout = 120;
+  console_printf("Rewind \"%s\".", unit.name);
+  const int result = command(&unit, MTREW, 1);
+  if (result != 0) console_printf("  *** Error rewinding \"%s\".", unit.name);
+  unit.blockNum = 1;
+  unit.fileNum = 1;
+  return result;
+}
+
+int unixUnload(UnitStruct* aUnit, int uNum) {
+  UnitStruct& unit = aUnit[uNum];
+  StTimeout = 120;
+  console_printf("Unload \"%s\".", unit.name);
+  const int result = command(&unit, MTOFFL, 1);
+  if (result != 0) console_printf("  *** Error unloading \"%s\".", unit.name);
+  const int closed = tlv_tape_close(aUnit, uNum);
+  return result != 0 ? result : closed;
+}
+
+int getCurrentBlock(const UnitStruct& unit) {
+  mtget status{};
+  if (statusOf(unit, status) >= 0) return static_cast<int>(status.mt_blkno);
+  console_printf("  *** Error getting block number status on \"%s\".", unit.name);
+  return 0;
+}
+
+int getCurrentFile(const UnitStruct& unit) {
+  mtget status{};
+  if (statusOf(unit, status) >= 0) return static_cast<int>(status.mt_fileno);
+  console_printf("  *** Error getting file number status on \"%s\".", unit.name);
+  return 0;
+}
+
+// ---- operation requests -----------------------------------------------------------------------------------------
+
+namespace {
+
+/// The words of a failed operation.
+struct FailureWords {
+  int operation;
+  const char* notCompleted;
+  const char* endOfMedium;
+  const char* unidentified;
+};
+
+constexpr FailureWords kFailures[] = {
+    {MTFSF, "  *** Forward skip files request could not be completed on drive \"%s\".",
+     "  *** End of medium encountered during forward skip files on drive \"%s\".",
+     "  *** Unidentified error occurred during forward skip files on drive \"%s\"."},
+    {MTBSF, "  *** Reverse skip files request could not be completed on drive \"%s\".",
+     "  *** End of medium encountered during reverse skip files on drive \"%s\".",
+     "  *** Unidentified error occurred during reverse skip files on drive \"%s\"."},
+    {MTFSR, "  *** Forward skip blocks request could not be completed on drive \"%s\".",
+     "  *** End of medium encountered during forward skip blocks on drive \"%s\".",
+     "  *** Unidentified error occurred during forward skip blocks on drive \"%s\"."},
+    {MTBSR, "  *** Reverse skip blocks request could not be completed on drive \"%s\".",
+     "  *** End of medium encountered during reverse skip blocks on drive \"%s\".",
+     "  *** Unidentified error occurred during reverse skip blocks on drive \"%s\"."},
+    {MTWEOF, "  *** Write EOF could not be completed on drive \"%s\".",
+     "  *** End of medium encountered during write EOF on drive \"%s\".",
+     "  *** Unidentified error occurred during write EOF on drive \"%s\"."},
+    {MTEOM, "  *** Skip to EOD request could not be completed on drive \"%s\".",
+     "  *** End of medium encountered during skip to EOD on drive \"%s\".",
+     "  *** Unidentified error occurred during skip to EOD on drive \"%s\"."},
+};
+
+/// Says a table line; the text is one of the table's own formats.
+void sayOf(const char* format, const UnitStruct& unit) {
+  std::string line(format);
+  line.replace(line.find("%s"), 2, unit.name);
+  console_out(line.c_str());
+}
+
+/// @param answer what the request returned, which is what the table goes by
+void sayFailure(const UnitStruct& unit, int operation, int answer) {
+  const auto* words = std::find_if(std::begin(kFailures), std::end(kFailures),
+                                   [operation](const FailureWords& row) { return row.operation == operation; });
+  if (words == std::end(kFailures)) return;
+  if (answer == EIO) return sayOf(words->notCompleted, unit);
+  if (answer == ENOSPC) return sayOf(words->endOfMedium, unit);
+  if (answer == EACCES && operation == MTWEOF) {
+    sayOf("  *** Write EOF failed. Tape on drive \"%s\" is write protected.", unit);
+    StCounter = 0;
+    return;
+  }
+  sayOf(words->unidentified, unit);
+  console_printf("  *** Error number \"%d\". returned from drive.", answer);
+}
+
+}  // namespace
+
+int doStCommand(UnitStruct* unit) {
+  TapeHandle* handle = handleOf(*unit);
+  const int answer = handle == nullptr ? -1 : handle->operate(StCommand);
+  if (answer >= 0) return 0;
+  sayFailure(*unit, StCommand.mt_op, answer);
+  reportLoss(*unit, handle);
+  return -1;
+}
+
+int unixInitLoader(const UnitStruct& /*unit*/, int /*uNum*/) { return 0; }
+
+int unixLoadNext(const UnitStruct& /*unit*/, int /*uNum*/) { return 0; }

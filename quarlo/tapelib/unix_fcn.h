@@ -1,0 +1,83 @@
+/// Access to SCSI tape drives through the driver seam. The unit operations (tlv_fcn.h) are the way in for jobs and
+/// dialogs; this file is theirs, and the drive selection dialogs' getDriveList.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "quarlo/tapelib/driver/driver.h"
+#include "quarlo/tapelib/tlv_fcn.h"
+
+/// A tape drive found at start-up.
+struct DriveEntry {
+  int Adapter;       ///< SCSI host number
+  int Id;            ///< SCSI target id
+  std::string Name;  ///< vendor and model
+};
+
+/// An array of drive entries that owns them.
+class wxEntryArray {
+ public:
+  void Add(std::unique_ptr<DriveEntry> entry) { entries_.push_back(std::move(entry)); }
+  /// Inserts before `index`, at the end when there is no such index.
+  void Insert(std::unique_ptr<DriveEntry> entry, std::size_t index);
+  void RemoveAt(std::size_t index);
+  /// Null out of range.
+  DriveEntry* Item(std::size_t index) const { return index < entries_.size() ? entries_[index].get() : nullptr; }
+  /// Index of an entry of this array, -1 when it is not there.
+  int Index(const DriveEntry* entry) const;
+  std::size_t Count() const { return entries_.size(); }
+  void Clear() { entries_.clear(); }
+
+ private:
+  std::vector<std::unique_ptr<DriveEntry>> entries_;
+};
+
+extern mtop StCommand;             ///< the operation that doStCommand sends
+extern int StCounter;              ///< retries; cleared on a write-protect failure, never counted
+extern char* TapeBuffer;           ///< the shared tape buffer
+extern int StTimeout;              ///< seconds allowed for the current operation; not enforced
+extern wxEntryArray DriveEntries;  ///< the drives found, in the order found
+
+void initUNIX();
+void unInitUNIX(UnitStruct* aUnit);
+/// Fills DriveEntries. @return 1 when the system's list was read, 0 when not
+int findDrives();
+/// Adds the tape drives of a text in the kernel's form ("Host: scsi0 Channel: 00 Id: 00 Lun: 01" ...) to `entries`.
+void parseScsiText(const std::string& text, wxEntryArray& entries);
+/// The tape buffer's size in bytes that a value of ST_BUFFER (KiB, null when unset) asks for, before memory is asked.
+/// Not a number above 0: 32 KiB; above 1 GiB: 1 GiB.
+unsigned int bufferLengthFor(const char* stBuffer);
+
+/// Lists the drives with their present status in unit 0's theDriveList. @return how many
+int getDriveList(UnitStruct* aUnit);
+/// Fills name, address and list line of the entry whose `device` is set. @return 1, or 0 when there is no such drive
+int getScsiAddress(DListStruct* entry, UnitStruct* aUnit);
+
+int unixTapeOpen(UnitStruct* aUnit, const DListStruct& entry, int uNum);
+/// Closes the descriptor and empties devName; no other field changes. @return 0, or -1 when what was written last could
+/// not be finished (a console line says so)
+int unixTapeClose(UnitStruct* aUnit, int uNum);
+int isOnline(const UnitStruct& unit);
+int isWriteProtected(const UnitStruct& unit);
+int unixSetVariable(UnitStruct* aUnit, int uNum);
+int isM4Drive(const UnitStruct* unit);
+
+int unixTapeRead(UnitStruct* aUnit, int uNum, char* buffer);
+int unixTapeWrite(UnitStruct* aUnit, int uNum, const char* buffer, int bytes);
+int unixSkipBlocks(UnitStruct* aUnit, int uNum, int count);
+int unixSkipFiles(UnitStruct* aUnit, int uNum, int count);
+int unixSkipEOD(UnitStruct* aUnit, int uNum);
+int unixWeof(UnitStruct* aUnit, int uNum, int count);
+int unixRewind(UnitStruct* aUnit, int uNum);
+int unixUnload(UnitStruct* aUnit, int uNum);
+
+/// Sends StCommand to the unit. @return 0, or -1 after the console lines that belong to the operation
+int doStCommand(UnitStruct* unit);
+int getCurrentBlock(const UnitStruct& unit);
+int getCurrentFile(const UnitStruct& unit);
+
+int unixInitLoader(const UnitStruct& unit, int uNum);
+int unixLoadNext(const UnitStruct& unit, int uNum);

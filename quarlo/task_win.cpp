@@ -1,0 +1,103 @@
+#include "quarlo/task_win.h"
+
+#include "quarlo/main_dlg.h"
+#include "quarlo/menubar.h"
+#include "quarlo/shell.h"
+#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/jobstate.h"
+#include "quarlo/tapelib/tlv_fcn.h"
+#include "resources/ids.h"
+
+WINDOW gMainDialogWindow = NULL_WIN;
+int gMainWindowUp = 0;
+WINDOW gControlWindow = NULL_WIN;
+int gControlWindowUp = 0;
+WINDOW gTAnlsWindow = NULL_WIN;
+int gTAnlsWindowUp = 0;
+int gFAnlsWindowUp = 0;
+
+namespace {
+
+UnitStruct* ioUnit = nullptr;
+
+constexpr int standardCommands[] = {M_EDIT_CUT, M_EDIT_COPY, M_EDIT_PASTE, M_EDIT_SELECT_ALL};
+constexpr int companionCommands[] = {CMD_COMPANION_1, CMD_COMPANION_2, CMD_COMPANION_3, CMD_COMPANION_4};
+constexpr int tapeCommands[] = {CMD_REWIND,   CMD_UNLOAD,    CMD_SKIP_RECORDS,   CMD_SKIP_FILES,
+                                CMD_SKIP_EOD, CMD_WRITE_EOF, CMD_COUNT_FILEMARKS};
+
+template <int N>
+void enableCommands(WINDOW window, const int (&commands)[N], bool enabled) {
+  for (const int command : commands) xvt_menu_set_item_enabled(window, command, enabled);
+}
+
+void startUp(WINDOW window, EVENT* event) {
+  xvt_menu_set_item_checked(window, CMD_CONSOLE, true);
+  enableCommands(window, standardCommands, true);
+  ioUnit = getDevPtr();
+  initIO(ioUnit);
+  consInit();
+  enableCommands(window, companionCommands, true);
+  console_printf("I/O will be limited to %dk bytes per block.", static_cast<int>(ioUnit->ioBufLen >> 10));
+  console_out(" ");
+  console_out(" ");
+  event->type = E_USER;
+  xvt_win_dispatch_event(window, event);
+  openMainDialog();
+}
+
+void unitsHaveChanged(WINDOW window, EVENT* event) {
+  const UnitStruct& input = *getDevPtr();
+  enableCommands(window, tapeCommands, input.state == 1 && input.type == UT_TAPE);
+  if (gTAnlsWindow != NULL_WIN) xvt_win_dispatch_event(gTAnlsWindow, event);
+  if (gControlWindow != NULL_WIN) xvt_win_dispatch_event(gControlWindow, event);
+}
+
+void shutDown() {
+  if (xvt_app_is_ending()) return;
+  unInitIO(getDevPtr());
+  killConsole();
+  xvt_app_destroy();
+}
+
+/// A job in progress first ends as by its stop button: its units and windows are under it until then.
+void closeTask() { requestStopOfJobs(shutDown); }
+
+void quit(bool query) {
+  if (query) {
+    xvt_app_allow_quit();
+  } else {
+    requestStopOfJobs(xvt_app_destroy);
+  }
+}
+
+}  // namespace
+
+void unitsChanged(EVENT* event) {
+  appUpdate(event);
+  if (gTAnlsWindow != NULL_WIN) xvt_win_dispatch_event(gTAnlsWindow, event);
+}
+
+void notYetBuilt(const char* what) { xvt_dm_post_note("%s is not part of this build yet.", what); }
+
+long task_eh(WINDOW xdWindow, EVENT* xdEvent) {
+  switch (xdEvent->type) {
+    case E_CREATE:
+      startUp(xdWindow, xdEvent);
+      break;
+    case E_COMMAND:
+      do_TASK_MENUBAR(xdWindow, xdEvent);
+      break;
+    case E_USER:
+      unitsHaveChanged(xdWindow, xdEvent);
+      break;
+    case E_CLOSE:
+      closeTask();
+      break;
+    case E_QUIT:
+      quit(xdEvent->quit.query);
+      break;
+    default:
+      break;
+  }
+  return 0;
+}

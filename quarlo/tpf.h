@@ -1,0 +1,89 @@
+/// The tape-image file ("tpf"): tape blocks and filemarks on disk. Layout with example bytes: docs/format-tpf.md.
+///
+/// All words are 32-bit little-endian. A 32-byte file header begins the file; then a 32-byte header stands before every
+/// block's bytes and for every filemark. A header's marker alone says which of the two it is.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+
+namespace tpf {
+
+constexpr std::uint32_t MAGIC = 0x746C7631;  ///< "1vlt"
+constexpr int HEADER_SIZE = 32;
+constexpr std::uint32_t MARKER_FILEMARK = 0xF0F0F0F0;
+constexpr std::uint32_t MARKER_BLOCK = 0xFFFFFFFF;
+
+using HeaderBytes = std::array<char, HEADER_SIZE>;
+
+/// A block's or a filemark's header.
+struct Header {
+  std::int32_t length = 0;      ///< data bytes that follow
+  std::uint32_t blockType = 0;  ///< the writing job's block type word
+  std::array<std::uint32_t, 5> reserved{0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF};
+  std::uint32_t marker = MARKER_BLOCK;
+
+  bool isMark() const { return marker == MARKER_FILEMARK; }
+};
+static_assert(HEADER_SIZE == 4 * (1 + 1 + 5 + 1));
+
+HeaderBytes encode(const Header& header);
+Header decode(const HeaderBytes& bytes);
+HeaderBytes fileHeader();
+bool isFileHeader(const HeaderBytes& bytes);
+
+/// What stands at one place of a tape-image file.
+enum class Item { Block, Mark, Failed };
+
+/// Reads a tape-image file from behind its file header, item by item. What is wrong with the file has been said in a
+/// box and on the console, with the byte position, when `Failed` comes back.
+class Reader {
+ public:
+  /// @param limit size of the buffer that blocks are read into
+  Reader(std::FILE* stream, unsigned int limit) : file(stream), bufferSize(limit) {}
+
+  /// @param buffer receives a block's bytes, @param length their count (0 for a mark)
+  Item next(char* buffer, int* length);
+  /// The header of what `next` answered last.
+  const Header& header() const { return current; }
+  /// Bytes of the file behind the last item when data go on there; 0 when only filemarks follow, or nothing.
+  double bytesLeft();
+
+ private:
+  bool lengthIsSound() const;
+
+  std::FILE* file;
+  unsigned int bufferSize;
+  Header current;
+  double position = HEADER_SIZE;  // byte position of the item that next() reads
+};
+
+/// Writes blocks and filemarks to a disk file, each in one piece, so that the file holds whole items at any moment.
+/// After a failed write it is cut back to its last whole item.
+class Writer {
+ public:
+  explicit Writer(std::FILE* stream) : file(stream) {}
+
+  /// Empties the file and, for a tape-image file, writes the file header. @return false with errno when that failed
+  bool begin(bool withFileHeader);
+  /// @return data bytes written, less than `length` (or -1 when not even the header was) with errno after a failure
+  int writeBlock(const Header& header, const char* data, int length);
+  /// A block's bare bytes, for raw files.
+  int writeBare(const char* data, int length);
+  bool writeMark(const Header& header);
+  /// The file cut back was cut to this size; bytes that are surely whole.
+  double size() const { return static_cast<double>(whole); }
+
+ private:
+  long long writeWhole(const char* first, int firstLength, const char* second, int secondLength);
+
+  std::FILE* file;
+  long long whole = 0;
+};
+
+}  // namespace tpf
+
+/// Reads as fread does. @return the count read, or -1 after the box "Read error from disk" or "eof encountered on disk
+/// read"
+int tpfRead(char* buf, int objSize, int numObj, std::FILE* fPtr);

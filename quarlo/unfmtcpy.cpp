@@ -1,0 +1,396 @@
+#include "quarlo/unfmtcpy.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "quarlo/blockread.h"
+#include "quarlo/jobframe.h"
+#include "quarlo/tapechange.h"
+#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/loglines.h"
+#include "quarlo/tpf.h"
+
+int TheOutFileType = OF_TPF;
+int TheBlockType = BLOCK_TYPE_1;
+int EofCount = 2;
+bool Concatenate = false;
+bool OneForOne = false;
+bool PrintFiles = true;
+
+void unfmtInit() {
+  TheOutFileType = OF_TPF;
+  TheBlockType = BLOCK_TYPE_1;
+  EofCount = 2;
+  Concatenate = false;
+  OneForOne = false;
+  PrintFiles = true;
+}
+
+int getOutFileType() { return TheOutFileType; }
+
+namespace {
+
+constexpr RetryWords RETRY_WORDS = {"  *** Error reading from input tape - retrying...",
+                                    "Retries failed. Skipping block.",
+                                    "  *** Too many sequential bad blocks. Aborting."};
+constexpr TapeChangeWords INPUT_WORDS = {"Tape finished", "Magazine finished", "  "};
+constexpr TapeChangeWords OUTPUT_WORDS = {nullptr, nullptr, nullptr};
+
+/// Where an image copy writes: all output tapes, or a disk file with or without headers.
+class ImageOutput {
+ public:
+  explicit ImageOutput(UnitStruct* allUnits) : units(allUnits), disk(allUnits[1].fp) {}
+
+  bool isTape() const { return units[1].type == UT_TAPE; }
+  bool isRaw() const { return !isTape() && TheOutFileType == OF_RAW; }
+
+  /// Puts the disk file at its beginning as the kind now chosen wants it, whatever it was picked for.
+  bool begin();
+  /// Writes one block. @param from header whose reserved words go with it
+  bool writeBlock(const char* data, int length, const tpf::Header& from);
+  /// Copies a filemark. @return false when the job must fail
+  bool copyMark(const tpf::Header& from);
+  /// The marks that end every copy. @return false when they could not be written
+  bool writeClosingMarks();
+  /// One mark behind what the present output tapes hold. @return false when it could not be written
+  bool closeTapes();
+  /// The outputs' next tapes. @return false when the user declined
+  bool changeTapes() { return nextOutputTapes(units, OUTPUT_WORDS) != 0; }
+
+ private:
+  bool writeDiskMark(const tpf::Header& from);
+
+  UnitStruct* units;
+  tpf::Writer disk;
+  bool closed = false;  // the tapes now loaded are complete, or new and without a block: they take no closing marks
+};
+
+bool ImageOutput::begin() {
+  if (isTape() || disk.begin(TheOutFileType == OF_TPF)) {
+    return true;
+  }
+  const int reason = errno;
+  xvt_dm_post_error("Error writing file header to disk file");
+  console_printf("  *** Error writing to disk file \"%s\": %s.", units[1].name, std::strerror(reason));
+  return false;
+}
+
+bool ImageOutput::writeBlock(const char* data, int length, const tpf::Header& from) {
+  closed = false;
+  if (isTape()) {
+    if (length == 0) {
+      console_out("  *** A tape cannot hold a block of 0 bytes.");
+      return false;
+    }
+    return tlv_tape_write(units, ALL_OUTPUTS, data, length) >= length;
+  }
+  tpf::Header header = from;
+  header.length = length;
+  header.blockType = static_cast<std::uint32_t>(TheBlockType);
+  header.marker = tpf::MARKER_BLOCK;
+  const int written = isRaw() ? disk.writeBare(data, length) : disk.writeBlock(header, data, length);
+  if (written == length) {
+    return true;
+  }
+  const int reason = errno;
+  if (written < 0) {
+    xvt_dm_post_error("Error writing block header to disk file");
+  }
+  console_printf("  *** Error writing to disk file \"%s\": %s.", units[1].name, std::strerror(reason));
+  return false;
+}
+
+bool ImageOutput::writeDiskMark(const tpf::Header& from) {
+  tpf::Header header = from;
+  header.length = 0;
+  header.blockType = static_cast<std::uint32_t>(TheBlockType);
+  header.marker = tpf::MARKER_FILEMARK;
+  if (disk.writeMark(header)) {
+    return true;
+  }
+  xvt_dm_post_error("Error writing eof header to disk file");
+  return false;
+}
+
+bool ImageOutput::copyMark(const tpf::Header& from) {
+  return isTape() ? tlv_weof(units, ALL_OUTPUTS, 1) == 0 : writeDiskMark(from);
+}
+
+bool ImageOutput::writeClosingMarks() {
+  if (isTape()) {
+    if (closed) {
+      return true;
+    }
+    if (tlv_weof(units, ALL_OUTPUTS, 2) != 0) {
+      return false;
+    }
+    console_out("Wrote double end-of-file.");
+    return true;
+  }
+  if (isRaw()) {
+    return true;
+  }
+  const bool first = writeDiskMark({});
+  const bool second = writeDiskMark({});
+  return first && second;
+}
+
+bool ImageOutput::closeTapes() {
+  closed = tlv_weof(units, ALL_OUTPUTS, 1) == 0;
+  return closed;
+}
+
+/// What a file or a tape held. Bytes are kept in single precision, as the progress dialog shows them.
+struct Tally {
+  int blocks = 0;
+  float bytes = 0;
+  int files = 0;
+
+  void add(int length) {
+    ++blocks;
+    bytes += static_cast<float>(length);
+  }
+};
+
+/// What both directions share: the counters that the progress dialog shows, the run from the first line to the last.
+class ImageCopy {
+ public:
+  explicit ImageCopy(UnitStruct* allUnits) : units(allUnits), output(allUnits) {}
+  virtual ~ImageCopy() = default;
+  int run();
+
+ protected:
+  /// One item of the input and what follows from it. @return false when the job is over
+  virtual bool step() = 0;
+  virtual void logSummary() = 0;
+
+  bool copyMark(const tpf::Header& from);
+  bool copyBlock(int length, const tpf::Header& from);
+  bool fail() {
+    failed = true;
+    return false;
+  }
+
+  UnitStruct* units;
+  ImageOutput output;
+  int marks = 0;      // filemarks in a row
+  int nextBlock = 1;  // number of the block to come; the progress dialog shows one less
+  float bytes = 0;
+  int percent = 0;
+
+ private:
+  bool failed = false;
+};
+
+int ImageCopy::run() {
+  logStarted("Copy");
+  JobFrame frame(JOB_UNFORMATTED, units->type, reinterpret_cast<int*>(&bytes), &percent, &nextBlock);
+  if (!frame.isOpen()) {
+    return JOB_NO_DIALOG;
+  }
+  bool more = output.begin() || fail();
+  while (more) {
+    if (!frame.goOn()) {
+      logAborted("Copy");
+      break;
+    }
+    more = step();
+  }
+  if (!output.writeClosingMarks()) {
+    failed = true;
+  }
+  if (failed) {
+    logFailed();
+  }
+  logSummary();
+  frame.close();
+  logEnded("Copy");
+  return failed ? JOB_FAILED : JOB_OK;
+}
+
+/// A mark missing on tape ends the job; one missing on disk has had its box and lets the blocks behind it be saved.
+bool ImageCopy::copyMark(const tpf::Header& from) {
+  if (output.copyMark(from)) {
+    return true;
+  }
+  failed = true;
+  return !output.isTape();
+}
+
+bool ImageCopy::copyBlock(int length, const tpf::Header& from) {
+  marks = 0;
+  if (!output.writeBlock(units->ioBuffer, length, from)) {
+    return fail();
+  }
+  ++nextBlock;
+  bytes += static_cast<float>(length);
+  return true;
+}
+
+/// One image copy from tape.
+class TapeCopy : public ImageCopy {
+ public:
+  explicit TapeCopy(UnitStruct* allUnits)
+      : ImageCopy(allUnits),
+        readSize(units->isM4 != 0 && TheBlockType == BLOCK_TYPE_1 ? 60000 : static_cast<int>(units->maxBlockSize)) {}
+
+ private:
+  bool step() override;
+  void logSummary() override;
+  bool takeMark();
+  bool takeBlock(int length);
+  bool endOfTape();
+  void endOfFile();
+  void logTape() const;
+
+  PatientReader reader{RETRY_WORDS};
+  int readSize;
+  int files = 0;
+  int tapes = 0;
+  Tally file;
+  Tally tape;
+};
+
+bool TapeCopy::step() {
+  int length = 0;
+  switch (reader.read(units, units->ioBuffer, readSize, &length)) {
+    case BlockRead::Skipped:
+      marks = 0;  // a row of marks is marks with nothing between
+      return true;
+    case BlockRead::Failed:
+      return fail();
+    case BlockRead::Done:
+      break;
+  }
+  return length == 0 ? takeMark() : takeBlock(length);
+}
+
+bool TapeCopy::takeMark() {
+  if (units->eofMark != 0) {
+    ++marks;
+  }
+  if (units->eodMark != 0) {
+    marks = EofCount + 1;
+  }
+  if (marks == 1) {
+    endOfFile();
+  }
+  if (Concatenate || output.isRaw()) {
+    ++marks;
+  }
+  return marks < EofCount ? copyMark({}) : endOfTape();
+}
+
+void TapeCopy::endOfFile() {
+  ++tape.files;
+  ++files;
+  if (PrintFiles) {
+    console_printf("    File %d: %6d blocks, %15.0f bytes", tape.files, file.blocks, static_cast<double>(file.bytes));
+  }
+  file = {};
+}
+
+bool TapeCopy::takeBlock(int length) {
+  if (file.bytes == 0 && tape.files == 0 && PrintFiles) {
+    logBlank();
+    console_printf("Begin input tape %d", tapes + 1);
+  }
+  file.add(length);
+  tape.add(length);
+  return copyBlock(length, {});
+}
+
+bool TapeCopy::endOfTape() {
+  logTape();
+  ++tapes;
+  const bool more = nextInputTape(units, INPUT_WORDS) != 0;
+  file = {};
+  tape = {};
+  marks = 0;
+  if (!more || !OneForOne || !output.isTape()) {
+    return more;
+  }
+  return output.closeTapes() ? output.changeTapes() : fail();
+}
+
+void TapeCopy::logTape() const {
+  console_printf("Total input for tape %d: %d block%s, %.0f bytes, %d file%s", tapes + 1, tape.blocks,
+                 plural(tape.blocks), static_cast<double>(tape.bytes), tape.files, plural(tape.files));
+  logBlank();
+}
+
+void TapeCopy::logSummary() {
+  const int blocks = nextBlock - 1;
+  logBlank();
+  logBlank();
+  console_out("Unformatted Copy Summary:");
+  console_printf("   %d block%s copied.", blocks, plural(blocks));
+  console_printf("   %.0f bytes copied.", static_cast<double>(bytes));
+  console_printf("   %d file%s copied.", files, plural(files));
+  console_printf("   %d tape%s copied.", tapes, plural(tapes));
+  logBlank();
+}
+
+/// One image copy from a tape-image file. Two filemarks in a row end it, whatever EofCount says of tapes.
+class DiskCopy : public ImageCopy {
+ public:
+  explicit DiskCopy(UnitStruct* allUnits)
+      : ImageCopy(allUnits), input(units->fp, units->ioBufLen), size(GetAFileSize(units->fs)) {}
+
+ private:
+  bool step() override;
+  void logSummary() override;
+  bool takeMark();
+  void warnOfRest();
+
+  tpf::Reader input;
+  double size;
+};
+
+bool DiskCopy::step() {
+  int length = 0;
+  switch (input.next(units->ioBuffer, &length)) {
+    case tpf::Item::Failed:
+      return fail();
+    case tpf::Item::Mark:
+      units->eofMark = 1;
+      return takeMark();
+    case tpf::Item::Block:
+      break;
+  }
+  units->eofMark = 0;
+  const bool more = copyBlock(length, input.header());
+  percent = size > 0 ? static_cast<int>(std::min(100.0, static_cast<double>(bytes) / size * 100)) : 0;
+  return more;
+}
+
+bool DiskCopy::takeMark() {
+  ++marks;
+  if (marks > 1) {
+    warnOfRest();
+  }
+  if (Concatenate || output.isRaw()) {
+    ++marks;
+  }
+  return marks <= 1 && copyMark(input.header());
+}
+
+/// A file made with a larger EofCount goes on where this copy ends: that is said.
+void DiskCopy::warnOfRest() {
+  const double left = input.bytesLeft();
+  if (left > 0) {
+    console_printf("  ** %.0f bytes of the input file behind the double file mark were not copied.", left);
+  }
+}
+
+void DiskCopy::logSummary() {
+  console_printf("%.0f bytes copied.", static_cast<double>(bytes));
+  logBlank();
+}
+
+}  // namespace
+
+int doTapeCopy(UnitStruct* ioUnit) { return TapeCopy(ioUnit).run(); }
+
+int doDiskCopy(UnitStruct* ioUnit) { return DiskCopy(ioUnit).run(); }

@@ -1,0 +1,25 @@
+/// The dialogs' tables by topic, one source file each, and their sum.
+#pragma once
+
+#include <cstddef>
+#include <span>
+
+#include "xvt/resource.h"
+
+extern const std::span<const DLG_RES> shellDialogs;     ///< main panel, About box
+extern const std::span<const DLG_RES> progressDialogs;  ///< progress, error options
+extern const std::span<const DLG_RES> driveDialogs;     ///< selection of input and output drives
+extern const std::span<const DLG_RES> tapeDialogs;      ///< control, spacing, continuation, tape position
+extern const std::span<const DLG_RES> copyDialogs;      ///< copy and its parameters, verify
+extern const std::span<const DLG_RES> dumpDialogs;      ///< tape dump, file dump
+
+extern const std::span<const MENU_RES> quarloMenus;
+
+/// Everything above, for xvt_res_use.
+const RESOURCES* quarloResources();
+
+/// One dialog from its items.
+template <std::size_t N>
+constexpr DLG_RES dialogOf(int id, const char* name, const char* title, const DLG_ITEM (&items)[N]) {
+  return {id, name, title, items, N};
+}

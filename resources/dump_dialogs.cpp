@@ -1,0 +1,146 @@
+// Looking inside tapes and files.
+#include "resources/dialogs.h"
+#include "resources/ids.h"
+
+namespace {
+
+constexpr int FORMAT_COLUMNS = 16;
+constexpr int FORMAT_LINES = 7;
+constexpr int NUMBER_COLUMNS = 10;
+constexpr int POSITION_COLUMNS = 16;
+constexpr const char* signHelp = "How short and long integers are read";
+constexpr const char* orderHelp = "Which byte of a number comes first in the data";
+
+constexpr DLG_ITEM tapeDump[] = {
+    ui::card("Input drive"),
+    ui::row(),
+    ui::value(TD_DRIVE, "drive", 38, "No drive selected", IF_BOLD | IF_GROW),
+    ui::push(TD_SELECT_DRIVE, "select-drive", "S~elect drive…"),
+    ui::endOf(),
+    ui::endOf(),
+
+    ui::row(IF_GROW),
+    ui::column(IF_GROW),
+    ui::label("~Format", TD_FORMAT),
+    ui::list(TD_FORMAT, "format", FORMAT_COLUMNS, FORMAT_LINES, IF_GROW, "How the bytes are shown"),
+    ui::endOf(),
+    ui::column(),
+    ui::card("Integers"),
+    ui::row(),
+    ui::radio(TD_SIGNED, "signed", "S~igned", 0, signHelp),
+    ui::radio(TD_UNSIGNED, "unsigned", "~Unsigned", 0, signHelp),
+    ui::endOf(),
+    ui::endOf(),
+    ui::card("Byte order"),
+    ui::row(),
+    ui::radio(TD_BIG_ENDIAN, "big-endian", "Bi~g-endian", 0, orderHelp),
+    ui::radio(TD_LITTLE_ENDIAN, "little-endian", "~Little-endian", 0, orderHelp),
+    ui::endOf(),
+    ui::endOf(),
+    ui::card("Tape mode"),
+    ui::row(),
+    ui::radio(TD_TAPE_MODE_1, "tape-mode-1", "0x100000~1"),
+    ui::radio(TD_TAPE_MODE_2, "tape-mode-2", "0x200000~2"),
+    ui::endOf(),
+    ui::endOf(),
+    ui::endOf(),
+    ui::endOf(),
+
+    ui::card("Blocks"),
+    ui::grid(4),
+    ui::label("Fi~rst byte:"),
+    ui::edit(TD_START_BYTE, "start-byte", NUMBER_COLUMNS, 0, "Counts from 0 in each block"),
+    ui::label("B~ytes to show:"),
+    ui::edit(TD_DUMP_BYTES, "dump-bytes", NUMBER_COLUMNS, 0, "Of each block"),
+    ui::label("~Blocks to dump:"),
+    ui::edit(TD_READ_BLOCKS, "read-blocks", NUMBER_COLUMNS, 0, "Filemarks count as blocks"),
+    ui::label("Blocks to s~kip:"),
+    ui::edit(TD_SKIP_BLOCKS, "skip-blocks", NUMBER_COLUMNS),
+    ui::endOf(),
+    ui::row(),
+    ui::push(TD_DUMP, "dump", "~Dump", IF_DEFAULT, "Read the next blocks and show them"),
+    ui::push(TD_REDUMP, "redump", "Redu~mp", IF_DISABLED, "Show the last block again with these settings"),
+    ui::push(TD_HALT, "halt", "~Halt", IF_DISABLED, "Stop behind the block that is being read"),
+    ui::push(TD_SKIP_BACK, "skip-back", "Skip b~ack"),
+    ui::push(TD_SKIP_FORWARD, "skip-forward", "Skip f~orward"),
+    ui::endOf(),
+    ui::endOf(),
+
+    ui::buttons(),
+    ui::push(TD_SHOW_WINDOW, "show-window", "Show Dump ~Window"),
+    ui::glue(),
+    ui::push(TD_CLOSE, "close", "~Close", IF_CANCEL),
+    ui::endOf(),
+};
+
+constexpr DLG_ITEM fileDump[] = {
+    ui::card("Input file"),
+    ui::row(),
+    ui::value(FD_FILE, "file", 38, "No file selected", IF_BOLD | IF_GROW),
+    ui::push(FD_OPEN, "open-file", "~Open file…"),
+    ui::endOf(),
+    ui::endOf(),
+
+    ui::row(IF_GROW),
+    ui::column(IF_GROW),
+    ui::label("~Format", FD_FORMAT),
+    ui::list(FD_FORMAT, "format", FORMAT_COLUMNS, FORMAT_LINES, IF_GROW, "How the bytes are shown"),
+    ui::endOf(),
+    ui::column(),
+    ui::card("Integers"),
+    ui::row(),
+    ui::radio(FD_SIGNED, "signed", "S~igned", 0, signHelp),
+    ui::radio(FD_UNSIGNED, "unsigned", "~Unsigned", 0, signHelp),
+    ui::endOf(),
+    ui::endOf(),
+    ui::card("Byte order"),
+    ui::row(),
+    ui::radio(FD_BIG_ENDIAN, "big-endian", "Bi~g-endian", 0, orderHelp),
+    ui::radio(FD_LITTLE_ENDIAN, "little-endian", "~Little-endian", 0, orderHelp),
+    ui::endOf(),
+    ui::endOf(),
+    ui::endOf(),
+    ui::column(IF_GROW),
+    ui::label("Re~ports on a dataset", FD_REPORTS),
+    ui::list(FD_REPORTS, "reports", 20, 5, IF_GROW, "For datasets of the suite (*.kyr)"),
+    ui::push(FD_START_REPORT, "start-report", "S~tart"),
+    ui::endOf(),
+    ui::endOf(),
+
+    ui::card("Position"),
+    ui::grid(4),
+    ui::label("Current byte:"),
+    ui::value(FD_CURRENT_BYTE, "current-byte", POSITION_COLUMNS, "", IF_BOLD),
+    ui::push(FD_REWIND, "rewind", "Re~wind", 0, "Go to the first byte"),
+    ui::label(""),
+    ui::label("~Bytes per read:"),
+    ui::edit(FD_READ_BYTES, "read-bytes", POSITION_COLUMNS, 0, "1 to 65536"),
+    ui::push(FD_READ, "read", "~Read", IF_DEFAULT, "Read the bytes that follow and show them"),
+    ui::label(""),
+    ui::label("Bytes to mo~ve:"),
+    ui::edit(FD_SEEK_BYTES, "seek-bytes", POSITION_COLUMNS),
+    ui::push(FD_MOVE_BACK, "move-back", "Move b~ack"),
+    ui::push(FD_MOVE_FORWARD, "move-forward", "~Move forward"),
+    ui::label("Byt~e to go to:"),
+    ui::edit(FD_GO_TO_BYTE, "go-to-byte", POSITION_COLUMNS, 0, "Counts from 0"),
+    ui::push(FD_MOVE_TO_BYTE, "move-to-byte", "Move to b~yte"),
+    ui::label(""),
+    ui::endOf(),
+    ui::endOf(),
+
+    ui::buttons(),
+    ui::push(FD_SHOW_WINDOW, "show-window", "Show ~Dump Window"),
+    ui::push(FD_SAVE, "save", "~Save…", 0, "Write the text of the dump window to a file"),
+    ui::glue(),
+    ui::push(FD_CLOSE, "close", "~Close", IF_CANCEL),
+    ui::endOf(),
+};
+
+constexpr DLG_RES dialogs[] = {
+    dialogOf(DLG_TAPE_DUMP, "tape-dump", "Tape Dump", tapeDump),
+    dialogOf(DLG_FILE_DUMP, "file-dump", "File Dump", fileDump),
+};
+
+}  // namespace
+
+const std::span<const DLG_RES> dumpDialogs(dialogs);

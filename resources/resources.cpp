@@ -1,0 +1,20 @@
+#include <vector>
+
+#include "resources/dialogs.h"
+
+namespace {
+
+std::vector<DLG_RES> allDialogs() {
+  std::vector<DLG_RES> all;
+  for (const auto& topic : {shellDialogs, progressDialogs, driveDialogs, tapeDialogs, copyDialogs, dumpDialogs})
+    all.insert(all.end(), topic.begin(), topic.end());
+  return all;
+}
+
+}  // namespace
+
+const RESOURCES* quarloResources() {
+  static const std::vector<DLG_RES> dialogs = allDialogs();
+  static const RESOURCES resources = {quarloMenus.data(), quarloMenus.size(), dialogs.data(), dialogs.size()};
+  return &resources;
+}

@@ -1,0 +1,159 @@
+// Handling tapes by hand: control, spacing, the next tape of a job, the warning about a tape's position.
+#include "resources/dialogs.h"
+#include "resources/ids.h"
+
+namespace {
+
+constexpr int COUNT_COLUMNS = 8;
+constexpr const char* backward = "A negative count spaces backward.";
+
+constexpr DLG_ITEM tapeControl[] = {
+    ui::card("Input drive"),
+    ui::row(),
+    ui::value(TC_DRIVE, "drive", 38, "", IF_BOLD | IF_GROW),
+    ui::push(TC_SELECT_DRIVE, "select-drive", "~Select drive…"),
+    ui::endOf(),
+    ui::grid(4),
+    ui::label("File:"),
+    ui::value(TC_FILE_NUMBER, "file-number", 9),
+    ui::label("Smallest block:"),
+    ui::value(TC_MIN_BLOCK, "smallest-block", 12),
+    ui::label("Block:"),
+    ui::value(TC_BLOCK_NUMBER, "block-number", 9),
+    ui::label("Largest block:"),
+    ui::value(TC_MAX_BLOCK, "largest-block", 12),
+    ui::endOf(),
+    ui::endOf(),
+
+    ui::card("Position"),
+    ui::grid(3),
+    ui::label("B~locks:"),
+    ui::edit(TC_BLOCK_COUNT, "block-count", COUNT_COLUMNS, 0, backward),
+    ui::push(TC_SKIP_BLOCKS, "skip-blocks", "Skip ~blocks"),
+    ui::label("F~iles:"),
+    ui::edit(TC_FILE_COUNT, "file-count", COUNT_COLUMNS, 0, backward),
+    ui::push(TC_SKIP_FILES, "skip-files", "Skip ~files"),
+    ui::endOf(),
+    ui::hint(backward),
+    ui::row(),
+    ui::push(TC_REWIND, "rewind", "~Rewind"),
+    ui::push(TC_SKIP_EOD, "skip-to-end-of-data", "To ~end of data"),
+    ui::push(TC_WRITE_EOF, "write-filemark", "~Write filemark"),
+    ui::push(TC_UNLOAD, "unload", "~Unload"),
+    ui::endOf(),
+    ui::endOf(),
+
+    ui::buttons(),
+    ui::glue(),
+    ui::push(TC_CLOSE, "close", "~Close", IF_CANCEL),
+    ui::endOf(),
+};
+
+constexpr DLG_ITEM skipFiles[] = {
+    ui::row(),
+    ui::label("~Files to skip:"),
+    ui::edit(SKIP_COUNT, "count", COUNT_COLUMNS),
+    ui::endOf(),
+    ui::hint(backward),
+    ui::buttons(),
+    ui::glue(),
+    ui::push(SKIP_OK, "ok", "~OK", IF_DEFAULT),
+    ui::push(SKIP_CANCEL, "cancel", "~Cancel", IF_CANCEL),
+    ui::endOf(),
+};
+
+constexpr DLG_ITEM skipRecords[] = {
+    ui::row(),
+    ui::label("~Blocks to skip:"),
+    ui::edit(SKIP_COUNT, "count", COUNT_COLUMNS),
+    ui::endOf(),
+    ui::hint(backward),
+    ui::buttons(),
+    ui::glue(),
+    ui::push(SKIP_OK, "ok", "~OK", IF_DEFAULT),
+    ui::push(SKIP_CANCEL, "cancel", "~Cancel", IF_CANCEL),
+    ui::endOf(),
+};
+
+constexpr DLG_ITEM inContinue[] = {
+    ui::heading("The input tape has ended"),
+    ui::hint("Put in the next tape and open the drive, then continue; or stop.", IC_HINT, "hint"),
+    ui::card("Drive"),
+    ui::grid(2),
+    ui::label("Name:"),
+    ui::value(IC_DRIVE, "drive", 36, "", IF_BOLD),
+    ui::label("State:"),
+    ui::value(IC_STATUS, "status", 12),
+    ui::endOf(),
+    ui::row(),
+    ui::push(IC_SELECT_DRIVE, "select-drive", "Select ~drive…"),
+    ui::push(IC_OPEN, "open", "~Open"),
+    ui::push(IC_REWIND, "rewind", "~Rewind", 0, "Rewinds the tape and closes the drive"),
+    ui::push(IC_UNLOAD, "unload", "~Unload"),
+    ui::endOf(),
+    ui::endOf(),
+    ui::card("Position"),
+    ui::grid(3),
+    ui::label("F~iles:"),
+    ui::edit(IC_FILE_COUNT, "file-count", COUNT_COLUMNS, 0, backward),
+    ui::push(IC_SKIP_FILES, "skip-files", "Skip ~files"),
+    ui::label("B~locks:"),
+    ui::edit(IC_BLOCK_COUNT, "block-count", COUNT_COLUMNS, 0, backward),
+    ui::push(IC_SKIP_BLOCKS, "skip-blocks", "Skip ~blocks"),
+    ui::endOf(),
+    ui::hint(backward),
+    ui::endOf(),
+    ui::buttons(),
+    ui::glue(),
+    ui::push(IC_CONTINUE, "continue", "~Continue", IF_DEFAULT, "The next tape is ready"),
+    ui::push(IC_STOP, "stop", "~Stop", 0, "There is no further tape"),
+    ui::endOf(),
+};
+
+constexpr DLG_ITEM outContinue[] = {
+    ui::heading("The output needs its next tape"),
+    ui::hint("Put in the next tape and open the drive, then continue; or stop.", OC_HINT, "hint"),
+    ui::card("Drive"),
+    ui::grid(2),
+    ui::label("Name:"),
+    ui::value(OC_DRIVE, "drive", 36, "", IF_BOLD),
+    ui::label("State:"),
+    ui::value(OC_STATUS, "status", 12),
+    ui::endOf(),
+    ui::row(),
+    ui::push(OC_SELECT_DRIVE, "select-drive", "Select ~drive…"),
+    ui::push(OC_OPEN, "open", "~Open"),
+    ui::push(OC_REWIND, "rewind", "~Rewind", 0, "Rewinds the tape and closes the drive"),
+    ui::push(OC_UNLOAD, "unload", "~Unload"),
+    ui::endOf(),
+    ui::endOf(),
+    ui::buttons(),
+    ui::glue(),
+    ui::push(OC_CONTINUE, "continue", "~Continue", IF_DEFAULT, "The next tape is ready"),
+    ui::push(OC_STOP, "stop", "~Stop", 0, "There is no further tape"),
+    ui::endOf(),
+};
+
+constexpr DLG_ITEM tapePosition[] = {
+    ui::heading("This tape is not at its beginning"),
+    ui::value(TP_DRIVE, "drive", 40, "", IF_BOLD),
+    ui::hint("The job starts where the tape stands unless you rewind it now."),
+    ui::buttons(),
+    ui::push(TP_REWIND, "rewind", "~Rewind"),
+    ui::glue(),
+    ui::push(TP_OK, "ok", "~OK", IF_DEFAULT | IF_CANCEL),
+    ui::endOf(),
+};
+
+constexpr DLG_RES dialogs[] = {
+    dialogOf(DLG_TAPE_CONTROL, "tape-control", "Tape control", tapeControl),
+    dialogOf(DLG_SKIP_FILES, "skip-files", "Skip files", skipFiles),
+    dialogOf(DLG_SKIP_RECORDS, "skip-records", "Skip blocks", skipRecords),
+    dialogOf(DLG_IN_CONTINUE, "input-continue", "Next input tape", inContinue),
+    dialogOf(DLG_OUT_CONTINUE, "output-continue", "Next output tape", outContinue),
+    dialogOf(DLG_TAPE_POSITION, "tape-position", "Tape position", tapePosition),
+};
+
+}  // namespace
+
+constinit const std::span<const DLG_RES> tapeDialogs = dialogs;

@@ -1,0 +1,101 @@
+#!/usr/bin/env bash
+# What may be asked for in the middle of a job: tests/scripts/shell_midjob.sh PROGRAM
+# The tape is left alone, the close box of the progress dialog stops the job, the dialog and the program wait for its end.
+set -eu
+program=$(realpath "$1")
+dir=$(mktemp -d)
+trap 'rm -rf "$dir"' EXIT
+shots=${QUARLO_SHOTS:-$dir}
+mkdir -p "$shots" "$dir/drives" "$dir/work"
+export SHOTS="$shots" KYRHOME="$dir/work" QUARLO_VIRTUAL_DRIVES="$dir/drives" OUT="$dir/work"
+
+# 2000 blocks of 1024 bytes, each read in 10 ms: a job of 20 seconds at least.
+{
+  head -c 1024 /dev/zero | tr '\0' 'x' >"$dir/block"
+  for _ in $(seq 2000); do
+    printf '\000\004\000\000'
+    cat "$dir/block"
+    printf '\000\004\000\000'
+  done
+  printf '\000\000\000\000\000\000\000\000'
+} >"$dir/drives/long.tap"
+printf 'vendor = ACME\nmodel = REEL 100\nid = 4\ncartridge = long.tap\n' >"$dir/drives/long.drive"
+printf 'vendor = ACME\nmodel = REEL 200\nid = 5\n' >"$dir/drives/other.drive"
+export QUARLO_TAPE_FAULT="read:1+:slow=10"
+
+choose_and_start() {
+  cat <<SCRIPT
+press main.image-copy
+wait window copy 5
+press copy.input-tape
+select input-drive.drives 0
+press input-drive.ok
+answer-file \$OUT/$1.tpf
+press copy.output-disk
+wait enabled copy.start 5
+press copy.start
+wait window progress 10
+wait text progress.second-value "?*" 10
+sleep 1
+SCRIPT
+}
+
+{
+  echo 'wait window main 10'
+  choose_and_start first
+  cat <<'SCRIPT'
+expect title progress "Unformatted Copy Progress"
+expect text progress.first-label "Bytes copied:"
+expect hidden progress.meter
+screenshot progress "$SHOTS/progress.png"
+menu rewind
+wait window note-box 5
+screenshot note-box "$SHOTS/refused.png"
+press note-box.ok
+menu tape-control
+wait window tape-control 5
+press tape-control.skip-blocks
+wait window note-box 5
+press note-box.ok
+expect window progress
+close progress
+wait no-window progress 20
+wait console "*Copy aborted by user at*" 20
+wait console "Copy ended at*" 20
+wait text copy.status "Complete" 20
+close tape-control
+
+# The dialog closed in mid-job goes when the job has ended.
+close copy
+wait no-window copy 10
+SCRIPT
+  choose_and_start second
+  cat <<'SCRIPT'
+mark console
+close copy
+wait no-window copy 20
+wait console "Copy ended at*" 20
+SCRIPT
+  # The program, too.
+  choose_and_start third
+  echo 'menu quit'
+} >"$dir/script"
+"$program" --script "$dir/script"
+
+# Each was closed in good order: a file header, whole blocks, the closing marks.
+for name in first second third; do
+  python3 - "$dir/work/$name.tpf" <<'CHECK'
+import struct, sys
+data = open(sys.argv[1], 'rb').read()
+assert data[:4] == b'1vlt'
+place, blocks, marks = 32, 0, 0
+while place < len(data):
+    length, marker = struct.unpack_from('<i', data, place)[0], struct.unpack_from('<I', data, place + 28)[0]
+    place += 32 + length
+    marks = marks + 1 if marker == 0xF0F0F0F0 else 0
+    blocks += marker != 0xF0F0F0F0
+assert place == len(data) and blocks > 0 and marks == 2, (place, len(data), blocks, marks)
+CHECK
+done
+grep -q 'Copy ended at' "$dir/work/console.txt"
+echo "shell_midjob: all as expected"

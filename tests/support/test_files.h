@@ -1,0 +1,39 @@
+/// Files of a test: a folder of its own that goes with it, whole files in and out.
+#pragma once
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+class TestFolder {
+ public:
+  TestFolder() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "quarlo-test-XXXXXX").string();
+    folder = mkdtemp(pattern.data());
+    before = std::filesystem::current_path();
+    std::filesystem::current_path(folder);
+  }
+  ~TestFolder() {
+    std::error_code ignored;
+    std::filesystem::current_path(before, ignored);
+    std::filesystem::remove_all(folder, ignored);
+  }
+  TestFolder(const TestFolder&) = delete;
+  TestFolder& operator=(const TestFolder&) = delete;
+
+  std::string path(const std::string& name) const { return (folder / name).string(); }
+
+ private:
+  std::filesystem::path folder;
+  std::filesystem::path before;
+};
+
+inline std::string readFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+inline void writeFile(const std::string& path, const std::string& bytes) {
+  std::ofstream(path, std::ios::binary) << bytes;
+}

@@ -1,0 +1,97 @@
+/// What exists once while the application runs.
+#pragma once
+
+#include <Xm/Xm.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "xvt/motif/look.h"
+#include "xvt/motif/marks.h"
+#include "xvt/motif/pump.h"
+#include "xvt/runtime.h"
+
+namespace xvt {
+
+class ShellWindow;
+class TaskWindow;
+
+class Application {
+ public:
+  explicit Application(const XVT_CONFIG& config) : config_(config) {}
+  ~Application();
+  Application(const Application&) = delete;
+  Application& operator=(const Application&) = delete;
+
+  /// False after a line on standard error when there is no display.
+  bool open(int argc, char** argv);
+  /// Creates the task window, runs the event loop, ends every window.
+  void run(EVENT_HANDLER handler);
+
+  const XVT_CONFIG& config() const { return config_; }
+  Display* display() const { return display_; }
+  XtAppContext context() const { return context_; }
+  /// The task window's shell, the parent of all others.
+  Widget shell() const { return shell_; }
+  Look& look() { return *look_; }
+  Marks& marks() { return *marks_; }
+  Pump& pump() { return *pump_; }
+  /// Null before it exists and after its end.
+  TaskWindow* task() const { return task_.get(); }
+
+  // ---- the windows that are alive, oldest first ----
+  const std::vector<std::shared_ptr<ShellWindow>>& windows() const { return windows_; }
+  void add(const std::shared_ptr<ShellWindow>& window) { windows_.push_back(window); }
+  /// Out of the list; freed when no frame of Xt is running that may still touch its widgets.
+  void retire(const std::shared_ptr<ShellWindow>& window);
+  std::shared_ptr<ShellWindow> windowOf(Widget widget) const;
+  /// The modal dialog that keeps input from `window`, or null.
+  std::shared_ptr<ShellWindow> blockerOf(const ShellWindow& window) const;
+  /// The window with the keyboard, else the last that had it and is still shown.
+  std::shared_ptr<ShellWindow> active() const;
+  void setActive(const std::shared_ptr<ShellWindow>& window);
+  /// Where the standard editing commands go: the active window, or the one before it when that is the task window.
+  std::shared_ptr<ShellWindow> editTarget() const;
+  /// True when something manages windows on this screen.
+  bool hasWindowManager() const;
+
+  /// Keys that a pop-up list takes while it is up; null when there is none.
+  void setPopupKeys(std::function<bool(KeySym)> keys) { popup_keys_ = std::move(keys); }
+  const std::function<bool(KeySym)>& popupKeys() const { return popup_keys_; }
+
+  void end() { ending_ = true; }
+  bool isEnding() const { return ending_; }
+  void allowQuit() { quit_allowed_ = true; }
+  /// The session wants the program to end: asks the task window, and ends if it agrees.
+  void askToQuit();
+  void setBusy(bool busy);
+  bool isBusy() const { return busy_ > 0; }
+  Cursor busyCursor() const { return busy_cursor_; }
+
+ private:
+  XVT_CONFIG config_;
+  XtAppContext context_ = nullptr;
+  Display* display_ = nullptr;
+  Widget shell_ = nullptr;
+  std::unique_ptr<Look> look_;
+  std::unique_ptr<Marks> marks_;
+  std::unique_ptr<Pump> pump_;
+  std::shared_ptr<TaskWindow> task_;
+  std::vector<std::shared_ptr<ShellWindow>> windows_;
+  std::weak_ptr<ShellWindow> active_;
+  std::weak_ptr<ShellWindow> edited_;
+  std::function<bool(KeySym)> popup_keys_;
+  Cursor busy_cursor_ = 0;
+  int busy_ = 0;
+  bool ending_ = false;
+  bool quit_allowed_ = false;
+};
+
+/// The running application. Only to be called while there is one.
+Application& app();
+/// The same, or null.
+Application* appIfRunning();
+
+}  // namespace xvt

@@ -1,0 +1,238 @@
+#include "xvt/motif/dialog.h"
+
+#include <Xm/BulletinB.h>
+#include <Xm/PushB.h>
+
+#include <algorithm>
+
+#include "xvt/motif/geometry.h"
+
+namespace xvt {
+
+namespace {
+
+bool isContainer(ITEM_KIND kind) { return kind <= IK_STACK; }
+
+/// The heading of a card, as an item of its own.
+DLG_ITEM headingLine(const char* label) {
+  DLG_ITEM line = ui::label(label);
+  line.flags = IF_BOLD;
+  return line;
+}
+
+}  // namespace
+
+void Dialog::build(const DLG_RES& table, bool modal) {
+  table_ = &table;
+  createShell("dialog", table.title != nullptr ? table.title : "", modal);
+  createBoard();
+  root_.kind = IK_COLUMN;
+  std::size_t at = 0;
+  root_.children = buildCells(at, board(), IK_COLUMN);
+  remeasure();
+  arrangeDialog(root_, root_.natural, app().look().spacing());
+  std::size_t leaf = 0;
+  std::size_t card = 0;
+  applyPlaces(root_, leaf, card);
+}
+
+/// The cells of one container, up to its end.
+std::vector<Cell> Dialog::buildCells(std::size_t& at, Widget parent, ITEM_KIND around) {
+  std::vector<Cell> cells;
+  while (at < table_->count && table_->items[at].kind != IK_END) {
+    const DLG_ITEM& line = table_->items[at++];
+    if (!isContainer(line.kind)) {
+      cells.push_back(leafFor(line, parent, around));
+      continue;
+    }
+    Cell cell;
+    cell.kind = line.kind;
+    cell.columns = line.columns;
+    cell.span = line.span;
+    cell.wish = (line.flags & IF_GROW) != 0 ? Growth::eager : Growth::none;
+    const bool card = line.kind == IK_CARD;
+    std::vector<Cell> inside;
+    if (card && line.label != nullptr) {
+      cell.headed = true;
+      inside.push_back(headingFor(line));
+    }
+    if (card) frames_.push_back(createFrame());
+    for (Cell& child : buildCells(at, card ? frames_.back() : parent, line.kind)) inside.push_back(std::move(child));
+    cell.children = std::move(inside);
+    cells.push_back(std::move(cell));
+    if (at < table_->count) ++at;  // the container's end
+  }
+  return cells;
+}
+
+Cell Dialog::leafFor(const DLG_ITEM& line, Widget parent, ITEM_KIND around) {
+  if (line.kind == IK_GLUE) {
+    Cell glue;
+    glue.kind = IK_GLUE;
+    const bool upright = around == IK_COLUMN || around == IK_CARD;
+    (upright ? glue.tall : glue.wide) = Growth::eager;
+    leaves_.push_back(nullptr);
+    return glue;
+  }
+  const auto item = makeItem(*this, line, parent);
+  items_.push_back(item);
+  leaves_.push_back(item.get());
+  if (line.id != 0) {
+    Registry::instance().enter(item);
+    by_id_[line.id] = item;
+  }
+  return item->cell();
+}
+
+Cell Dialog::headingFor(const DLG_ITEM& card) {
+  headings_.push_back(std::make_unique<DLG_ITEM>(headingLine(card.label)));
+  return leafFor(*headings_.back(), board(), IK_COLUMN);
+}
+
+Widget Dialog::createFrame() {
+  return XtVaCreateManagedWidget("card", xmBulletinBoardWidgetClass, board(), XmNbackground,
+                                 app().look().pixel(color::paper), XmNborderWidth, 1, XmNborderColor,
+                                 app().look().pixel("#d9dee5"), XmNresizePolicy, XmRESIZE_NONE, nullptr);
+}
+
+void Dialog::refreshLeaves(Cell& cell, std::size_t& leaf) {
+  if (!cell.children.empty()) {
+    for (Cell& child : cell.children) refreshLeaves(child, leaf);
+    return;
+  }
+  if (isContainer(cell.kind)) return;  // an empty one
+  if (const Item* item = leaves_.at(leaf++)) cell = item->cell();
+}
+
+void Dialog::remeasure() {
+  std::size_t leaf = 0;
+  refreshLeaves(root_, leaf);
+  measureDialog(root_, app().look().spacing());
+}
+
+void Dialog::applyPlaces(const Cell& cell, std::size_t& leaf, std::size_t& card) {
+  if (!isContainer(cell.kind)) {
+    if (Item* item = leaves_.at(leaf++)) item->place(cell.place);
+    return;
+  }
+  // The frame first: its contents are placed in it.
+  if (cell.kind == IK_CARD) setPlace(frames_.at(card++), cell.place);
+  for (const Cell& child : cell.children) applyPlaces(child, leaf, card);
+}
+
+void Dialog::arrangeContents(Extent size) {
+  arrangeDialog(root_, size, app().look().spacing());
+  std::size_t leaf = 0;
+  std::size_t card = 0;
+  applyPlaces(root_, leaf, card);
+}
+
+void Dialog::openFitted() {
+  remeasure();
+  stale_ = false;
+  fitted_ = true;
+  open(root_.natural, root_.least, nullptr);
+  startKeyboard();
+}
+
+/// The keyboard starts where the program wishes, else in the first field, else on the default button.
+void Dialog::startKeyboard() {
+  const auto first = std::find_if(items_.begin(), items_.end(), [&](const auto& item) {
+    if (first_focus_ != nullptr) return item.get() == first_focus_;
+    return item->kind() == IK_EDIT && item->isEnabled() && item->isVisible() && (item->line().flags & IF_READONLY) == 0;
+  });
+  const auto start = first != items_.end() ? *first : flagged(IF_DEFAULT);
+  if (start && XmGetFocusWidget(shell()) != start->widget()) XmProcessTraversal(start->widget(), XmTRAVERSE_CURRENT);
+}
+
+void Dialog::refresh() {
+  if (!stale_ || !fitted_ || isDying()) return;
+  stale_ = false;
+  remeasure();
+  const Extent now = boardSize();
+  const Extent size{std::max(now.width, root_.natural.width), std::max(now.height, root_.natural.height)};
+  if (size.width != now.width || size.height != now.height) resizeTo(size, root_.least);
+  arrangeContents(size);
+}
+
+std::shared_ptr<Control> Dialog::control(int id) const {
+  const auto found = by_id_.find(id);
+  return found == by_id_.end() ? nullptr : found->second;
+}
+
+std::shared_ptr<Item> Dialog::itemOf(Widget widget) const {
+  const auto found =
+      std::find_if(items_.begin(), items_.end(), [&](const auto& item) { return item->widget() == widget; });
+  return found == items_.end() ? nullptr : *found;
+}
+
+void Dialog::dropParts() {
+  for (const auto& [id, item] : by_id_) Registry::instance().leave(item->handle());
+  edited_ = nullptr;
+}
+
+// ---- keys ---------------------------------------------------------------------------------------------------------
+
+void Dialog::settle() {
+  if (edited_ != nullptr) edited_->settle();
+}
+
+std::shared_ptr<Item> Dialog::flagged(unsigned flag) const {
+  const auto found = std::find_if(items_.begin(), items_.end(), [&](const auto& item) {
+    return item->kind() == IK_PUSH && (item->line().flags & flag) != 0;
+  });
+  return found == items_.end() ? nullptr : *found;
+}
+
+bool Dialog::mnemonic(KeySym key) {
+  const auto lower = [](KeySym one) { return one >= 'A' && one <= 'Z' ? one - 'A' + 'a' : one; };
+  for (std::size_t at = 0; at < items_.size(); ++at) {
+    if (lower(items_[at]->mnemonic()) != key) continue;
+    // A label's mnemonic leads to the field behind it.
+    std::size_t target = at;
+    while (target < items_.size() && items_[target]->kind() <= IK_STATUS) ++target;
+    if (target == items_.size() || !items_[target]->isEnabled() || !items_[target]->isVisible()) continue;
+    const auto item = items_[target];
+    item->takeFocus();
+    if (target == at) item->activate();
+    return true;
+  }
+  return false;
+}
+
+bool Dialog::returnKey() {
+  const auto focused = itemOf(XmGetFocusWidget(shell()));
+  if (focused && (focused->kind() == IK_PUSH || focused->kind() == IK_OPTION)) return focused->activate();
+  const auto button = flagged(IF_DEFAULT);
+  if (button) button->activate();
+  return button != nullptr;
+}
+
+bool Dialog::escapeKey() {
+  const auto button = flagged(IF_CANCEL);
+  if (!button || !button->activate()) requestClose();
+  return true;
+}
+
+namespace runtime {
+
+std::shared_ptr<Window> createDialog(bool modal, const DLG_RES& table, EVENT_HANDLER handler, void* data) {
+  const auto dialog = std::make_shared<Dialog>();
+  dialog->handler = handler;
+  dialog->data = data;
+  app().add(dialog);
+  Registry::instance().enter(dialog);
+  dialog->build(table, modal);
+  EVENT event;
+  event.type = E_CREATE;
+  dialog->tell(event);
+  if (!dialog->isDying()) dialog->openFitted();
+  if (!modal) return dialog;
+  app().pump().runUntil([&] { return dialog->isDying() || app().isEnding(); });
+  dialog->destroy();
+  return dialog;
+}
+
+}  // namespace runtime
+
+}  // namespace xvt

@@ -1,0 +1,158 @@
+#include "xvt/motif/document.h"
+
+#include <Xm/BulletinB.h>
+
+#include <algorithm>
+
+#include "xvt/base/utf8.h"
+#include "xvt/motif/geometry.h"
+
+namespace xvt {
+
+namespace {
+
+/// What scripts call a window: its title in small letters with "-" for blanks.
+std::string scriptName(const std::string& title) {
+  std::string name = title;
+  for (char& letter : name) {
+    if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
+    if (letter == ' ') letter = '-';
+  }
+  return name;
+}
+
+int widthOf(const RCT& rectangle) { return rectangle.right - rectangle.left; }
+int heightOf(const RCT& rectangle) { return rectangle.bottom - rectangle.top; }
+
+}  // namespace
+
+TextFieldObject::TextFieldObject(Document& document, const WIN_DEF& definition) : document_(document) {
+  font_ = Registry::instance().find<Font>(definition.font);
+  if (!font_) font_ = runtime::createFont(true, 10, false);
+  TextViewStyle style;
+  const auto xft = std::dynamic_pointer_cast<XftFontObject>(font_);
+  style.font = xft ? xft->xft() : app().look().font(Face::mono);
+  style.leading = font_ ? font_->leading() : 0;
+  view_ = std::make_unique<TextView>(document.board(), "text", style);
+  XtManageChild(view_->widget());
+  XtVaSetValues(view_->widget(), XmNborderWidth, 0, nullptr);
+  view_->setScrolledCallback([this](long line, long lines, int offset) {
+    if (callback_ != nullptr && !document_.isDying()) callback_(handle(), line, lines, offset);
+  });
+  move(definition.rct);
+}
+
+std::shared_ptr<Window> TextFieldObject::window() const { return document_.shared_from_this(); }
+
+void TextFieldObject::move(const RCT& rectangle) {
+  place_ = rectangle;
+  view_->setGeometry(rectangle.left, rectangle.top, std::max(1, widthOf(rectangle)), std::max(1, heightOf(rectangle)));
+}
+
+RCT TextFieldObject::viewRect() const {
+  const int left = place_.left + std::max(0, (widthOf(place_) - view_->viewWidth()) / 2);
+  const int top = place_.top + std::max(0, (heightOf(place_) - view_->viewHeight()) / 2);
+  return RCT{top, left, top + view_->viewHeight(), left + view_->viewWidth()};
+}
+
+void Document::build(const WIN_DEF* definition) {
+  const std::string title = validUtf8(definition->title != nullptr ? definition->title : "");
+  name_ = scriptName(title);
+  createShell("document", title, false);
+  createBoard();
+  XtVaSetValues(board(), XmNbackground, app().look().pixel(color::trough), nullptr);
+  if ((definition->flags & WSF_HSCROLL) != 0) bars_[HSCROLL] = std::make_unique<ScrollBar>(*this, board(), HSCROLL);
+  if ((definition->flags & WSF_VSCROLL) != 0) bars_[VSCROLL] = std::make_unique<ScrollBar>(*this, board(), VSCROLL);
+  client_ = {widthOf(definition->rct), heightOf(definition->rct)};
+  for (const WIN_DEF* part = definition + 1; part->type != W_NONE; ++part) {
+    if (part->type != WC_TEXTEDIT) continue;
+    const auto field = std::make_shared<TextFieldObject>(*this, *part);
+    Registry::instance().enter(field);
+    fields_[part->id] = field;
+  }
+}
+
+void Document::openAt(const WIN_DEF& definition) {
+  const Look& look = app().look();
+  const PNT wish{definition.rct.top, definition.rct.left};
+  // The wish is in pixels of an ordinary screen; it grows with the font like everything else.
+  const Extent size{std::max(look.px(widthOf(definition.rct)), 8 * look.lineHeight()),
+                    std::max(look.px(heightOf(definition.rct)), 5 * look.lineHeight())};
+  client_ = {};
+  opened_ = true;
+  open(size, {8 * look.lineHeight(), 5 * look.lineHeight()}, &wish);
+  if ((definition.flags & WSF_INVISIBLE) != 0) setVisible(false);
+}
+
+std::string Document::name() const { return name_; }
+
+RCT Document::clientRect() const { return RCT{0, 0, client_.height, client_.width}; }
+
+std::shared_ptr<TextField> Document::textField(int id) const {
+  const auto found = fields_.find(id);
+  return found == fields_.end() ? nullptr : found->second;
+}
+
+TextFieldObject* Document::text() const { return fields_.empty() ? nullptr : fields_.begin()->second.get(); }
+
+void Document::paintText() {
+  for (const auto& [id, field] : fields_) field->view().paintIfDue();
+}
+
+void Document::refresh() {
+  for (const auto& bar : bars_)
+    if (bar && XtIsRealized(bar->widget())) bar->refresh();
+}
+
+void Document::arrangeContents(Extent size) {
+  const int thick = app().look().px(12);
+  const int right = bars_[VSCROLL] ? thick : 0;
+  const int foot = bars_[HSCROLL] ? thick : 0;
+  const Extent client{std::max(1, size.width - right), std::max(1, size.height - foot)};
+  if (bars_[VSCROLL]) setPlace(bars_[VSCROLL]->widget(), RCT{0, client.width, client.height, size.width});
+  if (bars_[HSCROLL]) setPlace(bars_[HSCROLL]->widget(), RCT{client.height, 0, size.height, client.width});
+  if (client.width == client_.width && client.height == client_.height) return;
+  client_ = client;
+  EVENT event;
+  event.type = E_SIZE;
+  event.size.width = client.width;
+  event.size.height = client.height;
+  tell(event);
+  event = EVENT{};
+  event.type = E_UPDATE;
+  tell(event);
+}
+
+bool Document::editStandard(int command) {
+  TextFieldObject* field = text();
+  if (field == nullptr) return false;
+  if (command == M_EDIT_COPY) field->view().copy();
+  if (command == M_EDIT_SELECT_ALL) field->view().selectAll();
+  return true;
+}
+
+void Document::showBusy(bool busy) { ShellWindow::showBusy(busy); }
+
+void Document::dropParts() {
+  for (const auto& [id, field] : fields_) Registry::instance().leave(field->handle());
+}
+
+namespace runtime {
+
+std::shared_ptr<Window> createDocument(const WIN_DEF* definition, EVENT_HANDLER handler, void* data) {
+  const auto document = std::make_shared<Document>();
+  document->handler = handler;
+  document->data = data;
+  app().add(document);
+  Registry::instance().enter(document);
+  document->build(definition);
+  EVENT event;
+  event.type = E_CREATE;
+  document->tell(event);
+  if (!document->isDying()) document->openAt(*definition);
+  return document;
+}
+
+}  // namespace runtime
+
+}  // namespace xvt

@@ -1,0 +1,227 @@
+/// The controls of a dialog, one class for each way of behaving.
+#pragma once
+
+#include <Xm/Xm.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "xvt/motif/label_text.h"
+#include "xvt/motif/look.h"
+#include "xvt/runtime.h"
+
+namespace xvt {
+
+class Dialog;
+
+class Item : public Control {
+ public:
+  Item(Dialog& dialog, const DLG_ITEM& line, Widget parent);
+
+  ITEM_KIND kind() const override { return line_.kind; }
+  void setTitle(const std::string&) override {}
+  std::string title() const override { return {}; }
+  void setEnabled(bool enabled) override;
+  bool isEnabled() const override { return enabled_; }
+  void setVisible(bool visible) override;
+  bool isVisible() const override { return visible_; }
+  void raise() override;
+  void takeFocus() override;
+  RCT clientRect() const override;
+  RCT outerRect() const override;
+  void move(const RCT& rectangle) override { place(rectangle); }
+
+  const DLG_ITEM& line() const { return line_; }
+  Dialog& dialog() const { return dialog_; }
+  /// The widget that the user acts on.
+  Widget widget() const { return widget_; }
+  /// What the layout places: the widget, or the scrolled window around it.
+  virtual Widget outer() const { return widget_; }
+  /// Size and behaviour in the layout.
+  virtual Cell cell() const = 0;
+  /// Gives the item its place, its border included.
+  virtual void place(const RCT& room);
+  virtual KeySym mnemonic() const { return 0; }
+  /// Does what a click (or Return, or the mnemonic) does; false if it cannot be clicked.
+  virtual bool activate() { return false; }
+  /// Row `row` as the user selects it, beside the others when `add`; tells the handler.
+  virtual bool choose(int, bool) { return false; }
+
+ protected:
+  /// To be called by constructors when the widget is there: first state, help line.
+  void ready();
+  void tell(CTL_ACTION what);
+  /// Size and baseline of one line of text in a frame of this many pixels.
+  Cell leaf(Extent size, int baseline) const;
+  Growth growth(Growth otherwise) const { return (line_.flags & IF_GROW) != 0 ? Growth::eager : otherwise; }
+  bool inCard() const;
+  /// The corner of the card's inside, in the dialog, times `sign`.
+  PNT frameOrigin(int sign) const;
+  Pixel ground() const;
+  Face face() const;
+
+  Dialog& dialog_;
+  const DLG_ITEM& line_;
+  Widget parent_;
+  Widget widget_ = nullptr;
+  bool enabled_ = true;
+  bool visible_ = true;
+};
+
+/// Makes the item that a line of a table asks for (no container, no glue). `parent` is the dialog's board or the frame
+/// of the card that the item is in.
+std::shared_ptr<Item> makeItem(Dialog& dialog, const DLG_ITEM& line, Widget parent);
+
+/// Labels, headings, values, hints, the status line.
+class TextItem final : public Item {
+ public:
+  TextItem(Dialog& dialog, const DLG_ITEM& line, Widget parent);
+  void setTitle(const std::string& title) override;
+  std::string title() const override { return text_; }
+  void setColor(XVT_COLOR color) override;
+  Cell cell() const override;
+  void place(const RCT& room) override;
+  KeySym mnemonic() const override { return mnemonic_; }
+
+ private:
+  void show(int width);
+  Extent padding() const;
+  std::string text_;
+  std::string shown_;
+  KeySym mnemonic_ = 0;
+};
+
+class ButtonItem final : public Item {
+ public:
+  ButtonItem(Dialog& dialog, const DLG_ITEM& line, Widget parent);
+  void setTitle(const std::string& title) override;
+  std::string title() const override { return text_; }
+  void setEnabled(bool enabled) override;
+  Cell cell() const override;
+  KeySym mnemonic() const override { return mnemonic_; }
+  bool activate() override;
+
+ private:
+  void dressPrimary();
+  std::string text_;
+  KeySym mnemonic_ = 0;
+};
+
+/// Check boxes and radio buttons.
+class MarkItem final : public Item {
+ public:
+  MarkItem(Dialog& dialog, const DLG_ITEM& line, Widget parent);
+  void setTitle(const std::string& title) override;
+  std::string title() const override { return text_; }
+  void setChecked(bool checked) override;
+  bool isChecked() const override { return checked_; }
+  Cell cell() const override;
+  KeySym mnemonic() const override { return mnemonic_; }
+  bool activate() override;
+
+ private:
+  std::string text_;
+  KeySym mnemonic_ = 0;
+  bool checked_ = false;
+};
+
+class EditItem final : public Item {
+ public:
+  EditItem(Dialog& dialog, const DLG_ITEM& line, Widget parent);
+  void setTitle(const std::string& title) override;
+  std::string title() const override;
+  void setEnabled(bool enabled) override;
+  void selectText() override;
+  Cell cell() const override;
+  /// Replaces the text as a user would, who stands in the field.
+  void type(const std::string& text);
+  /// The keyboard leaves the field, as far as the handler is told; once for each time it came.
+  void settle();
+
+ private:
+  void begin(bool told);
+  bool quiet_ = false;
+  bool editing_ = false;
+};
+
+/// Lists of which one or several rows can be selected.
+class ListItem final : public Item {
+ public:
+  ListItem(Dialog& dialog, const DLG_ITEM& line, Widget parent);
+  Widget outer() const override;
+  void setEnabled(bool enabled) override;
+  void clearRows() override;
+  void addRow(int index, const std::string& text) override;
+  int rowCount() const override { return static_cast<int>(rows_.size()); }
+  std::string rowText(int row) const override { return rows_.at(static_cast<std::size_t>(row)); }
+  bool isRowSelected(int row) const override;
+  void setRowSelected(int row, bool selected) override;
+  void clearRowSelection() override;
+  void grow(COORD pixels) override;
+  Cell cell() const override;
+  bool choose(int row, bool add) override;
+  void doubleClick(int row);
+
+ private:
+  void listen();
+  bool several() const { return line_.kind == IK_MULTI; }
+  std::vector<std::string> rows_;
+  int grown_ = 0;
+};
+
+/// A choice out of rows that pop up.
+class OptionItem final : public Item {
+ public:
+  OptionItem(Dialog& dialog, const DLG_ITEM& line, Widget parent);
+  void setTitle(const std::string& title) override { static_cast<void>(title); }
+  std::string title() const override;
+  void setEnabled(bool enabled) override;
+  void clearRows() override;
+  void addRow(int index, const std::string& text) override;
+  int rowCount() const override { return static_cast<int>(rows_.size()); }
+  std::string rowText(int row) const override { return rows_.at(static_cast<std::size_t>(row)); }
+  bool isRowSelected(int row) const override { return row == selected_; }
+  void setRowSelected(int row, bool selected) override;
+  void clearRowSelection() override;
+  Cell cell() const override;
+  void place(const RCT& room) override;
+  bool activate() override;
+  bool choose(int row, bool add) override;
+
+ private:
+  void drawArrow();
+  void show();
+  void createList();
+  void openList();
+  void closeList();
+  bool listKey(KeySym key);
+  void fillList();
+  void step(int rows);
+  std::vector<std::string> rows_;
+  int selected_ = -1;
+  Widget popup_ = nullptr;
+  Widget list_ = nullptr;
+};
+
+class MeterItem final : public Item {
+ public:
+  MeterItem(Dialog& dialog, const DLG_ITEM& line, Widget parent);
+  void setColor(XVT_COLOR color) override;
+  void setMeter(int percent) override;
+  int meter() const override { return percent_; }
+  Cell cell() const override;
+
+ private:
+  void draw();
+  int percent_ = 0;
+  Pixel bar_;
+};
+
+class SeparatorItem final : public Item {
+ public:
+  SeparatorItem(Dialog& dialog, const DLG_ITEM& line, Widget parent);
+  Cell cell() const override;
+};
+
+}  // namespace xvt

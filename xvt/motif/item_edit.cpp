@@ -1,0 +1,101 @@
+/// Edit fields.
+#include <Xm/TextF.h>
+
+#include "xvt/base/utf8.h"
+#include "xvt/motif/dialog.h"
+#include "xvt/motif/guard.h"
+#include "xvt/motif/item.h"
+
+namespace xvt {
+
+namespace {
+
+constexpr int kFieldWidth = 7;
+constexpr int kFieldHeight = 5;
+constexpr int kFrame = 2;  // border and highlight
+
+}  // namespace
+
+EditItem::EditItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : Item(dialog, line, parent) {
+  const Look& look = app().look();
+  const bool readonly = (line.flags & IF_READONLY) != 0;
+  widget_ =
+      XtVaCreateManagedWidget(line.name != nullptr ? line.name : "edit", xmTextFieldWidgetClass, parent, XmNrenderTable,
+                              look.table(face()), XmNcursorPositionVisible, False, XmNeditable, readonly ? False : True,
+                              XmNbackground, look.pixel(readonly ? color::ground : color::paper), nullptr);
+  onCallback(widget_, XmNvalueChangedCallback, [this](XtPointer) {
+    if (quiet_) return;
+    begin(true);
+    tell(CTL_EDITED);
+  });
+  onCallback(widget_, XmNfocusCallback, [this](XtPointer) {
+    XtVaSetValues(widget_, XmNcursorPositionVisible, True, nullptr);
+    begin(false);
+  });
+  onCallback(widget_, XmNlosingFocusCallback, [this](XtPointer) {
+    XtVaSetValues(widget_, XmNcursorPositionVisible, False, nullptr);
+    settle();
+  });
+  ready();
+}
+
+/// @param resumed the keyboard never left, but its leaving was told for a button's sake
+void EditItem::begin(bool resumed) {
+  if (editing_) return;
+  if (dialog_.edited() != nullptr) dialog_.edited()->settle();
+  editing_ = true;
+  dialog_.setEdited(this);
+  if (!resumed) tell(CTL_FOCUS_GAIN);
+}
+
+void EditItem::settle() {
+  if (!editing_) return;
+  editing_ = false;
+  if (dialog_.edited() == this) dialog_.setEdited(nullptr);
+  tell(CTL_FOCUS_LOSS);
+}
+
+void EditItem::setTitle(const std::string& text) {
+  if (text == title()) return;
+  const bool before = quiet_;
+  quiet_ = true;
+  XmTextFieldSetString(widget_, const_cast<char*>(text.c_str()));
+  XmTextFieldSetInsertionPosition(widget_, XmTextFieldGetLastPosition(widget_));
+  quiet_ = before;
+}
+
+std::string EditItem::title() const {
+  char* text = XmTextFieldGetString(widget_);
+  std::string copy = text != nullptr ? text : "";
+  XtFree(text);
+  return copy;
+}
+
+void EditItem::setEnabled(bool enabled) {
+  Item::setEnabled(enabled);
+  const bool white = enabled && (line_.flags & IF_READONLY) == 0;
+  const Pixel ground = app().look().pixel(white ? color::paper : color::ground);
+  XtVaSetValues(widget_, XmNbackground, ground, XmNtopShadowColor, ground, nullptr);
+}
+
+void EditItem::selectText() {
+  XmTextFieldSetSelection(widget_, 0, XmTextFieldGetLastPosition(widget_),
+                          XtLastTimestampProcessed(XtDisplay(widget_)));
+}
+
+void EditItem::type(const std::string& text) {
+  Frame frame;
+  takeFocus();
+  begin(false);
+  XmTextFieldSetString(widget_, const_cast<char*>(text.c_str()));
+  XmTextFieldSetInsertionPosition(widget_, XmTextFieldGetLastPosition(widget_));
+}
+
+Cell EditItem::cell() const {
+  const Look& look = app().look();
+  const Extent size{look.columns(face(), std::max(1, line_.columns)) + 2 * (look.px(kFieldWidth) + kFrame),
+                    look.lineHeight(face()) + 2 * (look.px(kFieldHeight) + kFrame)};
+  return leaf(size, look.px(kFieldHeight) + kFrame + look.ascent(face()));
+}
+
+}  // namespace xvt

@@ -1,0 +1,129 @@
+/// Lists.
+#include <Xm/List.h>
+#include <Xm/ScrolledW.h>
+
+#include <algorithm>
+
+#include "xvt/motif/dialog.h"
+#include "xvt/motif/guard.h"
+#include "xvt/motif/item.h"
+
+namespace xvt {
+
+namespace {
+
+constexpr int kRowGap = 2;
+constexpr int kMarginHeight = 4;
+constexpr int kMarginWidth = 6;
+constexpr int kBar = 12;
+
+}  // namespace
+
+ListItem::ListItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : Item(dialog, line, parent) {
+  std::vector<Arg> args(5);
+  XtSetArg(args[0], const_cast<char*>(XmNselectionPolicy), several() ? XmEXTENDED_SELECT : XmBROWSE_SELECT);
+  XtSetArg(args[1], const_cast<char*>(XmNlistSizePolicy), XmCONSTANT);
+  XtSetArg(args[2], const_cast<char*>(XmNscrollBarDisplayPolicy), XmAS_NEEDED);
+  XtSetArg(args[3], const_cast<char*>(XmNrenderTable), app().look().table(face()));
+  XtSetArg(args[4], const_cast<char*>(XmNvisibleItemCount), std::max(1, line.lines));
+  widget_ = XmCreateScrolledList(parent, const_cast<char*>(line.name != nullptr ? line.name : "list"), args.data(),
+                                 static_cast<Cardinal>(args.size()));
+  XtManageChild(widget_);
+  listen();
+  ready();
+}
+
+void ListItem::listen() {
+  const auto selected = [this](XtPointer) {
+    dialog_.settle();
+    tell(CTL_SELECT);
+  };
+  onCallback(widget_, several() ? XmNextendedSelectionCallback : XmNbrowseSelectionCallback, selected);
+  onCallback(widget_, XmNdefaultActionCallback, [this](XtPointer call_data) {
+    const auto* call = static_cast<XmListCallbackStruct*>(call_data);
+    // Return is the default button's; only a double click means the row.
+    if (call->event != nullptr && call->event->type == KeyPress) return;
+    dialog_.settle();
+    tell(CTL_DOUBLE);
+  });
+  onEvent(widget_, FocusChangeMask, [this](XEvent* event) {
+    // The border shows where the keyboard is.
+    const bool in = event->type == FocusIn;
+    XtVaSetValues(outer(), XmNborderColor, app().look().pixel(in ? color::primary : color::border), nullptr);
+  });
+}
+
+Widget ListItem::outer() const { return XtParent(widget_); }
+
+void ListItem::setEnabled(bool enabled) {
+  Item::setEnabled(enabled);
+  const Pixel ground = app().look().pixel(enabled ? color::paper : color::ground);
+  XtVaSetValues(widget_, XmNbackground, ground, XmNtopShadowColor, ground, nullptr);
+}
+
+void ListItem::clearRows() {
+  rows_.clear();
+  XmListDeleteAllItems(widget_);
+}
+
+void ListItem::addRow(int index, const std::string& text) {
+  rows_.insert(rows_.begin() + index, text);
+  const MotifString string(text);
+  XmListAddItemUnselected(widget_, string, index + 1);
+}
+
+bool ListItem::isRowSelected(int row) const { return XmListPosSelected(widget_, row + 1) != False; }
+
+void ListItem::setRowSelected(int row, bool selected) {
+  if (!selected) return XmListDeselectPos(widget_, row + 1);
+  if (isRowSelected(row)) return;
+  // Under the extended policy Motif would give up the other rows.
+  if (several()) XtVaSetValues(widget_, XmNselectionPolicy, XmMULTIPLE_SELECT, nullptr);
+  XmListSelectPos(widget_, row + 1, False);
+  if (several()) XtVaSetValues(widget_, XmNselectionPolicy, XmEXTENDED_SELECT, nullptr);
+  int top = 0;
+  int visible = 0;
+  XtVaGetValues(widget_, XmNtopItemPosition, &top, XmNvisibleItemCount, &visible, nullptr);
+  if (row + 1 < top) XmListSetPos(widget_, row + 1);
+  if (row + 1 >= top + visible) XmListSetBottomPos(widget_, row + 1);
+}
+
+void ListItem::clearRowSelection() { XmListDeselectAllItems(widget_); }
+
+void ListItem::grow(COORD pixels) {
+  grown_ += pixels;
+  dialog_.wantLayout();
+}
+
+Cell ListItem::cell() const {
+  const Look& look = app().look();
+  const int row = look.lineHeight(face()) + look.px(kRowGap);
+  const int frame = 2 * look.px(kMarginHeight) + 2;
+  const int width = look.columns(face(), std::max(1, line_.columns)) + 2 * look.px(kMarginWidth) + look.px(kBar) + 2;
+  const int height = std::max(row + frame, std::max(1, line_.lines) * row + frame + grown_);
+  Cell cell = leaf({width, height}, 1 + look.px(kMarginHeight) + look.ascent(face()));
+  cell.wide = growth(Growth::willing);
+  if ((line_.flags & IF_GROW) != 0) {
+    cell.tall = Growth::eager;
+    cell.least.height = std::min(height, 3 * row + frame);
+  }
+  return cell;
+}
+
+bool ListItem::choose(int row, bool add) {
+  Frame frame;
+  XmProcessTraversal(widget_, XmTRAVERSE_CURRENT);
+  if (several() && !add) XmListDeselectAllItems(widget_);
+  setRowSelected(row, true);
+  XmListSetKbdItemPos(widget_, row + 1);
+  dialog_.settle();
+  tell(CTL_SELECT);
+  return true;
+}
+
+void ListItem::doubleClick(int row) {
+  choose(row, false);
+  if (!dialog_.isDying()) tell(CTL_DOUBLE);
+}
+
+}  // namespace xvt

@@ -1,0 +1,159 @@
+/// Labels, headings, values, hints, status lines; meters and separators, which are not touched either.
+#include <Xm/DrawingA.h>
+#include <Xm/Label.h>
+#include <Xm/Separator.h>
+
+#include <algorithm>
+
+#include "xvt/motif/dialog.h"
+#include "xvt/motif/guard.h"
+#include "xvt/motif/item.h"
+#include "xvt/motif/tooltip.h"
+
+namespace xvt {
+
+namespace {
+
+Face faceOf(const DLG_ITEM& line) {
+  if (line.kind == IK_HEADING) return Face::heading;
+  if ((line.flags & IF_MONO) != 0) return Face::mono;
+  return (line.flags & IF_BOLD) != 0 ? Face::bold : Face::plain;
+}
+
+const char* inkOf(const DLG_ITEM& line) {
+  if (line.kind == IK_HINT) return color::quiet;
+  if (line.kind == IK_STATUS || (line.kind == IK_LABEL && (line.flags & IF_BOLD) != 0)) return color::section;
+  return color::ink;
+}
+
+}  // namespace
+
+TextItem::TextItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : Item(dialog, line, parent) {
+  const LabelText label(line.label);
+  text_ = label.plain;
+  mnemonic_ = line.kind == IK_LABEL ? label.mnemonic : 0;
+  const Look& look = app().look();
+  const bool status = line.kind == IK_STATUS;
+  const MotifString string(text_);
+  widget_ = XtVaCreateManagedWidget(
+      line.name != nullptr ? line.name : "label", xmLabelWidgetClass, parent, XmNlabelString,
+      static_cast<XmString>(string), XmNrenderTable, look.table(faceOf(line)), XmNrecomputeSize, False, XmNalignment,
+      (line.flags & IF_RIGHT) != 0 ? XmALIGNMENT_END : XmALIGNMENT_BEGINNING, XmNbackground,
+      status ? look.pixel(color::strip) : ground(), XmNforeground, look.pixel(inkOf(line)), XmNtopShadowColor,
+      status ? look.pixel(color::strip) : ground(), XmNmarginWidth, padding().width, XmNmarginHeight, padding().height,
+      nullptr);
+  if (mnemonic_ != 0) XtVaSetValues(widget_, XmNmnemonic, mnemonic_, nullptr);
+  shown_ = text_;
+  ready();
+}
+
+Extent TextItem::padding() const {
+  const Look& look = app().look();
+  return line_.kind == IK_STATUS ? Extent{look.spacing().margin, look.px(6)} : Extent{};
+}
+
+void TextItem::setTitle(const std::string& title) {
+  if (title == text_) return;
+  text_ = title;
+  const RCT place = outerRect();
+  show(place.right - place.left);
+  // What the program writes into a value may be long or short: it is shown as far as it goes. A label was given its
+  // place by its text, and gets another one.
+  const Extent size = app().look().textSize(faceOf(line_), text_);
+  if (line_.kind == IK_VALUE || line_.kind == IK_STATUS) return;
+  if (size.width > place.right - place.left || size.height > place.bottom - place.top) dialog_.wantLayout();
+}
+
+void TextItem::setColor(XVT_COLOR color) { XtVaSetValues(widget_, XmNforeground, app().look().pixel(color), nullptr); }
+
+Cell TextItem::cell() const {
+  const Look& look = app().look();
+  const Face own = faceOf(line_);
+  Extent size = look.textSize(own, text_);
+  const int wished = look.columns(own, line_.columns);
+  if (line_.kind == IK_VALUE) size.width = std::clamp(size.width, wished, std::max(wished, look.columns(own, 56)));
+  size.width = std::max(size.width, wished) + 2 * padding().width;
+  size.height = std::max(size.height, line_.lines * look.lineHeight(own)) + 2 * padding().height;
+  Cell cell = leaf(size, padding().height + look.ascent(own));
+  const bool elastic = line_.kind == IK_VALUE || line_.kind == IK_HINT || line_.kind == IK_STATUS;
+  if (elastic) {
+    cell.wide = growth(Growth::willing);
+    cell.least.width = std::max(wished, std::min(size.width, look.columns(own, 8)));
+  }
+  return cell;
+}
+
+void TextItem::place(const RCT& room) {
+  Item::place(room);
+  show(room.right - room.left);
+}
+
+void TextItem::show(int width) {
+  const bool lines = text_.find('\n') != std::string::npos;
+  const std::string fitted =
+      lines ? text_ : app().look().fitted(faceOf(line_), text_, std::max(1, width - 2 * padding().width));
+  if (fitted == shown_) return;
+  shown_ = fitted;
+  const MotifString string(shown_);
+  XtVaSetValues(widget_, XmNlabelString, static_cast<XmString>(string), nullptr);
+  // What is cut can still be read.
+  if (line_.help == nullptr) setTooltip(widget_, shown_ == text_ ? std::string() : text_);
+}
+
+// ---- meters and separators ----------------------------------------------------------------------------------------
+
+MeterItem::MeterItem(Dialog& dialog, const DLG_ITEM& line, Widget parent)
+    : Item(dialog, line, parent), bar_(app().look().pixel(color::primary)) {
+  widget_ = XtVaCreateManagedWidget(line.name != nullptr ? line.name : "meter", xmDrawingAreaWidgetClass, parent,
+                                    XmNbackground, app().look().pixel(color::meterTrough), nullptr);
+  onCallback(widget_, XmNexposeCallback, [this](XtPointer) { draw(); });
+  ready();
+}
+
+void MeterItem::draw() {
+  if (!XtIsRealized(widget_)) return;
+  const RCT place = outerRect();
+  const int width = (place.right - place.left) * percent_ / 100;
+  Display* display = XtDisplay(widget_);
+  XGCValues values{};
+  values.foreground = bar_;
+  GC gc = XtGetGC(widget_, GCForeground, &values);
+  if (width > 0)
+    XFillRectangle(display, XtWindow(widget_), gc, 0, 0, static_cast<unsigned>(width),
+                   static_cast<unsigned>(place.bottom - place.top));
+  XtReleaseGC(widget_, gc);
+  XClearArea(display, XtWindow(widget_), width, 0, 0, 0, False);
+}
+
+void MeterItem::setColor(XVT_COLOR color) {
+  bar_ = app().look().pixel(color);
+  draw();
+}
+
+void MeterItem::setMeter(int percent) {
+  if (percent == percent_) return;
+  percent_ = percent;
+  draw();
+}
+
+Cell MeterItem::cell() const {
+  const Look& look = app().look();
+  const int height = look.px(8);
+  Cell cell = leaf({look.columns(Face::plain, std::max(1, line_.columns)), height},
+                   height / 2 + look.ascent() / 2 - look.px(1));
+  cell.wide = growth(Growth::willing);
+  return cell;
+}
+
+SeparatorItem::SeparatorItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : Item(dialog, line, parent) {
+  widget_ = XtVaCreateManagedWidget("separator", xmSeparatorWidgetClass, parent, XmNbackground, ground(), nullptr);
+  ready();
+}
+
+Cell SeparatorItem::cell() const {
+  Cell cell = leaf({1, 1}, -1);
+  cell.wide = Growth::willing;
+  return cell;
+}
+
+}  // namespace xvt

@@ -1,0 +1,88 @@
+#include "xvt/motif/keys.h"
+
+#include <X11/keysym.h>
+
+#include <cstring>
+#include <map>
+#include <string>
+
+#include "xvt/motif/application.h"
+#include "xvt/motif/guard.h"
+#include "xvt/motif/shell_window.h"
+#include "xvt/motif/task_window.h"
+
+namespace xvt {
+
+namespace {
+
+constexpr unsigned kModifiers = ControlMask | Mod1Mask | ShiftMask;
+
+std::map<int, XtEventDispatchProc>& nextDispatchers() {
+  static std::map<int, XtEventDispatchProc> next;
+  return next;
+}
+
+KeySym lower(KeySym key) { return key >= XK_A && key <= XK_Z ? key - XK_A + XK_a : key; }
+
+bool isReturn(KeySym key) { return key == XK_Return || key == XK_KP_Enter; }
+
+/// True when the key has done its work and Xt need not see it.
+bool takeKey(XKeyEvent* event) {
+  const auto popup = app().popupKeys();
+  if (popup) return popup(XLookupKeysym(event, 0));
+  Widget widget = XtWindowToWidget(event->display, event->window);
+  const auto window = app().windowOf(widget);
+  if (!window) return false;  // a menu or a pop-up list: its own keys
+  if (app().blockerOf(*window)) return true;
+  const KeySym key = lower(XLookupKeysym(event, 0));
+  const unsigned modifiers = event->state & kModifiers;
+  if (app().task() != nullptr && app().task()->shortcut(key, modifiers, *window)) return true;
+  if (modifiers == Mod1Mask && window->mnemonic(key)) return true;
+  if (modifiers != 0) return false;
+  if (isReturn(key)) return window->returnKey();
+  return key == XK_Escape && window->escapeKey();
+}
+
+/// Without a window manager nobody else brings a clicked window to the front and gives it the keyboard.
+void takeClick(const XButtonEvent* event) {
+  const auto window = app().windowOf(XtWindowToWidget(event->display, event->window));
+  if (!window || event->button > 3 || app().hasWindowManager() || app().active() == window) return;
+  window->takeFocus();
+}
+
+Boolean dispatch(XEvent* event) {
+  bool taken = false;
+  guarded("key", [&] {
+    if (appIfRunning() == nullptr) return;
+    if (event->type == KeyPress) taken = takeKey(&event->xkey);
+    if (event->type == ButtonPress) takeClick(&event->xbutton);
+  });
+  return taken ? True : nextDispatchers()[event->type](event);
+}
+
+}  // namespace
+
+void installKeys(Display* display) {
+  for (const int type : {KeyPress, ButtonPress}) {
+    XtEventDispatchProc next = XtSetEventDispatcher(display, type, dispatch);
+    if (next != dispatch) nextDispatchers()[type] = next;
+  }
+}
+
+bool parseKeys(const char* text, KeySym* key, unsigned* modifiers) {
+  static const std::map<std::string, unsigned> names{{"Ctrl", ControlMask}, {"Alt", Mod1Mask}, {"Shift", ShiftMask}};
+  *modifiers = 0;
+  std::string rest = text;
+  for (std::size_t plus = rest.find('+'); plus != std::string::npos && plus > 0; plus = rest.find('+')) {
+    const auto modifier = names.find(rest.substr(0, plus));
+    if (modifier == names.end()) return false;
+    *modifiers |= modifier->second;
+    rest.erase(0, plus + 1);
+  }
+  if (rest == "Esc") rest = "Escape";
+  *key = lower(XStringToKeysym(rest.c_str()));
+  if (*key == NoSymbol && rest.size() == 1) *key = static_cast<unsigned char>(rest[0]);
+  return *key != NoSymbol;
+}
+
+}  // namespace xvt

@@ -1,0 +1,287 @@
+#include "xvt/motif/look.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+#include "xvt/base/utf8.h"
+
+namespace xvt {
+
+namespace {
+
+constexpr int kTextSize = 10;     // points
+constexpr int kHeadingSize = 12;  // points
+
+XftFont* openFont(Display* display, const char* family, int points, bool bold) {
+  return XftFontOpen(display, DefaultScreen(display), XFT_FAMILY, XftTypeString, family, XFT_SIZE, XftTypeDouble,
+                     static_cast<double>(points), XFT_WEIGHT, XftTypeInteger,
+                     bold ? XFT_WEIGHT_BOLD : XFT_WEIGHT_MEDIUM, nullptr);
+}
+
+int widthIn(Display* display, XftFont* font, std::string_view text) {
+  XGlyphInfo glyphs{};
+  XftTextExtentsUtf8(display, font, reinterpret_cast<const FcChar8*>(text.data()), static_cast<int>(text.size()),
+                     &glyphs);
+  return glyphs.xOff;
+}
+
+/// Fontconfig answers every question with some font: only its widths tell whether it really is a monospaced one.
+bool isMonospaced(Display* display, const char* family) {
+  XftFont* font = openFont(display, family, kTextSize, false);
+  if (font == nullptr) return false;
+  const bool same = widthIn(display, font, "i") == widthIn(display, font, "W");
+  XftFontClose(display, font);
+  return same;
+}
+
+const char* findMonospaced(Display* display) {
+  for (const char* family : {"monospace", "DejaVu Sans Mono", "Liberation Mono", "Courier New"})
+    if (isMonospaced(display, family)) return family;
+  std::fputs("xvt: no monospaced font found; columns will not line up (install fonts-dejavu-core)\n", stderr);
+  return "monospace";
+}
+
+/// Render tables stay to the end of the process: Motif still holds them in the caches of its display.
+void keep(XmRenderTable table) {
+  static auto& kept = *new std::vector<XmRenderTable>;
+  kept.push_back(table);
+}
+
+XmRenderTable makeTable(Widget shell, const char* family, int points, bool bold) {
+  std::array<char, 64> name{};
+  std::snprintf(name.data(), name.size(), "%s", family);
+  std::array<char, 8> style{};
+  std::snprintf(style.data(), style.size(), "%s", bold ? "Bold" : "");
+  std::vector<Arg> args(bold ? 4 : 3);
+  XtSetArg(args[0], const_cast<char*>(XmNfontName), name.data());
+  XtSetArg(args[1], const_cast<char*>(XmNfontType), XmFONT_IS_XFT);
+  XtSetArg(args[2], const_cast<char*>(XmNfontSize), points);
+  if (bold) XtSetArg(args[3], const_cast<char*>(XmNfontStyle), style.data());
+  std::array<char, 64> tag{};
+  std::snprintf(tag.data(), tag.size(), "%s", XmFONTLIST_DEFAULT_TAG);
+  XmRendition rendition = XmRenditionCreate(shell, tag.data(), args.data(), static_cast<Cardinal>(args.size()));
+  XmRenderTable table = XmRenderTableAddRenditions(nullptr, &rendition, 1, XmMERGE_REPLACE);
+  XmRenditionFree(rendition);
+  keep(table);
+  return table;
+}
+
+/// Flat: no colour is derived from the background except the ones named in the resources.
+void flatColors(XColor* background, XColor* foreground, XColor* select, XColor* top, XColor* bottom) {
+  const auto dark = [](const XColor& one) { return one.red + one.green + one.blue < 3 * 0x8000; };
+  const unsigned short ink = dark(*background) ? 0xffff : 0x1f1f;
+  foreground->red = foreground->green = foreground->blue = ink;
+  for (XColor* same : {select, top, bottom}) {
+    same->red = background->red;
+    same->green = background->green;
+    same->blue = background->blue;
+  }
+}
+
+// Lines with "@N" hold a distance of N pixels at a line height of 16, to be scaled with the font.
+constexpr const char* kResources[] = {
+    "*enableButtonTab: True",
+    "*enableEtchedInMenu: True",
+    "*background: #f3f4f6",
+    "*foreground: #1f2933",
+    "*topShadowColor: #f3f4f6",
+    "*bottomShadowColor: #98a2ae",
+    "*topShadowPixmap: unspecified_pixmap",
+    "*bottomShadowPixmap: unspecified_pixmap",
+    "*borderColor: #c3cad3",
+    "*highlightColor: #2f6fb3",
+    "*armColor: #dbe3ec",
+    "*selectColor: #2f6fb3",
+    "*shadowThickness: 0",
+    "*highlightThickness: 1",
+    "*borderWidth: 0",
+    "*keyboardFocusPolicy: explicit",
+    "*XmBulletinBoard.marginWidth: 0",
+    "*XmBulletinBoard.marginHeight: 0",
+    "*XmLabel.marginHeight: 0",
+    "*XmLabel.marginWidth: 0",
+    "*XmLabel.alignment: alignment_beginning",
+    "*XmLabel.highlightThickness: 0",
+    "*XmPushButton.borderWidth: 1",
+    "*XmPushButton.background: #ffffff",
+    "*XmPushButton.topShadowColor: #ffffff",
+    "*XmPushButton.marginWidth: @14",
+    "*XmPushButton.marginHeight: @5",
+    "*XmPushButton.alignment: alignment_center",
+    "*XmDrawnButton.borderWidth: 1",
+    "*XmDrawnButton.background: #ffffff",
+    "*XmDrawnButton.topShadowColor: #ffffff",
+    "*XmDrawnButton.marginWidth: @7",
+    "*XmDrawnButton.marginHeight: @5",
+    "*XmDrawnButton.alignment: alignment_beginning",
+    "*XmTextField.borderWidth: 1",
+    "*XmTextField.background: #ffffff",
+    "*XmTextField.marginHeight: @5",
+    "*XmTextField.marginWidth: @7",
+    "*XmToggleButton.marginHeight: @3",
+    "*XmToggleButton.marginWidth: @3",
+    "*XmToggleButton.alignment: alignment_beginning",
+    "*XmSeparator.separatorType: single_line",
+    "*XmSeparator.foreground: #d9dee5",
+    "*XmSeparator.margin: 0",
+    "*XmList.background: #ffffff",
+    "*XmList.selectColor: #cfe0f3",
+    "*XmList.highlightThickness: 0",
+    "*XmList.listMarginWidth: @6",
+    "*XmList.listMarginHeight: @4",
+    "*XmList.listSpacing: @2",
+    "*toolTipEnable: True",
+    "*toolTipPostDelay: 700",
+    "*toolTipPostDuration: 20000",
+    "*TipShell.borderWidth: 1",
+    "*TipShell.borderColor: #98a2ae",
+    "*TipLabel.background: #ffffff",
+    "*TipLabel.marginWidth: @7",
+    "*TipLabel.marginHeight: @4",
+    "*XmScrolledWindow.spacing: 0",
+    "*XmScrolledWindow.borderWidth: 1",
+    "*XmScrolledWindow.background: #ffffff",
+    "*XmScrollBar.showArrows: none",
+    "*XmScrollBar.sliderVisual: foreground",
+    "*XmScrollBar.foreground: #b4bdc9",
+    "*XmScrollBar.background: #b4bdc9",
+    "*XmScrollBar.topShadowColor: #b4bdc9",
+    "*XmScrollBar.troughColor: #eceff3",
+    "*XmScrollBar.width: @12",
+    "*XmScrollBar.height: @12",
+    "*XmScrollBar.highlightThickness: 0",
+    "*menuBar.background: #ffffff",
+    "*menuBar*background: #ffffff",
+    "*menuBar*topShadowColor: #ffffff",
+    "*menuBar.marginHeight: @3",
+    "*menuBar.marginWidth: @6",
+    "*menuBar.XmCascadeButton.marginWidth: @9",
+    "*menuBar.XmCascadeButton.marginHeight: @5",
+    "*XmMenuShell*background: #ffffff",
+    "*XmMenuShell*topShadowColor: #ffffff",
+    "*XmMenuShell.XmRowColumn.shadowThickness: 1",
+    "*XmMenuShell.XmRowColumn.topShadowColor: #c3cad3",
+    "*XmMenuShell.XmRowColumn.bottomShadowColor: #c3cad3",
+    "*XmMenuShell.XmRowColumn.marginHeight: @4",
+    "*XmMenuShell.XmRowColumn.marginWidth: 1",
+    "*XmMenuShell*XmPushButton.borderWidth: 0",
+    "*XmMenuShell*XmPushButton.shadowThickness: 1",
+    "*XmMenuShell*XmPushButton.marginWidth: @14",
+    "*XmMenuShell*XmPushButton.marginHeight: @5",
+    "*XmMenuShell*XmPushButton.alignment: alignment_beginning",
+    "*XmMenuShell*XmToggleButton.indicatorOn: indicator_check",
+    "*XmMenuShell*XmToggleButton.indicatorSize: @14",
+    "*XmMenuShell*XmToggleButton.shadowThickness: 1",
+    "*XmMenuShell*XmToggleButton.marginHeight: @5",
+    "*XmMenuShell*XmToggleButton.marginWidth: @4",
+    "*XmMenuShell*XmToggleButton.spacing: @6",
+    "*XmMenuShell*XmSeparator.height: @9",
+};
+
+std::string scaledLine(const char* line, int line_height) {
+  const char* at = std::strchr(line, '@');
+  if (at == nullptr) return line;
+  const int pixels = static_cast<int>(std::strtol(at + 1, nullptr, 10));
+  return std::string(line, at) + std::to_string(std::max(1, (pixels * line_height + 8) / 16));
+}
+
+/// Byte offsets at which the text may be cut.
+std::vector<std::size_t> cuts(const std::string& text) {
+  std::vector<std::size_t> offsets{0};
+  while (offsets.back() < text.size()) {
+    const std::size_t length = utf8SequenceLength(std::string_view(text).substr(offsets.back()));
+    offsets.push_back(offsets.back() + std::max<std::size_t>(1, length));
+  }
+  return offsets;
+}
+
+}  // namespace
+
+MotifString::MotifString(const std::string& text)
+    : string_(XmStringGenerate(const_cast<char*>(text.c_str()), nullptr, XmCHARSET_TEXT, nullptr)) {}
+
+void Look::installResources(Display* display) {
+  XftFont* font = openFont(display, "sans", kTextSize, false);
+  const int line_height = font != nullptr ? font->ascent + font->descent : 16;
+  if (font != nullptr) XftFontClose(display, font);
+  XrmDatabase ours = nullptr;
+  for (const char* line : kResources) XrmPutLineResource(&ours, scaledLine(line, line_height).c_str());
+  XrmDatabase theirs = XtScreenDatabase(DefaultScreenOfDisplay(display));
+  XrmCombineDatabase(ours, &theirs, False);
+  XmSetColorCalculation(flatColors);
+}
+
+Look::Look(Widget shell)
+    : display_(XtDisplay(shell)),
+      screen_(XtScreen(shell)),
+      mono_family_(findMonospaced(display_)),
+      fonts_{openFont(display_, "sans", kTextSize, false), openFont(display_, "sans", kTextSize, true),
+             openFont(display_, "sans", kHeadingSize, true), openFont(display_, mono_family_, kTextSize, false)},
+      tables_{makeTable(shell, "sans", kTextSize, false), makeTable(shell, "sans", kTextSize, true),
+              makeTable(shell, "sans", kHeadingSize, true), makeTable(shell, mono_family_, kTextSize, false)},
+      line_height_(fonts_[0]->ascent + fonts_[0]->descent),
+      spacing_(line_height_) {}
+
+Look::~Look() {
+  for (XftFont* font : fonts_) XftFontClose(display_, font);
+}
+
+int Look::textWidth(Face face, std::string_view text) const { return widthIn(display_, font(face), text); }
+
+Extent Look::textSize(Face face, const std::string& text) const {
+  Extent size;
+  std::size_t from = 0;
+  while (true) {
+    const std::size_t end = text.find('\n', from);
+    size.width = std::max(size.width, textWidth(face, std::string_view(text).substr(from, end - from)));
+    size.height += lineHeight(face);
+    if (end == std::string::npos) return size;
+    from = end + 1;
+  }
+}
+
+std::string Look::fitted(Face face, const std::string& text, int width) const {
+  if (textWidth(face, text) <= width) return text;
+  const std::vector<std::size_t> offsets = cuts(text);
+  const bool path = text.find('/') != std::string::npos;
+  const std::size_t count = offsets.size() - 1;
+  const auto shortened = [&](std::size_t keep) {
+    const std::size_t tail = path ? keep * 2 / 3 : 0;
+    return text.substr(0, offsets[keep - tail]) + "\xE2\x80\xA6" + text.substr(offsets[count - tail]);
+  };
+  std::size_t low = 0;
+  std::size_t high = count;
+  while (low < high) {
+    const std::size_t middle = (low + high + 1) / 2;
+    if (textWidth(face, shortened(middle)) <= width)
+      low = middle;
+    else
+      high = middle - 1;
+  }
+  return shortened(low);
+}
+
+Pixel Look::pixel(const std::string& name) const {
+  const auto known = pixels_.find(name);
+  if (known != pixels_.end()) return known->second;
+  XColor exact{};
+  XColor screen_color{};
+  const Colormap map = DefaultColormapOfScreen(screen_);
+  const bool found = XAllocNamedColor(display_, map, name.c_str(), &screen_color, &exact) != 0;
+  return pixels_[name] = found ? screen_color.pixel : BlackPixelOfScreen(screen_);
+}
+
+Pixel Look::pixel(XVT_COLOR color) const {
+  std::array<char, 8> name{};
+  std::snprintf(name.data(), name.size(), "#%02x%02x%02x", color.red, color.green, color.blue);
+  return pixel(std::string(name.data()));
+}
+
+void Look::dress(Widget shell) const {
+  XtVaSetValues(shell, XmNlabelRenderTable, table(Face::plain), XmNbuttonRenderTable, table(Face::plain),
+                XmNtextRenderTable, table(Face::plain), nullptr);
+}
+
+}  // namespace xvt

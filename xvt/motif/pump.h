@@ -1,0 +1,67 @@
+/// How events get served: the main loop, modal loops and jobs all come here.
+#pragma once
+
+#include <Xm/Xm.h>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace xvt {
+
+class ShellWindow;
+
+/// Marks that Xt (or an action of the probe) is somewhere on the call stack, and may still touch any widget when it
+/// comes back: nothing is really destroyed while a frame exists.
+class Frame {
+ public:
+  Frame() { ++depth(); }
+  ~Frame() { --depth(); }
+  Frame(const Frame&) = delete;
+  Frame& operator=(const Frame&) = delete;
+  static bool none() { return depth() == 0; }
+
+ private:
+  static int& depth();
+};
+
+class Pump {
+ public:
+  explicit Pump(XtAppContext context) : context_(context), tick_(firstTick()) {}
+  ~Pump();
+  Pump(const Pump&) = delete;
+  Pump& operator=(const Pump&) = delete;
+
+  /// Waits for events and serves them until `done` answers true.
+  void runUntil(const std::function<bool()>& done);
+  /// Serves what is waiting, if the last look at the display is some milliseconds ago.
+  void serveIfDue();
+  /// Serves what is waiting; without `ticks` the tick hook is left out.
+  void serve(bool ticks = true);
+
+  void setTick(void (*tick)());
+  /// The tick that an application begins with.
+  static void setFirstTick(void (*tick)()) { firstTick() = tick; }
+  /// Really destroys the window when no frame exists.
+  void retire(std::shared_ptr<ShellWindow> window);
+  /// Destroys what is retired, if no frame exists.
+  void reap();
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  static void (*&firstTick())();
+  void processOne();
+  void prepare();
+  void tickIfDue();
+  void wakeForTick();
+
+  XtAppContext context_;
+  void (*tick_)();
+  XtIntervalId wake_ = 0;
+  Clock::time_point last_serve_;
+  Clock::time_point last_tick_;
+  std::vector<std::shared_ptr<ShellWindow>> retired_;
+};
+
+}  // namespace xvt

@@ -1,0 +1,312 @@
+#include "xvt/motif/shell_window.h"
+
+#include <X11/Shell.h>
+#include <X11/Xutil.h>
+#include <Xm/BulletinB.h>
+#include <Xm/MwmUtil.h>
+#include <Xm/Protocols.h>
+
+#include <algorithm>
+#include <map>
+
+#include "xvt/motif/geometry.h"
+#include "xvt/motif/guard.h"
+#include "xvt/motif/timers.h"
+#include "xvt/placement.h"
+
+namespace xvt {
+
+namespace {
+
+// What a window manager's frame usually adds, for placing windows that have none yet.
+constexpr int kFrameTop = 28;
+constexpr int kFrameSide = 6;
+
+/// Where the user left windows that were closed, by name.
+std::map<std::string, PNT>& leftPlaces() {
+  static std::map<std::string, PNT> places;
+  return places;
+}
+
+Extent screenSize() {
+  Screen* screen = XtScreen(app().shell());
+  return {WidthOfScreen(screen), HeightOfScreen(screen)};
+}
+
+Extent framed(Extent size, bool managed) {
+  return managed ? Extent{size.width + 2 * kFrameSide, size.height + kFrameTop + kFrameSide} : size;
+}
+
+}  // namespace
+
+void ShellWindow::createShell(const std::string& widget_name, const std::string& title, bool modal) {
+  modal_ = modal;
+  std::vector<Arg> args(4);
+  // Where nothing draws frames, a line shows where one window ends and the next begins.
+  XtSetArg(args[2], const_cast<char*>(XmNborderWidth), app().hasWindowManager() ? 0 : 1);
+  XtSetArg(args[3], const_cast<char*>(XmNborderColor), app().look().pixel(color::faint));
+  XtSetArg(args[0], const_cast<char*>(XmNdeleteResponse), XmDO_NOTHING);
+  XtSetArg(args[1], const_cast<char*>(XmNmwmInputMode), modal ? MWM_INPUT_FULL_APPLICATION_MODAL : MWM_INPUT_MODELESS);
+  Widget shell = XtCreatePopupShell(widget_name.c_str(), modal ? transientShellWidgetClass : topLevelShellWidgetClass,
+                                    app().shell(), args.data(), static_cast<Cardinal>(args.size()));
+  adoptShell(shell, title);
+}
+
+void ShellWindow::adoptShell(Widget shell, const std::string& title) {
+  shell_ = shell;
+  app().look().dress(shell_);
+  setTitle(title);
+  listen();
+}
+
+void ShellWindow::createBoard() {
+  board_ = XtVaCreateManagedWidget("board", xmBulletinBoardWidgetClass, shell_, XmNresizePolicy, XmRESIZE_NONE,
+                                   XmNdefaultPosition, False, XmNautoUnmanage, False, nullptr);
+  onEvent(board_, StructureNotifyMask, [this](XEvent* event) {
+    if (event->type == ConfigureNotify && !dying_) arrangeContents(boardSize());
+  });
+}
+
+void ShellWindow::listen() {
+  const Atom remove = XInternAtom(XtDisplay(shell_), "WM_DELETE_WINDOW", False);
+  XmAddWMProtocolCallback(
+      shell_, remove,
+      [](Widget, XtPointer self, XtPointer) {
+        guarded("close", [&] { static_cast<ShellWindow*>(self)->requestClose(); });
+      },
+      this);
+  onEvent(shell_, FocusChangeMask, [this](XEvent* event) {
+    if (event->xfocus.detail != NotifyPointer && event->xfocus.mode != NotifyGrab && event->xfocus.mode != NotifyUngrab)
+      focusChanged(event->type == FocusIn);
+  });
+}
+
+void ShellWindow::focusChanged(bool in) {
+  if (dying_) return;
+  if (in) {
+    // Whoever hands out the keyboard does not know which dialog has the word.
+    if (const auto blocker = app().blockerOf(*this)) return blocker->takeFocus();
+    app().setActive(shared_from_this());
+  }
+  EVENT event;
+  event.type = E_FOCUS;
+  event.focus.active = in;
+  tell(event);
+}
+
+void ShellWindow::requestClose() {
+  if (dying_ || app().blockerOf(*this)) return;
+  const auto alive = shared_from_this();
+  settle();
+  EVENT event;
+  event.type = E_CLOSE;
+  tell(event);
+}
+
+void ShellWindow::tell(EVENT event) {
+  if (!dying_) runtime::deliver(shared_from_this(), event);
+}
+
+void ShellWindow::setTitle(const std::string& title) {
+  title_ = title;
+  XtVaSetValues(shell_, XmNtitle, title.c_str(), XmNiconName, title.c_str(), nullptr);
+}
+
+void ShellWindow::setEnabled(bool enabled) {
+  enabled_ = enabled;
+  if (board_ != nullptr) XtSetSensitive(board_, enabled ? True : False);
+}
+
+// ---- showing ------------------------------------------------------------------------------------------------------
+
+PNT ShellWindow::findPlace(Extent size, const PNT* wish) const {
+  const Extent outer = framed(size, app().hasWindowManager());
+  const auto left = leftPlaces().find(name());
+  const int step = app().look().px(8);
+  if (left != leftPlaces().end()) return onScreen(screenSize(), left->second, outer);
+  std::vector<RCT> taken;
+  const ShellWindow* parent = nullptr;
+  for (const auto& other : app().windows()) {
+    if (other.get() == this || !other->isVisible()) continue;
+    taken.push_back(other->occupied());
+    parent = other.get();
+  }
+  const auto active = app().active();
+  if (active && active.get() != this) parent = active.get();
+  if (modal_ && parent != nullptr) return placeOver(screenSize(), parent->occupied(), outer, step);
+  return placeBeside(screenSize(), taken, outer, wish != nullptr ? *wish : PNT{step, step}, step);
+}
+
+void ShellWindow::open(Extent size, Extent least, const PNT* wish) {
+  const Extent screen = screenSize();
+  size.width = std::clamp(size.width, 1, screen.width);
+  size.height = std::clamp(size.height, 1, screen.height - kFrameTop);
+  place_ = findPlace(size, wish);
+  resizeTo(size, least);
+  XtVaSetValues(shell_, XmNx, static_cast<Position>(place_.h), XmNy, static_cast<Position>(place_.v), nullptr);
+  XtRealizeWidget(shell_);
+  hintPlace();
+  arrangeContents(size);
+  popUp();
+}
+
+void ShellWindow::hintPlace() const {
+  // Window managers keep a place only if they are told that it was chosen on purpose.
+  XSizeHints* hints = XAllocSizeHints();
+  long supplied = 0;
+  if (hints != nullptr && XGetWMNormalHints(XtDisplay(shell_), XtWindow(shell_), hints, &supplied) != 0) {
+    hints->flags |= USPosition;
+    hints->x = place_.h;
+    hints->y = place_.v;
+    XSetWMNormalHints(XtDisplay(shell_), XtWindow(shell_), hints);
+  }
+  if (hints != nullptr) XFree(hints);
+}
+
+void ShellWindow::resizeTo(Extent size, Extent least) {
+  size_ = size;
+  least_ = least;
+  XtVaSetValues(shell_, XmNminWidth, std::min(least.width, size.width), XmNminHeight,
+                std::min(least.height, size.height), XmNwidth, static_cast<Dimension>(size.width), XmNheight,
+                static_cast<Dimension>(size.height), nullptr);
+}
+
+void ShellWindow::popUp() {
+  if (shown_) return;
+  shown_ = true;
+  if (modal_) {
+    const auto parent = app().active();
+    if (parent && parent.get() != this && XtIsRealized(parent->shell()))
+      XSetTransientForHint(XtDisplay(shell_), XtWindow(shell_), XtWindow(parent->shell()));
+  }
+  if (shell_ == app().shell())
+    XtMapWidget(shell_);
+  else
+    XtPopup(shell_, XtGrabNone);
+  showBusy(app().isBusy());
+  takeFocus();
+}
+
+void ShellWindow::popDown() {
+  if (!shown_) return;
+  rememberPlace();
+  shown_ = false;
+  if (shell_ == app().shell())
+    XtUnmapWidget(shell_);
+  else
+    XtPopdown(shell_);
+  const auto next = app().active();
+  if (next && !app().hasWindowManager()) next->takeFocus();
+}
+
+void ShellWindow::rememberPlace() {
+  const RCT now = outerRect();
+  place_ = PNT{now.top, now.left};
+}
+
+void ShellWindow::setVisible(bool visible) {
+  if (visible == shown_ || dying_ || !XtIsRealized(shell_)) return;
+  if (!visible) return popDown();
+  XtVaSetValues(shell_, XmNx, static_cast<Position>(place_.h), XmNy, static_cast<Position>(place_.v), nullptr);
+  hintPlace();
+  popUp();
+}
+
+void ShellWindow::raise() {
+  if (dying_ || !XtIsRealized(shell_)) return;
+  setVisible(true);
+  XRaiseWindow(XtDisplay(shell_), XtWindow(shell_));
+  if (!app().hasWindowManager()) return;
+  XEvent event{};
+  event.xclient.type = ClientMessage;
+  event.xclient.window = XtWindow(shell_);
+  event.xclient.message_type = XInternAtom(XtDisplay(shell_), "_NET_ACTIVE_WINDOW", False);
+  event.xclient.format = 32;
+  event.xclient.data.l[0] = 1;  // a request of the application itself
+  event.xclient.data.l[1] = static_cast<long>(XtLastTimestampProcessed(XtDisplay(shell_)));
+  XSendEvent(XtDisplay(shell_), RootWindowOfScreen(XtScreen(shell_)), False,
+             SubstructureNotifyMask | SubstructureRedirectMask, &event);
+}
+
+void ShellWindow::takeFocus() {
+  if (dying_ || !shown_) return;
+  const auto blocker = app().blockerOf(*this);
+  if (blocker) return blocker->takeFocus();
+  app().setActive(shared_from_this());
+  if (app().hasWindowManager()) return raise();
+  XRaiseWindow(XtDisplay(shell_), XtWindow(shell_));
+  XSetInputFocus(XtDisplay(shell_), XtWindow(shell_), RevertToPointerRoot, CurrentTime);
+}
+
+void ShellWindow::showBusy(bool busy) {
+  if (!XtIsRealized(shell_)) return;
+  if (busy)
+    XDefineCursor(XtDisplay(shell_), XtWindow(shell_), app().busyCursor());
+  else
+    XUndefineCursor(XtDisplay(shell_), XtWindow(shell_));
+}
+
+// ---- geometry -----------------------------------------------------------------------------------------------------
+
+Extent ShellWindow::boardSize() const {
+  Dimension width = 0;
+  Dimension height = 0;
+  XtVaGetValues(board_, XmNwidth, &width, XmNheight, &height, nullptr);
+  return {width, height};
+}
+
+RCT ShellWindow::clientRect() const {
+  const Extent size = boardSize();
+  return RCT{0, 0, size.height, size.width};
+}
+
+/// The frame's corner, where move() puts it, and the window's own size.
+RCT ShellWindow::outerRect() const {
+  const RCT frame = occupied();
+  Dimension width = 0;
+  Dimension height = 0;
+  XtVaGetValues(shell_, XmNwidth, &width, XmNheight, &height, nullptr);
+  return RCT{frame.top, frame.left, frame.top + height, frame.left + width};
+}
+
+/// What the window covers. A window manager takes its time: until it has done its work, what it will probably be.
+RCT ShellWindow::occupied() const {
+  RCT frame;
+  if (shown_ && frameOf(shell_, &frame)) return frame;
+  const Extent outer = framed(size_, app().hasWindowManager());
+  return RCT{place_.v, place_.h, place_.v + outer.height, place_.h + outer.width};
+}
+
+void ShellWindow::move(const RCT& rectangle) {
+  const Extent size{rectangle.right - rectangle.left, rectangle.bottom - rectangle.top};
+  place_ = onScreen(screenSize(), PNT{rectangle.top, rectangle.left}, size);
+  resizeTo(size, least_);
+  XtVaSetValues(shell_, XmNx, static_cast<Position>(place_.h), XmNy, static_cast<Position>(place_.v), nullptr);
+}
+
+// ---- the end ------------------------------------------------------------------------------------------------------
+
+void ShellWindow::destroy() {
+  if (dying_) return;
+  const auto alive = shared_from_this();
+  if (shown_) {
+    rememberPlace();
+    leftPlaces()[name()] = place_;
+  }
+  EVENT event;
+  event.type = E_DESTROY;
+  dying_ = true;
+  popDown();
+  runtime::deliver(alive, event);
+  app().retire(alive);
+  dropTimers(*this);
+  dropParts();
+  Registry::instance().leave(handle());
+}
+
+void ShellWindow::destroyWidgets() {
+  if (shell_ != nullptr && shell_ != app().shell()) XtDestroyWidget(shell_);
+  shell_ = board_ = nullptr;
+}
+
+}  // namespace xvt

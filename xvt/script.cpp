@@ -1,0 +1,207 @@
+#include "xvt/script.h"
+
+#include <fnmatch.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <utility>
+
+#include "xvt/base/script_parse.h"
+#include "xvt/controls.h"
+#include "xvt/probe.h"
+#include "xvt/script_player.h"
+#include "xvt/script_status.h"
+
+namespace xvt::script {
+
+namespace {
+
+constexpr double SECONDS_TO_END = 60;  ///< a job in the middle of a slow tape operation still ends in this time
+
+double secondsFrom(Player::Clock::time_point begin) {
+  return std::chrono::duration<double>(Player::Clock::now() - begin).count();
+}
+
+std::string withErrorBox(const std::string& reason, const std::optional<std::string>& error) {
+  return error ? reason + "; an error box came up: \"" + *error + "\"" : reason;
+}
+
+bool isWait(Verb verb) { return verb >= Verb::waitWindow && verb <= Verb::waitLine; }
+
+bool isExpectation(Verb verb) { return verb >= Verb::expectText && verb <= Verb::expectFile; }
+
+}  // namespace
+
+Player::Player(std::string path, std::vector<Statement> statements)
+    : path_(std::move(path)), statements_(std::move(statements)) {}
+
+void Player::tick() {
+  if (state_ != State::running || xvt_app_is_ending() || !xvt_vobj_is_valid(TASK_WIN)) return;
+  answerFileBox();
+  if (state_ != State::running || xvt_app_is_ending()) return;
+  if (next_ < statements_.size())
+    attempt();
+  else
+    afterEnd();
+}
+
+void Player::attempt() {
+  const std::size_t at = next_++;
+  if (begun_ != at) {
+    begun_ = at;
+    since_ = Clock::now();
+    scanned_ = 0;
+  }
+  judge(at, perform(*this, statements_[at]));
+}
+
+/// What a try leads to. When statements behind this one ran inside it, it cannot be tried again.
+void Player::judge(std::size_t at, const Outcome& outcome) {
+  if (outcome.kind == Outcome::done || state_ != State::running || xvt_app_is_ending()) return;
+  const Statement& statement = statements_[at];
+  const std::optional<std::string> error = names(statement, "error-box") ? std::nullopt : errorBoxText();
+  const bool disturbed = error && (isWait(statement.verb) || isExpectation(statement.verb));
+  const bool patient = secondsFrom(since_) < limitOf(statement);
+  if (outcome.kind == Outcome::notYet && next_ == at + 1 && begun_ == at && patient && !disturbed) {
+    next_ = at;
+    return;
+  }
+  fail(statement.line, withErrorBox(outcome.reason, error));
+}
+
+double Player::limitOf(const Statement& statement) const {
+  if (isWait(statement.verb)) return statement.number(statement.arguments.size() - 1);
+  return statement.verb == Verb::sleep ? statement.number(0) + 1 : patience_;
+}
+
+double Player::secondsSinceBegin() const { return secondsFrom(since_); }
+
+void Player::afterEnd() {
+  if (!statements_.empty() && statements_.back().verb == Verb::stay) {
+    state_ = State::finished;
+    probe::setTick(nullptr);
+    return;
+  }
+  const int line = statements_.empty() ? 1 : statements_.back().line;
+  if (!quitAt_) {
+    if (begun_ != next_) {
+      begun_ = next_;
+      since_ = Clock::now();
+    }
+    const Outcome outcome = quit();
+    if (outcome.kind == Outcome::notYet && secondsSinceBegin() > patience_)
+      fail(line, withErrorBox("the program cannot be ended: " + outcome.reason, errorBoxText()));
+  } else if (secondsFrom(*quitAt_) > SECONDS_TO_END) {
+    fail(line, "the program did not end");
+  }
+}
+
+Outcome Player::quit() {
+  const auto before = std::exchange(quitAt_, Clock::now());
+  std::string why;
+  if (probe::close(TASK_WIN, &why)) return {};
+  quitAt_ = before;
+  return {Outcome::notYet, why};
+}
+
+void Player::say(int line, const std::string& text) const {
+  std::fflush(stdout);
+  std::fprintf(stderr, "script %s:%d: %s\n", path_.c_str(), line, text.c_str());
+}
+
+void Player::fail(int line, const std::string& reason) {
+  if (std::exchange(state_, State::failed) == State::failed) return;
+  say(line, reason);
+  const char* shot = std::getenv("QUARLO_SCRIPT_SHOT");
+  std::string why;
+  if (shot != nullptr && *shot != '\0' && !probe::screenshot(NULL_WIN, shot, &why)) say(line, "no screenshot: " + why);
+  probe::setTick(nullptr);
+  xvt_app_destroy();
+}
+
+int Player::status() {
+  if (state_ == State::failed) return 1;
+  if (state_ == State::finished || quitAt_ || next_ >= statements_.size()) return 0;
+  say(statements_[next_].line, "the program ended before this statement");
+  return 1;
+}
+
+/// Gives the answer that stands first to a file or directory box that has just opened.
+void Player::answerFileBox() {
+  if (answers_.empty()) return;
+  WINDOW box = probe::window("file-box");
+  if (box == NULL_WIN) box = probe::window("dir-box");
+  if (box == NULL_WIN || box == answeredBox_) return;
+  answeredBox_ = box;
+  const FileAnswer answer = std::move(answers_.front());
+  answers_.pop_front();
+  std::string why;
+  const bool typed = !answer.path || probe::type(probe::control(box, "name"), *answer.path, &why);
+  const bool pressed = typed && probe::press(probe::control(box, answer.path ? "ok" : "cancel"), &why);
+  const bool stillOpen = state_ == State::running && xvt_vobj_is_valid(box) && !xvt_app_is_ending();
+  if (!stillOpen) return;
+  const WINDOW hint = probe::control(box, "hint");
+  if (pressed && hint != NULL_WIN) why = shownText(hint);
+  if (!pressed || !why.empty())
+    fail(answer.line, "the file box did not take \"" + answer.path.value_or("Cancel") + "\": " + why);
+}
+
+void Player::mark(const std::string& window) {
+  const TXEDIT text = probe::textField(probe::window(window));
+  marks_[window] = text != NULL_TXEDIT ? xvt_tx_get_num_pars(text) : 0;
+}
+
+Outcome Player::findLine(const std::string& window, const std::string& glob) {
+  const WINDOW handle = probe::window(window);
+  const TXEDIT text = handle != NULL_WIN ? probe::textField(handle) : NULL_TXEDIT;
+  if (text == NULL_TXEDIT) return {Outcome::notYet, "there is no window \"" + window + "\" with lines"};
+  const T_LNUM count = xvt_tx_get_num_pars(text);
+  T_LNUM& mark = marks_[window];
+  if (count < mark || count < scanned_) mark = scanned_ = 0;  // it was cleared
+  for (scanned_ = std::max(scanned_, mark); scanned_ < count; ++scanned_) {
+    if (fnmatch(glob.c_str(), xvt_tx_get_par(text, scanned_, nullptr), 0) != 0) continue;
+    mark = scanned_ + 1;
+    return {};
+  }
+  return {Outcome::notYet, "no line like \"" + glob + "\" came to " + window};
+}
+
+namespace {
+
+std::unique_ptr<Player>& player() {
+  static std::unique_ptr<Player> armed;
+  return armed;
+}
+
+bool readAll(const char* path, std::string* text) {
+  std::ifstream file(path, std::ios::binary);
+  text->assign(std::istreambuf_iterator<char>(file), {});
+  return file.is_open() && !file.bad();
+}
+
+}  // namespace
+
+}  // namespace xvt::script
+
+bool xvt_script_load(const char* path) {
+  using namespace xvt::script;
+  std::string text;
+  if (path == nullptr || !readAll(path, &text)) {
+    std::fprintf(stderr, "script %s: cannot be read\n", path != nullptr ? path : "(none)");
+    return false;
+  }
+  ParseError error;
+  std::optional<std::vector<Statement>> statements = parse(text, &error);
+  if (!statements) {
+    std::fprintf(stderr, "script %s:%d: %s\n", path, error.line, error.reason.c_str());
+    return false;
+  }
+  player() = std::make_unique<Player>(path, std::move(*statements));
+  xvt::probe::setTick([] { player()->tick(); });
+  return true;
+}
+
+int xvt_script_status() { return xvt::script::player() ? xvt::script::player()->status() : 0; }
