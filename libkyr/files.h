@@ -21,7 +21,7 @@ std::optional<std::uint64_t> fileSize(const char* path);
 std::optional<std::uint64_t> fileSize(std::FILE* stream);
 
 /// Bytes of a stream's buffer in the jobs: small reads and writes cost half of what they do with the C library's own.
-constexpr std::size_t streamBufferSize = std::size_t{256} * 1024;
+constexpr std::size_t streamBufferSize = std::size_t{128} * 1024;
 
 /// Memory for one stream's buffer. It must outlive the stream: close the stream first.
 class StreamBuffer {

@@ -5,6 +5,8 @@
 #include "libkyr/text.h"
 #include "quarlo/bot_dlg.h"
 #include "quarlo/jobframe.h"
+#include "quarlo/segy_dlgs.h"
+#include "quarlo/segycopy.h"
 #include "quarlo/shell.h"
 #include "quarlo/tapelib/controls.h"
 #include "quarlo/tapelib/diskunit.h"
@@ -37,7 +39,7 @@ struct Format {
 
 constexpr Format FORMATS[] = {
     {"UNFORMATTED", "tpf", "tpf", DLG_UNFORMATTED, NoFmtParam_eh, doImageCopy, false, false},
-    {"SEG Y", "", "sgy", 0, nullptr, nullptr, false, false},
+    {"SEG Y", "", "sgy", DLG_SEGY, SegyCpy_eh, doSegyCopy, false, false},
     {"SEG D", "", "sgd", 0, nullptr, nullptr, true, true},
 };
 constexpr int UNFORMATTED = 1;
@@ -279,6 +281,7 @@ void create(WINDOW dialog) {
   ioUnit = getDevPtr();
   inFileType = UNFORMATTED;
   unfmtInit();
+  segyInit();
   constexpr const char* NAMES[] = {FORMATS[0].name, FORMATS[1].name, FORMATS[2].name};
   fillList(dialog, CP_FORMAT, NAMES, 0);
   show(dialog, COPY_NOT_READY, "Idle");

@@ -1,7 +1,5 @@
 #include "quarlo/tapechange.h"
 
-#include <cstdint>
-
 #include "quarlo/tapelib/cons_win.h"
 #include "quarlo/tapelib/tapctrl2.h"
 #include "quarlo/tapelib/tapectrl.h"
@@ -14,11 +12,9 @@ void say(const char* line) {
   }
 }
 
-int autoLoad(UnitStruct* units, int uNum) {
+int autoLoadInput(UnitStruct* units) {
   int ready = 0;
-  // The third word carries the unit number itself.
-  PassPtr words{reinterpret_cast<int*>(units), &ready, reinterpret_cast<int*>(static_cast<std::intptr_t>(uNum)),
-                nullptr};
+  PassPtr words{reinterpret_cast<int*>(units), &ready, nullptr, nullptr};  // the third word is the unit's number
   tlvAutoLoad(&words);
   return ready;
 }
@@ -61,7 +57,7 @@ int nextInputTape(UnitStruct* units, const TapeChangeWords& words) {
     return askInput(units);
   }
   say(words.finished);
-  if (autoLoad(units, 0) != 0) {
+  if (autoLoadInput(units) != 0) {
     return 1;
   }
   return askBesideMagazine(units, words, [units] { return askInput(units); });

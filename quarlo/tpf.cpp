@@ -1,6 +1,5 @@
 #include "quarlo/tpf.h"
 
-#include <sys/uio.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -107,6 +106,13 @@ double Reader::bytesLeft() {
   return static_cast<double>(ftello(file)) - position;
 }
 
+namespace {
+
+/// Bytes of one write: every write but the last ends at a multiple of this.
+constexpr std::size_t PIECE = std::size_t{128} * 1024;
+
+}  // namespace
+
 bool Writer::begin(bool withFileHeader) {
   const int descriptor = fileno(file);
   if (std::fflush(file) != 0 || lseek(descriptor, 0, SEEK_SET) < 0) {
@@ -116,51 +122,116 @@ bool Writer::begin(bool withFileHeader) {
   if (ftruncate(descriptor, 0) != 0 && errno != EINVAL) {
     return false;
   }
+  held.clear();
+  held.reserve(PIECE);
+  unsure.clear();
+  onDisk = 0;
   whole = 0;
+  taken = {};
   const HeaderBytes bytes = fileHeader();
-  return !withFileHeader || writeWhole(bytes.data(), HEADER_SIZE, nullptr, 0) == HEADER_SIZE;
+  return !withFileHeader || (writeItem(bytes.data(), HEADER_SIZE, nullptr, 0, -1) && flush());
 }
 
-int Writer::writeBlock(const Header& header, const char* data, int length) {
-  const HeaderBytes bytes = encode(header);
-  const long long written = writeWhole(bytes.data(), HEADER_SIZE, data, length);
-  return written < HEADER_SIZE ? -1 : static_cast<int>(written - HEADER_SIZE);
+bool Writer::writeBlock(const Header* header, const char* data, int length) {
+  if (header == nullptr) {
+    return writeItem(data, length, nullptr, 0, length);
+  }
+  const HeaderBytes bytes = encode(*header);
+  return writeItem(bytes.data(), HEADER_SIZE, data, length, length);
 }
-
-int Writer::writeBare(const char* data, int length) { return static_cast<int>(writeWhole(data, length, nullptr, 0)); }
 
 bool Writer::writeMark(const Header& header) {
   const HeaderBytes bytes = encode(header);
-  return writeWhole(bytes.data(), HEADER_SIZE, nullptr, 0) == HEADER_SIZE;
+  return writeItem(bytes.data(), HEADER_SIZE, nullptr, 0, -1);
 }
 
-/// One system call for both pieces where the disk takes them; what it did not take whole is cut off again.
-long long Writer::writeWhole(const char* first, int firstLength, const char* second, int secondLength) {
-  const int descriptor = fileno(file);
-  const long long wanted = static_cast<long long>(firstLength) + secondLength;
-  long long done = 0;
-  while (done < wanted) {
-    const long long inFirst = std::min<long long>(done, firstLength);
-    const long long inSecond = done - inFirst;
-    iovec pieces[2] = {{const_cast<char*>(first) + inFirst, static_cast<std::size_t>(firstLength - inFirst)},
-                       {const_cast<char*>(second) + (second != nullptr ? inSecond : 0),
-                        static_cast<std::size_t>(secondLength - inSecond)}};
-    const ssize_t now = writev(descriptor, pieces, second != nullptr ? 2 : 1);
+bool Writer::writeItem(const char* first, int firstLength, const char* second, int secondLength, int blockLength) {
+  if (!put(first, static_cast<std::size_t>(firstLength)) || !put(second, static_cast<std::size_t>(secondLength))) {
+    const long long begin = unsure.empty() ? whole : unsure.back().end;
+    cutAtHeader = blockLength >= 0 && second != nullptr && onDisk >= begin && onDisk < begin + firstLength;
+    cutBack();
+    return false;
+  }
+  unsure.push_back({onDisk + static_cast<long long>(held.size()), blockLength});
+  settle();
+  return true;
+}
+
+bool Writer::put(const char* bytes, std::size_t count) {
+  while (count > 0) {
+    const std::size_t room = PIECE - static_cast<std::size_t>(onDisk) % PIECE;
+    if (held.empty() && count >= room) {  // large blocks need not be copied first
+      if (!store(bytes, room)) {
+        return false;
+      }
+      bytes += room;
+      count -= room;
+      continue;
+    }
+    const std::size_t now = std::min(count, room - held.size());
+    held.insert(held.end(), bytes, bytes + now);
+    bytes += now;
+    count -= now;
+    if (held.size() == room) {
+      if (!store(held.data(), room)) {
+        return false;
+      }
+      held.clear();
+    }
+  }
+  return true;
+}
+
+bool Writer::flush() {
+  if (!store(held.data(), held.size())) {
+    cutBack();
+    return false;
+  }
+  held.clear();
+  settle();
+  return true;
+}
+
+/// All of the bytes to disk; `onDisk` tells how many arrived.
+bool Writer::store(const char* bytes, std::size_t count) {
+  while (count > 0) {
+    const ssize_t now = write(fileno(file), bytes, count);
     if (now < 0 && errno == EINTR) {
       continue;
     }
     if (now <= 0) {
-      const int reason = now < 0 ? errno : ENOSPC;
-      if (ftruncate(descriptor, whole) == 0) {
-        (void)lseek(descriptor, whole, SEEK_SET);
-      }
-      errno = reason;
-      return done;
+      errno = now < 0 ? errno : ENOSPC;
+      return false;
     }
-    done += now;
+    onDisk += now;
+    bytes += now;
+    count -= static_cast<std::size_t>(now);
   }
-  whole += wanted;
-  return done;
+  return true;
+}
+
+/// Forgets the items that are wholly on disk.
+void Writer::settle() {
+  for (; !unsure.empty() && unsure.front().end <= onDisk; unsure.pop_front()) {
+    whole = unsure.front().end;
+  }
+}
+
+/// After a failed write: counts what is lost, ends the file with its last whole item. Keeps errno.
+void Writer::cutBack() {
+  const int reason = errno;
+  settle();
+  for (const Item& item : unsure) {
+    taken.blocks += item.blockLength >= 0 ? 1 : 0;
+    taken.bytes += std::max(item.blockLength, 0);
+  }
+  unsure.clear();
+  held.clear();
+  if (ftruncate(fileno(file), whole) == 0) {
+    (void)lseek(fileno(file), whole, SEEK_SET);
+  }
+  onDisk = whole;
+  errno = reason;
 }
 
 }  // namespace tpf

@@ -5,8 +5,11 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <deque>
+#include <vector>
 
 namespace tpf {
 
@@ -59,27 +62,50 @@ class Reader {
   double position = HEADER_SIZE;  // byte position of the item that next() reads
 };
 
-/// Writes blocks and filemarks to a disk file, each in one piece, so that the file holds whole items at any moment.
-/// After a failed write it is cut back to its last whole item.
+/// Writes blocks and filemarks to a disk file in large pieces. When a write fails, the file is cut back to its last
+/// whole item, so that all that it holds can be read; what had been accepted behind that is counted as lost.
 class Writer {
  public:
+  /// What a failed write took back of what had been accepted before it.
+  struct Lost {
+    int blocks = 0;
+    double bytes = 0;
+  };
+
   explicit Writer(std::FILE* stream) : file(stream) {}
 
-  /// Empties the file and, for a tape-image file, writes the file header. @return false with errno when that failed
+  /// Empties the file and, for a tape-image file, writes the file header at once. @return false with errno on failure
   bool begin(bool withFileHeader);
-  /// @return data bytes written, less than `length` (or -1 when not even the header was) with errno after a failure
-  int writeBlock(const Header& header, const char* data, int length);
-  /// A block's bare bytes, for raw files.
-  int writeBare(const char* data, int length);
+  /// One block behind its header, or bare for a raw file (null). @return false with errno on failure: the block, and
+  /// what lost() says, is not in the file
+  bool writeBlock(const Header* header, const char* data, int length);
   bool writeMark(const Header& header);
-  /// The file cut back was cut to this size; bytes that are surely whole.
-  double size() const { return static_cast<double>(whole); }
+  /// Brings to disk what is still held here. @return false with errno on failure
+  bool flush();
+  const Lost& lost() const { return taken; }
+  /// Whether the last block that failed did so before its own bytes began.
+  bool failedAtHeader() const { return cutAtHeader; }
 
  private:
-  long long writeWhole(const char* first, int firstLength, const char* second, int secondLength);
+  /// An accepted item that is not wholly on disk yet.
+  struct Item {
+    long long end;
+    int blockLength;  // -1 for a mark
+  };
+
+  bool writeItem(const char* first, int firstLength, const char* second, int secondLength, int blockLength);
+  bool put(const char* bytes, std::size_t count);
+  bool store(const char* bytes, std::size_t count);
+  void settle();
+  void cutBack();
 
   std::FILE* file;
-  long long whole = 0;
+  std::vector<char> held;   // behind what is on disk
+  std::deque<Item> unsure;  // items that end there
+  long long onDisk = 0;
+  long long whole = 0;  // end of the last item that is wholly on disk
+  Lost taken;
+  bool cutAtHeader = false;
 };
 
 }  // namespace tpf

@@ -55,11 +55,14 @@ class ImageOutput {
   bool writeClosingMarks();
   /// One mark behind what the present output tapes hold. @return false when it could not be written
   bool closeTapes();
+  /// Blocks that a full disk took back.
+  const tpf::Writer::Lost& lost() const { return disk.lost(); }
   /// The outputs' next tapes. @return false when the user declined
   bool changeTapes() { return nextOutputTapes(units, OUTPUT_WORDS) != 0; }
 
  private:
-  bool writeDiskMark(const tpf::Header& from);
+  bool writeDiskMark(const tpf::Header& from, bool atOnce);
+  bool sayDiskError() const;
 
   UnitStruct* units;
   tpf::Writer disk;
@@ -70,9 +73,8 @@ bool ImageOutput::begin() {
   if (isTape() || disk.begin(TheOutFileType == OF_TPF)) {
     return true;
   }
-  const int reason = errno;
+  sayDiskError();
   xvt_dm_post_error("Error writing file header to disk file");
-  console_printf("  *** Error writing to disk file \"%s\": %s.", units[1].name, std::strerror(reason));
   return false;
 }
 
@@ -89,32 +91,38 @@ bool ImageOutput::writeBlock(const char* data, int length, const tpf::Header& fr
   header.length = length;
   header.blockType = static_cast<std::uint32_t>(TheBlockType);
   header.marker = tpf::MARKER_BLOCK;
-  const int written = isRaw() ? disk.writeBare(data, length) : disk.writeBlock(header, data, length);
-  if (written == length) {
+  if (disk.writeBlock(isRaw() ? nullptr : &header, data, length)) {
     return true;
   }
-  const int reason = errno;
-  if (written < 0) {
+  sayDiskError();
+  if (disk.failedAtHeader()) {
     xvt_dm_post_error("Error writing block header to disk file");
   }
+  return false;
+}
+
+/// The line of a failed disk write. @return false
+bool ImageOutput::sayDiskError() const {
+  const int reason = errno;
   console_printf("  *** Error writing to disk file \"%s\": %s.", units[1].name, std::strerror(reason));
   return false;
 }
 
-bool ImageOutput::writeDiskMark(const tpf::Header& from) {
+bool ImageOutput::writeDiskMark(const tpf::Header& from, bool atOnce) {
   tpf::Header header = from;
   header.length = 0;
   header.blockType = static_cast<std::uint32_t>(TheBlockType);
   header.marker = tpf::MARKER_FILEMARK;
-  if (disk.writeMark(header)) {
+  if (disk.writeMark(header) && (!atOnce || disk.flush())) {
     return true;
   }
+  sayDiskError();
   xvt_dm_post_error("Error writing eof header to disk file");
   return false;
 }
 
 bool ImageOutput::copyMark(const tpf::Header& from) {
-  return isTape() ? tlv_weof(units, ALL_OUTPUTS, 1) == 0 : writeDiskMark(from);
+  return isTape() ? tlv_weof(units, ALL_OUTPUTS, 1) == 0 : writeDiskMark(from, false);
 }
 
 bool ImageOutput::writeClosingMarks() {
@@ -128,12 +136,12 @@ bool ImageOutput::writeClosingMarks() {
     console_out("Wrote double end-of-file.");
     return true;
   }
-  if (isRaw()) {
-    return true;
+  // What is held of the data first: if it does not fit, the marks close what did.
+  bool whole = disk.flush() || sayDiskError();
+  for (int mark = 0; mark < 2 && !isRaw(); ++mark) {
+    whole = writeDiskMark({}, true) && whole;
   }
-  const bool first = writeDiskMark({});
-  const bool second = writeDiskMark({});
-  return first && second;
+  return whole;
 }
 
 bool ImageOutput::closeTapes() {
@@ -200,6 +208,8 @@ int ImageCopy::run() {
   if (!output.writeClosingMarks()) {
     failed = true;
   }
+  nextBlock -= output.lost().blocks;
+  bytes -= static_cast<float>(output.lost().bytes);
   if (failed) {
     logFailed();
   }
@@ -209,13 +219,14 @@ int ImageCopy::run() {
   return failed ? JOB_FAILED : JOB_OK;
 }
 
-/// A mark missing on tape ends the job; one missing on disk has had its box and lets the blocks behind it be saved.
+/// A mark missing on tape ends the job; one missing on disk has had its box and lets the blocks behind it be saved,
+/// unless blocks before it went with it.
 bool ImageCopy::copyMark(const tpf::Header& from) {
   if (output.copyMark(from)) {
     return true;
   }
   failed = true;
-  return !output.isTape();
+  return !output.isTape() && output.lost().blocks == 0;
 }
 
 bool ImageCopy::copyBlock(int length, const tpf::Header& from) {

@@ -6,7 +6,8 @@ namespace {
 
 std::vector<DLG_RES> allDialogs() {
   std::vector<DLG_RES> all;
-  for (const auto& topic : {shellDialogs, progressDialogs, driveDialogs, tapeDialogs, copyDialogs, dumpDialogs})
+  for (const auto& topic :
+       {shellDialogs, progressDialogs, driveDialogs, tapeDialogs, copyDialogs, segyDialogs, dumpDialogs})
     all.insert(all.end(), topic.begin(), topic.end());
   return all;
 }

@@ -2,8 +2,6 @@
 #include "resources/dialogs.h"
 #include "resources/ids.h"
 
-extern const std::span<const DLG_RES> segyDialogs;
-
 namespace {
 
 constexpr const char* BYTE_HELP = "First byte of the field in the 240-byte trace header, counted from 1";

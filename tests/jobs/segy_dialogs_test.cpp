@@ -12,8 +12,6 @@
 #include "resources/ids.h"
 #include "tests/support/toolkit_double.h"
 
-extern const std::span<const DLG_RES> segyDialogs;
-
 namespace {
 
 class SegyDialogsTest : public testing::Test {

@@ -17,6 +17,16 @@ constexpr int kMarginHeight = 4;
 constexpr int kMarginWidth = 6;
 constexpr int kBar = 12;
 
+/// Changes a list's rows. Scroll bars that come by it would make its frame grow beyond the place that the layout gave
+/// it, and those that go would make it shrink.
+template <typename Change>
+void inItsPlace(ListItem& list, Change change) {
+  const RCT place = list.outerRect();
+  change();
+  const RCT now = list.outerRect();
+  if (now.right != place.right || now.bottom != place.bottom) list.place(place);
+}
+
 }  // namespace
 
 ListItem::ListItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : Item(dialog, line, parent) {
@@ -63,13 +73,13 @@ void ListItem::setEnabled(bool enabled) {
 
 void ListItem::clearRows() {
   rows_.clear();
-  XmListDeleteAllItems(widget_);
+  inItsPlace(*this, [&] { XmListDeleteAllItems(widget_); });
 }
 
 void ListItem::addRow(int index, const std::string& text) {
   rows_.insert(rows_.begin() + index, text);
   const MotifString string(text);
-  XmListAddItemUnselected(widget_, string, index + 1);
+  inItsPlace(*this, [&] { XmListAddItemUnselected(widget_, string, index + 1); });
 }
 
 bool ListItem::isRowSelected(int row) const { return XmListPosSelected(widget_, row + 1) != False; }
