@@ -54,14 +54,14 @@ enum ITEM_FLAGS : unsigned {
 /// One line of a dialog's table.
 struct DLG_ITEM {
   ITEM_KIND kind;
-  int id;              ///< control number; 0 for what the program never touches
-  const char* name;    ///< for scripts; null for what scripts never touch
-  const char* label;   ///< text, mnemonic behind "~"; null for none
-  int columns;         ///< width in characters, or a grid's number of columns; 0 for natural
-  int lines;           ///< height in text lines; 0 for natural
-  int span;            ///< grid cells taken side by side
-  unsigned flags;      ///< ITEM_FLAGS
-  const char* help;    ///< one line shown while the pointer rests on the item; null for none
+  int id;             ///< control number; 0 for what the program never touches
+  const char* name;   ///< for scripts; null for what scripts never touch
+  const char* label;  ///< text, mnemonic behind "~"; null for none
+  int columns;        ///< width in characters, or a grid's number of columns; 0 for natural
+  int lines;          ///< height in text lines; 0 for natural
+  int span;           ///< grid cells taken side by side
+  unsigned flags;     ///< ITEM_FLAGS
+  const char* help;   ///< one line shown while the pointer rests on the item; null for none
 };
 
 /// A dialog.
@@ -109,10 +109,14 @@ WINDOW xvt_dlg_create_table(WIN_TYPE type, const DLG_RES* table, EVENT_HANDLER h
 /// Builders, so that a table reads as what it is.
 namespace ui {
 
-constexpr DLG_ITEM grid(int columns, unsigned flags = 0) { return {IK_GRID, 0, nullptr, nullptr, columns, 0, 1, flags, nullptr}; }
+constexpr DLG_ITEM grid(int columns, unsigned flags = 0) {
+  return {IK_GRID, 0, nullptr, nullptr, columns, 0, 1, flags, nullptr};
+}
 constexpr DLG_ITEM row(unsigned flags = 0) { return {IK_ROW, 0, nullptr, nullptr, 0, 0, 1, flags, nullptr}; }
 constexpr DLG_ITEM column(unsigned flags = 0) { return {IK_COLUMN, 0, nullptr, nullptr, 0, 0, 1, flags, nullptr}; }
-constexpr DLG_ITEM card(const char* label, unsigned flags = 0) { return {IK_CARD, 0, nullptr, label, 0, 0, 1, flags, nullptr}; }
+constexpr DLG_ITEM card(const char* label, unsigned flags = 0) {
+  return {IK_CARD, 0, nullptr, label, 0, 0, 1, flags, nullptr};
+}
 constexpr DLG_ITEM buttons() { return {IK_BUTTONS, 0, nullptr, nullptr, 0, 0, 1, 0, nullptr}; }
 constexpr DLG_ITEM stack(unsigned flags = 0) { return {IK_STACK, 0, nullptr, nullptr, 0, 0, 1, flags, nullptr}; }
 constexpr DLG_ITEM endOf() { return {IK_END, 0, nullptr, nullptr, 0, 0, 1, 0, nullptr}; }
@@ -129,7 +133,9 @@ constexpr DLG_ITEM value(int id, const char* name, int columns, const char* text
 constexpr DLG_ITEM hint(const char* text, int id = 0, const char* name = nullptr, unsigned flags = 0) {
   return {IK_HINT, id, name, text, 0, 0, 1, flags, nullptr};
 }
-constexpr DLG_ITEM status(int id, const char* name, const char* text = "") { return {IK_STATUS, id, name, text, 0, 0, 1, 0, nullptr}; }
+constexpr DLG_ITEM status(int id, const char* name, const char* text = "") {
+  return {IK_STATUS, id, name, text, 0, 0, 1, 0, nullptr};
+}
 constexpr DLG_ITEM edit(int id, const char* name, int columns, unsigned flags = 0, const char* help = nullptr) {
   return {IK_EDIT, id, name, nullptr, columns, 0, 1, flags, help};
 }
@@ -142,10 +148,12 @@ constexpr DLG_ITEM radio(int id, const char* name, const char* text, unsigned fl
 constexpr DLG_ITEM push(int id, const char* name, const char* text, unsigned flags = 0, const char* help = nullptr) {
   return {IK_PUSH, id, name, text, 0, 0, 1, flags, help};
 }
-constexpr DLG_ITEM list(int id, const char* name, int columns, int lines, unsigned flags = 0, const char* help = nullptr) {
+constexpr DLG_ITEM list(int id, const char* name, int columns, int lines, unsigned flags = 0,
+                        const char* help = nullptr) {
   return {IK_LIST, id, name, nullptr, columns, lines, 1, flags, help};
 }
-constexpr DLG_ITEM multi(int id, const char* name, int columns, int lines, unsigned flags = 0, const char* help = nullptr) {
+constexpr DLG_ITEM multi(int id, const char* name, int columns, int lines, unsigned flags = 0,
+                         const char* help = nullptr) {
   return {IK_MULTI, id, name, nullptr, columns, lines, 1, flags, help};
 }
 constexpr DLG_ITEM option(int id, const char* name, int columns, unsigned flags = 0, const char* help = nullptr) {
@@ -164,7 +172,8 @@ constexpr DLG_ITEM span(int cells, DLG_ITEM item) {
 }
 
 constexpr MENU_ITEM menu(const char* text) { return {MK_MENU, 0, nullptr, text, nullptr, true, nullptr}; }
-constexpr MENU_ITEM command(int number, const char* name, const char* text, const char* shortcut = nullptr, bool enabled = true) {
+constexpr MENU_ITEM command(int number, const char* name, const char* text, const char* shortcut = nullptr,
+                            bool enabled = true) {
   return {MK_COMMAND, number, name, text, shortcut, enabled, nullptr};
 }
 constexpr MENU_ITEM checkItem(int number, const char* name, const char* text, const char* shortcut = nullptr) {
