@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
+#include <utility>
 
 namespace xvt {
 
@@ -10,12 +11,17 @@ namespace {
 
 RCT at(PNT place, Extent size) { return RCT{place.v, place.h, place.v + size.height, place.h + size.width}; }
 
-bool overlap(const RCT& one, const RCT& other) {
-  return one.left < other.right && other.left < one.right && one.top < other.bottom && other.top < one.bottom;
+long overlap(const RCT& one, const RCT& other) {
+  const long width = std::min(one.right, other.right) - std::max(one.left, other.left);
+  const long height = std::min(one.bottom, other.bottom) - std::max(one.top, other.top);
+  return width > 0 && height > 0 ? width * height : 0;
 }
 
-bool isFree(const RCT& place, const std::vector<RCT>& taken) {
-  return std::none_of(taken.begin(), taken.end(), [&](const RCT& one) { return overlap(place, one); });
+/// What a window there would hide of the others, in pixels.
+long hidden(const RCT& place, const std::vector<RCT>& taken) {
+  long sum = 0;
+  for (const RCT& one : taken) sum += overlap(place, one);
+  return sum;
 }
 
 /// A free place always exists, if any does, at which the window touches an edge of the screen or of another window.
@@ -30,11 +36,12 @@ std::vector<int> candidates(int wish, int size, int limit, const std::vector<std
   return found;
 }
 
-PNT cascade(Extent screen, const std::vector<RCT>& taken, Extent size, PNT wish, int step) {
-  PNT place = onScreen(screen, wish, size);
+/// Steps aside from windows that would be hidden from their very corner on.
+PNT staircase(Extent screen, const std::vector<RCT>& taken, Extent size, PNT place, int step) {
   const auto covers = [&](const RCT& one) { return one.left == place.h && one.top == place.v; };
   for (std::size_t tries = 0; tries <= taken.size() && std::any_of(taken.begin(), taken.end(), covers); ++tries)
-    place = onScreen(screen, PNT{place.v + 3 * step, place.h + 3 * step}, size);
+    place = PNT{(place.v + 3 * step) % std::max(1, screen.height - size.height + 1),
+                (place.h + 3 * step) % std::max(1, screen.width - size.width + 1)};
   return place;
 }
 
@@ -53,16 +60,18 @@ PNT placeBeside(Extent screen, const std::vector<RCT>& taken, Extent size, PNT w
     rows.emplace_back(one.top, one.bottom);
   }
   const PNT wished = onScreen(screen, wish, size);
-  long nearest = LONG_MAX;
+  // A free place before one that hides little, a near one before a far one.
+  std::pair<long, long> least{LONG_MAX, LONG_MAX};
   PNT best = wished;
   for (const int left : candidates(wished.h, size.width, screen.width, columns, step))
     for (const int top : candidates(wished.v, size.height, screen.height, rows, step)) {
-      const long distance = std::labs(left - wished.h) + std::labs(top - wished.v);
-      if (distance >= nearest || !isFree(at(PNT{top, left}, size), taken)) continue;
-      nearest = distance;
+      const std::pair<long, long> cost{hidden(at(PNT{top, left}, size), taken),
+                                       std::labs(left - wished.h) + std::labs(top - wished.v)};
+      if (cost >= least) continue;
+      least = cost;
       best = PNT{top, left};
     }
-  return nearest != LONG_MAX ? best : cascade(screen, taken, size, wish, step);
+  return staircase(screen, taken, size, best, step);
 }
 
 PNT placeOver(Extent screen, const RCT& over, Extent size, int step) {

@@ -52,11 +52,12 @@ ButtonItem::ButtonItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : It
 
 void ButtonItem::dressPrimary() {
   const Look& look = app().look();
-  // A primary button that cannot be used is a pale one: white on blue would still say "press me".
+  // A primary button that cannot be used is a pale one: white on blue would still say "press me". That goes for its
+  // armed colour too, in which it stands while the job that it started runs inside its own callback.
   const bool on = isEnabled();
   const Pixel ground = look.pixel(on ? color::primary : color::strip);
   XtVaSetValues(widget_, XmNbackground, ground, XmNforeground, look.pixel(on ? color::paper : color::ink),
-                XmNtopShadowColor, ground, XmNarmColor, look.pixel(color::primaryDark), XmNborderColor,
+                XmNtopShadowColor, ground, XmNarmColor, on ? look.pixel(color::primaryDark) : ground, XmNborderColor,
                 look.pixel(on ? color::primary : color::border), XmNhighlightColor, look.pixel(color::paper), nullptr);
 }
 
