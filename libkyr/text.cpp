@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <memory>
 
 namespace {
 
@@ -39,14 +41,11 @@ std::string_view trimText(std::string_view text) {
 }
 
 std::string formatTextV(const char* format, std::va_list arguments) {
-  std::va_list measuring;
-  va_copy(measuring, arguments);
-  const int length = std::vsnprintf(nullptr, 0, format, measuring);
-  va_end(measuring);
-  std::string result(static_cast<std::size_t>(std::max(length, 0)), '\0');
-  // The terminator goes over the one that the string keeps itself.
-  if (length > 0) std::vsnprintf(result.data(), result.size() + 1, format, arguments);
-  return result;
+  char* text = nullptr;
+  const int length = vasprintf(&text, format, arguments);
+  if (length < 0) return {};
+  const std::unique_ptr<char, decltype(&std::free)> owned(text, &std::free);
+  return {text, static_cast<std::size_t>(length)};
 }
 
 std::string formatText(const char* format, ...) {
