@@ -229,20 +229,46 @@ void chooseFormat(WINDOW dialog) {
 
 // ---- the other buttons ------------------------------------------------------------------------------------------
 
-void editParameters(WINDOW /*dialog*/) {
+void editParameters(WINDOW dialog) {
   if (format().parametersHandler == nullptr) {
     notYetBuilt(formatText("The %s copy", format().name).c_str());
   } else if (xvt_dlg_create_res(WD_MODAL, format().parameters, format().parametersHandler, &input().isM4) == NULL_WIN) {
     xvt_dm_post_error("Can't open dialog");
+  } else {
+    showChange(dialog);
   }
 }
 
-void editErrorOptions(WINDOW /*dialog*/) { runModal(DLG_ERROR_OPTIONS, ErrorDlg_eh, &input().inputAbort); }
+/// That dialog edits one word over four flags; the three that are not its own are set again after it.
+void editErrorOptions(WINDOW /*dialog*/) {
+  const bool inputStays = ioUnit->inputNoRewind;
+  const bool outputStays = ioUnit->outputNoRewind;
+  const bool several = ioUnit->useMultipleOut;
+  runModal(DLG_ERROR_OPTIONS, ErrorDlg_eh, &input().inputAbort);
+  ioUnit->inputNoRewind = inputStays;
+  ioUnit->outputNoRewind = outputStays;
+  ioUnit->useMultipleOut = several;
+}
+
+/// Another window changed the units.
+void follow(WINDOW dialog) {
+  if (running) {
+    return;
+  }
+  const bool ready = input().state == 1 && output().state == 1;
+  const bool wasReady = controlText(dialog, CP_STATUS) == "Ready";
+  show(dialog, ready ? COPY_READY : COPY_NOT_READY,
+       wasReady && !ready ? "Idle" : controlText(dialog, CP_STATUS).c_str());
+}
 
 /// From Start to the last word in the dialog. The program, or the dialog, may be asked to go meanwhile: both wait.
 void start(WINDOW dialog) {
   if (format().job == nullptr) {
     notYetBuilt(formatText("The %s copy", format().name).c_str());
+    return;
+  }
+  if (input().state != 1 || output().state != 1) {
+    showChange(dialog);
     return;
   }
   if (input().type == UT_DISK && !positionInput()) {
@@ -255,12 +281,13 @@ void start(WINDOW dialog) {
   running = true;
   show(dialog, COPY_RUNNING, "Running");
   checkBOT(ioUnit);
-  int result = stopped != 0 ? JOB_OK : format().job(ioUnit);
+  const bool began = stopped == 0;
+  int result = began ? format().job(ioUnit) : JOB_OK;
   if (closeAfterJob() != 0 && result == JOB_OK) {
     result = JOB_FAILED;
   }
   running = false;
-  show(dialog, COPY_NOT_READY, result != JOB_OK ? "Failed" : "Complete");
+  show(dialog, COPY_NOT_READY, !began ? "Idle" : result != JOB_OK ? "Failed" : "Complete");
   EVENT event;
   unitsChanged(&event);
 }
@@ -310,7 +337,11 @@ void control(WINDOW dialog, const EVENT& event) {
   if (isPress(event, CP_CLOSE)) {
     close(dialog);
   } else if (event.ctl.id == CP_FORMAT && event.ctl.what == CTL_SELECT) {
-    chooseFormat(dialog);
+    if (refuseDuringJob()) {
+      xvt_list_set_selected(xvt_win_get_ctl(dialog, CP_FORMAT), inFileType - 1, true);
+    } else {
+      chooseFormat(dialog);
+    }
   } else if (event.ctl.what == CTL_PRESS && !refuseDuringJob()) {
     runAction(ACTIONS, dialog, event);
   }
@@ -340,6 +371,9 @@ long CopyDialog_eh(WINDOW xdWindow, EVENT* xdEvent) {
       break;
     case E_CLOSE:
       close(xdWindow);
+      break;
+    case E_USER:
+      follow(xdWindow);
       break;
     case E_DESTROY:
       destroy();

@@ -49,5 +49,9 @@ bool chooseStyle(WINDOW dialog, const EVENT& event, const DumpControls& controls
 void setDumpVisible(WINDOW dialog, const DumpControls& controls, WINDOW dumpWindow, short* isVisible, bool visible) {
   *isVisible = visible ? 1 : 0;
   if (xvt_vobj_is_valid(dumpWindow)) xvt_vobj_set_visible(dumpWindow, visible);
+  nameShowButton(dialog, controls, visible);
+}
+
+void nameShowButton(WINDOW dialog, const DumpControls& controls, bool visible) {
   setControlText(dialog, controls.showWindow, visible ? "Hide Dump Window" : "Show Dump Window");
 }

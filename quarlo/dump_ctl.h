@@ -23,3 +23,6 @@ bool chooseStyle(WINDOW dialog, const EVENT& event, const DumpControls& controls
 
 /// Shows or hides a dump window, notes it in its flag and names the button after what it does next.
 void setDumpVisible(WINDOW dialog, const DumpControls& controls, WINDOW dumpWindow, short* isVisible, bool visible);
+
+/// Names the button after what a press on it does.
+void nameShowButton(WINDOW dialog, const DumpControls& controls, bool visible);

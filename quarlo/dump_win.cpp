@@ -24,10 +24,16 @@ DumpWindow* recordOf(WINDOW window) { return static_cast<DumpWindow*>(xvt_vobj_g
 
 DocView viewOf(DumpWindow* dump) { return {dump->theWindow, dump->dumpText, dump->dumpFont, &dump->dumpDoc}; }
 
+void (*hiddenHooks[2])() = {};  // by type: tape, file
+
+/// The close box of one window clears the flags of both.
 void hideBoth(WINDOW window) {
   gTDumpIsVisible = 0;
   gFDumpIsVisible = 0;
   xvt_vobj_set_visible(window, false);
+  for (void (*const told)() : hiddenHooks) {
+    if (told != nullptr) told();
+  }
 }
 
 void destroyed(DumpWindow* dump) {
@@ -67,6 +73,8 @@ void define(DumpWindow* dump, const char* title) {
 }
 
 }  // namespace
+
+void onDumpHidden(int dumpType, void (*told)()) { hiddenHooks[dumpType == TAPE_DUMP ? 0 : 1] = told; }
 
 WINDOW dumpInit(int dumpType) {
   aDumpWin = dumpType == TAPE_DUMP ? &tDumpWin : &fDumpWin;

@@ -31,6 +31,9 @@ enum DUMP_USER_CODE : long { DUMP_APPEND = 2, DUMP_CLEAR = 3 };
 /// Creates a dump window, in place of one of the same type that is still there. Answers the window, or -1 after an
 /// error box.
 WINDOW dumpInit(int dumpType);
+/// Has `told` called when the close box of a dump window has hidden it and cleared the flags; null ends it. One for
+/// each type of dump.
+void onDumpHidden(int dumpType, void (*told)());
 /// Appends one line, without its newline.
 void dumpOut(const char* textStr, WINDOW theWindow);
 /// Empties the window.

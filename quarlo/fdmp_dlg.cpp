@@ -23,6 +23,9 @@
 
 namespace {
 
+constexpr int FILE_DUMP = 1;  // to dumpInit: anything but TAPE_DUMP
+WINDOW fileDumpDialog = NULL_WIN;
+
 constexpr DumpControls styleControls = {FD_FORMAT,     FD_SIGNED,        FD_UNSIGNED,
                                         FD_BIG_ENDIAN, FD_LITTLE_ENDIAN, FD_SHOW_WINDOW};
 constexpr int MAX_READ = 65536;
@@ -285,8 +288,13 @@ void control(WINDOW dialog, const EVENT& event) {
   runAction(ACTIONS, dialog, event);
 }
 
+/// The dump window's close box has hidden it: the button offers to show it again.
+void windowHidden() { nameShowButton(fileDumpDialog, styleControls, gFDumpIsVisible != 0); }
+
 void create(WINDOW dialog) {
   gFAnlsWindowUp = 1;
+  fileDumpDialog = dialog;
+  onDumpHidden(FILE_DUMP, windowHidden);
   style = DumpStyle{};
   readBytes = INITIAL_BYTES;
   seekBytes = INITIAL_BYTES;
@@ -294,7 +302,7 @@ void create(WINDOW dialog) {
   theReport = repDlgUp = nBytesIn = 0;
   reportRecord.windowIsUp = nullptr;
   dumpBuf = std::make_unique<char[]>(MAX_READ);
-  const WINDOW window = dumpInit(TAPE_DUMP + 1);
+  const WINDOW window = dumpInit(FILE_DUMP);
   dumpWindow = window == -1 ? NULL_WIN : window;
   if (!showStyle(dialog, styleControls, style)) xvt_dm_post_error("Memory error getting format list");
   initRepList(dialog);
@@ -305,6 +313,7 @@ void create(WINDOW dialog) {
 }
 
 void destroy() {
+  onDumpHidden(FILE_DUMP, nullptr);
   if (dumpWindow != NULL_WIN) {
     EVENT end;
     end.type = E_DESTROY;

@@ -19,18 +19,21 @@ struct JobButton {
   EVENT_HANDLER handler;  ///< null: not built yet
   const char* name;       ///< the job in words, for that case
   const char* failure;
-  const int* up;  ///< while this is set the button does nothing; null for none
+  const int* up;      ///< while this is set the button does nothing; null for none
+  bool followsUnits;  ///< is told when the units change
 };
 
 constexpr JobButton buttons[] = {
-    {MAIN_TAPE_DUMP, DLG_TAPE_DUMP, tapeDumpDlg_eh, "Tape dump", "Error opening Tape Analysis dialog", &gTAnlsWindowUp},
-    {MAIN_IMAGE_COPY, DLG_COPY, CopyDialog_eh, "Image copy", "Error opening Image Copy dialog", nullptr},
-    {MAIN_REFORMAT, DLG_REFORMAT, nullptr, "Data reformat", "Error opening Data Reformat dialog", nullptr},
+    {MAIN_TAPE_DUMP, DLG_TAPE_DUMP, tapeDumpDlg_eh, "Tape dump", "Error opening Tape Analysis dialog", &gTAnlsWindowUp,
+     false},
+    {MAIN_IMAGE_COPY, DLG_COPY, CopyDialog_eh, "Image copy", "Error opening Image Copy dialog", nullptr, true},
+    {MAIN_REFORMAT, DLG_REFORMAT, nullptr, "Data reformat", "Error opening Data Reformat dialog", nullptr, false},
     // Named after the copy on purpose: both are the image copy's dialogs to those who read the message.
-    {MAIN_VERIFY, DLG_VERIFY, VerifyDialog_eh, "Verify", "Error opening Image Copy dialog", nullptr},
-    {MAIN_MERGE, DLG_MERGE, nullptr, "Dataset merge", "Error opening Kyr File Merge dialog", nullptr},
-    {MAIN_FILE_DUMP, DLG_FILE_DUMP, FileDumpDlg_eh, "File dump", "Error opening File Analysis dialog", &gFAnlsWindowUp},
-    {MAIN_FILE_SCAN, DLG_FILE_SCAN, nullptr, "File scan", "Error opening File Scan dialog", nullptr},
+    {MAIN_VERIFY, DLG_VERIFY, VerifyDialog_eh, "Verify", "Error opening Image Copy dialog", nullptr, true},
+    {MAIN_MERGE, DLG_MERGE, nullptr, "Dataset merge", "Error opening Kyr File Merge dialog", nullptr, false},
+    {MAIN_FILE_DUMP, DLG_FILE_DUMP, FileDumpDlg_eh, "File dump", "Error opening File Analysis dialog", &gFAnlsWindowUp,
+     false},
+    {MAIN_FILE_SCAN, DLG_FILE_SCAN, nullptr, "File scan", "Error opening File Scan dialog", nullptr, false},
 };
 
 WINDOW openDialogs[std::size(buttons)] = {};
@@ -48,6 +51,16 @@ void openJob(std::size_t place) {
   dialog = xvt_dlg_create_res(WD_MODELESS, button.resource, button.handler, nullptr);
   if (dialog == NULL_WIN) xvt_dm_post_error("%s", button.failure);
 }
+
+}  // namespace
+
+void tellJobDialogs(EVENT* event) {
+  for (std::size_t place = 0; place < std::size(buttons); ++place)
+    if (buttons[place].followsUnits && xvt_vobj_is_valid(openDialogs[place]))
+      xvt_win_dispatch_event(openDialogs[place], event);
+}
+
+namespace {
 
 void pressButton(const EVENT& event) {
   if (event.ctl.what != CTL_PRESS) return;

@@ -50,6 +50,7 @@ void unitsHaveChanged(WINDOW window, EVENT* event) {
   enableCommands(window, tapeCommands, input.state == 1 && input.type == UT_TAPE);
   if (gTAnlsWindow != NULL_WIN) xvt_win_dispatch_event(gTAnlsWindow, event);
   if (gControlWindow != NULL_WIN) xvt_win_dispatch_event(gControlWindow, event);
+  tellJobDialogs(event);
 }
 
 void shutDown() {

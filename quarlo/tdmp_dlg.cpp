@@ -244,8 +244,12 @@ void openOutput() {
   if (!txtFp) console_out("  ** Cannot open \"tdump.txt\": the dump goes to its window only.");
 }
 
+/// The dump window's close box has hidden it: the button offers to show it again.
+void windowHidden() { nameShowButton(gTAnlsWindow, styleControls, gTDumpIsVisible != 0); }
+
 void create(WINDOW dialog) {
   gTAnlsWindow = dialog;
+  onDumpHidden(TAPE_DUMP, windowHidden);
   gTAnlsWindowUp = 1;
   ioUnit = getDevPtr();
   initSettings();
@@ -259,6 +263,7 @@ void create(WINDOW dialog) {
 }
 
 void destroy() {
+  onDumpHidden(TAPE_DUMP, nullptr);
   haltDump = 1;  // a dump that is still running sees it at its next block
   if (dumpWindow != NULL_WIN) {
     EVENT end;

@@ -22,7 +22,7 @@ Parameters edited;
 NumberField eofCountField() {
   return {.control = UF_EOF_COUNT,
           .value = &edited.eofCount,
-          .high = std::numeric_limits<int>::max() - 1,
+          .high = std::numeric_limits<int>::max() - 2,
           .absolute = true};
 }
 

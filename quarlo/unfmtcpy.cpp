@@ -51,8 +51,9 @@ class ImageOutput {
   bool writeBlock(const char* data, int length, const tpf::Header& from);
   /// Copies a filemark. @return false when the job must fail
   bool copyMark(const tpf::Header& from);
-  /// The marks that end every copy. @return false when they could not be written
-  bool writeClosingMarks();
+  /// The marks that end every copy. A tape that a copy cut short has not come to yet is left as it is, or two marks
+  /// would be all that it holds. @return false when they could not be written
+  bool writeClosingMarks(bool cutShort);
   /// One mark behind what the present output tapes hold. @return false when it could not be written
   bool closeTapes();
   /// Blocks that a full disk took back.
@@ -66,7 +67,8 @@ class ImageOutput {
 
   UnitStruct* units;
   tpf::Writer disk;
-  bool closed = false;  // the tapes now loaded are complete, or new and without a block: they take no closing marks
+  bool touched = false;  // something was written since the job began
+  bool closed = false;   // the tapes now loaded are complete, or new and without a block: they take no closing marks
 };
 
 bool ImageOutput::begin() {
@@ -80,6 +82,7 @@ bool ImageOutput::begin() {
 
 bool ImageOutput::writeBlock(const char* data, int length, const tpf::Header& from) {
   closed = false;
+  touched = true;
   if (isTape()) {
     if (length == 0) {
       console_out("  *** A tape cannot hold a block of 0 bytes.");
@@ -122,12 +125,14 @@ bool ImageOutput::writeDiskMark(const tpf::Header& from, bool atOnce) {
 }
 
 bool ImageOutput::copyMark(const tpf::Header& from) {
+  closed = false;
+  touched = true;
   return isTape() ? tlv_weof(units, ALL_OUTPUTS, 1) == 0 : writeDiskMark(from, false);
 }
 
-bool ImageOutput::writeClosingMarks() {
+bool ImageOutput::writeClosingMarks(bool cutShort) {
   if (isTape()) {
-    if (closed) {
+    if (closed || (cutShort && !touched)) {
       return true;
     }
     if (tlv_weof(units, ALL_OUTPUTS, 2) != 0) {
@@ -198,14 +203,16 @@ int ImageCopy::run() {
     return JOB_NO_DIALOG;
   }
   bool more = output.begin() || fail();
-  while (more) {
-    if (!frame.goOn()) {
+  bool aborted = false;
+  while (more && !aborted) {
+    aborted = !frame.goOn();
+    if (aborted) {
       logAborted("Copy");
-      break;
+    } else {
+      more = step();
     }
-    more = step();
   }
-  if (!output.writeClosingMarks()) {
+  if (!output.writeClosingMarks(failed || aborted)) {
     failed = true;
   }
   nextBlock -= output.lost().blocks;
@@ -261,6 +268,7 @@ class TapeCopy : public ImageCopy {
   int tapes = 0;
   Tally file;
   Tally tape;
+  bool blockLost = false;  // a block of this file could not be read
 };
 
 bool TapeCopy::step() {
@@ -268,6 +276,7 @@ bool TapeCopy::step() {
   switch (reader.read(units, units->ioBuffer, readSize, &length)) {
     case BlockRead::Skipped:
       marks = 0;  // a row of marks is marks with nothing between
+      blockLost = true;
       return true;
     case BlockRead::Failed:
       return fail();
@@ -299,6 +308,11 @@ void TapeCopy::endOfFile() {
   if (PrintFiles) {
     console_printf("    File %d: %6d blocks, %15.0f bytes", tape.files, file.blocks, static_cast<double>(file.bytes));
   }
+  if (blockLost && file.blocks == 0) {
+    console_printf("  ** File %d has no readable block: its filemark follows the one before it on the copy.",
+                   tape.files);
+  }
+  blockLost = false;
   file = {};
 }
 

@@ -46,6 +46,21 @@ class VerifyInput {
     return *length < 0 ? tpf::Item::Failed : *length == 0 ? tpf::Item::Mark : tpf::Item::Block;
   }
 
+  /// Bytes of a disk input that go on here.
+  double bytesLeft() { return file.bytesLeft(); }
+
+  /// Whether blocks follow on a tape behind filemarks.
+  bool goesOn(char* buffer) {
+    constexpr int FILEMARKS_PASSED = 16;
+    for (int mark = 0; mark < FILEMARKS_PASSED && unit().eodMark == 0; ++mark) {
+      const int length = tlv_tape_read(units, number, buffer, readSize);
+      if (length != 0) {
+        return length > 0;
+      }
+    }
+    return false;
+  }
+
  private:
   UnitStruct* units;
   int number;
@@ -69,6 +84,7 @@ class Verify {
   bool compare(int length);
   bool takeMark();
   bool endOfFirst();
+  void warnOfRest();
   bool markOnSecond(const char* box);
   bool fail() {
     failed = true;
@@ -182,6 +198,7 @@ bool Verify::markOnSecond(const char* box) {
     return true;
   }
   console_out("  *** EOF read on first input, non-EOF read on second input.");
+  console_printf("      Behind block number %d.", blockNumber - 1);
   xvt_dm_post_error("%s", box);
   return fail();
 }
@@ -191,8 +208,29 @@ bool Verify::endOfFirst() {
     marks = 0;
     return true;
   }
-  (void)markOnSecond(FAILED_BOX);
+  if (markOnSecond(FAILED_BOX)) {
+    warnOfRest();
+  }
   return false;
+}
+
+/// What was not compared because the first input ended here. The first tape may be unloaded by now; its concatenated
+/// files are left out on purpose.
+void Verify::warnOfRest() {
+  const double firstLeft = first.isTape() || hasCats ? 0 : first.bytesLeft();
+  if (firstLeft > 0) {
+    console_printf("  ** %.0f bytes of the first input behind its last filemark were not compared.", firstLeft);
+  }
+  if (second.isTape()) {
+    if (second.goesOn(units->ioBuffer)) {
+      console_out("  ** The second input goes on behind its last filemark: that was not compared.");
+    }
+    return;
+  }
+  const double secondLeft = second.bytesLeft();
+  if (secondLeft > 0) {
+    console_printf("  ** %.0f bytes of the second input behind its last filemark were not compared.", secondLeft);
+  }
 }
 
 }  // namespace

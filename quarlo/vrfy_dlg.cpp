@@ -41,18 +41,19 @@ void showChange(WINDOW dialog) {
   tellUnitsChanged();
 }
 
-/// Closes an input. The second one stands where outputs do, which is undone here.
+/// Closes an input. The second one stands where outputs do: all that is open there goes with it.
 void closeVerifyInput(int uNum) {
-  closeUnit(ioUnit, uNum);
-  if (uNum == 1) {
-    ioUnit->nOutputs = 0;
+  if (uNum == 1 && ioUnit[1].type == UT_TAPE) {
+    tlv_tape_close(ioUnit, ALL_OUTPUTS);
+  } else {
+    closeUnit(ioUnit, uNum);
   }
 }
 
 void chooseTape(WINDOW dialog, int uNum) {
   if (chooseInputDrive(ioUnit, uNum)) {
     closeVerifyInput(uNum);
-    openChosenDrive(ioUnit, uNum);
+    openChosenDrive(ioUnit, uNum, true);
     showChange(dialog);
   }
 }
@@ -87,9 +88,20 @@ void chooseSecondDisk(WINDOW dialog) {
   chooseDisk(dialog, 1, "This file name is already being used for input. Choose another file name.");
 }
 
+/// Another window changed the units.
+void follow(WINDOW dialog) {
+  if (running) {
+    return;
+  }
+  const bool ready = ioUnit[0].state == 1 && ioUnit[1].state == 1;
+  const bool wasReady = controlText(dialog, VF_STATUS) == "Ready";
+  show(dialog, ready ? COPY_READY : COPY_NOT_READY,
+       wasReady && !ready ? "Idle" : controlText(dialog, VF_STATUS).c_str());
+}
+
 void closeAfterRun() {
   for (int uNum = 0; uNum <= 1; ++uNum) {
-    if (ioUnit[uNum].type == UT_TAPE && ioUnit[uNum].state == 1 && !ioUnit->inputNoRewind) {
+    if (ioUnit[uNum].type == UT_TAPE && ioUnit[uNum].state == 1) {
       tlv_rewind(ioUnit, uNum);
     }
     closeVerifyInput(uNum);
@@ -98,6 +110,10 @@ void closeAfterRun() {
 
 /// From Start to the last word in the dialog. The program, or the dialog, may be asked to go meanwhile: both wait.
 void start(WINDOW dialog) {
+  if (ioUnit[0].state != 1 || ioUnit[1].state != 1) {
+    showChange(dialog);
+    return;
+  }
   int stopped = 0;
   const RunningJob job(&stopped);
   running = true;
@@ -175,6 +191,9 @@ long VerifyDialog_eh(WINDOW xdWindow, EVENT* xdEvent) {
       break;
     case E_CLOSE:
       close(xdWindow);
+      break;
+    case E_USER:
+      follow(xdWindow);
       break;
     case E_DESTROY:
       destroy();

@@ -11,20 +11,20 @@ UnitStruct* ioUnit = nullptr;
 int* anotherTape = nullptr;
 int uNum = 1;
 
-void createContinue(WINDOW window) {
-  const auto* data = static_cast<const OutContinue*>(xvt_vobj_get_data(window));
-  ioUnit = data->units;
-  anotherTape = data->anotherTape;
-  uNum = data->uNum;
-  setControlText(window, OC_DRIVE, ioUnit[uNum].name);
-  setOutContinueState(window, ioUnit, uNum);
-}
-
 /// An open drive by its own name, a chosen one by that of the list.
 void showDrive(WINDOW window) {
   const UnitStruct& unit = ioUnit[uNum];
   const bool fromList = unit.state == 0 && unit.theListItem >= 0;
   setControlText(window, OC_DRIVE, fromList ? ioUnit->theDriveList[unit.theListItem].name : unit.name);
+}
+
+void createContinue(WINDOW window) {
+  const auto* data = static_cast<const OutContinue*>(xvt_vobj_get_data(window));
+  ioUnit = data->units;
+  anotherTape = data->anotherTape;
+  uNum = data->uNum;
+  showDrive(window);
+  setOutContinueState(window, ioUnit, uNum);
 }
 
 void refresh(WINDOW window) {

@@ -61,12 +61,12 @@ const DListStruct* listedDrive(const UnitStruct* units, long index) {
 }
 
 /// Opens a listed drive as a unit, closing the tape that the unit still has open.
-bool openListed(UnitStruct* units, long index, int uNum) {
+bool openListed(UnitStruct* units, long index, int uNum, bool readOnly = false) {
   const DListStruct* entry = listedDrive(units, index);
   if (entry == nullptr) return false;
   if (units[uNum].fd != 0) tlv_tape_close(units, uNum);
   const DListStruct copy = *entry;
-  return unixTapeOpen(units, copy, uNum) == 0;
+  return unixTapeOpen(units, copy, uNum, readOnly) == 0;
 }
 
 void postOpenError(const UnitStruct* units, long index) {
@@ -119,6 +119,12 @@ int markOne(UnitStruct* units, int uNum, int count) {
   return result;
 }
 
+/// What is to be written has nowhere to go.
+int noOutput() {
+  console_out("  *** Error: no output drive is open.");
+  return -1;
+}
+
 void waitMinutes(int minutes) {
   using Clock = std::chrono::steady_clock;  // a clock that is set while waiting must not prolong the wait
   const auto end = Clock::now() + std::clamp(minutes, 0, 60) * minuteLength;
@@ -164,19 +170,20 @@ void unInitIO(UnitStruct* ioUnit) {
   unInitUNIX(ioUnit);
 }
 
-void tlv_tape_open(UnitStruct* aUnit, int uNum) {
+void tlv_tape_open(UnitStruct* aUnit, int uNum, bool readOnly) {
   const BusyCursor busy;
   if (uNum == ALL_OUTPUTS) return openOutputs(aUnit);
   if (uNum < 0 || uNum >= MAX_UNITS) return;
   const int index = aUnit[uNum].theListItem;
-  if (!openListed(aUnit, index, uNum) && !aUnit[uNum].autoMode) postOpenError(aUnit, index);
+  if (!openListed(aUnit, index, uNum, readOnly) && !aUnit[uNum].autoMode) postOpenError(aUnit, index);
 }
 
 int tlv_tape_close(UnitStruct* aUnit, int uNum) {
   if (uNum != ALL_OUTPUTS) return uNum >= 0 && uNum < MAX_UNITS ? closeUnit(aUnit, uNum, aUnit[uNum].unloadAtEot) : -1;
   int result = 0;
-  for (int unit = 1; unit <= lastOutput(aUnit); ++unit)
-    if (closeUnit(aUnit, unit, false) != 0) result = -1;
+  // Also a unit that was opened by itself, outside of the row of outputs.
+  for (int unit = 1; unit < MAX_UNITS; ++unit)
+    if ((unit <= lastOutput(aUnit) || aUnit[unit].fd != 0) && closeUnit(aUnit, unit, false) != 0) result = -1;
   aUnit[0].nOutputs = 0;
   return result;
 }
@@ -200,8 +207,8 @@ int tlv_tape_read(UnitStruct* aUnit, int uNum, char* buffer, int bytes) {
 int tlv_tape_write(UnitStruct* aUnit, int uNum, const char* buffer, int bytes) {
   const BusyCursor busy;
   if (uNum != ALL_OUTPUTS) return writeOne(aUnit, uNum, buffer, bytes);
+  if (lastOutput(aUnit) == 0) return noOutput();
   int result = -1;
-  if (lastOutput(aUnit) == 0) console_out("  *** Error: no output drive is open.");
   for (int unit = 1; unit <= lastOutput(aUnit); ++unit) {
     result = writeOne(aUnit, unit, buffer, bytes);
     if (result < 1) return -1;
@@ -210,6 +217,7 @@ int tlv_tape_write(UnitStruct* aUnit, int uNum, const char* buffer, int bytes) {
 }
 
 int tlv_weof(UnitStruct* aUnit, int uNum, int count) {
+  if (uNum == ALL_OUTPUTS && lastOutput(aUnit) == 0) return noOutput();
   return onUnits(aUnit, uNum, "write filemark", [&](int unit) { return markOne(aUnit, unit, count); });
 }
 

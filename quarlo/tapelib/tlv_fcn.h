@@ -116,7 +116,8 @@ void unInitIO(UnitStruct* ioUnit);
 
 /// Opens unit 0 or one output on the drive at its theListItem, or (ALL_OUTPUTS) all drives of theOutputList as units 1,
 /// 2 ... Failures give a box, unless the unit is in automatic mode; the outcome stands in `state` and `nOutputs`.
-void tlv_tape_open(UnitStruct* aUnit, int uNum);
+/// @param readOnly a single unit that is read only, though it is not the input: its tape may be write-protected
+void tlv_tape_open(UnitStruct* aUnit, int uNum, bool readOnly = false);
 /// Closes without rewinding. `name` stays when unloadAtEot is set (single units only).
 /// @return 0, or -1 after a console line when the driver reported an error at the last moment (its final filemark)
 int tlv_tape_close(UnitStruct* aUnit, int uNum);

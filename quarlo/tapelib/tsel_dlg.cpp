@@ -79,7 +79,7 @@ long select_eh(WINDOW xdWindow, EVENT* xdEvent) {
       handleControl(xdWindow, *xdEvent);
       break;
     case E_CLOSE:
-      xvt_vobj_destroy(xdWindow);
+      cancel(xdWindow);
       break;
     default:
       break;

@@ -9,4 +9,5 @@ int closeUnit(UnitStruct* units, int uNum);
 
 /// Opens the drive at the unit's theListItem (none when that is negative), with a box for a failure also in automatic
 /// mode, and prepares its loader where it has one. @return whether the unit is then open
-bool openChosenDrive(UnitStruct* units, int uNum);
+/// @param readOnly see tlv_tape_open
+bool openChosenDrive(UnitStruct* units, int uNum, bool readOnly = false);

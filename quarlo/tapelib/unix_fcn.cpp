@@ -184,6 +184,8 @@ int getDriveList(UnitStruct* aUnit) {
     entry.autoLoader = nullptr;
     if (getScsiAddress(&entry, aUnit) == 1) ++kept;
   }
+  // What a longer list of before left behind is no drive any more.
+  for (int rest = kept; rest < MAX_UNITS; ++rest) aUnit[0].theDriveList[rest].device[0] = '\0';
   return kept;
 }
 
@@ -250,14 +252,14 @@ int getScsiAddress(DListStruct* entry, UnitStruct* aUnit) {
 namespace {
 
 /// Whether the tape just opened as `unit` can be used as such; says in a box why not.
-bool isFit(UnitStruct* aUnit, int uNum) {
+bool isFit(UnitStruct* aUnit, int uNum, bool writing) {
   UnitStruct& unit = aUnit[uNum];
   if (isOnline(unit) == 0) {
     if (!unit.hasAutoLoader && !unit.autoMode)
       xvt_dm_post_error("Drive \"%s\" is not ready.\nMake sure the tape is loaded and the unit is online.", unit.name);
     return false;
   }
-  if (uNum > 0 && isWriteProtected(unit) != 0) {
+  if (writing && isWriteProtected(unit) != 0) {
     xvt_dm_post_error("Tape in drive \"%s\" is write protected.\n", unit.name);
     return false;
   }
@@ -279,11 +281,12 @@ void giveUp(UnitStruct& unit) {
 
 }  // namespace
 
-int unixTapeOpen(UnitStruct* aUnit, const DListStruct& entry, int uNum) {
+int unixTapeOpen(UnitStruct* aUnit, const DListStruct& entry, int uNum, bool readOnly) {
   UnitStruct& unit = aUnit[uNum];
   StTimeout = 60;
   // Without O_NONBLOCK an empty drive would hold the program for minutes, and a protected one be refused unexplained.
-  const int fd = tapeDriver().open(entry.device, (uNum == 0 ? O_RDONLY : O_RDWR) | O_NONBLOCK);
+  const bool writing = uNum != 0 && !readOnly;
+  const int fd = tapeDriver().open(entry.device, (writing ? O_RDWR : O_RDONLY) | O_NONBLOCK);
   if (fd < 0) {
     if (errno == EROFS) xvt_dm_post_error("Tape in drive \"%s\" is write protected.\n", entry.name);
     return -1;
@@ -292,7 +295,7 @@ int unixTapeOpen(UnitStruct* aUnit, const DListStruct& entry, int uNum) {
   unit.fd = fd;
   copyText(unit.name, entry.name);
   handles().erase(fd);
-  if (!isFit(aUnit, uNum)) {
+  if (!isFit(aUnit, uNum, writing)) {
     giveUp(unit);
     copyText(unit.name, formerName);
     return -1;
@@ -368,14 +371,13 @@ int unixTapeRead(UnitStruct* aUnit, int uNum, char* buffer) {
   StTimeout = 120;
   const TapeAnswer answer = handle == nullptr ? TapeAnswer::FAILED : handle->read(buffer, unit.maxBlockSize, bytes);
   unit.eofMark = answer == TapeAnswer::MARK ? 1 : 0;
+  unit.eodMark = answer == TapeAnswer::END_OF_DATA ? 1 : 0;
   switch (answer) {
     case TapeAnswer::BLOCK:
       ++unit.blockNum;
       return bytes;
     case TapeAnswer::MARK:
-      return 0;
     case TapeAnswer::END_OF_DATA:
-      unit.eodMark = 1;
       return 0;
     case TapeAnswer::TOO_LONG:
     case TapeAnswer::FAILED:
@@ -419,6 +421,13 @@ int command(UnitStruct* unit, short operation, int count) {
 
 }  // namespace
 
+namespace {
+
+/// The tape was moved: what the last read met is behind it.
+void forgetMarks(UnitStruct& unit) { unit.eofMark = unit.eodMark = 0; }
+
+}  // namespace
+
 int unixSkipBlocks(UnitStruct* aUnit, int uNum, int count) {
   if (count == 0) return 0;
   UnitStruct& unit = aUnit[uNum];
@@ -426,6 +435,7 @@ int unixSkipBlocks(UnitStruct* aUnit, int uNum, int count) {
   StTimeout = 180;
   const int result = command(&unit, count > 0 ? MTFSR : MTBSR, blocks);
   if (result != 0) console_printf("  *** Error skipping tape block%s.", plural(blocks));
+  forgetMarks(unit);
   unit.blockNum = getCurrentBlock(unit);
   console_printf("%d block%s skipped %s.", blocks, plural(blocks), count > 0 ? "forward" : "backward");
   return result;
@@ -438,6 +448,7 @@ int unixSkipFiles(UnitStruct* aUnit, int uNum, int count) {
   StTimeout = 180;
   const int result = command(&unit, count > 0 ? MTFSF : MTBSF, files);
   if (result != 0) console_printf("  *** Error skipping file%s.", plural(files));
+  forgetMarks(unit);
   unit.fileNum = getCurrentFile(unit);
   unit.blockNum = 1;
   console_printf("%d file%s skipped %s.", files, plural(files), count > 0 ? "forward" : "backward");
@@ -448,6 +459,7 @@ int unixSkipEOD(UnitStruct* aUnit, int uNum) {
   UnitStruct& unit = aUnit[uNum];
   StTimeout = 180;
   const int result = command(&unit, MTEOM, 1);
+  forgetMarks(unit);
   console_printf(result != 0 ? "  *** Error skipping to End Of Data." : "Skipped to End Of Data.");
   unit.fileNum = 0;
   unit.blockNum = 0;
@@ -465,6 +477,7 @@ int unixRewind(UnitStruct* aUnit, int uNum) {
   console_printf("Rewind \"%s\".", unit.name);
   const int result = command(&unit, MTREW, 1);
   if (result != 0) console_printf("  *** Error rewinding \"%s\".", unit.name);
+  forgetMarks(unit);
   unit.blockNum = 1;
   unit.fileNum = 1;
   return result;

@@ -56,7 +56,7 @@ int getDriveList(UnitStruct* aUnit);
 /// Fills name, address and list line of the entry whose `device` is set. @return 1, or 0 when there is no such drive
 int getScsiAddress(DListStruct* entry, UnitStruct* aUnit);
 
-int unixTapeOpen(UnitStruct* aUnit, const DListStruct& entry, int uNum);
+int unixTapeOpen(UnitStruct* aUnit, const DListStruct& entry, int uNum, bool readOnly = false);
 /// Closes the descriptor and empties devName; no other field changes. @return 0, or -1 when what was written last could
 /// not be finished (a console line says so)
 int unixTapeClose(UnitStruct* aUnit, int uNum);

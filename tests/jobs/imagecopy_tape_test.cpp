@@ -291,4 +291,62 @@ TEST_F(TapeCopyTest, TheEndOfTheMediumFailsTheJobAndClosesTheTape) {
   EXPECT_TRUE(consoleHas("   " + std::to_string(out.size() - 2) + " blocks copied."));
 }
 
+TEST_F(TapeCopyTest, WhatAnEarlierReadMetIsForgottenWhenTheTapeIsRewound) {
+  makeCartridge("in.tap", {A, MARK, B, MARK});
+  load(0, "in.tap");
+  chooseInputTape(0);
+  chooseOutputFile(folder.path("out.tpf"));
+  std::vector<char> buffer(units->ioBufLen);
+  while (units->eodMark == 0) {
+    tlv_tape_read(units, 0, buffer.data(), 32768);
+  }
+  tlv_rewind(units, 0);
+  noFurtherTape();
+  start();
+  EXPECT_EQ(tpfShortly(readFile(folder.path("out.tpf"))), tpfShortly(tpfImage(Tape{A, MARK, B, MARK} + CLOSING)));
+}
+
+TEST_F(TapeCopyTest, StartOverUnitsThatAnotherWindowClosedTouchesNothing) {
+  makeCartridge("in.tap", {A, MARK, MARK});
+  makeCartridge("one.tap", {C, MARK, MARK});
+  load(0, "in.tap");
+  load(1, "one.tap");
+  chooseInputTape(0);
+  chooseOutputTapes({1});
+  ASSERT_EQ(status(), "Ready");
+  tlv_unload(units, 0);
+  EVENT changed;
+  changed.type = E_USER;
+  xvt_win_dispatch_event(dialog, &changed);
+  EXPECT_EQ(status(), "Idle");
+  EXPECT_FALSE(toolkit.enabled(dialog, CP_START));
+  toolkit.close(dialog);
+  EXPECT_EQ(shortly(tapeIn("one.tap")), shortly(Tape{C, MARK, MARK}));
+}
+
+TEST_F(TapeCopyTest, ATapeThatTheJobHasNotComeToIsNotClosedByMarks) {
+  makeCartridge("in.tap", {A, MARK, MARK}, {0});
+  makeCartridge("one.tap", {C, MARK, MARK});
+  load(0, "in.tap");
+  load(1, "one.tap");
+  chooseInputTape(0);
+  chooseOutputTapes({1});
+  units->inputAbort = true;
+  start();
+  EXPECT_EQ(status(), "Failed");
+  EXPECT_EQ(shortly(tapeIn("one.tap")), shortly(Tape{C, MARK, MARK}));
+}
+
+TEST_F(TapeCopyTest, ErrorOptionsLeaveTheOtherOptionsAlone) {
+  units->inputNoRewind = true;
+  units->useMultipleOut = true;
+  toolkit.onModal(DLG_ERROR_OPTIONS, [this](WINDOW options) {
+    toolkit.press(options, ERR_STOP_ON_ERROR);
+    toolkit.press(options, ERR_OK);
+  });
+  toolkit.press(dialog, CP_ERROR_OPTIONS);
+  EXPECT_TRUE(units->inputNoRewind);
+  EXPECT_TRUE(units->useMultipleOut);
+}
+
 }  // namespace

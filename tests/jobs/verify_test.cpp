@@ -147,4 +147,28 @@ TEST_F(VerifyTest, AStopIsNeitherSuccessNorFailure) {
   EXPECT_EQ(result(), "Complete");
 }
 
+TEST_F(VerifyTest, SaysWhatLiesBehindTheEndOfEitherInput) {
+  Tape longer = COPY;
+  longer.insert(longer.end(), {block(20, 9), MARK, MARK});
+  verify(TAPE, true, longer, false);
+  EXPECT_EQ(result(), "Complete");
+  EXPECT_EQ(count("  ** 148 bytes of the second input behind its last filemark were not compared."), 1);
+  verify(TAPE, true, longer, true);
+  EXPECT_EQ(count("  ** The second input goes on behind its last filemark: that was not compared."), 1);
+  verify(longer, false, COPY, false);
+  EXPECT_EQ(count("  ** 148 bytes of the first input behind its last filemark were not compared."), 1);
+}
+
+TEST_F(VerifyTest, TakesAWriteProtectedSecondTape) {
+  makeCartridge("one.tap", COPY);
+  writeFile("one.tpf", tpfImage(COPY));
+  load(1, "one.tap", "write-protect = yes\n");
+  chooseFile(VF_FIRST_DISK, "one.tpf");
+  chooseDrive(VF_SECOND_TAPE, 1);
+  forgetConsole();
+  toolkit.press(dialog, VF_START);
+  EXPECT_EQ(result(), "Complete");
+  EXPECT_TRUE(toolkit.errors.empty());
+}
+
 }  // namespace

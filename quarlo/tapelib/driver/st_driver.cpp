@@ -109,6 +109,14 @@ ssize_t StDriver::write(int fd, const void* buffer, std::size_t size) {
 }
 
 int StDriver::operate(int fd, const mtop& command) {
+  // The drive's own count is a signed number of 24 bits: a larger one would move the tape the other way.
+  constexpr int kMostSpacing = 0x7FFFFF;
+  const bool spacing =
+      command.mt_op == MTFSR || command.mt_op == MTBSR || command.mt_op == MTFSF || command.mt_op == MTBSF;
+  if (spacing && command.mt_count > kMostSpacing) {
+    errno = EINVAL;
+    return -1;
+  }
   mtop request = command;
   return unbroken([&] { return ioctl(fd, MTIOCTOP, &request); });
 }
