@@ -17,10 +17,15 @@ long overlap(const RCT& one, const RCT& other) {
   return width > 0 && height > 0 ? width * height : 0;
 }
 
-/// What a window there would hide of the others, in pixels.
+/// What a window there would hide of the others, in pixels; those of a newer window, which is the one in use, count
+/// more.
 long hidden(const RCT& place, const std::vector<RCT>& taken) {
   long sum = 0;
-  for (const RCT& one : taken) sum += overlap(place, one);
+  long weight = 0;
+  for (const RCT& one : taken) {
+    ++weight;
+    sum += weight * weight * overlap(place, one);
+  }
   return sum;
 }
 

@@ -8,8 +8,8 @@
 namespace xvt {
 
 /// A place of this size that covers no taken rectangle and lies wholly on the screen: the wished one if that is free,
-/// else the free one nearest to it, else (with no such room left) one that shows the corners of what it covers. All
-/// rectangles are outer ones, frames included.
+/// else the free one nearest to it, else (with no such room left) the one that hides least, above all of the windows
+/// that stand last in `taken`. All rectangles are outer ones, frames included.
 PNT placeBeside(Extent screen, const std::vector<RCT>& taken, Extent size, PNT wish, int step);
 
 /// The middle of `over`, moved onto the screen and off a parent that it would hide wholly.

@@ -80,8 +80,7 @@ void Document::openAt(const WIN_DEF& definition) {
                     std::max(look.px(heightOf(definition.rct)), 5 * look.lineHeight())};
   client_ = {};
   opened_ = true;
-  open(size, {8 * look.lineHeight(), 5 * look.lineHeight()}, &wish);
-  if ((definition.flags & WSF_INVISIBLE) != 0) setVisible(false);
+  open(size, {8 * look.lineHeight(), 5 * look.lineHeight()}, &wish, (definition.flags & WSF_INVISIBLE) == 0);
 }
 
 std::string Document::name() const { return name_; }

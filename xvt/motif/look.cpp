@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <deque>
 #include <vector>
 
 #include "xvt/base/utf8.h"
@@ -49,19 +50,21 @@ void keep(XmRenderTable table) {
   kept.push_back(table);
 }
 
+/// A copy of a text to the end of the process: Motif keeps the addresses of a rendition's texts, and looks there again
+/// when it makes another one.
+char* lasting(const char* text) {
+  static auto& texts = *new std::deque<std::string>;
+  return texts.emplace_back(text).data();
+}
+
 XmRenderTable makeTable(Widget shell, const char* family, int points, bool bold) {
-  std::array<char, 64> name{};
-  std::snprintf(name.data(), name.size(), "%s", family);
-  std::array<char, 8> style{};
-  std::snprintf(style.data(), style.size(), "%s", bold ? "Bold" : "");
   std::vector<Arg> args(bold ? 4 : 3);
-  XtSetArg(args[0], const_cast<char*>(XmNfontName), name.data());
+  XtSetArg(args[0], const_cast<char*>(XmNfontName), lasting(family));
   XtSetArg(args[1], const_cast<char*>(XmNfontType), XmFONT_IS_XFT);
   XtSetArg(args[2], const_cast<char*>(XmNfontSize), points);
-  if (bold) XtSetArg(args[3], const_cast<char*>(XmNfontStyle), style.data());
-  std::array<char, 64> tag{};
-  std::snprintf(tag.data(), tag.size(), "%s", XmFONTLIST_DEFAULT_TAG);
-  XmRendition rendition = XmRenditionCreate(shell, tag.data(), args.data(), static_cast<Cardinal>(args.size()));
+  if (bold) XtSetArg(args[3], const_cast<char*>(XmNfontStyle), lasting("Bold"));
+  XmRendition rendition =
+      XmRenditionCreate(shell, lasting(XmFONTLIST_DEFAULT_TAG), args.data(), static_cast<Cardinal>(args.size()));
   XmRenderTable table = XmRenderTableAddRenditions(nullptr, &rendition, 1, XmMERGE_REPLACE);
   XmRenditionFree(rendition);
   keep(table);

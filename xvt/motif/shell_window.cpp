@@ -137,7 +137,7 @@ PNT ShellWindow::findPlace(Extent size, const PNT* wish) const {
   return placeBeside(screenSize(), taken, outer, wish != nullptr ? *wish : PNT{step, step}, step);
 }
 
-void ShellWindow::open(Extent size, Extent least, const PNT* wish) {
+void ShellWindow::open(Extent size, Extent least, const PNT* wish, bool show) {
   const Extent screen = screenSize();
   size.width = std::clamp(size.width, 1, screen.width);
   size.height = std::clamp(size.height, 1, screen.height - kFrameTop);
@@ -147,7 +147,11 @@ void ShellWindow::open(Extent size, Extent least, const PNT* wish) {
   XtRealizeWidget(shell_);
   hintPlace();
   arrangeContents(size);
-  popUp();
+  if (show) {
+    popUp();
+  } else {
+    wishLater_ = wish != nullptr ? *wish : place_;
+  }
 }
 
 void ShellWindow::hintPlace() const {
@@ -207,6 +211,9 @@ void ShellWindow::rememberPlace() {
 void ShellWindow::setVisible(bool visible) {
   if (visible == shown_ || dying_ || !XtIsRealized(shell_)) return;
   if (!visible) return popDown();
+  // A window that was made hidden stands beside what is open when it is first shown, not when it was made.
+  if (wishLater_) place_ = findPlace(size_, &*wishLater_);
+  wishLater_.reset();
   XtVaSetValues(shell_, XmNx, static_cast<Position>(place_.h), XmNy, static_cast<Position>(place_.v), nullptr);
   hintPlace();
   popUp();

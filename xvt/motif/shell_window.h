@@ -4,6 +4,7 @@
 #include <Xm/Xm.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "xvt/motif/application.h"
@@ -69,7 +70,7 @@ class ShellWindow : public Window, public std::enable_shared_from_this<ShellWind
   void adoptShell(Widget shell, const std::string& title);
   void createBoard();
   /// First showing: size, least size, a place of its own.
-  void open(Extent size, Extent least, const PNT* wish);
+  void open(Extent size, Extent least, const PNT* wish, bool show = true);
   /// The board's size changed.
   virtual void arrangeContents(Extent size) = 0;
   /// The window is about to die: its parts leave the registry.
@@ -97,6 +98,7 @@ class ShellWindow : public Window, public std::enable_shared_from_this<ShellWind
   Extent size_;
   Extent least_;
   PNT place_;
+  std::optional<PNT> wishLater_;  ///< of a window that was made hidden and has not been shown yet
 };
 
 }  // namespace xvt
