@@ -136,6 +136,65 @@ class FaultSweep : public JobTest, public testing::WithParamInterface<const char
 TEST_P(FaultSweep, TapeToTape) { sweep(true); }
 TEST_P(FaultSweep, TapeToDisk) { sweep(false); }
 
+/// The disk that fills up at any byte of the output: what stands in the file afterwards can be read to its end and is
+/// what the log claims.
+class DiskFullSweep : public JobTest {
+ protected:
+  void copyWithRoomFor(rlim_t bytes) {
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    rlimit room = before;
+    room.rlim_cur = bytes;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &room), 0);
+    start();
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+  }
+
+  /// Data bytes of a tape-image file that holds whole items only; -1 when it does not.
+  static double wholeBytes(const std::string& image) {
+    double bytes = 0;
+    std::size_t place = 32;
+    while (place + 32 <= image.size()) {
+      const bool mark = wordAt(image, place + 28) == 0xF0F0F0F0U;
+      const std::size_t length = mark ? 0 : wordAt(image, place);
+      bytes += static_cast<double>(length);
+      place += 32 + length;
+    }
+    return place == image.size() ? bytes : -1;
+  }
+};
+
+TEST_F(DiskFullSweep, EveryLengthLeavesAReadableFileAndATrueLog) {
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  Tape tape;
+  for (unsigned i = 0; i < 12; ++i) {
+    tape.push_back(block(i % 4 == 3 ? 40000 : 3000, i));
+    if (i % 5 == 4) {
+      tape.push_back(MARK);
+    }
+  }
+  tape.insert(tape.end(), {MARK, MARK, MARK});
+  writeFile("in.tpf", tpfImage(tape));
+  unInitIO(units);
+  setenv("ST_BUFFER", "64", 1);
+  initIO(units);
+  unsetenv("ST_BUFFER");
+  openCopyDialog();
+  const rlim_t whole = tpfImage(tape).size();
+  for (rlim_t room = 20000; room < whole; room += 997) {
+    SCOPED_TRACE("room for " + std::to_string(room));
+    chooseInputFile(folder.path("in.tpf"));
+    chooseOutputFile(folder.path("out.tpf"));
+    copyWithRoomFor(room);
+    const double kept = wholeBytes(readFile("out.tpf"));
+    ASSERT_GE(kept, 0);
+    ASSERT_EQ(status(), room + 64 < whole ? "Failed" : status());
+    ASSERT_EQ(count(std::to_string(static_cast<long>(kept)) + " bytes copied."), 1);
+    ASSERT_EQ(units[1].fp, nullptr);
+  }
+  std::signal(SIGXFSZ, handler);
+}
+
 INSTANTIATE_TEST_SUITE_P(Errors, FaultSweep, testing::Values("EIO", "ENOSPC", "short"));
 
 }  // namespace
