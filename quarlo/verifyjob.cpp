@@ -142,13 +142,13 @@ bool Verify::step() {
 
 bool Verify::takeBlock(int length) {
   marks = 0;
-  std::memcpy(held.data(), units->ioBuffer, static_cast<std::size_t>(length));
   if (length > second.capacity()) {
     console_out("  *** Block size of first input is larger than the read capacity");
     console_out("      of the second input device. Cannot continue verify operation.");
     xvt_dm_post_error(FAILED_SEE_CONSOLE_BOX);
     return fail();
   }
+  std::memcpy(held.data(), units->ioBuffer, static_cast<std::size_t>(length));
   int secondLength = 0;
   const tpf::Item item = second.next(length, units->ioBuffer, &secondLength);
   if (item == tpf::Item::Failed) {
