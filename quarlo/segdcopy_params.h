@@ -1,0 +1,56 @@
+/// The settings of a SEG D copy.
+#pragma once
+
+#include <cstdio>
+
+#include "xvt/xvt.h"
+
+/// Data types of the zero list's key in a trace header, as the dialog names them.
+enum SEGD_KEY_TYPE : int { SEGD_KEY_INT8 = 0, SEGD_KEY_INT16 = 1, SEGD_KEY_INT24 = 2 };
+constexpr int SEGD_KEY_TYPES = 3;
+extern const char* const SegdDataTypes[SEGD_KEY_TYPES];
+
+/// What the field file list means.
+enum SEGD_LIMIT_SENSE : int { SEGD_INCLUDE = 1, SEGD_EXCLUDE = 2 };
+
+constexpr int SEGD_PATH = 256;  ///< bytes of a directory or file name
+constexpr double BYTES_PER_GIGABYTE = 1073741824.0;
+
+/// Set by segdInit and edited by the SEG D dialogs; the streams belong to a running job.
+struct SgdCopyParams {
+  int blockType;    ///< block type word of tape-image output
+  bool useLog;      ///< messages go to the log file, too
+  bool limit;       ///< keep or drop field files by the field file list
+  bool zeroTraces;  ///< zero the samples of the traces in the zero list (disk input)
+  int recLimType;   ///< SEGD_LIMIT_SENSE; whatever is not SEGD_INCLUDE excludes
+  int trcLimByte;   ///< zero list key: 1-based byte in the trace header
+  int trcLimType;   ///< SEGD_KEY_TYPE
+  bool limitBytes;  ///< limit the bytes of one output tape
+  double byteLimit;
+  char logDir[SEGD_PATH];
+  char logFile[SEGD_PATH];
+  char recLimDir[SEGD_PATH];  ///< field file list
+  char recLimFile[SEGD_PATH];
+  char trcLimDir[SEGD_PATH];  ///< zero list
+  char trcLimFile[SEGD_PATH];
+  FILE* logFp;
+  char outDir[SEGD_PATH];
+  char outFile[SEGD_PATH];
+  FILE* theFile;
+  bool itDecimates;  ///< the console shows every itsDecimateIntvl-th field file only
+  int itsDecimateIntvl;
+  bool blockTraces;    ///< pack the traces of a channel set into blocks (tape output)
+  bool ffidOption;     ///< output files are numbered by field file, not in sequence
+  bool recLenOR;       ///< recLenFactor replaces the unit of record lengths
+  float recLenFactor;  ///< seconds
+  bool useScanHdr;     ///< trace lengths come from the channel set descriptors
+  bool prepend;        ///< a disk file becomes the first file of the output tape
+  char prepDir[SEGD_PATH];
+  char prepFile[SEGD_PATH];
+  FILE* prepFp;
+};
+
+extern SgdCopyParams SgdParams;
+
+/// Sets every setting to its default; the log's directory is the one that IOHOME names, else the current one.
+void segdInit();
