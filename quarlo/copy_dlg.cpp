@@ -197,7 +197,9 @@ void chooseOutputFile(WINDOW dialog) {
     return;
   }
   closeOutput();
-  if (!openDiskUnit(&output(), file, "w+b")) {
+  // A job that looks for its inputs at its start may find the chosen file among them: it is emptied by the job, then.
+  const bool opened = (!image && openDiskUnit(&output(), file, "r+b")) || openDiskUnit(&output(), file, "w+b");
+  if (!opened) {
     xvt_dm_post_error("Error opening file %s", file.name);
   } else if (image && !raw && !tpf::Writer(output().fp).begin(true)) {
     xvt_dm_post_error("Error writing file header to disk file");

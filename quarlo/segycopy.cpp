@@ -218,7 +218,9 @@ bool SegyCopy::findInputs() {
   const std::string outputPath = output.isTape() ? "" : pathOf(units[1].fs);
   if (!inputIsTape()) {
     if (SgyParams.multipleIn) {
-      files = listSegyFiles(units->fs.dir, outputPath);
+      // A file made for this job is no input of it; one that holds something was there before and is.
+      const bool fresh = output.isTape() || fileSize(units[1].fp).value_or(0) == 0;
+      files = listSegyFiles(units->fs.dir, fresh ? outputPath : "");
       for (const std::string& name : files) {
         taken.add(joinPath(fieldText(units->fs.dir.path), name));
       }

@@ -138,13 +138,24 @@ bool SegyOutput::flush() {
   if (broken || units[1].fp == nullptr) {
     return lose(0, EBADF);
   }
-  const std::size_t written = writeAll(fileno(units[1].fp), buffer.data(), buffer.size());
-  if (written < buffer.size()) {
+  std::size_t written = 0;
+  if (!writeBuffer(&written)) {
     return lose(written, errno);
   }
   buffer.clear();
   pieces.clear();
   return true;
+}
+
+/// @return false with errno when not all could be written
+bool SegyOutput::writeBuffer(std::size_t* written) {
+  const int descriptor = fileno(units[1].fp);
+  if (!emptied && ftruncate(descriptor, 0) != 0 && errno != EINVAL) {
+    return false;  // EINVAL: a pipe or a device
+  }
+  emptied = true;
+  *written = writeAll(descriptor, buffer.data(), buffer.size());
+  return *written == buffer.size();
 }
 
 /// Cuts the file back to its last whole piece and counts what did not reach it.

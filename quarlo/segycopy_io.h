@@ -84,6 +84,7 @@ class SegyOutput {
   };
 
   bool write(std::span<const char> piece, bool isTrace);
+  bool writeBuffer(std::size_t* written);
   bool lose(std::size_t written, int reason);
   Volume nextFile(int index);
   Volume nextTapes();
@@ -95,6 +96,7 @@ class SegyOutput {
   std::vector<Piece> pieces;  // in the buffer
   LostOutput gone;
   bool broken = false;
+  bool emptied = false;  // what stood in the chosen file is gone; it goes with the first write, not before
   bool closed = true;  // the tapes now loaded are complete, or without a block of this job: they take no closing marks
 };
 

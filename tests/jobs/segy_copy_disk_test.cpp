@@ -328,6 +328,26 @@ TEST_F(SegyManyTest, NeverWritesOverAnInput) {
   EXPECT_EQ(serials("in/a.sgy"), (Serials{1, 2, 3}));
 }
 
+TEST_F(SegyManyTest, AnOutputThatWasThereBeforeIsAnInputAndStays) {
+  const std::string before = readFile(folder.path("in/b.sgy"));
+  openInputFile("in/a.sgy");
+  ASSERT_TRUE(openDiskUnit(&units[1], specOf("in/b.sgy"), "r+b"));
+  EXPECT_EQ(run(), JOB_FAILED);
+  EXPECT_TRUE(consoleHas("  *** Output file b.sgy is an input of this job and is not written."));
+  EXPECT_EQ(readFile(folder.path("in/b.sgy")), before);
+
+  // Elsewhere it is written over, but not by a job that cannot read its input.
+  writeFile(folder.path("old.sgy"), std::string(100000, 'x'));
+  writeFile(folder.path("short.sgy"), "no SEG Y");
+  SgyParams.multipleIn = false;
+  for (const char* input : {"short.sgy", "in/a.sgy"}) {
+    openInputFile(input);
+    ASSERT_TRUE(openDiskUnit(&units[1], specOf("old.sgy"), "r+b"));
+    EXPECT_EQ(run(), input == std::string("short.sgy") ? JOB_FAILED : JOB_OK);
+    EXPECT_EQ(output("old.sgy"), input == std::string("short.sgy") ? std::string(100000, 'x') : output("in/a.sgy"));
+  }
+}
+
 TEST_F(SegyManyTest, NothingToCopyOrAFileThatCannotBeOpened) {
   std::filesystem::remove(folder.path("in/b.sgy"));
   std::filesystem::create_symlink("nowhere", folder.path("in/b.sgy"));

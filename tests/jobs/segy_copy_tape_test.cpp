@@ -49,7 +49,9 @@ class SegyTapeTest : public SegyTest {
   }
   void nextOutputIs(const std::string& name) {
     toolkit.onModal(DLG_OUT_CONTINUE, [this, name](WINDOW question) {
-      toolkit.press(question, OC_UNLOAD);
+      if (units[1].state == 1) {
+        toolkit.press(question, OC_UNLOAD);
+      }
       makeCartridge(name, {});
       load(1, name);
       toolkit.press(question, OC_OPEN);
@@ -157,6 +159,33 @@ TEST_F(SegyTapeTest, GoesOnWithTheNextReelBehindItsHeaders) {
   EXPECT_EQ(count("  ** The first two blocks of this tape are no reel headers by their lengths: two traces may have "
                   "been skipped."),
             1);
+}
+
+TEST_F(SegyTapeTest, MagazinesFeedTheInputAndTakeTheVolumes) {
+  Tape first;
+  Tape second;
+  for (int serial = 0; serial < 6; ++serial) {
+    (serial < 4 ? first : second).push_back(trace(serial, {1 + serial / 2, 1, 0, 0}));
+  }
+  loadBoth(reel(first) + CLOSING);
+  makeCartridge("two.tap", reel(second) + CLOSING);
+  makeCartridge("out2.tap", {});
+  load(0, "in.tap", "magazine = two.tap\n");
+  load(1, "out.tap", "magazine = out2.tap\n");
+  SgyParams.multipleOut = true;
+  SgyParams.bytesPerPart = 4000;
+  openInputTape(0);
+  openOutputTapes({1});
+  units[0].autoMode = units[1].autoMode = true;
+  nextOutputIs("out3.tap");  // asked for once the magazine is empty
+  noFurtherTape();
+  EXPECT_EQ(run(), JOB_OK);
+  EXPECT_EQ(tapeIn("out.tap"), reel({first[0], first[1]}) + CLOSING);
+  EXPECT_EQ(tapeIn("out2.tap"), reel({first[2], first[3]}) + CLOSING);
+  EXPECT_EQ(tapeIn("out3.tap"), reel(second) + CLOSING);
+  EXPECT_EQ(count("Tape finished."), 4);  // two inputs and two volumes
+  EXPECT_EQ(count("Magazine finished."), 2);
+  EXPECT_TRUE(units[0].autoMode && units[1].autoMode);
 }
 
 TEST_F(SegyTapeTest, EachFileOfATapeGetsItsOwnOutputOrAllAreJoined) {
