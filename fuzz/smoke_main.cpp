@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iterator>
 #include <random>
+#include <string_view>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
@@ -37,6 +38,22 @@ Bytes seed(std::mt19937& random) {
   return bytes;
 }
 
+/// What users type into lists.
+constexpr std::array<std::string_view, 16> TEXTS = {"0",  "1", "7",    "12", "99",     "-3", "2.5", " - ",
+                                                    "\n", " ", "\r\n", "\t", "H HEAD", "-",  "x",   "nan"};
+
+Bytes textSeed(std::mt19937& random) {
+  Bytes bytes;
+  for (std::size_t words = random() % 60; words > 0; --words) {
+    const std::string_view word = TEXTS[random() % TEXTS.size()];
+    bytes.insert(bytes.end(), word.begin(), word.end());
+    if (random() % 2 == 0) {
+      bytes.push_back(random() % 3 == 0 ? '\n' : ' ');
+    }
+  }
+  return bytes;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -47,7 +64,7 @@ int main(int argc, char** argv) {
   }
   std::mt19937 random(1);
   for (int run = 0; argc == 1 && run < 20000; ++run) {
-    const Bytes bytes = seed(random);
+    const Bytes bytes = run % 2 == 0 ? seed(random) : textSeed(random);
     LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
   }
   return 0;

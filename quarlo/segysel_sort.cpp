@@ -9,6 +9,7 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <numeric>
 #include <optional>
 #include <vector>
 
@@ -204,8 +205,8 @@ void arrangeInPlace(const Kind& kind, std::vector<typename Kind::Entry>& entries
 constexpr std::size_t COPY_LIMIT = std::size_t{48} << 20;
 
 template <typename Kind>
-void sortCodes(const Kind& kind, const Items& items, const std::vector<Column>& columns, char* vect) {
-  std::vector<typename Kind::Entry> heap(items.count + 1);
+void fillEntries(const Kind& kind, const Items& items, const std::vector<Column>& columns,
+                 std::vector<typename Kind::Entry>* entries) {
   for (std::size_t i = 0; i < items.count; ++i) {
     std::uint64_t code = 0;
     for (std::size_t place = 0; place < columns.size(); ++place) {
@@ -215,19 +216,71 @@ void sortCodes(const Kind& kind, const Items& items, const std::vector<Column>& 
                (codeOf(items.value(i, place), column.coding) - column.lowest);
       }
     }
-    heap[i + 1] = kind.make(code, i);
+    (*entries)[i + 1] = kind.make(code, i);
   }
-  for (std::size_t left = items.count / 2; left >= 1; --left) {
-    siftCodes(kind, left, items.count, heap.data());
+}
+
+/// Brings entries into the order of their codes, digit by digit from the lowest.
+void radixSort(const ShortEntries& kind, int bits, std::vector<std::uint64_t>* entries) {
+  constexpr int DIGIT_BITS = 11;
+  std::vector<std::uint64_t> other(entries->size());
+  for (int shift = kind.placeBits; shift < kind.placeBits + bits; shift += DIGIT_BITS) {
+    const auto digit = [shift](std::uint64_t entry) { return entry >> shift & ((1U << DIGIT_BITS) - 1); };
+    std::array<std::size_t, (1U << DIGIT_BITS) + 1> starts{};
+    for (std::size_t i = 1; i < entries->size(); ++i) {
+      ++starts[digit((*entries)[i]) + 1];
+    }
+    std::partial_sum(starts.begin(), starts.end(), starts.begin());
+    for (std::size_t i = 1; i < entries->size(); ++i) {
+      other[1 + starts[digit((*entries)[i])]++] = (*entries)[i];
+    }
+    entries->swap(other);
   }
-  for (std::size_t right = items.count; right > 1; --right) {
+}
+
+/// Without equal items there is one order only, and the fastest way to it will do.
+/// @param bits of a code: too few of them for all items, and some are equal for certain
+/// @return false when there are equal items, or no fast way; the entries are then in no order that counts
+bool sortDistinct(const ShortEntries& kind, int bits, std::vector<std::uint64_t>* entries) {
+  if (bits < kind.placeBits - 1) {
+    return false;
+  }
+  radixSort(kind, bits, entries);
+  const auto notBelow = [&kind](std::uint64_t one, std::uint64_t next) { return !kind.below(one, next); };
+  return std::adjacent_find(entries->begin() + 1, entries->end(), notBelow) == entries->end();
+}
+
+bool sortDistinct(const LongEntries& /*kind*/, int /*bits*/, std::vector<LongEntries::Entry>* /*entries*/) {
+  return false;
+}
+
+template <typename Kind>
+void heapSort(const Kind& kind, std::vector<typename Kind::Entry>* entries) {
+  auto* const heap = entries->data();
+  const std::size_t count = entries->size() - 1;
+  for (std::size_t left = count / 2; left >= 1; --left) {
+    siftCodes(kind, left, count, heap);
+  }
+  for (std::size_t right = count; right > 1; --right) {
     std::swap(heap[1], heap[right]);
-    siftCodes(kind, 1, right - 1, heap.data());
+    siftCodes(kind, 1, right - 1, heap);
   }
-  if (items.count <= COPY_LIMIT / items.bytes) {
-    arrangeFromCopy(kind, heap, vect, items.bytes);
+}
+
+/// @param bits of a code
+template <typename Kind>
+void sortCodes(const Kind& kind, const Items& items, const std::vector<Column>& columns, int bits, char* vect) {
+  std::vector<typename Kind::Entry> entries(items.count + 1);
+  const bool roomy = items.count <= COPY_LIMIT / items.bytes;
+  fillEntries(kind, items, columns, &entries);
+  if (!roomy || !sortDistinct(kind, bits, &entries)) {
+    fillEntries(kind, items, columns, &entries);
+    heapSort(kind, &entries);
+  }
+  if (roomy) {
+    arrangeFromCopy(kind, entries, vect, items.bytes);
   } else {
-    arrangeInPlace(kind, heap, vect, items.bytes);
+    arrangeInPlace(kind, entries, vect, items.bytes);
   }
 }
 
@@ -250,9 +303,9 @@ bool sortByCodes(char* vect, std::size_t count, int size) {
   const int placeBits = static_cast<int>(std::bit_width(count));
   try {
     if (bits + placeBits <= 64) {
-      sortCodes(ShortEntries{placeBits}, items, columns, vect);
+      sortCodes(ShortEntries{placeBits}, items, columns, bits, vect);
     } else {
-      sortCodes(LongEntries{}, items, columns, vect);
+      sortCodes(LongEntries{}, items, columns, bits, vect);
     }
   } catch (const std::bad_alloc&) {
     return false;

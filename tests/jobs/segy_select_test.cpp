@@ -294,6 +294,9 @@ TEST(SegySort, OrdersAsTheTextbookHeapDoesEqualRecordsIncluded) {
         return SortItem{upTo(3), upTo(3), upTo(3), 0, i};
       },  // ties in three keys
       [&](int i) {
+        return SortItem{static_cast<double>(i * 37 % 1009), static_cast<double>(-i), 0, 0, i};
+      },  // no ties
+      [&](int i) {
         return SortItem{upTo(5) / 4, upTo(2) == 0 ? -0.0 : 0.0, 0, 0, i};
       },  // floats, both zeros
       [&](int i) {
