@@ -6,6 +6,8 @@
 #include <new>
 #include <utility>
 
+#include "libkyr/text.h"
+
 namespace {
 
 bool sameNode(const struct stat& a, const struct stat& b) { return a.st_dev == b.st_dev && a.st_ino == b.st_ino; }
@@ -77,4 +79,15 @@ bool closeFile(FileHandle& file) {
   if (!file) return true;
   const bool intact = std::ferror(file.get()) == 0;
   return std::fclose(file.release()) == 0 && intact;
+}
+
+bool readTextLine(std::FILE* stream, std::string* line) {
+  constexpr std::size_t limit = std::size_t{64} * 1024;
+  line->clear();
+  int byte = std::getc(stream);
+  if (byte == EOF) return false;
+  for (; byte != EOF && byte != '\n'; byte = std::getc(stream))
+    if (line->size() < limit) *line += static_cast<char>(byte);
+  *line = trimText(*line);
+  return std::ferror(stream) == 0;
 }

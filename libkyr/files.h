@@ -49,3 +49,7 @@ FileHandle openFile(const char* path, const char* mode, std::size_t bufferSize =
 
 /// Flushes and closes. @return false when an earlier operation or the close failed (errno); true for an empty handle
 bool closeFile(FileHandle& file);
+
+/// Reads the next line without the blanks around it; what a line has beyond 64 KB is passed over.
+/// @return false at the end of the file or on an error
+bool readTextLine(std::FILE* stream, std::string* line);

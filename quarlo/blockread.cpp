@@ -2,13 +2,18 @@
 
 #include "quarlo/tapelib/cons_win.h"
 
-BlockRead PatientReader::read(UnitStruct* units, char* buffer, int bytes, int* count) {
-  *count = tlv_tape_read(units, 0, buffer, bytes);
-  const bool patient = !units->inputAbort;
-  for (int attempt = 0; *count < 0 && patient && attempt < RETRIES; ++attempt) {
-    console_out(words.retrying);
-    *count = tlv_tape_read(units, 0, buffer, bytes);
+int readWithRetries(UnitStruct* units, char* buffer, int bytes, void (*tell)(const char* line), const char* retrying) {
+  int count = tlv_tape_read(units, 0, buffer, bytes);
+  for (int attempt = 0; count < 0 && !units->inputAbort && attempt < READ_RETRIES; ++attempt) {
+    tell(retrying);
+    count = tlv_tape_read(units, 0, buffer, bytes);
   }
+  return count;
+}
+
+BlockRead PatientReader::read(UnitStruct* units, char* buffer, int bytes, int* count) {
+  const bool patient = !units->inputAbort;
+  *count = readWithRetries(units, buffer, bytes, console_out, words.retrying);
   if (*count >= 0) {
     skippedInARow = 0;
     return BlockRead::Done;

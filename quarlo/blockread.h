@@ -17,9 +17,15 @@ enum class BlockRead {
   Failed    ///< the job cannot go on
 };
 
+constexpr int READ_RETRIES = 5;
+
+/// Reads from unit 0, up to READ_RETRIES times more after a failure unless `inputAbort` is set.
+/// @param tell says `retrying` before each retry
+/// @return bytes, 0 at a mark or the end of data, -1
+int readWithRetries(UnitStruct* units, char* buffer, int bytes, void (*tell)(const char* line), const char* retrying);
+
 class PatientReader {
  public:
-  static constexpr int RETRIES = 5;
   static constexpr int SKIPS_IN_A_ROW = 5;
 
   explicit PatientReader(const RetryWords& jobWords) : words(jobWords) {}

@@ -50,22 +50,10 @@ bool SegyInput::takeBinary(std::span<const char> header) {
 // ---- disk -------------------------------------------------------------------------------------------------------
 
 std::vector<std::string> listSegyFiles(const DIRECTORY& directory, const std::string& outputPath) {
-  std::vector<std::string> names;
-  if (!xvt_fsys_save_dir()) {
-    return names;
-  }
-  if (xvt_fsys_set_dir(&directory)) {
-    const std::unique_ptr<xvt_string_list, decltype(&xvt_slist_destroy)> list(xvt_fsys_list_files("*.sgy", false),
-                                                                              xvt_slist_destroy);
-    for (SLIST_ELT element = list ? xvt_slist_get_first(list.get()) : nullptr; element != nullptr;
-         element = xvt_slist_get_next(list.get(), element)) {
-      const char* name = xvt_slist_get_text(list.get(), element);
-      if (!sameFile(name, outputPath.c_str())) {
-        names.emplace_back(name);
-      }
-    }
-  }
-  xvt_fsys_restore_dir();
+  std::vector<std::string> names = listFiles(directory, "*.sgy");
+  std::erase_if(names, [&](const std::string& name) {
+    return sameFile(joinPath(fieldText(directory.path), name).c_str(), outputPath.c_str());
+  });
   return names;
 }
 

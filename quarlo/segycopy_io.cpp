@@ -70,6 +70,23 @@ bool FileSet::holds(const std::string& path) const {
   return node && nodes.contains(*node);
 }
 
+std::vector<std::string> listFiles(const DIRECTORY& directory, const char* pattern) {
+  std::vector<std::string> names;
+  if (!xvt_fsys_save_dir()) {
+    return names;
+  }
+  if (xvt_fsys_set_dir(&directory)) {
+    const std::unique_ptr<xvt_string_list, decltype(&xvt_slist_destroy)> list(xvt_fsys_list_files(pattern, false),
+                                                                              xvt_slist_destroy);
+    for (SLIST_ELT element = list ? xvt_slist_get_first(list.get()) : nullptr; element != nullptr;
+         element = xvt_slist_get_next(list.get(), element)) {
+      names.emplace_back(xvt_slist_get_text(list.get(), element));
+    }
+  }
+  xvt_fsys_restore_dir();
+  return names;
+}
+
 // ---- reading ----------------------------------------------------------------------------------------------------
 
 void PieceReader::begin(std::FILE* stream) {
@@ -78,11 +95,15 @@ void PieceReader::begin(std::FILE* stream) {
   error = lseek(descriptor, 0, SEEK_SET) != 0;
 }
 
-std::span<const char> PieceReader::take(std::size_t bytes) {
+std::span<const char> PieceReader::peek(std::size_t bytes) {
   if (last - first < bytes && !fill(bytes)) {
     return {};
   }
-  const std::span<const char> piece(buffer.data() + first, std::min(bytes, last - first));
+  return {buffer.data() + first, std::min(bytes, last - first)};
+}
+
+std::span<const char> PieceReader::take(std::size_t bytes) {
+  const std::span<const char> piece = peek(bytes);
   first += piece.size();
   return piece;
 }
@@ -111,31 +132,26 @@ bool PieceReader::fill(std::size_t bytes) {
 
 // ---- writing ----------------------------------------------------------------------------------------------------
 
-SegyOutput::SegyOutput(UnitStruct* allUnits, const FileSet& allInputs) : units(allUnits), inputs(allInputs) {
-  const std::string_view name = fieldText(units[1].fs.name);
-  baseName = name.substr(0, name.find('.'));
+void PieceWriter::begin(std::FILE* stream, const char* fileName) {
+  file = stream;
+  name = fileName;
+  buffer.clear();
+  pieces.clear();
+  broken = false;
+  emptied = false;
 }
 
-bool SegyOutput::write(std::span<const char> piece, bool isTrace) {
-  closed = false;
-  if (isTape()) {
-    const int bytes = static_cast<int>(piece.size());
-    if (tlv_tape_write(units, ALL_OUTPUTS, piece.data(), bytes) >= bytes) {
-      return true;
-    }
-    gone = {isTrace ? 1 : 0, isTrace ? static_cast<double>(bytes) : 0};
-    return false;
-  }
+bool PieceWriter::write(std::span<const char> piece, bool isTrace) {
   buffer.insert(buffer.end(), piece.begin(), piece.end());
   pieces.push_back({buffer.size(), isTrace});
   return buffer.size() < streamBufferSize || flush();
 }
 
-bool SegyOutput::flush() {
-  if (isTape() || buffer.empty()) {
+bool PieceWriter::flush() {
+  if (buffer.empty()) {
     return !broken;
   }
-  if (broken || units[1].fp == nullptr) {
+  if (broken || file == nullptr) {
     return lose(0, EBADF);
   }
   std::size_t written = 0;
@@ -148,8 +164,8 @@ bool SegyOutput::flush() {
 }
 
 /// @return false with errno when not all could be written
-bool SegyOutput::writeBuffer(std::size_t* written) {
-  const int descriptor = fileno(units[1].fp);
+bool PieceWriter::writeBuffer(std::size_t* written) {
+  const int descriptor = fileno(file);
   if (!emptied && ftruncate(descriptor, 0) != 0 && errno != EINVAL) {
     return false;  // EINVAL: a pipe or a device
   }
@@ -159,9 +175,9 @@ bool SegyOutput::writeBuffer(std::size_t* written) {
 }
 
 /// Cuts the file back to its last whole piece and counts what did not reach it.
-bool SegyOutput::lose(std::size_t written, int reason) {
+bool PieceWriter::lose(std::size_t written, int reason) {
   if (!broken) {
-    console_printf("  *** Error writing to disk file \"%s\": %s.", units[1].name, std::strerror(reason));
+    say(formatText("  *** Error writing to disk file \"%s\": %s.", name.c_str(), std::strerror(reason)).c_str());
   }
   broken = true;
   std::size_t whole = 0;
@@ -170,21 +186,38 @@ bool SegyOutput::lose(std::size_t written, int reason) {
       whole = piece.end;
       continue;
     }
-    if (piece.isTrace) {
-      const std::size_t begin = &piece == pieces.data() ? 0 : (&piece - 1)->end;
-      ++gone.traces;
-      gone.bytes += static_cast<double>(piece.end - begin);
-    }
+    const std::size_t begin = &piece == pieces.data() ? 0 : (&piece - 1)->end;
+    gone.traces += piece.isTrace ? 1 : 0;
+    (piece.isTrace ? gone.bytes : gone.headerBytes) += static_cast<double>(piece.end - begin);
   }
-  if (units[1].fp != nullptr && whole < written) {
-    const int descriptor = fileno(units[1].fp);
+  if (file != nullptr && whole < written) {
+    const int descriptor = fileno(file);
     const off_t end = lseek(descriptor, 0, SEEK_CUR) - static_cast<off_t>(written - whole);
     if (end < 0 || ftruncate(descriptor, end) != 0) {
-      console_printf("  ** The end of disk file \"%s\" is no whole trace.", units[1].name);
+      say(formatText("  ** The end of disk file \"%s\" is no whole trace.", name.c_str()).c_str());
     }
   }
   buffer.clear();
   pieces.clear();
+  return false;
+}
+
+SegyOutput::SegyOutput(UnitStruct* allUnits, const FileSet& allInputs) : units(allUnits), inputs(allInputs) {
+  const std::string_view name = fieldText(units[1].fs.name);
+  baseName = name.substr(0, name.find('.'));
+  disk.begin(units[1].fp, units[1].name);
+}
+
+bool SegyOutput::write(std::span<const char> piece, bool isTrace) {
+  closed = false;
+  if (!isTape()) {
+    return disk.write(piece, isTrace);
+  }
+  const int bytes = static_cast<int>(piece.size());
+  if (tlv_tape_write(units, ALL_OUTPUTS, piece.data(), bytes) >= bytes) {
+    return true;
+  }
+  gone = {isTrace ? 1 : 0, isTrace ? static_cast<double>(bytes) : 0, 0};
   return false;
 }
 
@@ -208,6 +241,7 @@ SegyOutput::Volume SegyOutput::nextFile(int index) {
     console_printf("***  Error opening file %s", name.c_str());
     return Volume::Failed;
   }
+  disk.begin(units[1].fp, units[1].name);
   console_printf("Output file %d: %s", index + 1, next.name);
   return Volume::Ready;
 }

@@ -1,4 +1,4 @@
-/// The files of a SEG Y copy: reading in large pieces, writing whole traces, and telling files apart.
+/// The files of the SEG Y and SEG D copies: reading in large pieces, writing whole traces, and telling files apart.
 #pragma once
 
 #include <sys/types.h>
@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "quarlo/tapelib/cons_win.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 
 /// Files that exist, known by what they are and not by their names.
@@ -24,6 +25,9 @@ class FileSet {
   std::set<std::pair<dev_t, ino_t>> nodes;
 };
 
+/// The names of the directory's files that match a shell pattern, in listing order.
+std::vector<std::string> listFiles(const DIRECTORY& directory, const char* pattern);
+
 /// Reads a file in large pieces and hands its bytes out where they lie.
 class PieceReader {
  public:
@@ -31,6 +35,8 @@ class PieceReader {
   void begin(std::FILE* stream);
   /// The next `bytes` bytes, valid until the next call; fewer at the end of the file, none (and failed()) on an error.
   std::span<const char> take(std::size_t bytes);
+  /// The same bytes, which the next call hands out again.
+  std::span<const char> peek(std::size_t bytes);
   bool failed() const { return error; }
 
  private:
@@ -46,7 +52,42 @@ class PieceReader {
 /// What a failed write took back of what it had accepted.
 struct LostOutput {
   int traces = 0;
-  double bytes = 0;
+  double bytes = 0;        ///< of the traces
+  double headerBytes = 0;  ///< of what was no trace
+};
+
+/// Writes pieces to a file through a large buffer. A file that runs full ends with its last whole piece.
+class PieceWriter {
+ public:
+  /// @param tell takes the lines about what went wrong
+  explicit PieceWriter(void (*tell)(const char* line) = console_out) : say(tell) {}
+
+  /// Writes to this stream from now on, which nobody else writes to meanwhile. What the file holds goes with the first
+  /// write, not before. @param fileName for the messages
+  void begin(std::FILE* stream, const char* fileName);
+  /// @return false when the disk took it not: lost() says what went with it
+  bool write(std::span<const char> piece, bool isTrace);
+  /// Hands what is still in the buffer to the disk.
+  bool flush();
+  const LostOutput& lost() const { return gone; }
+
+ private:
+  struct Piece {
+    std::size_t end;  // in the buffer
+    bool isTrace;
+  };
+
+  bool writeBuffer(std::size_t* written);
+  bool lose(std::size_t written, int reason);
+
+  void (*say)(const char* line);
+  std::FILE* file = nullptr;
+  std::string name;
+  std::vector<char> buffer;
+  std::vector<Piece> pieces;  // in the buffer
+  LostOutput gone;
+  bool broken = false;
+  bool emptied = false;  // what stood in the file is gone
 };
 
 /// Where a SEG Y copy writes: all output tapes, a block for each piece, or a disk file through a large buffer. A disk
@@ -64,8 +105,8 @@ class SegyOutput {
   bool writeHeader(const std::vector<char>& header) { return write({header.data(), header.size()}, false); }
   bool writeTrace(std::span<const char> trace) { return write(trace, true); }
   /// Hands what is still in the buffer to the disk.
-  bool flush();
-  const LostOutput& lost() const { return gone; }
+  bool flush() { return isTape() || disk.flush(); }
+  const LostOutput& lost() const { return isTape() ? gone : disk.lost(); }
 
   /// Ends the present volume and begins the next. On disk that is a file beside the first, its name up to the first "."
   /// followed by `index` in three digits; on tape the next cartridge of every output drive.
@@ -78,25 +119,15 @@ class SegyOutput {
   bool finish();
 
  private:
-  struct Piece {
-    std::size_t end;  // in the buffer
-    bool isTrace;
-  };
-
   bool write(std::span<const char> piece, bool isTrace);
-  bool writeBuffer(std::size_t* written);
-  bool lose(std::size_t written, int reason);
   Volume nextFile(int index);
   Volume nextTapes();
 
   UnitStruct* units;
   const FileSet& inputs;
   std::string baseName;  // of the first volume, up to its first "."
-  std::vector<char> buffer;
-  std::vector<Piece> pieces;  // in the buffer
-  LostOutput gone;
-  bool broken = false;
-  bool emptied = false;  // what stood in the chosen file is gone; it goes with the first write, not before
+  PieceWriter disk;
+  LostOutput gone;     // at a tape
   bool closed = true;  // the tapes now loaded are complete, or without a block of this job: they take no closing marks
 };
 

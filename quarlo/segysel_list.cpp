@@ -19,24 +19,6 @@ namespace {
 
 // ---- lines and words --------------------------------------------------------------------------------------------
 
-constexpr std::size_t LINE_LIMIT = std::size_t{64} * 1024;  // what a line has beyond this is passed over
-
-/// The next line without the blanks around it. @return false at the end of the file or on an error
-bool readLine(std::FILE* file, std::string* line) {
-  line->clear();
-  int byte = std::getc(file);
-  if (byte == EOF) {
-    return false;
-  }
-  for (; byte != EOF && byte != '\n'; byte = std::getc(file)) {
-    if (line->size() < LINE_LIMIT) {
-      *line += static_cast<char>(byte);
-    }
-  }
-  *line = trimText(*line);
-  return std::ferror(file) == 0;
-}
-
 /// Lines that are not blank, with their numbers.
 class LineReader {
  public:
@@ -44,7 +26,7 @@ class LineReader {
 
   bool next() {
     do {
-      if (!readLine(file, &text)) {
+      if (!readTextLine(file, &text)) {
         return false;
       }
       ++number;

@@ -1,14 +1,13 @@
 #include "quarlo/tapechange.h"
 
-#include "quarlo/tapelib/cons_win.h"
 #include "quarlo/tapelib/tapctrl2.h"
 #include "quarlo/tapelib/tapectrl.h"
 
 namespace {
 
-void say(const char* line) {
+void say(const TapeChangeWords& words, const char* line) {
   if (line != nullptr) {
-    console_out(line);
+    words.tell(line);
   }
 }
 
@@ -23,8 +22,8 @@ int autoLoadInput(UnitStruct* units) {
 template <typename Ask>
 int askBesideMagazine(UnitStruct* unit, const TapeChangeWords& words, Ask ask) {
   unit->autoMode = false;
-  say(words.magazineFinished);
-  say(words.afterMagazine);
+  say(words, words.magazineFinished);
+  say(words, words.afterMagazine);
   const int more = ask();
   unit->autoMode = true;
   return more;
@@ -56,7 +55,7 @@ int nextInputTape(UnitStruct* units, const TapeChangeWords& words) {
     unloadIfSo(units, 0);
     return askInput(units);
   }
-  say(words.finished);
+  say(words, words.finished);
   if (autoLoadInput(units) != 0) {
     return 1;
   }
@@ -70,7 +69,7 @@ int nextOutputTapes(UnitStruct* units, const TapeChangeWords& words) {
   for (int uNum = 1; uNum <= units->nOutputs; ++uNum) {
     int more = 0;
     if (options.autoMode) {
-      say(words.finished);
+      say(words, words.finished);
       more = tlvLoadNextTape(units, uNum);
       if (more == 0) {
         more = askBesideMagazine(&options, words, [units, uNum] { return askOutput(units, uNum); });

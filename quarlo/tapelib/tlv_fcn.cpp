@@ -1,6 +1,7 @@
 #include "quarlo/tapelib/tlv_fcn.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <thread>
 #include <vector>
@@ -24,7 +25,11 @@ std::chrono::milliseconds minuteLength = std::chrono::minutes(1);
 class BusyCursor {
  public:
   BusyCursor() { xvt_app_set_busy(true); }
-  ~BusyCursor() { xvt_app_set_busy(false); }
+  ~BusyCursor() {
+    const int reason = errno;  // of the operation, for its caller
+    xvt_app_set_busy(false);
+    errno = reason;
+  }
   BusyCursor(const BusyCursor&) = delete;
   BusyCursor& operator=(const BusyCursor&) = delete;
 };

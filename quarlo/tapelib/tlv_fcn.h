@@ -124,8 +124,9 @@ int tlv_tape_close(UnitStruct* aUnit, int uNum);
 int tlv_tape_ready(UnitStruct* aUnit, int uNum);
 /// Reads one block of at most maxBlockSize bytes; `buffer` holds ioBufLen bytes.
 /// @param bytes only decides whether the limit of the M4 family applies
-/// @return bytes, 0 at a filemark (eofMark) or at the end of data (eodMark), -1 on error: the tape then stands so that
-///         the next read meets the same block and a skip of one passes exactly it
+/// @return bytes, 0 at a filemark (eofMark) or at the end of data (eodMark), -1 on error (errno ENOMEM: the block is
+///         longer than maxBlockSize): the tape then stands so that the next read meets the same block and a skip of one
+///         passes exactly it
 int tlv_tape_read(UnitStruct* aUnit, int uNum, char* buffer, int bytes);
 /// Writes one block to one unit or to every output. @return bytes written, -1 on error
 int tlv_tape_write(UnitStruct* aUnit, int uNum, const char* buffer, int bytes);

@@ -388,6 +388,7 @@ int unixTapeRead(UnitStruct* aUnit, int uNum, char* buffer) {
     console_printf("      The block is longer than the limit of %u bytes; ST_BUFFER (in KiB) raises it.",
                    unit.maxBlockSize);
   reportLoss(unit, handle);
+  errno = answer == TapeAnswer::TOO_LONG ? ENOMEM : EIO;
   return -1;
 }
 
