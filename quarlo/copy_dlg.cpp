@@ -5,6 +5,7 @@
 #include "libkyr/text.h"
 #include "quarlo/bot_dlg.h"
 #include "quarlo/jobframe.h"
+#include "quarlo/segdcopy.h"
 #include "quarlo/segy_dlgs.h"
 #include "quarlo/segycopy.h"
 #include "quarlo/shell.h"
@@ -40,7 +41,7 @@ struct Format {
 constexpr Format FORMATS[] = {
     {"UNFORMATTED", "tpf", "tpf", DLG_UNFORMATTED, NoFmtParam_eh, doImageCopy, false, false},
     {"SEG Y", "", "sgy", DLG_SEGY, SegyCpy_eh, doSegyCopy, false, false},
-    {"SEG D", "", "sgd", 0, nullptr, nullptr, true, true},
+    {"SEG D", "", "sgd", 0, nullptr, doSegdCopy, true, true},
 };
 constexpr int UNFORMATTED = 1;
 

@@ -1,0 +1,109 @@
+/// Where a SEG D copy reads: the files of a directory, one field file in each, or tapes.
+#pragma once
+
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "quarlo/segdhdr.h"
+#include "quarlo/segycopy_io.h"
+#include "quarlo/tapelib/tlv_fcn.h"
+
+/// What came of asking for the next field file or trace.
+enum class SegdItem {
+  Data,
+  End,
+  Failed  ///< said on the console and in the log
+};
+
+class SegdInput {
+ public:
+  explicit SegdInput(UnitStruct* allUnits) : units(allUnits) {}
+  virtual ~SegdInput() = default;
+  SegdInput(const SegdInput&) = delete;
+  SegdInput& operator=(const SegdInput&) = delete;
+
+  /// Reads the headers of the next field file into GenHdr and HeaderRecord.
+  virtual SegdItem getFieldFile() = 0;
+  /// @param trace receives the next trace of the field file, valid until the next call
+  virtual SegdItem getSegdTrace(std::span<const char>* trace) = 0;
+  /// Passes over the field file whose headers were read. @return false after a line
+  virtual bool skipFile(int fieldFile) = 0;
+  /// Ends the field file in hand.
+  virtual void closeFile() {}
+  /// Bytes of the field file that no header announced.
+  virtual double bytesLeft() const { return 0; }
+  /// How far the job is, in percent; tapes do not know.
+  virtual int percent() const { return 0; }
+
+  const segdheader& GenHdr() const { return headers.GenHdr; }
+  SegdHeaders headers;
+  std::vector<char> HeaderRecord;  ///< all headers of the field file as they were read
+  std::string InputFileName;       ///< of a disk input
+  int TapesCopied = 1;             ///< one more than the tapes that were read to their end
+  int tape = 1;                    ///< number of the tape in hand
+
+ protected:
+  UnitStruct* units;
+};
+
+/// The names of the directory's files with the extension of `file`, in listing order.
+std::vector<std::string> listSegdFiles(const FILE_SPEC& file);
+
+class SegdDiskInput : public SegdInput {
+ public:
+  /// @param names files in the directory of unit 0, which is closed
+  SegdDiskInput(UnitStruct* allUnits, std::vector<std::string> names);
+  ~SegdDiskInput() override { closeFile(); }
+
+  SegdItem getFieldFile() override;
+  SegdItem getSegdTrace(std::span<const char>* trace) override;
+  bool skipFile(int fieldFile) override;
+  void closeFile() override;
+  double bytesLeft() const override { return size - position; }
+  int percent() const override;
+
+ private:
+  bool open();
+  bool readHeaders();
+  bool readGeneralHeaders();
+  bool readChannelSets();
+  bool sampleSizeIsKnown();
+  bool takeHeader(double bytes, const char* what);
+  bool measureTrace(std::size_t* headerBytes);
+  bool peekTrace(std::size_t bytes, std::span<const char>* begin);
+  bool isTraceHeader(const char* header);
+  std::span<const char> zeroed(std::span<const char> trace, std::size_t headerBytes);
+  /// Says what is wrong at a 0-based place of the file. @return false
+  [[gnu::format(printf, 3, 4)]] bool complain(double place, const char* format, ...) const;
+
+  std::vector<std::string> files;
+  std::size_t next = 0;
+  DIRECTORY directory;
+  PieceReader reader;
+  double size = 0;      // of the file in hand
+  double position = 0;  // in it
+  int NumberOfChannels = 0;
+  int channelsRead = 0;
+  bool firstIsBlank = false;  // the first trace header of the file gives no numbers
+  std::vector<char> zeroes;
+};
+
+class SegdTapeInput : public SegdInput {
+ public:
+  explicit SegdTapeInput(UnitStruct* allUnits);
+
+  SegdItem getFieldFile() override;
+  SegdItem getSegdTrace(std::span<const char>* trace) override;
+  bool skipFile(int fieldFile) override;
+
+ private:
+  int getTapeBlock();
+  bool handleInputEOT();
+  void takeHeader(int bytes);
+
+  int MaxRead;
+  int Eof = 0;  // marks in a row
+  bool SkippedLastFile = false;
+};
