@@ -5,6 +5,7 @@
 #include "libkyr/text.h"
 #include "quarlo/bot_dlg.h"
 #include "quarlo/jobframe.h"
+#include "quarlo/segd_dlgs.h"
 #include "quarlo/segdcopy.h"
 #include "quarlo/segy_dlgs.h"
 #include "quarlo/segycopy.h"
@@ -41,7 +42,7 @@ struct Format {
 constexpr Format FORMATS[] = {
     {"UNFORMATTED", "tpf", "tpf", DLG_UNFORMATTED, NoFmtParam_eh, doImageCopy, false, false},
     {"SEG Y", "", "sgy", DLG_SEGY, SegyCpy_eh, doSegyCopy, false, false},
-    {"SEG D", "", "sgd", 0, nullptr, doSegdCopy, true, true},
+    {"SEG D", "", "sgd", DLG_SEGD, SegdCpy_eh, doSegdCopy, true, true},
 };
 constexpr int UNFORMATTED = 1;
 
@@ -312,6 +313,7 @@ void create(WINDOW dialog) {
   inFileType = UNFORMATTED;
   unfmtInit();
   segyInit();
+  segdInit();
   constexpr const char* NAMES[] = {FORMATS[0].name, FORMATS[1].name, FORMATS[2].name};
   fillList(dialog, CP_FORMAT, NAMES, 0);
   show(dialog, COPY_NOT_READY, "Idle");

@@ -1,13 +1,9 @@
 #include "quarlo/segy_dlgs.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstdlib>
-#include <optional>
-#include <string>
 
-#include "libkyr/files.h"
 #include "libkyr/text.h"
+#include "quarlo/settings_dlg.h"
 #include "quarlo/tapelib/controls.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 #include "resources/ids.h"
@@ -20,115 +16,16 @@ SgyCopyParams editedCopy;
 PolyParams editedPolygon;
 ListParams editedList;
 
-// ---- pieces of all three ----------------------------------------------------------------------------------------
-
-/// A byte position and its data type.
-struct KeyControls {
-  int byteControl;
-  int typeControl;
-  int* byte;
-  int* type;
-};
-
-NumberField byteField(const KeyControls& key) { return {.control = key.byteControl, .value = key.byte, .low = 1}; }
-
-void showKey(WINDOW dialog, const KeyControls& key) {
-  showNumber(dialog, byteField(key));
-  const WINDOW list = xvt_win_get_ctl(dialog, key.typeControl);
-  if (list != NULL_WIN) {
-    initTypeField(list, *key.type);
-  }
-}
-
-void enableKey(WINDOW dialog, const KeyControls& key, bool enabled) {
-  enableControls(dialog, {key.byteControl, key.typeControl}, enabled);
-}
-
-/// @return whether the event was one of the key's controls
-bool editKey(WINDOW dialog, const EVENT& event, const KeyControls& key) {
-  if (readNumber(dialog, event, byteField(key))) {
-    return true;
-  }
-  if (event.ctl.what != CTL_SELECT || event.ctl.id != key.typeControl) {
-    return false;
-  }
-  const int row = xvt_list_get_selected(xvt_win_get_ctl(dialog, key.typeControl));
-  if (row >= DT_INT8 && row <= DT_FLOAT32) {
-    *key.type = row;
-  }
-  return true;
-}
-
-template <std::size_t N>
-bool editKeys(WINDOW dialog, const EVENT& event, const KeyControls (&keys)[N]) {
-  for (const KeyControls& key : keys) {
-    if (editKey(dialog, event, key)) {
-      return true;
-    }
-  }
-  return false;
-}
-
-/// Radio buttons whose settings count from 1.
-bool chooseFromOne(WINDOW dialog, const EVENT& event, int first, int last, int* setting) {
-  int place = 0;
-  if (!chooseRadio(dialog, event, first, last, &place)) {
-    return false;
-  }
-  *setting = place + 1;
-  return true;
-}
-
-/// The number that a text holds, if it holds one.
-std::optional<double> parseReal(const std::string& text) {
-  const std::string trimmed(trimText(text));
-  char* end = nullptr;
-  const double value = std::strtod(trimmed.c_str(), &end);
-  if (end == trimmed.c_str() || !std::isfinite(value)) {
-    return std::nullopt;
-  }
-  return value;
-}
-
-using FileChooser = bool (*)(FILE_SPEC* file, const char* extension, const char* title);
-using PathField = char[PATH_FIELD];
-
-/// Asks for a file, starting in the directory of the setting.
-void chooseFileInto(FileChooser choose, PathField* directory, PathField* name) {
-  FILE_SPEC file{};
-  copyText(file.dir.path, fieldText(*directory));
-  if (!choose(&file, "", "Select File")) {
-    return;
-  }
-  PathField chosenDirectory;
-  PathField chosenName;
-  if (!copyText(chosenDirectory, fieldText(file.dir.path)) || !copyText(chosenName, fieldText(file.name))) {
-    xvt_dm_post_error("Error getting file name.");
-    return;
-  }
-  copyText(*directory, fieldText(chosenDirectory));
-  copyText(*name, fieldText(chosenName));
-}
-
-void showPath(WINDOW dialog, int control, const PathField& directory, const PathField& name) {
-  setControlText(dialog, control, name[0] != '\0' ? joinPath(fieldText(directory), fieldText(name)).c_str() : "");
-}
-
 // ---- options ----------------------------------------------------------------------------------------------------
 
 const KeyControls COPY_KEYS[] = {
-    {SY_PRIMARY_BYTE, SY_PRIMARY_TYPE, &editedCopy.sortPrimByte, &editedCopy.sortPrimType},
-    {SY_SECONDARY_BYTE, SY_SECONDARY_TYPE, &editedCopy.sortSecByte, &editedCopy.sortSecType},
-    {SY_TERTIARY_BYTE, SY_TERTIARY_TYPE, &editedCopy.sortTerByte, &editedCopy.sortTerType},
-    {SY_RECORD_BYTE, SY_RECORD_TYPE, &editedCopy.recordByte, &editedCopy.recordType},
+    {SY_PRIMARY_BYTE, SY_PRIMARY_TYPE, &editedCopy.sortPrimByte, &editedCopy.sortPrimType, DataTypes},
+    {SY_SECONDARY_BYTE, SY_SECONDARY_TYPE, &editedCopy.sortSecByte, &editedCopy.sortSecType, DataTypes},
+    {SY_TERTIARY_BYTE, SY_TERTIARY_TYPE, &editedCopy.sortTerByte, &editedCopy.sortTerType, DataTypes},
+    {SY_RECORD_BYTE, SY_RECORD_TYPE, &editedCopy.recordByte, &editedCopy.recordType, DataTypes},
 };
 
-struct FlagControl {
-  int control;
-  bool SgyCopyParams::*flag;
-};
-
-constexpr FlagControl COPY_FLAGS[] = {
+constexpr FlagControl<SgyCopyParams> COPY_FLAGS[] = {
     {SY_RANGE_LIMIT, &SgyCopyParams::rangeLimit},   {SY_SORT, &SgyCopyParams::sort},
     {SY_TERTIARY, &SgyCopyParams::useTertiary},     {SY_KEEP_SORT_FILE, &SgyCopyParams::keepSortFile},
     {SY_REVERSE, &SgyCopyParams::reverseSort},      {SY_REPORT_FILES, &SgyCopyParams::reportFFIDs},
@@ -148,44 +45,24 @@ void enableCopyControls(WINDOW dialog, const SgyCopyParams& params) {
   enableControls(dialog, {SY_PART_SIZE, SY_RECORD_BYTE, SY_RECORD_TYPE}, params.multipleOut && !params.multipleIn);
 }
 
-void showPartSize(WINDOW dialog, const SgyCopyParams& params) {
-  setControlText(dialog, SY_PART_SIZE, formatText("%.3f", params.bytesPerPart / GIGABYTE).c_str());
-}
+constexpr RealField PART_SIZE = {.control = SY_PART_SIZE, .decimals = 3, .low = 0, .high = 1e9, .unit = GIGABYTE};
 
-/// What is no size leaves the old one.
-bool editPartSize(WINDOW dialog, const EVENT& event) {
-  if (event.ctl.what != CTL_FOCUS_LOSS || event.ctl.id != SY_PART_SIZE) {
+bool editCopyFlags(WINDOW dialog, const EVENT& event) {
+  if (!editFlags(dialog, event, COPY_FLAGS, &editedCopy)) {
     return false;
   }
-  const std::optional<double> gigabytes = parseReal(controlText(dialog, SY_PART_SIZE));
-  if (gigabytes && *gigabytes >= 0) {
-    editedCopy.bytesPerPart = *gigabytes * GIGABYTE;
-  }
-  showPartSize(dialog, editedCopy);
+  enableCopyControls(dialog, editedCopy);
   return true;
 }
 
-bool editCopyFlags(WINDOW dialog, const EVENT& event) {
-  for (const auto& [control, flag] : COPY_FLAGS) {
-    if (toggleFlag(dialog, event, control, &(editedCopy.*flag))) {
-      enableCopyControls(dialog, editedCopy);
-      return true;
-    }
-  }
-  return false;
-}
-
 void chooseSortFile(WINDOW dialog) {
-  chooseFileInto(chooseFileToSave, &editedCopy.sortDir, &editedCopy.sortFile);
+  chooseFileInto(chooseFileToSave, "", &editedCopy.sortDir, &editedCopy.sortFile);
   showPath(dialog, SY_SORT_PATH, editedCopy.sortDir, editedCopy.sortFile);
 }
 
 void editLimit(WINDOW /*dialog*/) {
   const bool polygon = limitsByPolygon(editedCopy);
-  if (xvt_dlg_create_res(WD_MODAL, polygon ? DLG_SEGY_POLYGON : DLG_SEGY_LIST, polygon ? PolyDlg_eh : ListDlg_eh,
-                         nullptr) == NULL_WIN) {
-    xvt_dm_post_error("Can't open dialog");
-  }
+  openPart(polygon ? DLG_SEGY_POLYGON : DLG_SEGY_LIST, polygon ? PolyDlg_eh : ListDlg_eh, nullptr);
 }
 
 /// The polygon's and the list's settings have dialogs of their own, which store them.
@@ -205,7 +82,8 @@ void createCopy(WINDOW dialog) {
 }
 
 void controlCopy(WINDOW dialog, const EVENT& event) {
-  if (!editKeys(dialog, event, COPY_KEYS) && !editPartSize(dialog, event) && !editCopyFlags(dialog, event) &&
+  if (!editKeys(dialog, event, COPY_KEYS) && !readReal(dialog, event, PART_SIZE, &editedCopy.bytesPerPart) &&
+      !editCopyFlags(dialog, event) &&
       !chooseFromOne(dialog, event, SY_LIMIT_LIST, SY_LIMIT_POLYGON, &editedCopy.limitType)) {
     runAction(COPY_ACTIONS, dialog, event);
   }
@@ -214,8 +92,8 @@ void controlCopy(WINDOW dialog, const EVENT& event) {
 // ---- polygon ----------------------------------------------------------------------------------------------------
 
 const KeyControls POLYGON_KEYS[] = {
-    {PG_PRIMARY_BYTE, PG_PRIMARY_TYPE, &editedPolygon.primByte, &editedPolygon.primType},
-    {PG_SECONDARY_BYTE, PG_SECONDARY_TYPE, &editedPolygon.secByte, &editedPolygon.secType},
+    {PG_PRIMARY_BYTE, PG_PRIMARY_TYPE, &editedPolygon.primByte, &editedPolygon.primType, DataTypes},
+    {PG_SECONDARY_BYTE, PG_SECONDARY_TYPE, &editedPolygon.secByte, &editedPolygon.secType, DataTypes},
 };
 
 NumberField pointsField() { return {.control = PG_POINTS, .value = &editedPolygon.numPoints, .low = 1}; }
@@ -247,7 +125,7 @@ bool editPoints(WINDOW dialog, const EVENT& event) {
 }
 
 void choosePolygonFile(WINDOW dialog) {
-  chooseFileInto(chooseFileToOpen, &editedPolygon.dir, &editedPolygon.file);
+  chooseFileInto(chooseFileToOpen, "", &editedPolygon.dir, &editedPolygon.file);
   showPath(dialog, PG_PATH, editedPolygon.dir, editedPolygon.file);
 }
 
@@ -283,8 +161,8 @@ void controlPolygon(WINDOW dialog, const EVENT& event) {
 // ---- list -------------------------------------------------------------------------------------------------------
 
 const KeyControls LIST_KEYS[] = {
-    {LL_PRIMARY_BYTE, LL_PRIMARY_TYPE, &editedList.primByte, &editedList.primType},
-    {LL_SECONDARY_BYTE, LL_SECONDARY_TYPE, &editedList.secByte, &editedList.secType},
+    {LL_PRIMARY_BYTE, LL_PRIMARY_TYPE, &editedList.primByte, &editedList.primType, DataTypes},
+    {LL_SECONDARY_BYTE, LL_SECONDARY_TYPE, &editedList.secByte, &editedList.secType, DataTypes},
 };
 
 void createList(WINDOW dialog) {
@@ -301,7 +179,7 @@ void createList(WINDOW dialog) {
 }
 
 void chooseListFile(WINDOW dialog) {
-  chooseFileInto(chooseFileToOpen, &editedList.dir, &editedList.file);
+  chooseFileInto(chooseFileToOpen, "", &editedList.dir, &editedList.file);
   showPath(dialog, LL_PATH, editedList.dir, editedList.file);
 }
 
@@ -326,47 +204,19 @@ void controlList(WINDOW dialog, const EVENT& event) {
   }
 }
 
-/// The events of a modal dialog of settings.
-long settingsDialog(WINDOW dialog, const EVENT& event, void (*create)(WINDOW), void (*control)(WINDOW, const EVENT&)) {
-  switch (event.type) {
-    case E_CREATE:
-      create(dialog);
-      break;
-    case E_CONTROL:
-      control(dialog, event);
-      break;
-    case E_CLOSE:
-      xvt_vobj_destroy(dialog);
-      break;
-    default:
-      break;
-  }
-  return 0;
-}
-
 }  // namespace
 
-void initTypeField(WINDOW theControl, int theType) {
-  xvt_list_clear(theControl);
-  for (const char* name : DataTypes) {
-    xvt_list_add(theControl, -1, name);
-  }
-  if (theType >= DT_INT8 && theType <= DT_FLOAT32) {
-    xvt_list_set_selected(theControl, theType, true);
-  }
-}
+void initTypeField(WINDOW theControl, int theType) { initTypeField(theControl, theType, DataTypes); }
 
 void setCopyState(WINDOW theDialog, const SgyCopyParams* params) {
-  for (const auto& [control, flag] : COPY_FLAGS) {
-    checkControl(theDialog, control, params->*flag);
-  }
+  showFlags(theDialog, COPY_FLAGS, *params);
   xdCheckRadioButton(theDialog, limitsByPolygon(*params) ? SY_LIMIT_POLYGON : SY_LIMIT_LIST, SY_LIMIT_LIST,
                      SY_LIMIT_POLYGON);
   for (const KeyControls& key : COPY_KEYS) {
     showKey(theDialog, key);
   }
   showPath(theDialog, SY_SORT_PATH, params->sortDir, params->sortFile);
-  showPartSize(theDialog, *params);
+  showReal(theDialog, PART_SIZE, params->bytesPerPart);
   enableCopyControls(theDialog, *params);
 }
 
@@ -386,8 +236,8 @@ void setPolyState(WINDOW theDialog, PolyParams* params) {
   showPath(theDialog, PG_PATH, params->dir, params->file);
   enableControls(theDialog, {PG_CHOOSE_FILE, PG_PATH}, params->type != PS_TYPED);
   showNumber(theDialog, {.control = PG_POINTS, .value = &params->numPoints});
-  const KeyControls keys[] = {{PG_PRIMARY_BYTE, PG_PRIMARY_TYPE, &params->primByte, &params->primType},
-                              {PG_SECONDARY_BYTE, PG_SECONDARY_TYPE, &params->secByte, &params->secType}};
+  const KeyControls keys[] = {{PG_PRIMARY_BYTE, PG_PRIMARY_TYPE, &params->primByte, &params->primType, DataTypes},
+                              {PG_SECONDARY_BYTE, PG_SECONDARY_TYPE, &params->secByte, &params->secType, DataTypes}};
   for (const KeyControls& key : keys) {
     showKey(theDialog, key);
   }

@@ -12,6 +12,7 @@ extern const std::span<const DLG_RES> driveDialogs;     ///< selection of input 
 extern const std::span<const DLG_RES> tapeDialogs;      ///< control, spacing, continuation, tape position
 extern const std::span<const DLG_RES> copyDialogs;      ///< copy and its parameters, verify
 extern const std::span<const DLG_RES> segyDialogs;      ///< SEG Y copy settings
+extern const std::span<const DLG_RES> segdDialogs;      ///< SEG D copy settings
 extern const std::span<const DLG_RES> dumpDialogs;      ///< tape dump, file dump
 
 extern const std::span<const MENU_RES> quarloMenus;

@@ -7,7 +7,7 @@ namespace {
 std::vector<DLG_RES> allDialogs() {
   std::vector<DLG_RES> all;
   for (const auto& topic :
-       {shellDialogs, progressDialogs, driveDialogs, tapeDialogs, copyDialogs, segyDialogs, dumpDialogs})
+       {shellDialogs, progressDialogs, driveDialogs, tapeDialogs, copyDialogs, segyDialogs, segdDialogs, dumpDialogs})
     all.insert(all.end(), topic.begin(), topic.end());
   return all;
 }

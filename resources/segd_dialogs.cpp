@@ -1,0 +1,118 @@
+// Settings of the SEG D copy: options, field file list, zero trace list.
+#include "resources/dialogs.h"
+#include "resources/ids.h"
+
+namespace {
+
+constexpr int PATH_COLUMNS = 34;
+
+constexpr DLG_ITEM pathValue(int id, const char* name) { return ui::value(id, name, PATH_COLUMNS, "", IF_GROW); }
+
+constexpr DLG_ITEM SEGD_ITEMS[] = {
+    ui::card("Field files"),
+    ui::grid(3),
+    ui::check(SD_LIMIT, "limit", "~Keep or drop listed field files"),
+    ui::push(SD_LIMIT_LIST, "limit-list", "~Field file list...", 0,
+             "Which field files, and whether they are kept or dropped"),
+    pathValue(SD_LIMIT_PATH, "limit-path"),
+    ui::check(SD_ZERO_TRACES, "zero-traces", "~Zero listed traces (from disk only)", 0,
+              "Their samples become zero; the headers and the number of traces stay"),
+    ui::push(SD_ZERO_LIST, "zero-list", "Zero ~trace list...", 0,
+             "Which traces, and where their number stands in the trace header"),
+    pathValue(SD_ZERO_PATH, "zero-path"),
+    ui::endOf(),
+    ui::endOf(),
+    ui::card("Lengths, when the input is on disk"),
+    ui::grid(3),
+    ui::check(SD_LENGTH_OVERRIDE, "override-length-unit", "Set the ~unit of record lengths", 0,
+              "Only for recorders that do not count in tenths of 1.024 s; the wrong unit gives wrong trace lengths"),
+    ui::edit(SD_LENGTH_UNIT, "length-unit", 9, 0, "1.0240 as SEG D has it; 1.0000 when tenths of a second are counted"),
+    ui::label("seconds"),
+    ui::span(3, ui::check(SD_USE_CHANNEL_SETS, "use-channel-sets", "Take t~race lengths from the channel set headers",
+                          0, "For channel sets that begin or end within the record, or are sampled more often")),
+    ui::endOf(),
+    ui::endOf(),
+    ui::card("Output to disk"),
+    ui::check(SD_NUMBER_BY_FILE, "number-by-field-file", "~Number the files by field file, not in sequence", 0,
+              "line_01234.sgd for field file 1234; otherwise the first file is 1, skipped ones count"),
+    ui::endOf(),
+    ui::card("Output to tape"),
+    ui::grid(3),
+    ui::span(3, ui::check(SD_BLOCK_TRACES, "block-traces", "~Pack the traces of a channel set into blocks", 0,
+                          "Blocks of up to 131,072 bytes; without this each trace is a block")),
+    ui::check(SD_LIMIT_BYTES, "limit-bytes", "Ne~xt tape when more is written than", 0,
+              "Asks for the next tape behind the field file that went over the limit"),
+    ui::edit(SD_BYTE_LIMIT, "byte-limit", 9, 0, "1 GB is 1,073,741,824 bytes"),
+    ui::label("GB"),
+    ui::check(SD_PREPEND, "prepend", "~Begin the first tape with a disk file", 0, "It becomes a tape file of its own"),
+    ui::push(SD_PREPEND_FILE, "prepend-file", "~Disk file..."),
+    pathValue(SD_PREPEND_PATH, "prepend-path"),
+    ui::endOf(),
+    ui::endOf(),
+    ui::card("Messages"),
+    ui::grid(3),
+    ui::check(SD_USE_LOG, "use-log", "~Write all messages to a log file, too"),
+    ui::push(SD_LOG_FILE, "log-file", "~Log file..."),
+    pathValue(SD_LOG_PATH, "log-path"),
+    ui::check(SD_DECIMATE, "decimate", "On the ~console show only one in"),
+    ui::edit(SD_DECIMATE_INTERVAL, "decimate-interval", 6, 0, "The log has a line for every field file"),
+    ui::label("field files"),
+    ui::endOf(),
+    ui::endOf(),
+    ui::buttons(),
+    ui::glue(),
+    ui::push(SD_OK, "ok", "OK", IF_DEFAULT),
+    ui::push(SD_CANCEL, "cancel", "Cancel", IF_CANCEL),
+    ui::endOf(),
+};
+
+constexpr DLG_ITEM FILES_ITEMS[] = {
+    ui::card("Field files in the list"),
+    ui::row(),
+    ui::radio(SF_INCLUSION, "inclusion", "are ~kept"),
+    ui::radio(SF_EXCLUSION, "exclusion", "are ~dropped"),
+    ui::endOf(),
+    ui::endOf(),
+    ui::row(),
+    ui::push(SF_CHOOSE_FILE, "choose-file", "~List file..."),
+    ui::value(SF_PATH, "path", PATH_COLUMNS, "", IF_GROW),
+    ui::endOf(),
+    ui::hint("One field file number a line, or a range such as 10 - 12 with blanks around the dash."),
+    ui::buttons(),
+    ui::glue(),
+    ui::push(SF_OK, "ok", "OK", IF_DEFAULT),
+    ui::push(SF_CANCEL, "cancel", "Cancel", IF_CANCEL),
+    ui::endOf(),
+};
+
+constexpr DLG_ITEM ZERO_ITEMS[] = {
+    ui::row(),
+    ui::push(ZT_CHOOSE_FILE, "choose-file", "~List file..."),
+    ui::value(ZT_PATH, "path", PATH_COLUMNS, "", IF_GROW),
+    ui::endOf(),
+    ui::hint("One value a line, or a range such as 10 - 12 with blanks around the dash."),
+    ui::card("Field of the trace header that is looked up in the list"),
+    ui::grid(2),
+    ui::label("First ~byte", ZT_BYTE),
+    ui::edit(ZT_BYTE, "byte", 6, 0, "Position in the 20-byte trace header, counted from 1"),
+    ui::label("~Type", ZT_TYPE),
+    ui::option(ZT_TYPE, "type", 15, 0, "How the field is read: 1 byte with sign, or 2 or 3 bytes, big-endian"),
+    ui::endOf(),
+    ui::hint("The trace number stands in bytes 5 and 6, as decimal digits: trace 12 reads as 18 (hexadecimal 12)."),
+    ui::endOf(),
+    ui::buttons(),
+    ui::glue(),
+    ui::push(ZT_OK, "ok", "OK", IF_DEFAULT),
+    ui::push(ZT_CANCEL, "cancel", "Cancel", IF_CANCEL),
+    ui::endOf(),
+};
+
+constexpr DLG_RES DIALOGS[] = {
+    dialogOf(DLG_SEGD, "segd", "SEG D Copy Options", SEGD_ITEMS),
+    dialogOf(DLG_SEGD_FILES, "segd-files", "Field File List", FILES_ITEMS),
+    dialogOf(DLG_SEGD_ZERO, "segd-zero", "Zero Trace List", ZERO_ITEMS),
+};
+
+}  // namespace
+
+const std::span<const DLG_RES> segdDialogs(DIALOGS);
