@@ -1,53 +1,17 @@
 // The dialogs of the SEG Y copy: what they show, enable, accept and store.
 
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <string>
-#include <vector>
-
 #include "libkyr/text.h"
 #include "quarlo/segy_dlgs.h"
-#include "resources/dialogs.h"
-#include "resources/ids.h"
-#include "tests/support/toolkit_double.h"
+#include "tests/jobs/settings_fixture.h"
 
 namespace {
 
-class SegyDialogsTest : public testing::Test {
+class SegyDialogsTest : public SettingsDialogTest {
  protected:
-  SegyDialogsTest() {
-    xvt_res_use(&resources);
-    toolkit.openTaskWindow([](WINDOW, EVENT*) -> long { return 0; });
-    segyInit();
-  }
-  /// Opens one of the dialogs, does as the script says and closes it with `button`.
-  void edit(int resource, EVENT_HANDLER handler, int button, const std::function<void(WINDOW)>& script) {
-    toolkit.onModal(resource, [this, button, script](WINDOW dialog) {
-      script(dialog);
-      toolkit.press(dialog, button);
-    });
-    xvt_dlg_create_res(WD_MODAL, resource, handler, nullptr);
-  }
-  void options(const std::function<void(WINDOW)>& script, int button = SY_OK) {
-    edit(DLG_SEGY, SegyCpy_eh, button, script);
-  }
-  void polygon(const std::function<void(WINDOW)>& script, int button = PG_OK) {
-    edit(DLG_SEGY_POLYGON, PolyDlg_eh, button, script);
-  }
-  void list(const std::function<void(WINDOW)>& script, int button = LL_OK) {
-    edit(DLG_SEGY_LIST, ListDlg_eh, button, script);
-  }
-  std::vector<bool> enabled(WINDOW dialog, const std::vector<int>& controls) {
-    std::vector<bool> states;
-    for (const int control : controls) {
-      states.push_back(toolkit.enabled(dialog, control));
-    }
-    return states;
-  }
-
-  const RESOURCES resources{quarloMenus.data(), quarloMenus.size(), segyDialogs.data(), segyDialogs.size()};
-  ToolkitDouble toolkit;
+  SegyDialogsTest() { segyInit(); }
+  void options(const Script& script, int button = SY_OK) { edit(DLG_SEGY, SegyCpy_eh, button, script); }
+  void polygon(const Script& script, int button = PG_OK) { edit(DLG_SEGY_POLYGON, PolyDlg_eh, button, script); }
+  void list(const Script& script, int button = LL_OK) { edit(DLG_SEGY_LIST, ListDlg_eh, button, script); }
 };
 
 const std::vector<int> SORT_CONTROLS = {SY_PRIMARY_BYTE, SY_SECONDARY_TYPE, SY_TERTIARY,
@@ -91,7 +55,7 @@ TEST_F(SegyDialogsTest, OptionsTakeNumbersTypesAndNonsense) {
     toolkit.typeInto(dialog, SY_RECORD_BYTE, "nonsense");
     EXPECT_EQ(toolkit.text(dialog, SY_RECORD_BYTE), "1");
     toolkit.select(dialog, SY_RECORD_TYPE, DT_FLOAT32);
-    for (const char* text : {"nan", "-2", "", "much", "1e999"}) {
+    for (const char* text : {"nan", "-2", "", "much", "1e999", "1e300"}) {
       toolkit.typeInto(dialog, SY_PART_SIZE, text);
       EXPECT_EQ(toolkit.text(dialog, SY_PART_SIZE), "10.000") << text;
     }

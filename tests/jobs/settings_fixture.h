@@ -1,0 +1,43 @@
+/// Dialogs of settings: opened, driven by a script of the test, closed by a button.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "resources/dialogs.h"
+#include "resources/ids.h"
+#include "tests/support/toolkit_double.h"
+
+class SettingsDialogTest : public testing::Test {
+ protected:
+  using Script = std::function<void(WINDOW)>;
+
+  SettingsDialogTest() {
+    xvt_res_use(quarloResources());
+    toolkit.openTaskWindow([](WINDOW, EVENT*) -> long { return 0; });
+  }
+  /// The next modal dialog of this resource does as the script says and is closed with `button`.
+  void answer(int resource, int button, const Script& script) {
+    toolkit.onModal(resource, [this, button, script](WINDOW dialog) {
+      script(dialog);
+      toolkit.press(dialog, button);
+    });
+  }
+  /// Opens a dialog and answers it.
+  void edit(int resource, EVENT_HANDLER handler, int button, const Script& script) {
+    answer(resource, button, script);
+    xvt_dlg_create_res(WD_MODAL, resource, handler, nullptr);
+  }
+  std::vector<bool> enabled(WINDOW dialog, const std::vector<int>& controls) {
+    std::vector<bool> states;
+    for (const int control : controls) {
+      states.push_back(toolkit.enabled(dialog, control));
+    }
+    return states;
+  }
+
+  ToolkitDouble toolkit;
+};
