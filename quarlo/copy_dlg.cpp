@@ -159,7 +159,8 @@ void chooseInputDisk(WINDOW dialog) {
   if (!chooseFileToOpen(&file, format().inputExtension, "Open Input Disk File")) {
     return;
   }
-  if (output().type == UT_DISK && output().state == 1 && isSameFile(file, output().fs)) {
+  const bool fileIsOutput = output().type == UT_DISK && output().state == 1 && !format().outputIsDirectory;
+  if (fileIsOutput && isSameFile(file, output().fs)) {
     xvt_dm_post_error("This file is already being used for output. Choose another file.");
     return;
   }
@@ -172,14 +173,14 @@ void chooseInputDisk(WINDOW dialog) {
   showChange(dialog);
 }
 
-/// A job that names its output files itself takes the directory of whatever file is chosen.
+/// A job that names its output files itself takes the directory of whatever file is chosen, and the beginning of its
+/// files' names. The file is not touched.
 void chooseOutputDirectory(WINDOW dialog) {
   FILE_SPEC file{};
   if (!chooseFileToOpen(&file, format().outputExtension, "Select any file to define directory")) {
     return;
   }
   closeOutput();
-  file.name[0] = '\0';
   output().fs = file;
   output().type = UT_DISK;
   output().state = 1;
@@ -313,6 +314,7 @@ void create(WINDOW dialog) {
   inFileType = UNFORMATTED;
   unfmtInit();
   segyInit();
+  segdInit();
   segdInit();
   constexpr const char* NAMES[] = {FORMATS[0].name, FORMATS[1].name, FORMATS[2].name};
   fillList(dialog, CP_FORMAT, NAMES, 0);

@@ -222,7 +222,7 @@ bool SegdDiskInput::isTraceHeader(const char* header) {
   if (channelsRead == 0) {
     firstIsBlank = blank;
   }
-  if (canBeTraceHeader(header) && blank == firstIsBlank) {
+  if (canBeTraceHeader(header) && (!blank || firstIsBlank)) {
     return true;
   }
   return complain(position, "the header of trace %d cannot be true; %s.", channelsRead + 1,

@@ -233,13 +233,10 @@ int badGeneralHeaderByte(const char* block) {
 int badScanHeaderByte(const char* block) { return areDigits(block, 9, 1) ? areDigits(block, 10, 1) ? 0 : 10 : 9; }
 
 bool canBeTraceHeader(const char* bytes) {
-  const auto number = [bytes](int position) {
-    return binary16(bytes, position) == EXTENDED_16 || areDigits(bytes, position, 2);
-  };
   const auto code = [bytes](int position) {
     return byteAt(bytes, position) == EXTENDED || areDigits(bytes, position, 1);
   };
-  return number(1) && code(3) && code(4) && number(5);
+  return code(3) && code(4);
 }
 
 bool isBlankTraceHeader(const char* traceHeader) {

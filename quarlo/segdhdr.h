@@ -113,7 +113,8 @@ bool isGeneralHeader(const char* block);
 int badGeneralHeaderByte(const char* block);
 /// The same of a channel set descriptor's count of channels.
 int badScanHeaderByte(const char* block);
-/// Whether 20 bytes can be a trace header: its numbers are made of digits.
+/// Whether 20 bytes can be a trace header: scan type and channel set are made of digits. Other numbers are not looked
+/// at, for some recorders write them in binary.
 bool canBeTraceHeader(const char* bytes);
 /// Whether neither file, scan type, channel set nor trace number are given.
 bool isBlankTraceHeader(const char* traceHeader);

@@ -252,9 +252,9 @@ TEST(SegdHeader, WhatCannotBeTrueIsTold) {
   EXPECT_EQ(badGeneralHeaderByte(blockOf({{29, 0xFF}}).data()), 29);
   EXPECT_EQ(badGeneralHeaderByte(blockOf({{32, 0xF0}}).data()), 32);
   EXPECT_EQ(badScanHeaderByte(blockOf({{9, 0x99}, {10, 0x9A}}).data()), 10);
-  EXPECT_TRUE(canBeTraceHeader(blockOf({{1, 0xFF}, {2, 0xFF}, {4, 0xFF}, {5, 0x99}}, 20).data()));
-  EXPECT_FALSE(canBeTraceHeader(blockOf({{1, 0xFF}}, 20).data()));
+  EXPECT_TRUE(canBeTraceHeader(blockOf({{1, 0x0A}, {3, 0x99}, {4, 0xFF}, {6, 0x0A}}, 20).data()));
   EXPECT_FALSE(canBeTraceHeader(blockOf({{3, 0x1A}}, 20).data()));
+  EXPECT_FALSE(canBeTraceHeader(blockOf({{4, 0xF0}}, 20).data()));
   EXPECT_TRUE(isGeneralHeader(blockOf({{3, 0x80}, {4, 0x58}}).data()));
   EXPECT_TRUE(isGeneralHeader(blockOf({{4, 0x15}}).data()));
   EXPECT_FALSE(isGeneralHeader("   1SD1.0RECORD  0               "));
