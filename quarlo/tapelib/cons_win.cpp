@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "libkyr/nullcheck.h"
+#include "libkyr/process.h"
 #include "quarlo/tapelib/docscroll.h"
 
 short gConsIsVisible = 1;
@@ -108,9 +110,15 @@ void send(EVENT_TYPE type, long code, const char* text) {
   xvt_win_dispatch_event(consWindow, &consEvent);
 }
 
+void reportNull(const char* name) {
+  console_printf("  *** Error allocating memory for %s.", name);
+  xvt_dm_post_error("Error allocating memory for %s.", name);
+}
+
 }  // namespace
 
 void consInit() {
+  setNullReport(reportNull);
   consFont = docFont();
   const RCT area = docRectangle(consFont, kWishedPlace, kColumns, kLines);
   consWin[0] = {W_DOC, area, "Console", 0, NULL_FNTID, WSF_SIZE | WSF_CLOSE | WSF_HSCROLL | WSF_VSCROLL};
@@ -140,6 +148,14 @@ void console_printf(const char* format, ...) {
   if (length < 0) return;
   console_out(line);
   std::free(line);
+}
+
+void do_console_out(ProcessRecord* procRecord, const char* textStr) {
+  if (procRecord != nullptr && procRecord->consoleLine != nullptr) procRecord->consoleLine(textStr);
+}
+
+void setConsole(ProcessRecord* procRecord) {
+  if (procRecord != nullptr) procRecord->consoleLine = consWindow != NULL_WIN ? console_out : nullptr;
 }
 
 void raiseConsole() { send(E_USER, TOGGLE, nullptr); }
