@@ -11,16 +11,26 @@ struct KyrDatasets;  // the library's own: the links of a record
 struct ProcessRecord {
   long dialogWindow;                      ///< the dialog that runs the job; 0 for none
   int diskFileOutputType;                 ///< the chosen output format's identifier
-  void (*consoleLine)(const char* line);  ///< where a module's console lines go; null drops them
+  void (*consoleLine)(const char* line);  ///< where the job's console lines go; null: the default console
   UnitStruct* deviceUnit;                 ///< the unit pair of a job on devices; null for none
   KyrDatasets* datasets;                  ///< open inputs and outputs; null before the first
 };
+
+/// A new zero-filled record; null when there is no memory. FreeProcessRecord takes it back.
+ProcessRecord* NewProcessRecord();
+
+/// Where lines of records without a console of their own go (a test's, whose record is zero-filled); null, as at
+/// start, is standard error.
+void SetDefaultConsole(void (*consoleLine)(const char* line));
+/// One line to the record's console, or to the default one.
+void ProcessConsole(const ProcessRecord* procRecord, const char* line);
 
 /// Remembers the unit array for a module's input and output.
 void SetDevUnit(ProcessRecord* procRecord, UnitStruct* unit);
 UnitStruct* GetDevUnit(const ProcessRecord* procRecord);
 
-/// Closes what a record has open (as CloseFile does) and frees it. Null is nothing.
+/// Closes what a record has open (as CloseFile does) and frees it; the record came from NewProcessRecord. Null is
+/// nothing.
 void FreeProcessRecord(ProcessRecord* procRecord);
 
 struct ProcessRecordFreer {

@@ -1,0 +1,11 @@
+/// Type codes of values in memory and in headers.
+#pragma once
+
+/// The type of the variable behind a `void*`; also of a field in a SEG Y header.
+enum KyrType : int {
+  byteType = 2,         ///< std::int8_t
+  shortIntType = 3,     ///< std::int16_t
+  longIntType = 4,      ///< std::int32_t
+  singleFloatType = 5,  ///< float
+  doubleFloatType = 6,  ///< double
+};

@@ -1,0 +1,25 @@
+/// The organisation record: the properties of a whole dataset, as dataset and index files hold them.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+/// Bytes of the record.
+constexpr std::size_t seisOrgSize = 860;
+/// Dataset properties have the codes 0 to 214: one 32-bit word each.
+constexpr int datasetPropertyCount = 215;
+
+/// The record as it stands in files: the word of property p is at byte 4 p, little-endian, a float's bits for a float
+/// property. Reached through SetDSProperty and GetDSProperty only. Zero-filled it is a valid one of zeros.
+struct GeneralSeisDataOrg {
+  unsigned char bytes[seisOrgSize];
+};
+static_assert(sizeof(GeneralSeisDataOrg) == seisOrgSize && seisOrgSize == 4 * datasetPropertyCount);
+
+/// A record that knows nothing yet: counts are 0, everything else is null.
+GeneralSeisDataOrg newSeisOrg();
+
+/// Stores a dataset property in an organisation record; arguments as for SetTraceProperty (properties.h).
+int SetDSProperty(int property, int type, int units, const void* value, GeneralSeisDataOrg* org);
+/// Fetches one; arguments as for GetTraceProperty.
+int GetDSProperty(int property, int type, int units, void* value, const GeneralSeisDataOrg* org);
