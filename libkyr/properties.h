@@ -88,7 +88,7 @@ int GetTraceProperty(int property, int type, int units, void* value, const Trace
 /// Stores a property into a trace header, converted likewise. On failure the header stays as it was.
 int SetTraceProperty(int property, int type, int units, const void* value, TraceInfo* header);
 
-/// Whether the trace of a header is dead: any bit of its kill flag is set. A null kill flag, or no header, is no kill.
+/// Whether the trace of a header is dead: any bit of its kill flag is set. A null kill flag is no kill.
 bool IsDead(const TraceInfo& header);
 
 /// One line of the property tables.

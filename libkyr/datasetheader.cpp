@@ -1,0 +1,153 @@
+#include "libkyr/datasetheader.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "libkyr/byteorder.h"
+#include "libkyr/datasets.h"
+#include "libkyr/text.h"
+#include "libkyr/traceslot.h"
+#include "libkyr/wordsum.h"
+
+namespace {
+
+// A byte above 127 and both line ends: a transfer that treats the file as text damages it here already.
+constexpr std::array<unsigned char, 8> signature{0x8B, 'K', 'Y', 'R', '\r', '\n', 0x1A, '\n'};
+constexpr std::uint32_t version = 1;
+constexpr std::uint32_t oldestVersion = 1;
+constexpr std::uint32_t stateWriting = 1;
+constexpr std::uint32_t stateClosed = 2;
+
+namespace at {
+constexpr std::size_t version = 8;
+constexpr std::size_t oldest = 12;
+constexpr std::size_t state = 16;
+constexpr std::size_t layout = 20;
+constexpr std::size_t type = 24;
+constexpr std::size_t slotsPerRecord = 28;
+constexpr std::size_t recordsPerFile = 32;
+constexpr std::size_t part = 36;
+constexpr std::size_t id = 40;
+constexpr std::size_t org = 48;
+constexpr std::size_t sum = datasetHeaderSize - 8;
+}  // namespace at
+
+int loadInt(const DatasetHeaderBytes& bytes, std::size_t place) { return loadLeInt32(bytes.data() + place); }
+
+void storeInt(DatasetHeaderBytes& bytes, std::size_t place, int value) {
+  storeLe32(bytes.data() + place, static_cast<std::uint32_t>(value));
+}
+
+std::uint64_t headerSum(const DatasetHeaderBytes& bytes) { return wordSum(0, bytes.data(), at::sum); }
+
+int count(const GeneralSeisDataOrg& org, int property) {
+  int value = 0;
+  GetDSProperty(property, longIntType, gUnknownUnits, &value, &org);
+  return value;
+}
+
+void setCount(GeneralSeisDataOrg& org, int property, int value) {
+  SetDSProperty(property, longIntType, gUnknownUnits, &value, &org);
+}
+
+std::uint64_t wide(int value) { return static_cast<std::uint64_t>(value); }
+
+}  // namespace
+
+// ---- counts and places ----------------------------------------------------------------------------------------------
+
+bool DatasetShape::isSound() const {
+  if (records < 0 || tracesPerRecord < 0 || tracesPerRecord > slotsPerRecord || samples < 0 || samples > maxSamples ||
+      recordsPerFile < 0 || parts() > maxDatasetParts)
+    return false;
+  // Two counts of 31 bits never pass 64; the bytes might.
+  const std::uint64_t slots = wide(records) * wide(slotsPerRecord);
+  constexpr auto most = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+  return slots <= (most - datasetHeaderSize) / slotSize();
+}
+
+std::uint64_t DatasetShape::slotSize() const { return traceslot::size(samples); }
+
+int DatasetShape::parts() const { return recordsPerFile == 0 || records == 0 ? 1 : (records - 1) / recordsPerFile + 1; }
+
+int DatasetShape::recordsInPart(int part) const {
+  return recordsPerFile == 0 ? records : std::min(recordsPerFile, records - part * recordsPerFile);
+}
+
+std::uint64_t DatasetShape::slotsInPart(int part) const {
+  const int in = recordsInPart(part);
+  return in <= 0 || tracesPerRecord == 0 ? 0 : wide(in - 1) * wide(slotsPerRecord) + wide(tracesPerRecord);
+}
+
+std::uint64_t DatasetShape::slotsBefore(int part) const {
+  return wide(part) * wide(recordsPerFile) * wide(slotsPerRecord);
+}
+
+std::uint64_t DatasetShape::sizeOfPart(int part) const { return datasetHeaderSize + slotsInPart(part) * slotSize(); }
+
+std::uint64_t DatasetShape::slotNumber(int record, int trace) const {
+  return wide(record - 1) * wide(slotsPerRecord) + wide(trace - 1);
+}
+
+int DatasetShape::partOf(int record) const { return recordsPerFile == 0 ? 0 : (record - 1) / recordsPerFile; }
+
+std::uint64_t DatasetShape::offsetOf(int record, int trace) const {
+  return datasetHeaderSize + (slotNumber(record, trace) - slotsBefore(partOf(record))) * slotSize();
+}
+
+// ---- the header -------------------------------------------------------------------------------------------------
+
+DatasetShape DatasetHeader::shape() const {
+  return {count(org, dsRecords), count(org, dsTracesPerRecord), slotsPerRecord, count(org, dsSamples), recordsPerFile};
+}
+
+void DatasetHeader::setShape(const DatasetShape& shape) {
+  slotsPerRecord = shape.slotsPerRecord;
+  recordsPerFile = shape.recordsPerFile;
+  setCount(org, dsRecords, shape.records);
+  setCount(org, dsTracesPerRecord, shape.tracesPerRecord);
+  setCount(org, dsSamples, shape.samples);
+  const std::int64_t total = std::int64_t{shape.records} * shape.tracesPerRecord;
+  setCount(org, dsTotalTraces, static_cast<int>(std::min<std::int64_t>(total, std::numeric_limits<int>::max())));
+  setCount(org, dsLargestRecord, shape.tracesPerRecord);
+}
+
+DatasetHeaderBytes encodeDatasetHeader(const DatasetHeader& header) {
+  DatasetHeaderBytes bytes{};
+  std::copy(signature.begin(), signature.end(), bytes.begin());
+  storeLe32(bytes.data() + at::version, version);
+  storeLe32(bytes.data() + at::oldest, oldestVersion);
+  storeLe32(bytes.data() + at::state, header.closed ? stateClosed : stateWriting);
+  storeInt(bytes, at::layout, header.layout);
+  storeInt(bytes, at::type, header.type);
+  storeInt(bytes, at::slotsPerRecord, header.slotsPerRecord);
+  storeInt(bytes, at::recordsPerFile, header.recordsPerFile);
+  storeInt(bytes, at::part, header.part);
+  storeLe64(bytes.data() + at::id, header.id);
+  std::copy_n(header.org.bytes, seisOrgSize, bytes.data() + at::org);
+  storeLe64(bytes.data() + at::sum, headerSum(bytes));
+  return bytes;
+}
+
+int decodeDatasetHeader(const DatasetHeaderBytes& bytes, DatasetHeader* header) {
+  if (!std::equal(signature.begin(), signature.end(), bytes.begin())) return kyrNotSeismic;
+  // Before the sum: a later version may have another one.
+  if (loadLe32(bytes.data() + at::oldest) > version) return kyrWrongVersion;
+  if (loadLe64(bytes.data() + at::sum) != headerSum(bytes)) return kyrDiskError;
+  const std::uint32_t state = loadLe32(bytes.data() + at::state);
+  if (state != stateWriting && state != stateClosed) return kyrDiskError;
+  header->closed = state == stateClosed;
+  header->layout = loadInt(bytes, at::layout);
+  if (header->layout != 1) return kyrNotTwoD;
+  header->type = loadInt(bytes, at::type);
+  header->slotsPerRecord = loadInt(bytes, at::slotsPerRecord);
+  header->recordsPerFile = loadInt(bytes, at::recordsPerFile);
+  header->part = loadInt(bytes, at::part);
+  header->id = loadLe64(bytes.data() + at::id);
+  std::copy_n(bytes.data() + at::org, seisOrgSize, header->org.bytes);
+  return header->shape().isSound() && header->part >= 1 && header->part <= maxDatasetParts ? kyrOk : kyrDiskError;
+}
+
+std::string datasetPartName(const std::string& path, int part) {
+  return part == 0 ? path : formatText("%s.%03d", path.c_str(), part + 1);
+}

@@ -1,0 +1,78 @@
+#include "libkyr/partfile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace {
+
+constexpr int newFileMode = 0666;
+
+int flagsOf(PartFile::Mode mode) {
+  switch (mode) {
+    case PartFile::Mode::Update:
+      return O_RDWR;
+    case PartFile::Mode::Create:
+      return O_RDWR | O_CREAT;
+    case PartFile::Mode::Read:
+      break;
+  }
+  return O_RDONLY;
+}
+
+}  // namespace
+
+PartFile::~PartFile() { close(); }
+
+bool PartFile::open(const std::string& path, Mode mode) {
+  close();
+  // Without O_NONBLOCK the opening of a pipe or a tape would wait for its other side.
+  descriptor_ = ::open(path.c_str(), flagsOf(mode) | O_CLOEXEC | O_NONBLOCK, newFileMode);
+  if (descriptor_ < 0) return false;
+  struct stat status {};
+  if (fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) return true;
+  const int reason = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+  close();
+  errno = reason;
+  return false;
+}
+
+std::optional<std::uint64_t> PartFile::size() const {
+  struct stat status {};
+  if (fstat(descriptor_, &status) != 0) return std::nullopt;
+  return static_cast<std::uint64_t>(status.st_size);
+}
+
+std::optional<std::size_t> PartFile::readAt(std::uint64_t offset, unsigned char* bytes, std::size_t count) const {
+  std::size_t got = 0;
+  while (got < count) {
+    const ssize_t now = pread(descriptor_, bytes + got, count - got, static_cast<off_t>(offset + got));
+    if (now < 0 && errno == EINTR) continue;
+    if (now < 0) return std::nullopt;
+    if (now == 0) break;
+    got += static_cast<std::size_t>(now);
+  }
+  return got;
+}
+
+bool PartFile::writeAt(std::uint64_t offset, const unsigned char* bytes, std::size_t count) const {
+  std::size_t done = 0;
+  while (done < count) {
+    const ssize_t now = pwrite(descriptor_, bytes + done, count - done, static_cast<off_t>(offset + done));
+    if (now < 0 && errno == EINTR) continue;
+    if (now <= 0) {
+      errno = now < 0 ? errno : ENOSPC;
+      return false;
+    }
+    done += static_cast<std::size_t>(now);
+  }
+  return true;
+}
+
+bool PartFile::cutTo(std::uint64_t size) const { return ftruncate(descriptor_, static_cast<off_t>(size)) == 0; }
+
+bool PartFile::sync() const { return fdatasync(descriptor_) == 0; }
+
+bool PartFile::close() { return descriptor_ < 0 || ::close(std::exchange(descriptor_, -1)) == 0; }

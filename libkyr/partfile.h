@@ -1,0 +1,42 @@
+/// One file of a dataset: reads and writes at places, whole or with errno.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+
+class PartFile {
+ public:
+  enum class Mode { Read, Update, Create };
+
+  PartFile() = default;
+  ~PartFile();
+  PartFile(PartFile&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+  PartFile& operator=(PartFile&& other) noexcept {
+    std::swap(descriptor_, other.descriptor_);
+    return *this;
+  }
+  PartFile(const PartFile&) = delete;
+  PartFile& operator=(const PartFile&) = delete;
+
+  /// Only regular files are opened. Create makes the file when there is none and leaves its bytes otherwise.
+  /// @return false with errno
+  bool open(const std::string& path, Mode mode);
+  bool isOpen() const { return descriptor_ >= 0; }
+
+  std::optional<std::uint64_t> size() const;
+  /// @return how many bytes there were up to `count`; nothing on a failure (errno)
+  std::optional<std::size_t> readAt(std::uint64_t offset, unsigned char* bytes, std::size_t count) const;
+  /// @return false with errno when not all bytes were taken
+  bool writeAt(std::uint64_t offset, const unsigned char* bytes, std::size_t count) const;
+  bool cutTo(std::uint64_t size) const;
+  /// Waits until what was written is on the disk.
+  bool sync() const;
+  /// @return false with errno when the close failed; the file is closed all the same
+  bool close();
+
+ private:
+  int descriptor_ = -1;
+};

@@ -1,0 +1,48 @@
+#include "libkyr/seisorg.h"
+
+#include "libkyr/byteorder.h"
+#include "libkyr/link.h"
+#include "libkyr/properties.h"
+#include "libkyr/propertyvalue.h"
+
+namespace {
+
+bool isCount(int property) {
+  switch (property) {
+    case dsRecords:
+    case dsTotalTraces:
+    case dsLargestRecord:
+    case dsTracesPerRecord:
+    case dsSamples:
+      return true;
+    default:
+      return false;
+  }
+}
+
+unsigned char* wordOf(GeneralSeisDataOrg* org, int property) { return org->bytes + 4 * property; }
+
+}  // namespace
+
+GeneralSeisDataOrg newSeisOrg() {
+  GeneralSeisDataOrg org{};
+  for (int property = 0; property < datasetPropertyCount; ++property)
+    if (const auto entry = datasetProperty(property); entry && !isCount(property))
+      storeLe32(wordOf(&org, property), nullWord(*entry));
+  return org;
+}
+
+int SetDSProperty(int property, int type, int units, const void* value, GeneralSeisDataOrg* org) {
+  const auto entry = datasetProperty(property);
+  if (!entry || org == nullptr) return kyrBadCall;
+  const auto word = wordFromValue(*entry, type, units, value);
+  if (!word) return kyrBadCall;
+  storeLe32(wordOf(org, property), *word);
+  return kyrOk;
+}
+
+int GetDSProperty(int property, int type, int units, void* value, const GeneralSeisDataOrg* org) {
+  const auto entry = datasetProperty(property);
+  if (!entry || org == nullptr) return failedValue(type, value);
+  return valueFromWord(*entry, loadLe32(org->bytes + 4 * property), type, units, value);
+}
