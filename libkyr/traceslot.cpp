@@ -27,14 +27,14 @@ bool allZero(const unsigned char* bytes, std::size_t count) {
   return std::all_of(bytes, bytes + count, [](unsigned char byte) { return byte == 0; });
 }
 
-}  // namespace
-
 void encodeHeader(std::uint64_t seed, const TraceInfo& header, unsigned char* slot) {
   storeLe32(slot, marker);
   storeLe32(slot + 4, 0U);
   for (std::size_t i = 0; i < traceHeaderWords; ++i) storeLe32(slot + prefixSize + 4 * i, header.words[i]);
   storeLe64(slot + headerSumAt, headerSum(seed, slot));
 }
+
+}  // namespace
 
 void encode(std::uint64_t seed, const TraceInfo& header, const float* samples, int count, unsigned char* slot) {
   encodeHeader(seed, header, slot);

@@ -19,8 +19,6 @@ enum class State { Written, NeverWritten, Damaged };
 
 /// Writes a whole slot. @param seed of the sums: what tells this slot from all others of all datasets
 void encode(std::uint64_t seed, const TraceInfo& header, const float* samples, int count, unsigned char* slot);
-/// Writes the first `headSize` bytes for a changed header; the samples and their sum stay.
-void encodeHeader(std::uint64_t seed, const TraceInfo& header, unsigned char* slot);
 
 /// Reads marker and header from the first `headSize` bytes. The header is set when the slot is `Written`.
 State decodeHeader(std::uint64_t seed, const unsigned char* slot, TraceInfo* header);

@@ -1,0 +1,356 @@
+#include "libkyr/datasetfile.h"
+
+#include <sys/random.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <ctime>
+
+#include "libkyr/files.h"
+#include "libkyr/text.h"
+#include "libkyr/traceslot.h"
+
+namespace {
+
+/// Different in every dataset, so that slots and parts of two of them are never taken for one another.
+std::uint64_t newId() {
+  std::uint64_t id = 0;
+  if (getrandom(&id, sizeof id, GRND_NONBLOCK) != static_cast<ssize_t>(sizeof id)) {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    id = static_cast<std::uint64_t>(now.tv_sec) << 30U ^ static_cast<std::uint64_t>(now.tv_nsec) ^
+         static_cast<std::uint64_t>(getpid()) << 48U;
+  }
+  return id;
+}
+
+bool isRange(int property) {
+  return (property >= dsMinReceiverLocation && property <= dsMaxCmpLine) || property == dsMinFieldFile ||
+         property == dsMaxFieldFile;
+}
+
+void makeDead(int samples, float* data, TraceInfo* info, int flag) {
+  *info = {};
+  SetTraceProperty(trKillFlag, longIntType, gUnknownUnits, &flag, info);
+  if (data != nullptr) std::fill_n(data, samples, 0.0F);
+}
+
+int readHeader(const PartFile& file, DatasetHeader* header) {
+  DatasetHeaderBytes bytes{};
+  const auto got = file.readAt(0, bytes.data(), bytes.size());
+  if (!got) return kyrDiskError;
+  const int result = decodeDatasetHeader(bytes, header);
+  if (result == kyrDiskError) errno = EBADMSG;
+  return result;
+}
+
+const char* reasonOf(int result) {
+  if (result == kyrTraceLost) return "it is damaged, or was never written to the disk";
+  return std::strerror(errno);
+}
+
+}  // namespace
+
+DatasetFile::~DatasetFile() { close(); }
+
+// ---- opening ------------------------------------------------------------------------------------------------------
+
+int DatasetFile::openRead() { return openExisting(Stage::Reading); }
+
+int DatasetFile::openUpdate() {
+  const int result = openExisting(Stage::Updating);
+  if (result != kyrOk || whole_) return result;
+  close();
+  return kyrTraceLost;
+}
+
+int DatasetFile::openExisting(Stage stage) {
+  PartFile file;
+  errno = 0;
+  if (!file.open(path_, stage == Stage::Updating ? PartFile::Mode::Update : PartFile::Mode::Read)) return kyrDiskError;
+  const int result = readHeader(file, &header_);
+  if (result != kyrOk) return result;
+  if (header_.part != 1) return kyrNotSeismic;
+  shape_ = header_.shape();
+  store_.parts().push_back(std::move(file));
+  stage_ = stage;
+  const int opened = openParts();
+  if (opened != kyrOk) {
+    stage_ = Stage::Closed;
+    store_.parts().clear();
+  }
+  return opened;
+}
+
+/// Opens the parts behind the first and finds out how much of the dataset its files hold.
+int DatasetFile::openParts() {
+  const DatasetShape& shape = shape_;
+  std::uint64_t available = 0;
+  int part = 0;
+  for (; part < shape.parts() && (part == 0 || openPart(part)); ++part) {
+    const auto size = store_.parts().back().size();
+    if (!size) return kyrDiskError;
+    const std::uint64_t slots = (*size - datasetHeaderSize) / shape.slotSize();
+    if (slots > 0) available = shape.slotsBefore(part) + std::min(slots, shape.slotsInPart(part));
+    whole_ = whole_ && slots >= shape.slotsInPart(part);
+  }
+  const int missing = shape.parts() - part;
+  if (header_.closed && whole_ && missing == 0) return kyrOk;
+  whole_ = false;
+  if (available == 0 && shape.slotsInPart(0) > 0) {
+    errno = ENODATA;
+    return kyrDiskError;
+  }
+  settleCounts(available, missing);
+  return kyrOk;
+}
+
+bool DatasetFile::openPart(int part) {
+  PartFile file;
+  DatasetHeader header;
+  const std::string name = datasetPartName(path_, part);
+  const bool opened = file.open(name, stage_ == Stage::Updating ? PartFile::Mode::Update : PartFile::Mode::Read);
+  if (!opened || readHeader(file, &header) != kyrOk || header.id != header_.id || header.part != part + 1) {
+    say_(formatText("  ** Warning: %s is missing, or no part of the dataset.", name.c_str()));
+    return false;
+  }
+  store_.parts().push_back(std::move(file));
+  return true;
+}
+
+/// A dataset that was cut off tells the counts that its files hold: no caller reserves room for more than that.
+void DatasetFile::settleCounts(std::uint64_t available, int partsMissing) {
+  DatasetShape shape = shape_;
+  const int announced = shape.records;
+  if (shape.slotsPerRecord > 0) {
+    const std::uint64_t slots = static_cast<std::uint64_t>(shape.slotsPerRecord);
+    const std::uint64_t records = (available + slots - 1) / slots;
+    shape.records = static_cast<int>(std::min<std::uint64_t>(records, static_cast<std::uint64_t>(announced)));
+    if (shape.records == 1)
+      shape.tracesPerRecord =
+          static_cast<int>(std::min<std::uint64_t>(available, static_cast<std::uint64_t>(shape.tracesPerRecord)));
+  }
+  setShape(shape);
+  const char* const what = header_.closed || partsMissing > 0 ? "is not complete" : "was not closed properly";
+  say_(formatText("  ** Warning: %s %s: %d of %d record%s can be read, the last perhaps in part.", path_.c_str(), what,
+                  shape.records, announced, announced == 1 ? "" : "s"));
+}
+
+// ---- creating -----------------------------------------------------------------------------------------------------
+
+int DatasetFile::announce(int type, int recordsPerFile, int tracesPerRecord) {
+  newFile_ = access(path_.c_str(), F_OK) != 0;
+  PartFile file;
+  if (!file.open(path_, PartFile::Mode::Create)) return kyrDiskError;
+  store_.parts().push_back(std::move(file));
+  header_ = {};
+  header_.type = type;
+  header_.id = newId();
+  header_.org = newSeisOrg();
+  setShape({0, tracesPerRecord, tracesPerRecord, 0, recordsPerFile});
+  stage_ = Stage::Announced;
+  return kyrOk;
+}
+
+int DatasetFile::begin() {
+  if (stage_ != Stage::Announced) return failed_ ? kyrDiskError : kyrOk;
+  if (!shape_.isSound()) {
+    say_(formatText(
+        "  *** Error creating %s: no dataset can hold %d records of %d traces of %d samples, %d records a file.",
+        path_.c_str(), shape_.records, shape_.tracesPerRecord, shape_.samples, shape_.recordsPerFile));
+    return kyrBadCall;
+  }
+  stage_ = Stage::Writing;
+  return createParts() ? kyrOk : fail("creating");
+}
+
+bool DatasetFile::createParts() {
+  auto& parts = store_.parts();
+  const int count = shape_.parts();
+  while (static_cast<int>(parts.size()) < count) {
+    PartFile file;
+    if (!file.open(datasetPartName(path_, static_cast<int>(parts.size())), PartFile::Mode::Create)) return false;
+    parts.push_back(std::move(file));
+  }
+  return std::all_of(parts.begin(), parts.end(), [](const PartFile& file) { return file.cutTo(0); }) &&
+         writeHeaders(count);
+}
+
+/// The first part's header comes last: its closed mark speaks for all of them.
+bool DatasetFile::writeHeaders(int parts) {
+  for (int part = parts - 1; part >= 0; --part) {
+    header_.part = part + 1;
+    const DatasetHeaderBytes bytes = encodeDatasetHeader(header_);
+    if (!store_.parts()[static_cast<std::size_t>(part)].writeAt(0, bytes.data(), bytes.size())) return false;
+  }
+  return true;
+}
+
+// ---- closing ------------------------------------------------------------------------------------------------------
+
+int DatasetFile::close() {
+  const Stage stage = std::exchange(stage_, Stage::Closed);
+  if ((stage == Stage::Writing || stage == Stage::Updating) && !failed_ && !finishParts()) fail("writing to");
+  if (stage == Stage::Announced && newFile_) unlink(path_.c_str());
+  for (PartFile& file : store_.parts())
+    if (!file.close() && !failed_ && stage != Stage::Reading) fail("writing to");
+  store_.parts().clear();
+  if (lostReads_ > 1) say_(formatText("  *** %d reads of traces of %s failed.", lostReads_, path_.c_str()));
+  lostReads_ = 0;
+  return failed_ ? kyrDiskError : kyrOk;
+}
+
+/// Brings everything to the disk, and only then says so in the header: also after a power failure the mark is true.
+bool DatasetFile::finishParts() {
+  auto& parts = store_.parts();
+  if (!store_.flush()) return false;
+  const int count = shape_.parts();
+  for (int part = 0; part < count; ++part) {
+    const PartFile& file = parts[static_cast<std::size_t>(part)];
+    if (!file.cutTo(shape_.sizeOfPart(part)) || !file.sync()) return false;
+  }
+  if (!removeParts(count, static_cast<int>(parts.size()))) return false;
+  header_.closed = true;
+  if (!writeHeaders(count)) return false;
+  return std::all_of(parts.begin(), parts.end(), [](const PartFile& file) { return file.sync(); });
+}
+
+/// Parts of an output that came out with fewer records than were announced.
+bool DatasetFile::removeParts(int first, int count) {
+  for (int part = first; part < count; ++part)
+    if (unlink(datasetPartName(path_, part).c_str()) != 0) return false;
+  store_.parts().resize(static_cast<std::size_t>(first));
+  return true;
+}
+
+/// A write failed: says so once, with errno's reason. @return kyrDiskError
+int DatasetFile::fail(const char* what) {
+  if (!failed_) say_(formatText("  *** Error %s %s: %s.", what, path_.c_str(), std::strerror(errno)));
+  failed_ = true;
+  return kyrDiskError;
+}
+
+void DatasetFile::setShape(const DatasetShape& shape) {
+  shape_ = shape;
+  header_.setShape(shape);
+}
+
+// ---- properties ---------------------------------------------------------------------------------------------------
+
+int DatasetFile::getProperty(int property, int type, int units, void* value) const {
+  return GetDSProperty(property, type, units, value, &header_.org);
+}
+
+int DatasetFile::setProperty(int property, int type, int units, const void* value) {
+  if (stage_ == Stage::Reading || stage_ == Stage::Closed) return kyrTooLate;
+  switch (property) {
+    case dsRecords:
+    case dsTracesPerRecord:
+    case dsSamples:
+    case dsTotalTraces:
+    case dsLargestRecord:
+      return setCount(property, type, units, value);
+    default:
+      return SetDSProperty(property, type, units, value, &header_.org);
+  }
+}
+
+int DatasetFile::setCount(int property, int type, int units, const void* value) {
+  GeneralSeisDataOrg wanted = header_.org;
+  int now = 0;
+  int count = 0;
+  GetDSProperty(property, longIntType, gUnknownUnits, &now, &wanted);
+  const int result = SetDSProperty(property, type, units, value, &wanted);
+  if (result != kyrOk) return result;
+  GetDSProperty(property, longIntType, gUnknownUnits, &count, &wanted);
+  if (count < 0) return kyrBadCall;
+  if (property == dsTotalTraces || property == dsLargestRecord) return kyrOk;
+  const bool mayShrink = stage_ == Stage::Writing && property != dsSamples;
+  if (stage_ != Stage::Announced && count != now && !(mayShrink && count < now)) return kyrTooLate;
+  header_.org = wanted;
+  DatasetShape shape = header_.shape();
+  if (stage_ == Stage::Announced) shape.slotsPerRecord = shape.tracesPerRecord;
+  setShape(shape);
+  return kyrOk;
+}
+
+int DatasetFile::copyProperties(const DatasetFile& from) {
+  if (stage_ != Stage::Announced && stage_ != Stage::Writing) return kyrTooLate;
+  const GeneralSeisDataOrg ours = header_.org;
+  header_.org = from.header_.org;
+  for (int property = 0; property < datasetPropertyCount; ++property)
+    if (isRange(property)) std::copy_n(ours.bytes + 4 * property, 4, header_.org.bytes + 4 * property);
+  setShape(shape_);
+  return kyrOk;
+}
+
+// ---- traces -------------------------------------------------------------------------------------------------------
+
+bool DatasetFile::has(int record, int trace) const {
+  return record >= 1 && record <= shape_.records && trace >= 1 && trace <= shape_.tracesPerRecord;
+}
+
+SlotStore::Place DatasetFile::placeOf(int record, int trace) const {
+  return {shape_.partOf(record), shape_.offsetOf(record, trace), static_cast<std::size_t>(shape_.slotSize())};
+}
+
+std::uint64_t DatasetFile::seedOf(int record, int trace) const { return header_.id ^ shape_.slotNumber(record, trace); }
+
+int DatasetFile::read(int record, int trace, float* samples, TraceInfo* info) {
+  if (stage_ == Stage::Closed || stage_ == Stage::Announced) return kyrBadCall;
+  const int result = has(record, trace) ? readSlot(record, trace, samples, info) : kyrNoSuchTrace;
+  if (result == kyrOk) return kyrOk;
+  makeDead(shape_.samples, samples, info, killUnreadable);
+  return result == kyrNoSuchTrace ? result : lost(record, trace, result);
+}
+
+int DatasetFile::readSlot(int record, int trace, float* samples, TraceInfo* info) {
+  const SlotStore::Place place = placeOf(record, trace);
+  const std::uint64_t seed = seedOf(record, trace);
+  std::array<unsigned char, traceslot::headSize> head{};
+  const unsigned char* slot = head.data();
+  std::size_t got = 0;
+  if (samples != nullptr)
+    slot = store_.read(place, &got);
+  else if (!store_.readHead(place, head.data(), head.size(), &got))
+    slot = nullptr;
+  if (slot == nullptr) return kyrDiskError;
+  const bool complete = got >= (samples != nullptr ? place.size : head.size());
+  const bool writing = stage_ == Stage::Writing;
+  if (!complete && !writing) return kyrTraceLost;
+  const auto state = complete ? traceslot::decodeHeader(seed, slot, info) : traceslot::State::NeverWritten;
+  const int count = shape_.samples;
+  switch (state) {
+    case traceslot::State::Written:
+      return samples == nullptr || traceslot::decodeSamples(seed, slot, count, samples) ? kyrOk : kyrTraceLost;
+    case traceslot::State::NeverWritten:
+      // In a dataset that was cut off nobody knows whether a trace was written and did not reach the disk.
+      if (!writing && !whole_) return kyrTraceLost;
+      makeDead(count, samples, info, killNeverWritten);
+      return kyrOk;
+    case traceslot::State::Damaged:
+      break;
+  }
+  return kyrTraceLost;
+}
+
+int DatasetFile::lost(int record, int trace, int result) {
+  if (++lostReads_ == 1)
+    say_(formatText("  *** Trace %d of record %d of %s cannot be read: %s.", trace, record, path_.c_str(),
+                    reasonOf(result)));
+  return result;
+}
+
+int DatasetFile::write(int record, int trace, const float* samples, const TraceInfo& info) {
+  if (stage_ == Stage::Reading) return kyrTooLate;
+  if (stage_ != Stage::Writing && stage_ != Stage::Updating) return kyrBadCall;
+  if (failed_) return kyrDiskError;
+  if (!has(record, trace)) return kyrNoSuchTrace;
+  unsigned char* const slot = store_.write(placeOf(record, trace));
+  if (slot == nullptr) return fail("writing to");
+  traceslot::encode(seedOf(record, trace), info, samples, shape_.samples, slot);
+  return kyrOk;
+}

@@ -1,0 +1,87 @@
+/// One open dataset: its counts and properties, its traces, the mark that tells whether it was closed properly.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "libkyr/datasetheader.h"
+#include "libkyr/link.h"
+#include "libkyr/properties.h"
+#include "libkyr/slotstore.h"
+
+/// Calls answer a KyrResult unless they say otherwise; they throw only for want of memory.
+class DatasetFile {
+ public:
+  /// Where lines for the user go.
+  using Say = std::function<void(const std::string& line)>;
+
+  DatasetFile(std::string path, Say say) : path_(std::move(path)), say_(std::move(say)) {}
+  ~DatasetFile();
+  DatasetFile(const DatasetFile&) = delete;
+  DatasetFile& operator=(const DatasetFile&) = delete;
+
+  const std::string& path() const { return path_; }
+
+  // -- opening and closing
+
+  int openRead();
+  /// For changing headers and properties in place; only of a dataset that is whole.
+  int openUpdate();
+  /// Makes sure that the file can be written. An existing one stays as it is until begin().
+  int announce(int type, int recordsPerFile, int tracesPerRecord);
+  /// Creates the files of an announced dataset by the counts that it has now. Later calls do nothing.
+  int begin();
+  /// Closes the files; those of an output get their closed mark when all of it could be written. @return kyrDiskError
+  /// when not all that was written is on the disk
+  int close();
+
+  /// False for a dataset that was found without its closed mark, or shorter than its counts say.
+  bool isWhole() const { return whole_; }
+
+  // -- properties
+
+  const DatasetHeader& header() const { return header_; }
+  const DatasetShape& shape() const { return shape_; }
+  int getProperty(int property, int type, int units, void* value) const;
+  int setProperty(int property, int type, int units, const void* value);
+  /// Takes over another dataset's properties but for counts and ranges.
+  int copyProperties(const DatasetFile& from);
+
+  // -- traces
+
+  /// As HeaderGet and TraceGet (datasets.h); `samples` may be null.
+  int read(int record, int trace, float* samples, TraceInfo* info);
+  int write(int record, int trace, const float* samples, const TraceInfo& info);
+
+ private:
+  enum class Stage { Closed, Reading, Updating, Announced, Writing };
+
+  int openExisting(Stage stage);
+  int openParts();
+  bool openPart(int part);
+  void settleCounts(std::uint64_t available, int partsMissing);
+  bool createParts();
+  bool writeHeaders(int parts);
+  bool finishParts();
+  bool removeParts(int first, int count);
+  int setCount(int property, int type, int units, const void* value);
+  int readSlot(int record, int trace, float* samples, TraceInfo* info);
+  void setShape(const DatasetShape& shape);
+  int fail(const char* what);
+  int lost(int record, int trace, int result);
+  bool has(int record, int trace) const;
+  std::uint64_t seedOf(int record, int trace) const;
+  SlotStore::Place placeOf(int record, int trace) const;
+
+  std::string path_;
+  Say say_;
+  SlotStore store_;
+  DatasetHeader header_;
+  DatasetShape shape_;  ///< the header's counts
+  Stage stage_ = Stage::Closed;
+  bool whole_ = true;
+  bool newFile_ = false;  ///< announce() made the file
+  bool failed_ = false;   ///< a write failed: no more of them, no closed mark
+  int lostReads_ = 0;
+};
