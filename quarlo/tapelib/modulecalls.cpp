@@ -1,0 +1,113 @@
+#include "quarlo/tapelib/modulecalls.h"
+
+#include <cerrno>
+#include <cstring>
+#include <string>
+
+#include "libkyr/process.h"
+#include "libkyr/text.h"
+#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/diskunit.h"
+#include "quarlo/tapelib/jobstate.h"
+
+namespace {
+
+/// The record's unit, or null.
+UnitStruct* unitOf(const ProcessRecord* job, int unit) {
+  const bool known = job != nullptr && job->deviceUnit != nullptr && (unit == KYR_INPUT || unit == KYR_OUTPUT);
+  return known ? job->deviceUnit + unit : nullptr;
+}
+
+bool isTape(const ProcessRecord* job, int unit) { return kyrIsTape(job, unit) == 1; }
+
+/// An error line with the system's reason behind it. @return -1
+int failed(ProcessRecord* job, const char* what) {
+  kyrSay(job, formatText("  *** Error %s: %s.", what, std::strerror(errno)).c_str());
+  return -1;
+}
+
+/// The stream of an open disk unit, or null after a console line.
+std::FILE* openStream(ProcessRecord* job, int unit) {
+  UnitStruct* disk = unitOf(job, unit);
+  if (disk != nullptr && disk->type == UT_DISK && disk->fp != nullptr) return disk->fp;
+  kyrSay(job, unit == KYR_INPUT ? "  *** Error: the input is not open." : "  *** Error: the output is not open.");
+  return nullptr;
+}
+
+int readTape(ProcessRecord* job, void* buffer, int bytes) {
+  UnitStruct* units = job->deviceUnit;
+  const int count = tlv_tape_read(units, KYR_INPUT, units->ioBuffer, bytes);
+  if (count > bytes) {
+    kyrSay(job, formatText("  *** Error: a block of %d bytes is longer than %d bytes.", count, bytes).c_str());
+    return -1;
+  }
+  if (count > 0) std::memcpy(buffer, units->ioBuffer, static_cast<std::size_t>(count));
+  return count;
+}
+
+}  // namespace
+
+void kyrSay(ProcessRecord* job, const char* line) { do_console_out(job, line); }
+
+int kyrGoOn() {
+  xvt_app_process_pending_events();
+  // A job that begins while a stop is wished for is told so: this one only asks.
+  int stop = 0;
+  const RunningJob question(&stop);
+  return stop == 0 && !xvt_app_is_ending() ? 1 : 0;
+}
+
+int kyrIsTape(const ProcessRecord* job, int unit) {
+  const UnitStruct* chosen = unitOf(job, unit);
+  if (chosen == nullptr) return -1;
+  if (chosen->type == UT_TAPE) return 1;
+  return chosen->fs.name[0] != '\0' ? 0 : -1;
+}
+
+int kyrPath(const ProcessRecord* job, int unit, char* path, int size) {
+  if (size > 0) path[0] = '\0';
+  if (size <= 0 || kyrIsTape(job, unit) != 0) return -1;
+  const std::string whole = pathOf(unitOf(job, unit)->fs);
+  if (whole.size() >= static_cast<std::size_t>(size)) return -1;
+  copyText(path, static_cast<std::size_t>(size), whole);
+  return 0;
+}
+
+int kyrOpen(ProcessRecord* job, int unit) {
+  UnitStruct* chosen = unitOf(job, unit);
+  if (chosen != nullptr && chosen->state != 0 && (chosen->type == UT_TAPE || chosen->fp != nullptr)) return 0;
+  if (kyrIsTape(job, unit) != 0) {
+    kyrSay(job, unit == KYR_INPUT ? "  *** Error: there is no input." : "  *** Error: there is no output.");
+    return -1;
+  }
+  const FILE_SPEC file = chosen->fs;
+  if (openDiskUnit(chosen, file, unit == KYR_INPUT ? "rb" : "wb")) return 0;
+  return failed(job, formatText("opening file %s", pathOf(file).c_str()).c_str());
+}
+
+int kyrBlockLimit(const ProcessRecord* job) {
+  const UnitStruct* input = unitOf(job, KYR_INPUT);
+  return input != nullptr ? static_cast<int>(input->ioBufLen) : 0;
+}
+
+int kyrRead(ProcessRecord* job, void* buffer, int bytes) {
+  if (bytes <= 0) return 0;
+  if (isTape(job, KYR_INPUT)) return readTape(job, buffer, bytes);
+  std::FILE* stream = openStream(job, KYR_INPUT);
+  if (stream == nullptr) return -1;
+  const std::size_t count = std::fread(buffer, 1, static_cast<std::size_t>(bytes), stream);
+  if (std::ferror(stream) != 0) return failed(job, "reading the input disk file");
+  return static_cast<int>(count);
+}
+
+int kyrWrite(ProcessRecord* job, const void* buffer, int bytes) {
+  if (bytes <= 0) return 0;
+  if (isTape(job, KYR_OUTPUT)) {
+    const int result = tlv_tape_write(job->deviceUnit, ALL_OUTPUTS, static_cast<const char*>(buffer), bytes);
+    return result < 0 ? -1 : bytes;
+  }
+  std::FILE* stream = openStream(job, KYR_OUTPUT);
+  if (stream == nullptr) return -1;
+  const auto count = static_cast<std::size_t>(bytes);
+  return std::fwrite(buffer, 1, count, stream) == count ? bytes : failed(job, "writing the output disk file");
+}

@@ -1,0 +1,52 @@
+// Modules with one fault each: which one, FAULT_... says.
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+
+#include "plugins/kyrmodule.h"
+
+#ifdef FAULT_CONSTRUCTOR_CRASHES
+namespace {
+const struct Crash {
+  Crash() { std::abort(); }
+} crash;
+}  // namespace
+#endif
+
+#ifdef FAULT_CONSTRUCTOR_EXITS
+namespace {
+const struct Leave {
+  Leave() { std::exit(0); }
+} leave;
+}  // namespace
+#endif
+
+#ifdef FAULT_MISSING_SYMBOL
+int nowhereToBeFound();
+#endif
+
+#ifndef FAULT_NO_IDENTIFIER
+void GetTuDllIdentifier(char* theName, int* uniqueId) {
+#ifdef FAULT_LONG_NAME
+  std::memset(theName, 'x', 200);
+#else
+  std::strcpy(theName, "Faulty");
+#endif
+  *uniqueId = 78;
+#ifdef FAULT_MISSING_SYMBOL
+  *uniqueId = nowhereToBeFound();
+#endif
+}
+#endif
+
+#ifdef FAULT_BLOCK_SIZE
+void AllocInputMemory(int* size) { *size = -1; }
+void AllocOutputMemory(int* size) { *size = 2000000000; }
+#endif
+
+#ifdef FAULT_PHASES
+int TInitialPhase(ProcessRecord* /*record*/, int* /*inputParams*/, int* /*outputParams*/) {
+  throw std::runtime_error("no more of this");
+}
+int TFinalPhase(ProcessRecord* /*record*/) { throw 1; }
+#endif

@@ -1,0 +1,81 @@
+// A module in C that has every entry: copies its input to its output, each byte changed by a parameter.
+#include <stddef.h>
+#include <stdio.h>
+#include <string.h>
+
+#include "plugins/kyrmodule.h"
+
+struct Parameters {
+  int key;
+  int calls;
+};
+
+static struct Parameters* chosen;
+static long total;
+
+void GetTuDllIdentifier(char* theName, int* uniqueId) {
+  strcpy(theName, "Good");
+  *uniqueId = 77;
+}
+
+void AllocInputMemory(int* size) { *size = sizeof(struct Parameters); }
+void AllocOutputMemory(int* size) { *size = 100000; }
+
+void GetInputDefaultParameters(int* params, int* paramDlg, int* disk, int* tape) {
+  ((struct Parameters*)params)->key = 1;
+  *paramDlg = *disk = *tape = 1;
+}
+
+void GetOutputDefaultParameters(int* params, int* paramDlg, int* disk, int* tape) {
+  (void)params;
+  (void)paramDlg;
+  (void)tape;
+  *disk = 1;
+}
+
+void PostInputDialog(int* params) { ((struct Parameters*)params)->calls += 1; }
+void PostOutputDialog(int* params) { params[0] = -5; }
+void DestroyInputMemory(int* params) { ((struct Parameters*)params)->calls += 100; }
+void DestroyOutputMemory(int* params) { params[0] = -6; }
+
+int TInitialPhase(ProcessRecord* record, int* inputParams, int* outputParams) {
+  char line[600];
+  char path[500];
+  (void)outputParams;
+  chosen = (struct Parameters*)inputParams;
+  total = 0;
+  kyrPath(record, KYR_INPUT, path, sizeof path);
+  snprintf(line, sizeof line, "output type %d, tape %d, block limit %d, from \"%s\"", record->diskFileOutputType,
+           kyrIsTape(record, KYR_INPUT), kyrBlockLimit(record), path);
+  kyrSay(record, line);
+  return kyrOpen(record, KYR_INPUT) != 0 ? 3 : kyrOpen(record, KYR_OUTPUT);
+}
+
+int TMainPhase(ProcessRecord* record) {
+  char bytes[1000];
+  int count = 0;
+  while (kyrGoOn() && (count = kyrRead(record, bytes, sizeof bytes)) > 0) {
+    for (int i = 0; i < count; ++i) bytes[i] = (char)(bytes[i] + chosen->key);
+    if (kyrWrite(record, bytes, count) != count) return 4;
+    total += count;
+  }
+  return count < 0 ? 5 : 0;
+}
+
+int TFinalPhase(ProcessRecord* record) {
+  char line[100];
+  snprintf(line, sizeof line, "%ld bytes", total);
+  kyrSay(record, line);
+  return 0;
+}
+
+// How a C compiler lays out the record.
+KYR_MODULE_ENTRY void recordLayout(size_t* offsets);
+void recordLayout(size_t* offsets) {
+  offsets[0] = offsetof(struct ProcessRecord, dialogWindow);
+  offsets[1] = offsetof(struct ProcessRecord, diskFileOutputType);
+  offsets[2] = offsetof(struct ProcessRecord, consoleLine);
+  offsets[3] = offsetof(struct ProcessRecord, deviceUnit);
+  offsets[4] = offsetof(struct ProcessRecord, datasets);
+  offsets[5] = sizeof(struct ProcessRecord);
+}
