@@ -204,6 +204,7 @@ int DatasetFile::close() {
 }
 
 /// Brings everything to the disk, and only then says so in the header: also after a power failure the mark is true.
+/// The mark itself may come late: a dataset without it is doubted, not lost.
 bool DatasetFile::finishParts() {
   auto& parts = store_.parts();
   if (!store_.flush()) return false;
@@ -214,8 +215,7 @@ bool DatasetFile::finishParts() {
   }
   if (!removeParts(count, static_cast<int>(parts.size()))) return false;
   header_.closed = true;
-  if (!writeHeaders(count)) return false;
-  return std::all_of(parts.begin(), parts.end(), [](const PartFile& file) { return file.sync(); });
+  return writeHeaders(count);
 }
 
 /// Parts of an output that came out with fewer records than were announced.

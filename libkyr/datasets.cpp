@@ -277,12 +277,14 @@ int HeaderGet(ProcessRecord* procRecord, Link link, int record, int trace, Trace
 }
 
 int TraceGet(ProcessRecord* procRecord, Link link, int record, int trace, float* samples, TraceInfo* header) {
-  return samples != nullptr ? readTrace(procRecord, link, record, trace, samples, header) : kyrBadCall;
+  const DatasetFile* const file = fileOf(procRecord, link);
+  if (samples == nullptr && file != nullptr && file->shape().samples > 0) return kyrBadCall;
+  return readTrace(procRecord, link, record, trace, samples, header);
 }
 
 int TracePut(ProcessRecord* procRecord, Link link, int record, int trace, const float* samples,
              const TraceInfo* header) {
   DatasetFile* const file = fileOf(procRecord, link);
-  if (file == nullptr || samples == nullptr || header == nullptr) return kyrBadCall;
+  if (file == nullptr || header == nullptr || (samples == nullptr && file->shape().samples > 0)) return kyrBadCall;
   return guarded([&] { return file->write(record, trace, samples, *header); });
 }

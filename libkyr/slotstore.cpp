@@ -37,8 +37,9 @@ const unsigned char* SlotStore::read(const Place& place, std::size_t* got) {
     const std::size_t size = window_.endsAt(place) ? wholeSlots(place.size) : place.size;
     window_.place = {};
     unsigned char* const bytes = window_.make(size);
-    const auto count =
-        flush() ? parts_[static_cast<std::size_t>(place.part)].readAt(place.offset, bytes, size) : std::nullopt;
+    const auto count = bytes != nullptr && flush()
+                           ? parts_[static_cast<std::size_t>(place.part)].readAt(place.offset, bytes, size)
+                           : std::nullopt;
     if (!count) return nullptr;
     window_.place = {place.part, place.offset, *count};
   }
