@@ -63,6 +63,7 @@ int DatasetFile::openRead() { return openExisting(Stage::Reading); }
 int DatasetFile::openUpdate() {
   const int result = openExisting(Stage::Updating);
   if (result != kyrOk || whole_) return result;
+  stage_ = Stage::Reading;  // nothing is brought to its end
   close();
   return kyrTraceLost;
 }

@@ -1,0 +1,116 @@
+#!/bin/bash
+# kyrtool from the outside: datasets made, shown, marked and refused.  kyrtool.sh PROGRAM
+set -e
+tool=$1
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+cd "$folder"
+fails() {  # STATUS COMMAND ...
+  local wanted=$1 status=0
+  shift
+  "$@" > out 2> err || status=$?
+  [ $status = "$wanted" ] || { echo "status $status: $*"; cat out err; exit 1; }
+}
+says() { grep -qxF -- "$1" "$2" || { echo "no \"$1\" in:"; cat "$2"; exit 1; }; }
+hints() { grep -qF -- "$1" err || { echo "no \"$1\" in:"; cat err; exit 1; }; }
+
+cat > a.txt <<'TEXT'
+type stack-2d
+records 2
+traces-per-record 3
+samples 4
+sample-interval 0.004
+min-field-file 901
+120 7
+trace 1 1 field-file=901 channel=1 kill-flag=16
+0.5
+-1
+1e-30
+nan
+# this one lacks two samples
+trace 2 3 source-location=12.5 offset=null 150=0.25
+-inf
+3.1415927
+TEXT
+"$tool" make a.kyr a.txt
+"$tool" dump a.kyr > b.txt
+says "min-field-file 901" b.txt
+says "120 7" b.txt
+says "trace 1 1 field-file=901 channel=1 kill-flag=16" b.txt
+says "trace 2 3 source-location=12.5 offset=null 150=0.25" b.txt
+says "# trace 1 2 was never written" b.txt
+says "3.1415927" b.txt
+says "1e-30" b.txt
+says "sample-interval 0.004" b.txt
+"$tool" make b.kyr b.txt
+"$tool" dump b.kyr > c.txt
+cmp b.txt c.txt
+"$tool" info a.kyr > out
+says "state closed properly" out
+says "bytes-per-trace 840" out
+"$tool" check a.kyr > out
+for line in "live 1" "dead 1" "never-written 4" "lost 0"; do says "$line" out; done
+
+"$tool" kill b.kyr 1-2 2-3 geometry
+"$tool" kill b.kyr 1 2 processing
+"$tool" set b.kyr all 3 field-file=77 receiver-location=-0.5
+"$tool" revive b.kyr 1 1
+"$tool" property b.kyr sample-interval=0.001 max-offset=5000
+"$tool" headers b.kyr 1 > out
+says "trace 1 1 field-file=901 channel=1" out
+says "trace 1 2 kill-flag=32" out
+says "trace 1 3 receiver-location=-0.5 field-file=77 kill-flag=16" out
+says "sample-interval 0.001" out
+says "max-offset 5000" out
+"$tool" dump b.kyr 2 3 > out
+says "3.1415927" out
+says "trace 2 3 source-location=12.5 receiver-location=-0.5 field-file=77 kill-flag=16 offset=null 150=0.25" out
+
+printf '\0\0\200\77\0\0\0\300\0\0\0\0\0\0\200\277\0\0\0\0\0\0\0\100' > f.raw   # 1 -2 0 -1 0 2
+"$tool" raw r.kyr f.raw 1 2 3 0.002
+"$tool" dump r.kyr 1 2 > out
+says "trace 1 2 field-file=1 trace-number=2 channel=2" out
+[ "$(tail -3 out | tr '\n' ' ')" = "-1 0 2 " ] || { cat out; exit 1; }
+fails 2 "$tool" raw s.kyr f.raw 1 1 3 0.002
+hints "more floats"
+fails 2 "$tool" raw s.kyr f.raw 2 2 3 0.002
+hints "too few floats for trace 1 of record 2"
+fails 2 "$tool" raw r.kyr f.raw 1 2 3 0.002
+hints "exists already"
+fails 2 "$tool" raw s.kyr f.raw 1 2 3 0.002 bricks
+fails 2 "$tool" raw s.kyr none.raw 1 2 3 0.002
+[ ! -e s.kyr ]
+
+refuse() { printf '%s\n' "$2" > bad.txt; fails 2 "$tool" make bad.kyr bad.txt; hints "$1"; [ ! -e bad.kyr ]; }
+refuse "no dataset in the text" "# nothing"
+refuse "line 1: \"type\" has to come first" "records 3"
+refuse "line 1: no first line with a known type" "type sort"
+refuse "line 2: no such property: colour" $'type radar\ncolour 3'
+refuse "line 2: records=-2: refused" $'type radar\nrecords -2'
+refuse "line 2: no number: records=two" $'type radar\nrecords two'
+refuse "trace 1 2: no such record" $'type radar\nrecords 1\ntraces-per-record 1\nsamples 1\ntrace 1 2'
+refuse "line 7: too many samples" $'type radar\nrecords 1\ntraces-per-record 1\nsamples 1\ntrace 1 1\n5\n6'
+
+# A dataset that was cut off: told, shown as far as it goes, not changed.
+size=$(stat -c %s a.kyr)
+head -c $((size - 1)) a.kyr > cut.kyr
+fails 1 "$tool" info cut.kyr
+says "state not complete" out
+hints "is not complete: 2 of 2 records"
+fails 1 "$tool" dump cut.kyr
+says "# trace 2 3 is lost" out
+fails 2 "$tool" kill cut.kyr all all
+fails 2 "$tool" property cut.kyr sample-interval=1
+head -c $((size - 1)) a.kyr | cmp - cut.kyr
+printf X | dd of=a.kyr bs=1 seek=100 conv=notrunc 2> /dev/null
+fails 2 "$tool" info a.kyr
+hints "a.kyr: its header is damaged"
+fails 2 "$tool" info f.raw
+hints "f.raw: it is no dataset"
+fails 2 "$tool" info none.kyr
+hints "No such file"
+fails 2 "$tool" headers b.kyr 3
+fails 2 "$tool" set b.kyr 1 1 channel
+fails 2 "$tool" kill b.kyr 1 1 gently
+fails 2 "$tool" sing
+fails 2 "$tool"
