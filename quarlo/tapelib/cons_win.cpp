@@ -119,6 +119,7 @@ void reportNull(const char* name) {
 
 void consInit() {
   setNullReport(reportNull);
+  SetDefaultConsole(console_out);
   consFont = docFont();
   const RCT area = docRectangle(consFont, kWishedPlace, kColumns, kLines);
   consWin[0] = {W_DOC, area, "Console", 0, NULL_FNTID, WSF_SIZE | WSF_CLOSE | WSF_HSCROLL | WSF_VSCROLL};

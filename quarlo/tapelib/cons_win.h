@@ -9,7 +9,8 @@ struct ProcessRecord;
 extern short gConsIsVisible;
 
 /// Creates the console. When that fails it says so in a box and the program goes on without one. From then on a failed
-/// allocation (NullCheck) is told in a box and a line.
+/// allocation (NullCheck) is told in a box and a line, and the lines of records without a console of their own come
+/// here.
 void consInit();
 /// Appends one line (without its newline) to the window and to the file; on screen and on disk when it returns. A text
 /// with newlines in it becomes several lines. Without a console the text is dropped.

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <memory>
 
+#include "libkyr/datasets.h"
 #include "libkyr/nullcheck.h"
 #include "libkyr/sharedobject.h"
 #include "quarlo/tapelib/diskunit.h"
@@ -332,6 +333,82 @@ TEST_F(ModuleTest, ACompilerOfCSeesTheSameRecord) {
   EXPECT_EQ(offsets[4], offsetof(ProcessRecord, datasets));
   EXPECT_EQ(offsets[5], sizeof(ProcessRecord));
   unloadSharedObject(object);
+}
+
+/// The modules that are built with the program, run as the program runs them.
+class BuiltModuleTest : public ModuleTest {
+ protected:
+  BuiltModuleTest() {
+    std::filesystem::copy(QUARLO_BUILT_MODULES "ioexample.so", "lib/ioexample.so");
+    std::filesystem::copy(QUARLO_BUILT_MODULES "iokyr.so", "lib/iokyr.so");
+  }
+  /// Runs the example on in.txt into out.kyr. @return the first phase's answer that is not 0
+  int run(const std::string& text, int outputType = 1) {
+    writeFile("in.txt", text);
+    chooseDiskUnits("in.txt", "out.kyr");
+    const ProcessRecordPtr owned(NewProcessRecord());
+    owned->diskFileOutputType = outputType;
+    forgetConsole();
+    ProcessingStep step("ioexample.so");
+    if (const int result = step.InitialPhase(owned.get(), nullptr, nullptr); result != 0) return result;
+    if (const int result = step.MainPhase(owned.get()); result != 0) return result;
+    return step.FinalPhase(owned.get());
+  }
+};
+
+TEST_F(BuiltModuleTest, AreListed) {
+  EXPECT_EQ(found(), (Lines{"ioexample.so: Text (one trace per line) 1001", "iokyr.so: Kyr 1"}));
+  int block[1] = {};
+  selectOutput("iokyr.so", block);
+  EXPECT_EQ(itDoesOutputParm + 10 * itOutputsDisk + 100 * itOutputsTape, 10);
+  selectInput("ioexample.so", block);
+  EXPECT_EQ(itDoesInputParm + 10 * itInputsDisk + 100 * itInputsTape, 10);
+}
+
+TEST_F(BuiltModuleTest, TheExampleMakesADataset) {
+  ASSERT_EQ(run("# interval 0.004\n1 -2.5 3e3\n\n \t4 5\t6\r\n"), 0);
+  EXPECT_EQ(consoleWithoutDates(), Lines{"2 traces of 3 samples written."});
+
+  const ProcessRecordPtr reader(NewProcessRecord());
+  Link link;
+  SetNumberOfInputs(reader.get(), 1);
+  ASSERT_EQ(NewInputFile(&link, reader.get(), "out.kyr", 0, kAnySeismicType), 0);
+  ASSERT_EQ(EndInit(reader.get()), 0);
+  const struct {
+    int property;
+    float value;
+  } counts[] = {{dsRecords, 1}, {dsTracesPerRecord, 2}, {dsSamples, 3}, {dsSampleInterval, 0.004F}};
+  for (const auto& row : counts) {
+    float value = 0;
+    EXPECT_EQ(GetDatasetProperty(reader.get(), link, row.property, singleFloatType, gUnknownUnits, &value), 0);
+    EXPECT_EQ(value, row.value) << row.property;
+  }
+  const std::vector<std::vector<float>> expected{{1, -2.5F, 3000}, {4, 5, 6}};
+  for (int trace = 1; trace <= 2; ++trace) {
+    TraceInfo header{};
+    std::vector<float> samples(3);
+    ASSERT_EQ(TraceGet(reader.get(), link, 1, trace, samples.data(), &header), 0);
+    EXPECT_EQ(samples, expected[static_cast<std::size_t>(trace - 1)]);
+    int channel = 0;
+    EXPECT_EQ(GetTraceProperty(trChannel, longIntType, gUnknownUnits, &channel, &header), 0);
+    EXPECT_EQ(channel, trace);
+    EXPECT_FALSE(IsDead(header));
+  }
+}
+
+TEST_F(BuiltModuleTest, TheExampleSaysWhatIsWrong) {
+  EXPECT_NE(run("1 2\n", 0), 0);
+  EXPECT_TRUE(consoleHas("  *** Text can be written as a dataset (\"Kyr\") only."));
+  EXPECT_NE(run("1 2\n3 x\n"), 0);
+  EXPECT_TRUE(consoleHas("  *** Line 2 holds something else than numbers."));
+  EXPECT_NE(run("1 2\n\n3\n"), 0);
+  EXPECT_TRUE(consoleHas("  *** Line 3 has 1 samples and not 2 as the first trace."));
+  EXPECT_NE(run("# nothing\n"), 0);
+  EXPECT_TRUE(consoleHas("  *** There is no trace in the input file."));
+  toolkit.onPump = [](long) { requestStopOfJobs([] {}); };
+  const RunningJob around(nullptr);
+  EXPECT_NE(run("1 2\n"), 0);
+  EXPECT_TRUE(consoleHas("  *** Stopped."));
 }
 
 TEST_F(ModuleTest, TheRecordsConsoleIsWhereItsLinesGo) {

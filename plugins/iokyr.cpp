@@ -1,0 +1,16 @@
+/// The suite's datasets as an output format. The module that reads writes the dataset, through libkyr: this one stands
+/// for the choice and has no parameters. As an input it has no phases.
+#include <cstring>
+
+#include "plugins/kyrmodule.h"
+
+void GetTuDllIdentifier(char* theName, int* uniqueId) {
+  std::strcpy(theName, KYR_NAME_DATASET);
+  *uniqueId = KYR_ID_DATASET;
+}
+
+void GetOutputDefaultParameters(int* /*params*/, int* paramDlg, int* disk, int* tape) {
+  *paramDlg = 0;
+  *disk = 1;
+  *tape = 0;
+}
