@@ -194,7 +194,8 @@ bool DatasetFile::writeHeaders(int parts) {
 
 int DatasetFile::close() {
   const Stage stage = std::exchange(stage_, Stage::Closed);
-  if ((stage == Stage::Writing || stage == Stage::Updating) && !failed_ && !finishParts()) fail("writing to");
+  if (stage == Stage::Writing || stage == Stage::Updating)
+    if (!failed_ && !finishParts(stage == Stage::Writing)) fail("writing to");
   if (stage == Stage::Announced && newFile_) unlink(path_.c_str());
   for (PartFile& file : store_.parts())
     if (!file.close() && !failed_ && stage != Stage::Reading) fail("writing to");
@@ -206,13 +207,13 @@ int DatasetFile::close() {
 
 /// Brings everything to the disk, and only then says so in the header: also after a power failure the mark is true.
 /// The mark itself may come late: a dataset without it is doubted, not lost.
-bool DatasetFile::finishParts() {
+bool DatasetFile::finishParts(bool cut) {
   auto& parts = store_.parts();
   if (!store_.flush()) return false;
   const int count = shape_.parts();
   for (int part = 0; part < count; ++part) {
     const PartFile& file = parts[static_cast<std::size_t>(part)];
-    if (!file.cutTo(shape_.sizeOfPart(part)) || !file.sync()) return false;
+    if ((cut && !file.cutTo(shape_.sizeOfPart(part))) || !file.sync()) return false;
   }
   if (!removeParts(count, static_cast<int>(parts.size()))) return false;
   header_.closed = true;

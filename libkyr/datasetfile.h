@@ -63,7 +63,7 @@ class DatasetFile {
   void settleCounts(std::uint64_t available, int partsMissing);
   bool createParts();
   bool writeHeaders(int parts);
-  bool finishParts();
+  bool finishParts(bool cut);
   bool removeParts(int first, int count);
   int setCount(int property, int type, int units, const void* value);
   int readSlot(int record, int trace, float* samples, TraceInfo* info);
