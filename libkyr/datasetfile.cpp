@@ -284,7 +284,8 @@ int DatasetFile::copyProperties(const DatasetFile& from) {
   const GeneralSeisDataOrg ours = header_.org;
   header_.org = from.header_.org;
   for (int property = 0; property < datasetPropertyCount; ++property)
-    if (isRange(property)) std::copy_n(ours.bytes + 4 * property, 4, header_.org.bytes + 4 * property);
+    if (isRange(property))
+      std::copy_n(ours.bytes + seisOrgOffset(property), 4, header_.org.bytes + seisOrgOffset(property));
   setShape(shape_);
   return kyrOk;
 }

@@ -20,7 +20,7 @@ bool isCount(int property) {
   }
 }
 
-unsigned char* wordOf(GeneralSeisDataOrg* org, int property) { return org->bytes + 4 * property; }
+unsigned char* wordOf(GeneralSeisDataOrg* org, int property) { return org->bytes + seisOrgOffset(property); }
 
 }  // namespace
 
@@ -44,5 +44,5 @@ int SetDSProperty(int property, int type, int units, const void* value, GeneralS
 int GetDSProperty(int property, int type, int units, void* value, const GeneralSeisDataOrg* org) {
   const auto entry = datasetProperty(property);
   if (!entry || org == nullptr) return failedValue(type, value);
-  return valueFromWord(*entry, loadLe32(org->bytes + 4 * property), type, units, value);
+  return valueFromWord(*entry, loadLe32(org->bytes + seisOrgOffset(property)), type, units, value);
 }

@@ -14,7 +14,10 @@ constexpr int datasetPropertyCount = 215;
 struct GeneralSeisDataOrg {
   unsigned char bytes[seisOrgSize];
 };
-static_assert(sizeof(GeneralSeisDataOrg) == seisOrgSize && seisOrgSize == 4 * datasetPropertyCount);
+
+/// Where the word of a property stands in the record.
+constexpr std::size_t seisOrgOffset(int property) { return 4 * static_cast<std::size_t>(property); }
+static_assert(sizeof(GeneralSeisDataOrg) == seisOrgSize && seisOrgSize == seisOrgOffset(datasetPropertyCount));
 
 /// A record that knows nothing yet: counts are 0, everything else is null.
 GeneralSeisDataOrg newSeisOrg();

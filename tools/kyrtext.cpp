@@ -162,7 +162,7 @@ class Maker {
       const std::string problem = take(std::string(trimText(line)));
       if (!problem.empty()) return formatText("line %d: %s", number, problem.c_str());
     }
-    if (const std::string problem = finish(); !problem.empty()) return problem;
+    if (std::string problem = finish(); !problem.empty()) return problem;
     const int result = begun_ ? file_.close() : file_.begin() == kyrOk ? file_.close() : kyrDiskError;
     return result == kyrOk ? std::string() : reason(result);
   }

@@ -10,8 +10,7 @@ namespace {
 
 /// The bytes of the page's dump: "OFFSET  hex bytes  |text|", a star for lines like the one before.
 std::string exampleBytes() {
-  const auto page = std::filesystem::path(__FILE__).parent_path() / "../../docs/format-kyr.md";
-  std::istringstream lines(readFile(page.string()));
+  std::istringstream lines(readFile(QUARLO_SOURCE_DIR "/docs/format-kyr.md"));
   std::string bytes;
   std::string row;
   for (std::string line; std::getline(lines, line);) {

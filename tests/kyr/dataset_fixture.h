@@ -25,7 +25,7 @@ struct TestTrace {
   TraceInfo header{};
 
   TestTrace(int record, int trace, int count) : samples(static_cast<std::size_t>(count)) {
-    const int number = record * 1000 + trace;
+    const auto number = static_cast<int>(static_cast<unsigned>(record) * 1000U + static_cast<unsigned>(trace));
     std::mt19937 random(static_cast<unsigned>(number));
     for (float& sample : samples) sample = static_cast<float>(random()) / 65536.0F - 32768.0F;
     SetTraceProperty(trFieldFile, longIntType, gUnknownUnits, &number, &header);
