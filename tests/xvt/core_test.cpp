@@ -239,6 +239,36 @@ TEST(Core, ListsSelectOneOrSeveralRows) {
   });
 }
 
+// A handler may show everything anew when a field is left: that must not undo the choice that made the user leave it.
+TEST(Core, AFieldIsLeftBeforeARowIsChosen) {
+  static constexpr DLG_ITEM items[] = {ui::edit(1, "field", 10), ui::option(2, "option", 10),
+                                       ui::list(3, "list", 10, 4)};
+  static constexpr DLG_RES key = {3, "key", "Key", items, std::size(items)};
+  run(kResources, [] {
+    const auto refill = [](WINDOW window) {
+      for (const int id : {2, 3}) {
+        xvt_list_clear(ctl(window, id));
+        for (const char* row : {"a", "b", "c"}) {
+          xvt_list_add(ctl(window, id), -1, row);
+        }
+        xvt_list_set_selected(ctl(window, id), 0, true);
+      }
+    };
+    const WINDOW dialog = open(WD_MODELESS, key, [refill](WINDOW window, EVENT& event) {
+      if (event.type == E_CONTROL && event.ctl.id == 1 && event.ctl.what == CTL_FOCUS_LOSS) {
+        refill(window);
+      }
+      return 0L;
+    });
+    refill(dialog);
+    for (const int id : {2, 3}) {
+      EXPECT_TRUE(probe::type(ctl(dialog, 1), "5", &why)) << why;
+      EXPECT_TRUE(probe::select(ctl(dialog, id), 2, false, &why)) << why;
+      EXPECT_EQ(xvt_list_get_selected(ctl(dialog, id)), 2) << id;
+    }
+  });
+}
+
 TEST(Core, AListCanBeMadeTaller) {
   run(kResources, [] {
     const WINDOW lists = open(WD_MODELESS, kLists, [](WINDOW window, EVENT& event) {

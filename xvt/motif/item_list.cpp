@@ -123,10 +123,12 @@ Cell ListItem::cell() const {
 bool ListItem::choose(int row, bool add) {
   Frame frame;
   XmProcessTraversal(widget_, XmTRAVERSE_CURRENT);
+  // As in OptionItem::choose.
+  dialog_.settle();
+  if (dialog_.isDying() || row >= rowCount()) return false;
   if (several() && !add) XmListDeselectAllItems(widget_);
   setRowSelected(row, true);
   XmListSetKbdItemPos(widget_, row + 1);
-  dialog_.settle();
   tell(CTL_SELECT);
   return true;
 }

@@ -122,8 +122,10 @@ bool OptionItem::activate() {
 
 bool OptionItem::choose(int row, bool) {
   Frame frame;
-  setRowSelected(row, true);
+  // First, for what a handler shows anew when a field is left must not undo the choice.
   dialog_.settle();
+  if (dialog_.isDying() || row >= rowCount()) return false;
+  setRowSelected(row, true);
   tell(CTL_SELECT);
   return true;
 }
