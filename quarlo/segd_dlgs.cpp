@@ -1,7 +1,9 @@
 #include "quarlo/segd_dlgs.h"
 
 #include <algorithm>
+#include <string>
 
+#include "libkyr/text.h"
 #include "quarlo/settings_dlg.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 #include "resources/ids.h"
@@ -9,6 +11,8 @@
 namespace {
 
 constexpr int SEGD_TRACE_HEADER_BYTES = 20;
+constexpr const char* OUTPUT_EXTENSION = ".sgd";
+constexpr std::size_t MAX_OUTPUT_NAME = 200;  // so that a number and the extension find room in a file's name
 
 SgdCopyParams editedCopy;
 SgdCopyParams editedFiles;
@@ -76,6 +80,28 @@ bool editLengthUnit(WINDOW dialog, const EVENT& event) {
   return true;
 }
 
+/// What the names of the output files begin with: the setting without the extension, which the job takes off.
+void showOutputName(WINDOW dialog, const SgdCopyParams& params) {
+  const std::string_view name = fieldText(params.outFile);
+  setControlText(dialog, SD_OUTPUT_NAME, std::string(name.substr(0, name.rfind('.'))).c_str());
+}
+
+/// The directory is chosen elsewhere: a typed one is left out. A name that is too long leaves the old one.
+bool editOutputName(WINDOW dialog, const EVENT& event) {
+  if (event.ctl.what != CTL_FOCUS_LOSS || event.ctl.id != SD_OUTPUT_NAME) {
+    return false;
+  }
+  std::string name(trimText(controlText(dialog, SD_OUTPUT_NAME)));
+  name.erase(0, name.rfind('/') + 1);
+  if (name.empty()) {
+    copyText(editedCopy.outFile, "");
+  } else if (name.size() <= MAX_OUTPUT_NAME) {
+    copyText(editedCopy.outFile, name.ends_with(OUTPUT_EXTENSION) ? name : name + OUTPUT_EXTENSION);
+  }
+  showOutputName(dialog, editedCopy);
+  return true;
+}
+
 void editFileList(WINDOW dialog) {
   openPart(DLG_SEGD_FILES, SegdFFRangeDlg_eh, &editedCopy);
   showLists(dialog, editedCopy);
@@ -113,7 +139,8 @@ void createCopy(WINDOW dialog) {
 
 void controlCopy(WINDOW dialog, const EVENT& event) {
   if (!editOptionFlags(dialog, event) && !readReal(dialog, event, BYTE_LIMIT, &editedCopy.byteLimit) &&
-      !editLengthUnit(dialog, event) && !readNumber(dialog, event, intervalField(&editedCopy))) {
+      !editLengthUnit(dialog, event) && !editOutputName(dialog, event) &&
+      !readNumber(dialog, event, intervalField(&editedCopy))) {
     runAction(ACTIONS, dialog, event);
   }
 }
@@ -158,18 +185,15 @@ KeyControls zeroKey() {
           .lastByte = SEGD_TRACE_HEADER_BYTES - editedZero.trcLimType};
 }
 
-/// Brings the key into the trace header and shows it.
-void showZeroKey(WINDOW dialog) {
-  editedZero.trcLimType = std::clamp(editedZero.trcLimType, 0, SEGD_KEY_TYPES - 1);
-  const KeyControls key = zeroKey();
-  editedZero.trcLimByte = std::clamp(editedZero.trcLimByte, 1, key.lastByte);
-  showKey(dialog, key);
-}
+/// Brings the key's byte into the trace header, whose room for it depends on the type.
+void keepKeyInHeader() { editedZero.trcLimByte = std::clamp(editedZero.trcLimByte, 1, zeroKey().lastByte); }
 
 void createZero(WINDOW dialog) {
   editedZero = recordOf(dialog);
   showPath(dialog, ZT_PATH, editedZero.trcLimDir, editedZero.trcLimFile);
-  showZeroKey(dialog);
+  editedZero.trcLimType = std::clamp(editedZero.trcLimType, 0, SEGD_KEY_TYPES - 1);
+  keepKeyInHeader();
+  showKey(dialog, zeroKey());
 }
 
 void chooseZeroList(WINDOW dialog) {
@@ -187,7 +211,8 @@ constexpr ControlAction ZERO_ACTIONS[] = {
 
 void controlZero(WINDOW dialog, const EVENT& event) {
   if (editKey(dialog, event, zeroKey())) {
-    showZeroKey(dialog);
+    keepKeyInHeader();
+    setControlNumber(dialog, ZT_BYTE, editedZero.trcLimByte);
   } else {
     runAction(ZERO_ACTIONS, dialog, event);
   }
@@ -200,6 +225,7 @@ void setState(WINDOW theDialog, const SgdCopyParams* params) {
   showLists(theDialog, *params);
   showPath(theDialog, SD_PREPEND_PATH, params->prepDir, params->prepFile);
   showPath(theDialog, SD_LOG_PATH, params->logDir, params->logFile);
+  showOutputName(theDialog, *params);
   showReal(theDialog, BYTE_LIMIT, params->byteLimit);
   showReal(theDialog, LENGTH_UNIT, params->recLenFactor);
   setControlNumber(theDialog, SD_DECIMATE_INTERVAL, params->itsDecimateIntvl);

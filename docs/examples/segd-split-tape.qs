@@ -2,8 +2,8 @@
 #
 #     OUTPUT=/data/line-1201 quarlo --script segd-split-tape.qs
 #
-# Takes the tape in the first drive. OUTPUT is a directory that is there; its files are named by field file number, and
-# the job's log, SegdCopy.txt, stands beside them. Traces longer than 32 KB want ST_BUFFER=128 or more.
+# Takes the tape in the first drive. OUTPUT is a directory that is there; its files are named field_00101.sgd for field file
+# 101 and so on, and the job's log, SegdCopy.txt, stands beside them. Traces longer than 32 KB want ST_BUFFER=128 or more.
 
 wait window main 10
 press main.image-copy
@@ -12,6 +12,7 @@ select copy.format "SEG D"
 press copy.parameters
 wait window segd 5
 press segd.number-by-field-file
+type segd.output-name "field"
 answer-file $OUTPUT/SegdCopy.txt
 press segd.log-file
 wait text segd.log-path "*/SegdCopy.txt" 5

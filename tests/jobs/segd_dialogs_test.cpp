@@ -86,6 +86,18 @@ TEST_F(SegdDialogsTest, OptionsTakeNumbersAndNonsense) {
   EXPECT_EQ(SgdParams.itsDecimateIntvl, 25);
 }
 
+TEST_F(SegdDialogsTest, TheOutputNameIsANameWithoutDirectoryAndExtension) {
+  options([this](WINDOW dialog) {
+    EXPECT_EQ(toolkit.text(dialog, SD_OUTPUT_NAME), "");
+    EXPECT_EQ(taken(dialog, SD_OUTPUT_NAME, " /data/line 12.5.sgd "), "line 12.5");
+    EXPECT_EQ(taken(dialog, SD_OUTPUT_NAME, "line-12.5"), "line-12.5");  // the job cuts at the last dot only
+    EXPECT_EQ(taken(dialog, SD_OUTPUT_NAME, std::string(300, 'n')), "line-12.5");
+  });
+  EXPECT_STREQ(SgdParams.outFile, "line-12.5.sgd");
+  options([this](WINDOW dialog) { EXPECT_EQ(taken(dialog, SD_OUTPUT_NAME, "/data/"), ""); });
+  EXPECT_STREQ(SgdParams.outFile, "");
+}
+
 TEST_F(SegdDialogsTest, LogAndPrependFileAreChosen) {
   copyText(SgdParams.logDir, "/var/log");
   options([this](WINDOW dialog) {
