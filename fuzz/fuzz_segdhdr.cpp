@@ -1,0 +1,75 @@
+// SEG D headers over any bytes: general headers, channel set descriptors, trace headers. Each block lies in memory of
+// exactly its size, so that the sanitizers see one step too far.
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <vector>
+
+#include "quarlo/segdcopy_params.h"
+#include "quarlo/segdhdr.h"
+
+SgdCopyParams SgdParams = {};
+
+namespace {
+
+struct Input {
+  const std::uint8_t* bytes;
+  std::size_t size;
+
+  /// The next bytes in a block of their own, zeroes behind the last.
+  std::vector<char> take(std::size_t count) {
+    const std::size_t there = count < size ? count : size;
+    std::vector<char> block(bytes, bytes + there);
+    block.resize(count);
+    bytes += there;
+    size -= there;
+    return block;
+  }
+};
+
+void require(bool holds) {
+  if (!holds) {
+    std::abort();
+  }
+}
+
+void readTrace(SegdHeaders* headers, Input* input) {
+  const std::vector<char> trace = input->take(SEGD_TRACE_HEADER_BYTES);
+  headers->getTraceSize(trace.data());
+  headers->getExtensionSize(input->take(SEGD_BLOCK_BYTES).data());
+  require(headers->TraceSize == std::trunc(headers->TraceSize));
+  require(traceHeaderExtensions(trace.data()) >= 0 && getChannelSet(trace.data()) >= 0);
+  for (int byte = -1; byte <= SEGD_TRACE_HEADER_BYTES + 1; ++byte) {
+    for (int type = -1; type <= SEGD_KEY_TYPES; ++type) {
+      if (keyIsInTraceHeader(byte, type)) {
+        getHeaderField(trace.data(), byte, type);
+      }
+    }
+  }
+  require(!isBlankTraceHeader(trace.data()) || canBeTraceHeader(trace.data()));
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  Input input{bytes, size};
+  SegdHeaders headers;
+  while (input.size > 0) {
+    const std::vector<char> first = input.take(SEGD_BLOCK_BYTES);
+    headers.getGenHeader(first.data());
+    require(headers.GenHdr.genHeaders >= 1 && headers.GenHdr.genHeaders <= 16 && headers.GenHdr.recLen >= 0);
+    if (headers.GenHdr.genHeaders > 1) {
+      headers.getOptGenHeaders(input.take(SEGD_BLOCK_BYTES).data());
+    }
+    headers.getGenHdrSamples();
+    headers.getRecordSize();
+    require(headers.GenHdrSamples >= 0 && headers.TraceSize >= 0);
+    if (badGeneralHeaderByte(first.data()) == 0) {
+      require(headers.TotalChannelSets() <= 99 * 99 && headers.scanHeaderBytes() <= 198 * 99 * SEGD_BLOCK_BYTES);
+    }
+    headers.getScanHeaders(input.take(static_cast<std::size_t>(headers.scanHeaderBytes())));
+    require(headers.NumberOfChannels() >= 0);
+    readTrace(&headers, &input);
+  }
+  return 0;
+}
