@@ -120,7 +120,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const bool passes = elfFault({head, std::min(file.size(), elfHeadSize)}, file.size()).empty();
   if (passes) checkSegments(file);
   // What passes is loaded in a process of its own, which takes its time.
-  if (++run % (passes ? 64 : 4) != 0) return 0;
+  if (++run % (passes ? 8 : 4) != 0) return 0;
   enterHome();
   const std::string path = "lib/" + nameOf(bytes);
   std::ofstream(path, std::ios::binary) << file;

@@ -11,6 +11,7 @@
 #include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/jobstate.h"
 #include "quarlo/tapelib/modulecalls.h"
+#include "quarlo/tapelib/unix_fcn.h"
 #include "tests/jobs/job_fixture.h"
 
 namespace {
@@ -249,7 +250,7 @@ TEST_F(ModuleTest, RunsThePhasesOnTapes) {
   makeCartridge("out.tap", {});
   load(0, "in.tap");
   load(1, "out.tap");
-  initIO(units);
+  getDriveList(units);
   units[0].theListItem = 0;
   units[1].theListItem = 1;
   tlv_tape_open(units, 0);
@@ -289,7 +290,7 @@ TEST_F(ModuleTest, AFullDiskAndALongBlockAreErrors) {
 
   makeCartridge("in.tap", {"abcdef"});
   load(0, "in.tap");
-  initIO(units);
+  getDriveList(units);
   units[0].theListItem = 0;
   tlv_tape_open(units, 0);
   char buffer[4] = "---";
