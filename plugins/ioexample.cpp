@@ -3,10 +3,12 @@
 /// A line of the text is a trace, its samples separated by blanks or tabs; all lines have equally many. Lines that are
 /// empty or begin with "#" are passed over, but "# interval 0.004" gives the sample interval in seconds. The traces
 /// make one record.
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "libkyr/datasets.h"
@@ -14,6 +16,8 @@
 #include "plugins/kyrmodule.h"
 
 namespace {
+
+constexpr std::string_view intervalMark = "# interval ";
 
 // Between two phases the module stays loaded: what they share may lie in variables.
 struct Job {
@@ -52,7 +56,7 @@ int forEachTrace(ProcessRecord* record, Use use) {
   std::string line;
   for (int number = 1; std::getline(text, line); ++number) {
     if (kyrGoOn() == 0) return failed(record, "Stopped.");
-    (void)std::sscanf(line.c_str(), "# interval %f", &job.interval);
+    if (line.starts_with(intervalMark)) job.interval = std::strtof(line.c_str() + intervalMark.size(), nullptr);
     if (trimText(line).empty() || line[0] == '#') continue;
     const std::vector<float> samples = numbersOf(line);
     if (samples.empty()) return failed(record, formatText("Line %d holds something else than numbers.", number));
@@ -95,7 +99,7 @@ int writeTrace(ProcessRecord* record, int number, const std::vector<float>& samp
 }  // namespace
 
 void GetTuDllIdentifier(char* theName, int* uniqueId) {
-  std::strcpy(theName, "Text (one trace per line)");
+  copyText(theName, KYR_NAME_SIZE, "Text (one trace per line)");
   *uniqueId = 1001;
 }
 

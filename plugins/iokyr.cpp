@@ -1,11 +1,10 @@
 /// The suite's datasets as an output format. The module that reads writes the dataset, through libkyr: this one stands
 /// for the choice and has no parameters. As an input it has no phases.
-#include <cstring>
-
+#include "libkyr/text.h"
 #include "plugins/kyrmodule.h"
 
 void GetTuDllIdentifier(char* theName, int* uniqueId) {
-  std::strcpy(theName, KYR_NAME_DATASET);
+  copyText(theName, KYR_NAME_SIZE, KYR_NAME_DATASET);
   *uniqueId = KYR_ID_DATASET;
 }
 

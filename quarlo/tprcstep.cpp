@@ -58,7 +58,8 @@ int* parameterBlock(const char* dllName, int size, const char* what) {
   }
   // A module without parameters has a block too: a null pointer stands for a failure.
   void* block = std::calloc(1, static_cast<std::size_t>(std::max(size, 1)));
-  return NullCheck(block, what) ? static_cast<int*>(block) : nullptr;
+  NullCheck(block, what);
+  return static_cast<int*>(block);
 }
 
 /// Goes to the directory that holds "lib": the one that KYRHOME names, else the one of the start.
