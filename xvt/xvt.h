@@ -253,7 +253,7 @@ bool xvt_ctl_is_checked(WINDOW control);
 /// Checks `control` and unchecks the other `count` controls of `group`.
 void xvt_ctl_check_radio_button(WINDOW control, const WINDOW* group, int count);
 
-/// The colour of a meter's bar or a label's text.
+/// The colour of a meter's bar, a label's text, a list's background.
 void xvt_ctl_set_color(WINDOW control, XVT_COLOR color);
 
 /// Meter: 0 to 100.

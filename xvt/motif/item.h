@@ -4,6 +4,7 @@
 #include <Xm/Xm.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -151,6 +152,7 @@ class ListItem final : public Item {
   ListItem(Dialog& dialog, const DLG_ITEM& line, Widget parent);
   Widget outer() const override;
   void setEnabled(bool enabled) override;
+  void setColor(XVT_COLOR color) override;
   void clearRows() override;
   void addRow(int index, const std::string& text) override;
   int rowCount() const override { return static_cast<int>(rows_.size()); }
@@ -166,7 +168,9 @@ class ListItem final : public Item {
  private:
   void listen();
   bool several() const { return line_.kind == IK_MULTI; }
+  void showGround();
   std::vector<std::string> rows_;
+  std::optional<XVT_COLOR> ground_;  // given by the program, shown while enabled
   int grown_ = 0;
 };
 

@@ -67,7 +67,18 @@ Widget ListItem::outer() const { return XtParent(widget_); }
 
 void ListItem::setEnabled(bool enabled) {
   Item::setEnabled(enabled);
-  const Pixel ground = app().look().pixel(enabled ? color::paper : color::ground);
+  showGround();
+}
+
+void ListItem::setColor(XVT_COLOR color) {
+  ground_ = color;
+  showGround();
+}
+
+void ListItem::showGround() {
+  const Look& look = app().look();
+  const bool enabled = isEnabled();
+  const Pixel ground = enabled && ground_ ? look.pixel(*ground_) : look.pixel(enabled ? color::paper : color::ground);
   XtVaSetValues(widget_, XmNbackground, ground, XmNtopShadowColor, ground, nullptr);
 }
 
