@@ -3,33 +3,15 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <memory>
 #include <set>
 
 #include "quarlo/jobframe.h"
 #include "tests/jobs/segy_fixture.h"
+#include "tests/support/segy_reader.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-/// What a Python program prints; nothing when it fails.
-std::string python(const std::string& program, const std::string& path) {
-  const std::string command = "/usr/bin/python3 -c '" + program + "' '" + path + "' 2>/dev/null";
-  std::string printed;
-  FILE* const pipe = popen(command.c_str(), "r");
-  if (pipe == nullptr) {
-    return printed;
-  }
-  char piece[4096];
-  for (std::size_t count = 0; (count = std::fread(piece, 1, sizeof piece, pipe)) > 0;) {
-    printed.append(piece, count);
-  }
-  return pclose(pipe) == 0 ? printed : "";
-}
-
-bool haveReader() { return python("import segyio; print(1)", "") == "1\n"; }
 
 /// Bytes 9, 21 and 189 and the sum of the samples of every trace, a line each, as the reader has them.
 std::string asReaderSeesIt(const std::string& path) {
@@ -119,7 +101,7 @@ TEST_F(SegyRealTest, SelectsByListAndPolygonAsAnIndependentLoopDoes) {
 }
 
 TEST_F(SegyRealTest, SortsAndSplitsWhatAnIndependentReaderReadsBack) {
-  if (!haveReader()) {
+  if (!haveSegyReader()) {
     GTEST_SKIP() << "python3-segyio is not installed";
   }
   useSurvey();
