@@ -18,7 +18,7 @@ struct SegyTextFault {
 };
 
 /// Longest text that is taken for a description, in bytes, and the most fields of one header.
-constexpr std::size_t maxSegyTextBytes = 1024 * 1024;
+constexpr std::size_t maxSegyTextBytes = std::size_t{1024} * 1024;
 constexpr int maxSegyFields = 1000;
 
 /// Reads a description. What it does not mention is "no", 0 or empty, a scale 1.
