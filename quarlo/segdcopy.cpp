@@ -169,6 +169,7 @@ bool SegdCopy::openInput() {
     return false;
   } else {
     input = std::make_unique<SegdDiskInput>(units, files);
+    input->beforeRefill([this] { output.writeLent(); });
   }
   if (SgdParams.recLenOR) {
     input->headers.RecordLengthMultiplier = 100 * SgdParams.recLenFactor;
@@ -287,7 +288,7 @@ bool SegdCopy::copyTrace(std::span<const char> trace) {
   ++BlocksCopied;
   BytesCopied += static_cast<double>(trace.size());
   const bool hasHeader = trace.size() >= static_cast<std::size_t>(SEGD_TRACE_HEADER_BYTES);
-  return output.putSegdTrace(trace, hasHeader ? getChannelSet(trace.data()) : 0);
+  return output.putSegdTrace(trace, hasHeader ? getChannelSet(trace.data()) : 0, input->traceIsLent);
 }
 
 void SegdCopy::logFile() {

@@ -37,6 +37,10 @@ std::string literalPattern(std::string_view text) {
   return pattern;
 }
 
+int keyOf(std::span<const char> trace) {
+  return getHeaderField(trace.data(), SgdParams.trcLimByte, SgdParams.trcLimType);
+}
+
 }  // namespace
 
 // ---- disk -------------------------------------------------------------------------------------------------------
@@ -196,7 +200,8 @@ SegdItem SegdDiskInput::getSegdTrace(std::span<const char>* trace) {
     if (trace->size() == bytes) {
       position += static_cast<double>(bytes);
       ++channelsRead;
-      if (SgdParams.zeroTraces) {
+      traceIsLent = true;
+      if (SgdParams.zeroTraces && traceInZeroRange(keyOf(*trace))) {
         *trace = zeroed(*trace, headerBytes);
       }
       return SegdItem::Data;
@@ -263,11 +268,9 @@ bool SegdDiskInput::measureTrace(std::size_t* headerBytes) {
   return true;
 }
 
-/// The trace as it is to be written: its samples zero if its key is in the zero list.
+/// The trace with its samples zero.
 std::span<const char> SegdDiskInput::zeroed(std::span<const char> trace, std::size_t headerBytes) {
-  if (!traceInZeroRange(getHeaderField(trace.data(), SgdParams.trcLimByte, SgdParams.trcLimType))) {
-    return trace;
-  }
+  traceIsLent = false;
   zeroes.assign(trace.begin(), trace.end());
   std::fill(zeroes.begin() + static_cast<std::ptrdiff_t>(headerBytes), zeroes.end(), '\0');
   return zeroes;

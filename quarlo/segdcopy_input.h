@@ -1,9 +1,11 @@
 /// Where a SEG D copy reads: the files of a directory, one field file in each, or tapes.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "quarlo/segdhdr.h"
@@ -34,6 +36,8 @@ class SegdInput {
   virtual void closeFile() {}
   /// Bytes of the field file that no header announced.
   virtual double bytesLeft() const { return 0; }
+  /// Has `act` called before traces that were lent are overwritten.
+  virtual void beforeRefill(std::function<void()> /*act*/) {}
   /// How far the job is, in percent; tapes do not know.
   virtual int percent() const { return 0; }
 
@@ -41,6 +45,7 @@ class SegdInput {
   SegdHeaders headers;
   std::vector<char> HeaderRecord;  ///< all headers of the field file as they were read
   std::string InputFileName;       ///< of a disk input
+  bool traceIsLent = false;        ///< the bytes of the last trace stay until beforeRefill
   int TapesCopied = 1;             ///< one more than the tapes that were read to their end
   int tape = 1;                    ///< number of the tape in hand
 
@@ -61,6 +66,7 @@ class SegdDiskInput : public SegdInput {
   SegdItem getSegdTrace(std::span<const char>* trace) override;
   bool skipFile(int fieldFile) override;
   void closeFile() override;
+  void beforeRefill(std::function<void()> act) override { reader.beforeRefill = std::move(act); }
   double bytesLeft() const override { return size - position; }
   int percent() const override;
 

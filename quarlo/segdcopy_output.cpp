@@ -105,9 +105,9 @@ bool SegdOutput::endFile() {
 
 // ---- traces -----------------------------------------------------------------------------------------------------
 
-bool SegdOutput::putSegdTrace(std::span<const char> trace, int channelSet) {
+bool SegdOutput::putSegdTrace(std::span<const char> trace, int channelSet, bool lent) {
   if (!isTape()) {
-    return disk.write(trace, true) || writeError();
+    return (lent ? disk.writeLent(trace, true) : disk.write(trace, true)) || writeError();
   }
   if (!BlockTraces) {
     return writeTape(trace) || loseTrace(trace.size());

@@ -38,7 +38,12 @@ class SegdOutput {
   /// Writes its headers: on tape one block.
   bool putHeader(std::vector<char> header);
   /// Writes a trace, or packs it into a block with others of its channel set.
-  bool putSegdTrace(std::span<const char> trace, int channelSet);
+  /// @param lent its bytes stay where they are until writeLent()
+  bool putSegdTrace(std::span<const char> trace, int channelSet, bool lent);
+  /// Writes traces that were lent; a failure shows at the next one.
+  void writeLent() {
+    if (!isTape()) disk.flush();
+  }
   /// Writes what is still to be written of the field file, and its mark.
   bool endFile();
   /// The full tapes' end and the next tapes.

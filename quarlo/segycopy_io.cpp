@@ -110,6 +110,9 @@ std::span<const char> PieceReader::take(std::size_t bytes) {
 
 /// Brings at least `bytes` bytes into the buffer, or all that are left. @return false on an error
 bool PieceReader::fill(std::size_t bytes) {
+  if (beforeRefill) {
+    beforeRefill();
+  }
   std::copy(buffer.begin() + static_cast<std::ptrdiff_t>(first), buffer.begin() + static_cast<std::ptrdiff_t>(last),
             buffer.begin());
   last -= first;
@@ -135,20 +138,38 @@ bool PieceReader::fill(std::size_t bytes) {
 void PieceWriter::begin(std::FILE* stream, const char* fileName) {
   file = stream;
   name = fileName;
-  buffer.clear();
-  pieces.clear();
+  forget();
   broken = false;
   emptied = false;
 }
 
+void PieceWriter::forget() {
+  buffer.clear();
+  lent = {};
+  pieces.clear();
+}
+
 bool PieceWriter::write(std::span<const char> piece, bool isTrace) {
+  if (!lent.empty()) {
+    flush();  // a failure shows in what follows
+  }
   buffer.insert(buffer.end(), piece.begin(), piece.end());
   pieces.push_back({buffer.size(), isTrace});
   return buffer.size() < streamBufferSize || flush();
 }
 
+bool PieceWriter::writeLent(std::span<const char> piece, bool isTrace) {
+  if (!buffer.empty() || lent.data() + lent.size() != piece.data()) {
+    flush();
+    lent = piece.first(0);
+  }
+  lent = {lent.data(), lent.size() + piece.size()};
+  pieces.push_back({lent.size(), isTrace});
+  return !broken || flush();
+}
+
 bool PieceWriter::flush() {
-  if (buffer.empty()) {
+  if (pieces.empty()) {
     return !broken;
   }
   if (broken || file == nullptr) {
@@ -158,8 +179,7 @@ bool PieceWriter::flush() {
   if (!writeBuffer(&written)) {
     return lose(written, errno);
   }
-  buffer.clear();
-  pieces.clear();
+  forget();
   return true;
 }
 
@@ -170,8 +190,9 @@ bool PieceWriter::writeBuffer(std::size_t* written) {
     return false;  // EINVAL: a pipe or a device
   }
   emptied = true;
-  *written = writeAll(descriptor, buffer.data(), buffer.size());
-  return *written == buffer.size();
+  const std::span<const char> data = lent.empty() ? std::span<const char>(buffer) : lent;
+  *written = writeAll(descriptor, data.data(), data.size());
+  return *written == data.size();
 }
 
 /// Cuts the file back to its last whole piece and counts what did not reach it.
@@ -197,8 +218,7 @@ bool PieceWriter::lose(std::size_t written, int reason) {
       say(formatText("  ** The end of disk file \"%s\" is no whole trace.", name.c_str()).c_str());
     }
   }
-  buffer.clear();
-  pieces.clear();
+  forget();
   return false;
 }
 

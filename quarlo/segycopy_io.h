@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <set>
 #include <span>
@@ -38,6 +39,8 @@ class PieceReader {
   /// The same bytes, which the next call hands out again.
   std::span<const char> peek(std::size_t bytes);
   bool failed() const { return error; }
+  /// Called before bytes that were handed out are overwritten; empty for nobody.
+  std::function<void()> beforeRefill;
 
  private:
   bool fill(std::size_t bytes);
@@ -67,13 +70,15 @@ class PieceWriter {
   void begin(std::FILE* stream, const char* fileName);
   /// @return false when the disk took it not: lost() says what went with it
   bool write(std::span<const char> piece, bool isTrace);
-  /// Hands what is still in the buffer to the disk.
+  /// The same for a piece whose bytes stay where they are until the next flush: it is not copied into the buffer.
+  bool writeLent(std::span<const char> piece, bool isTrace);
+  /// Hands what is still in the buffer, or lent, to the disk.
   bool flush();
   const LostOutput& lost() const { return gone; }
 
  private:
   struct Piece {
-    std::size_t end;  // in the buffer
+    std::size_t end;  // in the buffer, or in what is lent
     bool isTrace;
   };
 
@@ -83,8 +88,11 @@ class PieceWriter {
   void (*say)(const char* line);
   std::FILE* file = nullptr;
   std::string name;
+  void forget();
+
   std::vector<char> buffer;
-  std::vector<Piece> pieces;  // in the buffer
+  std::span<const char> lent;  // pieces one behind the other; nothing is in the buffer then
+  std::vector<Piece> pieces;   // of either
   LostOutput gone;
   bool broken = false;
   bool emptied = false;  // what stood in the file is gone
