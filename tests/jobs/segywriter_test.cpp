@@ -218,6 +218,7 @@ class SegyWriterTest : public SegyTest {
   std::string textHeader(const char* text = nullptr) { return headersOnDisk(text).substr(0, format.itsReelBytes); }
   static int shortAt(const std::string& bytes, std::size_t place) { return bigAt(bytes + "..", place) >> 16; }
 
+  // A plain record: what the library hangs on it is closed by the tests.
   ProcessRecord record{};
   SegyFormat format;
 };
@@ -562,6 +563,30 @@ TEST_F(SegyWriterTest, BailClosesFilesRewindsTheTapeAndEndsTheProgressDialog) {
     EXPECT_EQ(units->blockNum, stay ? 2 : 1);
     EXPECT_EQ(units->state, 1);
   }
+}
+
+TEST_F(SegyWriterTest, BailBringsADatasetOutputToItsEnd) {
+  const int one = 1;
+  const float sample = 7;
+  const TraceInfo header{};
+  Link link;
+  SetNumberOfOutputs(&record, 1);
+  ASSERT_EQ(NewOutputSeismicFile(&link, &record, "out.kyr", 0, kAnyUnknownSeismic, 0, 1), 0);
+  SetDatasetProperty(&record, link, dsRecords, longIntType, gUnknownUnits, &one);
+  SetDatasetProperty(&record, link, dsSamples, longIntType, gUnknownUnits, &one);
+  ASSERT_EQ(EndInit(&record), 0);
+  ASSERT_EQ(TracePut(&record, link, 1, 1, &sample, &header), 0);
+  wishOutputFile("out.kyr");
+  bail(&record, link, NULL_WIN, 0);
+  EXPECT_EQ(CloseFile(&record, link), kyrBadCall);  // is closed already
+  EXPECT_EQ(toolkit.errors.size(), 1U);
+
+  forgetConsole();
+  Link input;
+  SetNumberOfInputs(&record, 1);
+  EXPECT_EQ(NewInputFile(&input, &record, "out.kyr", 0, kAnySeismicType), 0);
+  EXPECT_EQ(consoleWithoutDates(), Lines{});  // no word of a dataset that was cut off
+  CloseAllFiles(&record);
 }
 
 }  // namespace
