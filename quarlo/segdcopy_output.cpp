@@ -16,11 +16,17 @@ constexpr std::size_t BYTES_PER_SCAN_AT = 19;
 constexpr char BLOCKED = 16;  // what the general header of blocked traces holds there
 constexpr std::size_t PREPEND_BLOCK = 1024;
 
-std::string nameOf(int number) {
+/// What the names of the output files begin with: as set, else as the file does that the directory was chosen by.
+std::string nameBegin(const UnitStruct& unit) {
+  const std::string_view set = fieldText(SgdParams.outFile);
+  const std::string_view name = set.empty() ? fieldText(unit.fs.name) : set;
+  return std::string(name.substr(0, name.rfind('.')));
+}
+
+std::string nameOf(const std::string& begin, int number) {
   std::string digits = formatText("%5d", number);
   std::replace(digits.begin(), digits.end(), ' ', '0');
-  const std::string_view name = fieldText(SgdParams.outFile);
-  return formatText("%s_%s.sgd", std::string(name.substr(0, name.rfind('.'))).c_str(), digits.c_str());
+  return formatText("%s_%s.sgd", begin.c_str(), digits.c_str());
 }
 
 }  // namespace
@@ -29,9 +35,6 @@ SegdOutput::SegdOutput(UnitStruct* allUnits, const SegdTakenFiles& taken)
     : units(allUnits), notToWrite(taken), BlockTraces(isTape() && SgdParams.blockTraces) {
   if (!isTape()) {
     copyText(SgdParams.outDir, fieldText(units[1].fs.dir.path));
-    if (units[1].fs.name[0] != '\0') {
-      copyText(SgdParams.outFile, fieldText(units[1].fs.name));
-    }
   }
 }
 
@@ -39,7 +42,7 @@ SegdOutput::SegdOutput(UnitStruct* allUnits, const SegdTakenFiles& taken)
 
 bool SegdOutput::beginFile(int number) {
   if (!isTape()) {
-    return openFile(joinPath(fieldText(SgdParams.outDir), nameOf(number)));
+    return openFile(joinPath(fieldText(SgdParams.outDir), nameOf(nameBegin(units[1]), number)));
   }
   outputName = "the output tape";
   return true;
