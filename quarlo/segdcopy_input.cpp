@@ -242,7 +242,8 @@ bool SegdDiskInput::measureTrace(std::size_t* headerBytes) {
     return false;
   }
   const int extensions = traceHeaderExtensions(begin.data());
-  *headerBytes = static_cast<std::size_t>(SEGD_TRACE_HEADER_BYTES + extensions * SEGD_BLOCK_BYTES);
+  *headerBytes =
+      std::size_t{SEGD_TRACE_HEADER_BYTES} + std::size_t{SEGD_BLOCK_BYTES} * static_cast<unsigned>(extensions);
   if (!peekTrace(*headerBytes, &begin)) {
     return false;
   }

@@ -5,7 +5,6 @@
 #include <memory>
 #include <span>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "quarlo/segdhdr.h"
@@ -37,7 +36,7 @@ class SegdInput {
   /// Bytes of the field file that no header announced.
   virtual double bytesLeft() const { return 0; }
   /// Has `act` called before traces that were lent are overwritten.
-  virtual void beforeRefill(std::function<void()> /*act*/) {}
+  virtual void beforeRefill(const std::function<void()>& /*act*/) {}
   /// How far the job is, in percent; tapes do not know.
   virtual int percent() const { return 0; }
 
@@ -66,7 +65,7 @@ class SegdDiskInput : public SegdInput {
   SegdItem getSegdTrace(std::span<const char>* trace) override;
   bool skipFile(int fieldFile) override;
   void closeFile() override;
-  void beforeRefill(std::function<void()> act) override { reader.beforeRefill = std::move(act); }
+  void beforeRefill(const std::function<void()>& act) override { reader.beforeRefill = act; }
   double bytesLeft() const override { return size - position; }
   int percent() const override;
 

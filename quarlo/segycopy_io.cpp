@@ -117,8 +117,10 @@ bool PieceReader::fill(std::size_t bytes) {
             buffer.begin());
   last -= first;
   first = 0;
-  if (buffer.size() < std::max(bytes, streamBufferSize)) {
-    buffer.resize(std::max(2 * bytes, streamBufferSize));
+  // Pieces that are lent go to the disk as they lie here: fewer and larger writes.
+  constexpr std::size_t ordinary = 2 * streamBufferSize;
+  if (buffer.size() < std::max(bytes, ordinary)) {
+    buffer.resize(std::max(2 * bytes, ordinary));
   }
   while (last < bytes && !error) {
     const ssize_t now = ::read(descriptor, buffer.data() + last, buffer.size() - last);
