@@ -3,6 +3,8 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 
 #include "tests/xvt/core_app.h"
@@ -619,6 +621,30 @@ TEST(Core, AScreenshotShowsTheWindow) {
   std::remove(path.c_str());
   EXPECT_EQ(std::string(reinterpret_cast<char*>(header) + 1, 3), "PNG");
   EXPECT_GT(header[18] * 256 + header[19], 100);  // width
+}
+
+TEST(Core, AListShowsTheBackgroundItIsGivenWhileItIsEnabled) {
+  const std::string path = testing::TempDir() + "core-test-list-" + std::to_string(getpid()) + ".png";
+  run(kResources, [&] {
+    const WINDOW lists = open(WD_MODELESS, kLists);
+    const auto picture = [&] {
+      pump(50);
+      EXPECT_TRUE(probe::screenshot(lists, path, &why)) << why;
+      std::ifstream file(path, std::ios::binary);
+      return std::string{std::istreambuf_iterator<char>(file), {}};
+    };
+    xvt_vobj_set_enabled(ctl(lists, 1), false);
+    const std::string disabled = picture();
+    xvt_ctl_set_color(ctl(lists, 1), {0xFF, 0xAA, 0xAA});
+    EXPECT_TRUE(picture() == disabled);
+    xvt_vobj_set_enabled(ctl(lists, 1), true);
+    const std::string red = picture();
+    xvt_ctl_set_color(ctl(lists, 1), {0xFF, 0xFF, 0xFF});
+    EXPECT_FALSE(picture() == red);
+    xvt_ctl_set_color(ctl(lists, 1), {0xFF, 0xAA, 0xAA});
+    EXPECT_TRUE(picture() == red);
+  });
+  std::remove(path.c_str());
 }
 
 TEST(Core, OpeningAndClosingADialogLeaksNothingOfOurs) {
