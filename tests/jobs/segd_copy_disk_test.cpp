@@ -258,7 +258,7 @@ TEST_F(SegdDiskTest, HeadersThatCannotBeTrueAreNamed) {
       {46, std::string("\x01\x00\x00", 3),
        "  *** a.segd, byte 97: trace 1 should have 131072 bytes of samples; the file holds 100 more."},
       {96 + 9, "\xFF", "  *** a.segd, byte 97: trace 1 of 2 should follow; the file holds 120 more bytes."},
-      {96, "\xAB",
+      {96 + 2, "\xAB",
        "  *** a.segd, byte 97: the header of trace 1 cannot be true; there may be headers that no count announces."},
   };
   for (const auto& each : cases) {
@@ -490,7 +490,7 @@ TEST_F(SegdDiskTest, RunsFromTheCopyDialogWithTheProgressInFiles) {
   toolkit.onPump = nullptr;
   EXPECT_EQ(status(), "Complete");
   EXPECT_EQ(shown, "SEG D Copy Progress");
-  EXPECT_EQ(outNames(), (Lines{"_00001.sgd", "_00002.sgd", "any.sgd"}));
+  EXPECT_EQ(outNames(), (Lines{"any.sgd", "any_00001.sgd", "any_00002.sgd"}));
   EXPECT_EQ(out("any.sgd"), "stays");
   EXPECT_EQ(units[0].fp, nullptr);
   EXPECT_EQ(units[0].state, 0);
