@@ -6,11 +6,8 @@
 #include <cstdio>
 #include <numeric>
 
-#include "libkyr/text.h"
 #include "quarlo/segdcopy.h"
-#include "quarlo/tapelib/diskunit.h"
-#include "quarlo/tapelib/unix_fcn.h"
-#include "tests/jobs/job_fixture.h"
+#include "tests/jobs/units_fixture.h"
 
 using Lines = std::vector<std::string>;
 
@@ -124,22 +121,13 @@ inline Tape operator+(Tape one, const Tape& other) {
   return one;
 }
 
-class SegdTest : public JobTest {
+class SegdTest : public UnitsTest {
  protected:
   SegdTest() {
     segdInit();
     copyText(SgdParams.logDir, folder.path(""));
     std::filesystem::create_directory("in");
     std::filesystem::create_directory("out");
-  }
-  ~SegdTest() override { closeUnits(); }
-
-  FILE_SPEC specOf(const std::string& name) {
-    FILE_SPEC file{};
-    const std::filesystem::path path = folder.path(name);
-    copyText(file.dir.path, path.parent_path().string());
-    copyText(file.name, path.filename().string());
-    return file;
   }
   /// A buffer of so many KB for blocks.
   void setBuffer(int kilobytes) {
@@ -149,7 +137,6 @@ class SegdTest : public JobTest {
     unsetenv("ST_BUFFER");
   }
   void put(const std::string& name, const FieldFile& file) { writeFile(folder.path("in/" + name), file.file()); }
-  void openInputFile(const std::string& name) { ASSERT_TRUE(openDiskUnit(&units[0], specOf(name), "rb")); }
   /// As the copy dialog leaves it: a directory, here with the name that output files begin with.
   void openOutputDirectory(const std::string& name = "line.sgd") {
     units[1].fs = specOf("out/" + name);
@@ -158,33 +145,12 @@ class SegdTest : public JobTest {
   }
   void openInputTape(const std::string& name) {
     load(0, name);
-    getDriveList(units);
-    units[0].theListItem = 0;
-    tlv_tape_open(units, 0);
-    ASSERT_EQ(units[0].state, 1);
+    UnitsTest::openInputTape();
   }
   void openOutputTape(const std::string& name = "out.tap", const std::string& more = "") {
     makeCartridge(name, {});
     load(1, name, more);
-    getDriveList(units);
-    units->theOutputList = xvt_slist_create();
-    xvt_slist_add(units->theOutputList, nullptr, "drive", 1);
-    tlv_tape_open(units, ALL_OUTPUTS);
-    ASSERT_EQ(units->nOutputs, 1);
-  }
-  void closeUnits() {
-    closeDiskUnit(&units[0]);
-    closeDiskUnit(&units[1]);
-    if (units[0].type == UT_TAPE && units[0].state == 1) {
-      tlv_tape_close(units, 0);
-    }
-    if (units->nOutputs > 0) {
-      tlv_tape_close(units, ALL_OUTPUTS);
-    }
-    if (units->theOutputList != nullptr) {
-      xvt_slist_destroy(units->theOutputList);
-      units->theOutputList = nullptr;
-    }
+    openOutputTapes({1});
   }
   /// Runs the job on the open units and closes the tapes; the job itself leaves no disk file open.
   int run() {
