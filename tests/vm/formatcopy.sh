@@ -134,6 +134,6 @@ cat console.txt
 cmp out.sgy sorted-model.sgy
 rm back/field.sgd
 for n in 1 2 3; do
-  cmp "segd/f10$n.segd" "$(echo back/*_0000$n.sgd)"
+  cmp "segd/f10$n.segd" back/field_0000$n.sgd
 done
 echo "SEG Y and SEG D copies: there, sorted and back, byte for byte"
