@@ -48,7 +48,7 @@ TEST(SegyBounds, AFieldMayEndOneByteBehindItsHeader) {
                         {2, 400, 0}, {2, 401, 1}, {3, 399, 0},     {9, 400, 0},    {9, 401, 1},
                         {4, 0, 0},   {4, -1, 1},  {6, INT_MAX, 1}, {6, INT_MIN, 1}};
   for (const Case& each : cases) {
-    SCOPED_TRACE(each.type * 1000 + each.offset);
+    SCOPED_TRACE(std::to_string(each.type) + " at " + std::to_string(each.offset));
     SegyFormat format;
     format.itsBinaryBytes = 400;
     format.itsTraceBytes = 240;
