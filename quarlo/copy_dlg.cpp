@@ -315,7 +315,6 @@ void create(WINDOW dialog) {
   unfmtInit();
   segyInit();
   segdInit();
-  segdInit();
   constexpr const char* NAMES[] = {FORMATS[0].name, FORMATS[1].name, FORMATS[2].name};
   fillList(dialog, CP_FORMAT, NAMES, 0);
   show(dialog, COPY_NOT_READY, "Idle");
