@@ -1,54 +1,18 @@
 // A whole SEG D copy from disk to disk of a damaged file. The first bytes choose the settings and where a sound file of
 // three channel sets is damaged; what is behind them goes there. Whatever comes of it: the job ends, says so, closes
 // what it opened, and the output is the beginning of the input.
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 
+#include "fuzz/whole_job.h"
 #include "libkyr/text.h"
 #include "quarlo/segdcopy.h"
 #include "quarlo/tapelib/diskunit.h"
-#include "resources/dialogs.h"
-#include "tests/support/toolkit_double.h"
 
 namespace {
-
-void require(bool holds) {
-  if (!holds) {
-    std::abort();
-  }
-}
-
-/// The program's folder and windows, made once.
-class Program {
- public:
-  Program() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "quarlo-fuzz-XXXXXX").string();
-    require(mkdtemp(pattern.data()) != nullptr);
-    folder = pattern;
-    std::filesystem::create_directory(folder + "/out");
-    std::filesystem::current_path(folder);
-    xvt_res_use(quarloResources());
-    toolkit.openTaskWindow([](WINDOW, EVENT*) -> long { return 0; });
-    initIO(getDevPtr());
-  }
-  ~Program() {
-    unInitIO(getDevPtr());
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
-  }
-  Program(const Program&) = delete;
-  Program& operator=(const Program&) = delete;
-
-  std::string folder;
-  ToolkitDouble toolkit;
-};
 
 std::string block32(std::initializer_list<std::pair<int, int>> places, std::size_t bytes = 32) {
   std::string block(bytes, '\0');
@@ -81,11 +45,6 @@ std::string soundFile() {
             std::string(40, static_cast<char>('a' + trace));
   }
   return file;
-}
-
-std::string contents(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 void copyOnce(const Program& program, const std::string& file) {

@@ -1,0 +1,50 @@
+/// What a fuzz target needs that runs a whole job from disk to disk.
+#pragma once
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "quarlo/tapelib/tlv_fcn.h"
+#include "resources/dialogs.h"
+#include "tests/support/toolkit_double.h"
+
+inline void require(bool holds) {
+  if (!holds) {
+    std::abort();
+  }
+}
+
+/// The program's folder, with "out" in it, and its windows; made once.
+class Program {
+ public:
+  Program() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "quarlo-fuzz-XXXXXX").string();
+    require(mkdtemp(pattern.data()) != nullptr);
+    folder = pattern;
+    std::filesystem::create_directory(folder + "/out");
+    std::filesystem::current_path(folder);
+    xvt_res_use(quarloResources());
+    toolkit.openTaskWindow([](WINDOW, EVENT*) -> long { return 0; });
+    initIO(getDevPtr());
+  }
+  ~Program() {
+    unInitIO(getDevPtr());
+    std::error_code ignored;
+    std::filesystem::remove_all(folder, ignored);
+  }
+  Program(const Program&) = delete;
+  Program& operator=(const Program&) = delete;
+
+  std::string folder;
+  ToolkitDouble toolkit;
+};
+
+inline std::string contents(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
