@@ -46,7 +46,6 @@ void readTrace(SegdHeaders* headers, Input* input) {
       }
     }
   }
-  require(!isBlankTraceHeader(trace.data()) || canBeTraceHeader(trace.data()));
 }
 
 }  // namespace

@@ -76,7 +76,7 @@ void resetSignals() {
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
-  for (const int number : {SIGCHLD, SIGPIPE, SIGHUP, SIGINT, SIGTERM}) std::signal(number, SIG_DFL);
+  for (const int number : {SIGCHLD, SIGPIPE, SIGXFSZ, SIGHUP, SIGINT, SIGTERM}) std::signal(number, SIG_DFL);
 }
 
 // Runs in the grandchild: becomes the program, or sends errno through the pipe.

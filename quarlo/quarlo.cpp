@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -86,6 +87,8 @@ void enterHome() {
 int main(int argc, char** argv) {
   const int status = readArguments(argc, argv);
   if (status >= 0) return status;
+  // A file that may not grow, or a pipe that nobody reads, is an error of the write, told in its job's words.
+  for (const int number : {SIGXFSZ, SIGPIPE}) std::signal(number, SIG_IGN);
   enterHome();
   xvt_res_use(quarloResources());
   const XVT_CONFIG xvt_config = {.menu_bar_ID = MENU_BAR,

@@ -75,7 +75,8 @@ class SegdCopy {
   int BlocksCopied = 0;  // blocks of the input
   int percent = 0;
   double BytesCopied = 0;
-  bool unfinished = false;  // the field file in hand is begun and not ended
+  bool unfinished = false;      // the field file in hand is begun and not ended
+  bool tapesAreSpared = false;  // who stopped, or declined a tape, may not want what is loaded to be written to
 };
 
 SegdCopy::~SegdCopy() {
@@ -200,6 +201,7 @@ bool SegdCopy::goOn() {
   if (frame->goOn()) {
     return true;
   }
+  tapesAreSpared = true;
   logMessagef("  *** Copy aborted by user at %s.", dateText().c_str());
   return false;
 }
@@ -317,6 +319,7 @@ bool SegdCopy::makeRoom() {
     case SegdOutput::Tapes::Failed:
       return fail();
     default:
+      tapesAreSpared = true;
       return false;
   }
 }
@@ -324,7 +327,7 @@ bool SegdCopy::makeRoom() {
 // ---- the end ----------------------------------------------------------------------------------------------------
 
 void SegdCopy::finish() {
-  if (!output.finish()) {
+  if (!output.finish(tapesAreSpared || CopyError != 0)) {
     fail();
   }
   takeBackLost();

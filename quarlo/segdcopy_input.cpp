@@ -152,6 +152,10 @@ bool SegdDiskInput::readChannelSets() {
   const std::span<const char> blocks = std::span(HeaderRecord).subspan(static_cast<std::size_t>(begin));
   for (int i = 0; i < headers.TotalChannelSets(); ++i) {
     const std::ptrdiff_t at = std::ptrdiff_t{SEGD_BLOCK_BYTES} * i;
+    // Behind the first scan type skew blocks may be taken for descriptors: they hold what they hold.
+    if (GenHdr().skewFields > 0 && i >= GenHdr().channelSets) {
+      break;
+    }
     if (const int bad = badScanHeaderByte(blocks.data() + at); bad != 0) {
       return complain(begin + static_cast<double>(at) + bad - 1,
                       "channel set descriptor %d cannot be true (0x%02X in its number of channels).", i + 1,
@@ -222,15 +226,9 @@ bool SegdDiskInput::peekTrace(std::size_t bytes, std::span<const char>* begin) {
 }
 
 /// A trace whose length was taken wrongly leaves the reading in the middle of samples.
-bool SegdDiskInput::isTraceHeader(const char* header) {
-  const bool blank = isBlankTraceHeader(header);
-  if (channelsRead == 0) {
-    firstIsBlank = blank;
-  }
-  if (canBeTraceHeader(header) && (!blank || firstIsBlank)) {
-    return true;
-  }
-  return complain(position, "the header of trace %d cannot be true; %s.", channelsRead + 1,
+bool SegdDiskInput::isTraceHeader(const char* header) const {
+  return canBeTraceHeader(header) ||
+         complain(position, "the header of trace %d cannot be true; %s.", channelsRead + 1,
                   channelsRead == 0 ? "there may be headers that no count announces"
                                     : "traces may have other lengths than the record (see the channel sets' lengths)");
 }
@@ -282,10 +280,11 @@ std::span<const char> SegdDiskInput::zeroed(std::span<const char> trace, std::si
 namespace {
 
 /// A storage unit label: its sequence number, then an identifier that begins with a letter. A header of the same length
-/// is none.
+/// is none, be it one by its format code or by its own counts.
 bool isTapeLabel(std::span<const char> block) {
   return block.size() == LABEL_BYTES && block[3] != '\0' && block[3] != 'P' &&
-         std::isalpha(static_cast<unsigned char>(block[4])) != 0 && !isGeneralHeader(block.data());
+         std::isalpha(static_cast<unsigned char>(block[4])) != 0 && !isGeneralHeader(block.data()) &&
+         announcedHeaderBytes(block.data()) != LABEL_BYTES;
 }
 
 }  // namespace

@@ -78,7 +78,7 @@ class SegdDiskInput : public SegdInput {
   bool takeHeader(double bytes, const char* what);
   bool measureTrace(std::size_t* headerBytes);
   bool peekTrace(std::size_t bytes, std::span<const char>* begin);
-  bool isTraceHeader(const char* header);
+  bool isTraceHeader(const char* header) const;
   std::span<const char> zeroed(std::span<const char> trace, std::size_t headerBytes);
   /// Says what is wrong at a 0-based place of the file. @return false
   [[gnu::format(printf, 3, 4)]] bool complain(double place, const char* format, ...) const;
@@ -91,7 +91,6 @@ class SegdDiskInput : public SegdInput {
   double position = 0;  // in it
   int NumberOfChannels = 0;
   int channelsRead = 0;
-  bool firstIsBlank = false;  // the first trace header of the file gives no numbers
   std::vector<char> zeroes;
 };
 

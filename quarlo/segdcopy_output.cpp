@@ -87,9 +87,12 @@ bool SegdOutput::openFile(const std::string& path) {
   return true;
 }
 
-bool SegdOutput::writeError() const {
-  logMessage(isTape() ? "  *** Error writing to output tape - job will abort."
-                      : "  *** Error writing to output file - job will abort.");
+/// The error that ends the job, said once.
+bool SegdOutput::writeError() {
+  if (!std::exchange(errorSaid, true)) {
+    logMessage(isTape() ? "  *** Error writing to output tape - job will abort."
+                        : "  *** Error writing to output file - job will abort.");
+  }
   return false;
 }
 
@@ -99,7 +102,7 @@ bool SegdOutput::endFile() {
   }
   if (isTape()) {
     const bool whole = flushBlock();
-    return writeMark() && whole;
+    return (writeMark() || writeError()) && whole;
   }
   SgdParams.theFile = nullptr;
   const bool whole = disk.flush();
@@ -156,17 +159,22 @@ bool SegdOutput::flushBlock() {
 
 // ---- tapes ------------------------------------------------------------------------------------------------------
 
-bool SegdOutput::writeTape(std::span<const char> piece) {
+bool SegdOutput::writeBlock(std::span<const char> piece) {
   const int bytes = static_cast<int>(piece.size());
   if (tlv_tape_write(units, ALL_OUTPUTS, piece.data(), bytes) < bytes) {
-    return writeError();
+    return false;
   }
-  closed = false;
+  touched = markMissing = true;
   BytesOut += bytes;
   return true;
 }
 
-bool SegdOutput::writeMark() { return tlv_weof(units, ALL_OUTPUTS, 1) == 0 || writeError(); }
+bool SegdOutput::writeTape(std::span<const char> piece) { return writeBlock(piece) || writeError(); }
+
+bool SegdOutput::writeMark() {
+  markMissing = tlv_weof(units, ALL_OUTPUTS, 1) != 0;
+  return !markMissing;
+}
 
 bool SegdOutput::prependFile(const std::string& path) {
   logMessage(" ");
@@ -183,7 +191,7 @@ bool SegdOutput::prependFile(const std::string& path) {
       return false;
     }
     left -= bytes;
-    if (!writeTape(block)) {
+    if (!writeBlock(block)) {
       logMessage("  *** Error outputting prepend file to tape.");
       return false;
     }
@@ -206,7 +214,7 @@ SegdOutput::Tapes SegdOutput::handleFullOutput() {
     writeError();
     return Tapes::Failed;
   }
-  closed = true;
+  touched = false;
   if (nextOutputTapes(units, OUTPUT_WORDS) == 0) {
     logMessage(" ");
     logMessage("No more output. Job will end.");
@@ -218,13 +226,15 @@ SegdOutput::Tapes SegdOutput::handleFullOutput() {
   return Tapes::Ready;
 }
 
-bool SegdOutput::finish() {
+bool SegdOutput::finish(bool sparesUntouched) {
   const bool ended = endFile();
-  if (!isTape() || units[1].state != 1 || closed) {
+  if (!isTape() || units[1].state != 1 || (sparesUntouched && !touched)) {
     return ended;
   }
-  if (tlv_weof(units, ALL_OUTPUTS, 1) != 0) {
-    return false;
+  // A prepended file, or a mark that failed, may have left the last block without its own.
+  const bool marked = !markMissing || writeMark();
+  if (!marked || tlv_weof(units, ALL_OUTPUTS, 1) != 0) {
+    return writeError();
   }
   if (ended) {
     logMessage("Wrote double end-of-file.");

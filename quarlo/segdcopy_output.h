@@ -48,8 +48,9 @@ class SegdOutput {
   bool endFile();
   /// The full tapes' end and the next tapes.
   Tapes handleFullOutput();
-  /// The mark that closes the last tapes, behind that of a field file that was left unfinished.
-  bool finish();
+  /// Ends a field file that was left unfinished and writes the mark that closes the last tapes.
+  /// @param sparesUntouched leaves tapes alone that took no block of this job
+  bool finish(bool sparesUntouched);
 
   /// Where the field file in hand is written.
   const std::string& place() const { return outputName; }
@@ -65,8 +66,9 @@ class SegdOutput {
   bool writeTape(std::span<const char> piece);
   bool loseTrace(std::size_t bytes);
   bool flushBlock();
+  bool writeBlock(std::span<const char> piece);
   bool writeMark();
-  bool writeError() const;
+  bool writeError();
   std::size_t blockLimit() const;
 
   UnitStruct* units;
@@ -81,5 +83,7 @@ class SegdOutput {
   int LastChannelSet = 0;  // of the traces in the block
   LostOutput gone;         // at a tape
   bool fileIsOpen = false;
-  bool closed = true;  // the tapes now loaded are complete, or without a block of this job: they take no closing marks
+  bool markMissing = false;  // the last block on the tapes has no mark behind it
+  bool touched = false;      // the tapes now loaded hold a block of this job
+  bool errorSaid = false;
 };

@@ -230,6 +230,17 @@ int badGeneralHeaderByte(const char* block) {
   return 0;
 }
 
+int announcedHeaderBytes(const char* block) {
+  if (badGeneralHeaderByte(block) != 0) {
+    return 0;
+  }
+  SegdHeaders headers;
+  headers.getGenHeader(block);
+  const segdheader& counts = headers.GenHdr;
+  return headers.scanHeaderBytes() +
+         (counts.genHeaders + counts.extendFields + counts.externalFields) * SEGD_BLOCK_BYTES;
+}
+
 int badScanHeaderByte(const char* block) { return areDigits(block, 9, 1) ? areDigits(block, 10, 1) ? 0 : 10 : 9; }
 
 bool canBeTraceHeader(const char* bytes) {
@@ -237,8 +248,4 @@ bool canBeTraceHeader(const char* bytes) {
     return byteAt(bytes, position) == EXTENDED || areDigits(bytes, position, 1);
   };
   return code(3) && code(4);
-}
-
-bool isBlankTraceHeader(const char* traceHeader) {
-  return std::all_of(traceHeader, traceHeader + 6, [](char byte) { return byte == 0; });
 }

@@ -108,6 +108,8 @@ bool keyIsInTraceHeader(int keyByte, int keyType);
 bool isSegdFormat(int fmtCode);
 /// Whether the 32 bytes are general header block 1 beyond doubt: a known code, multiplexed or demultiplexed.
 bool isGeneralHeader(const char* block);
+/// Bytes of all headers together by the counts in general header block 1; 0 when those are no digits.
+int announcedHeaderBytes(const char* block);
 /// The 1-based position of the first field of general header block 1 that is made of digits and holds something else,
 /// of those that say how many blocks follow; 0 when all are digits.
 int badGeneralHeaderByte(const char* block);
@@ -116,5 +118,3 @@ int badScanHeaderByte(const char* block);
 /// Whether 20 bytes can be a trace header: scan type and channel set are made of digits. Other numbers are not looked
 /// at, for some recorders write them in binary.
 bool canBeTraceHeader(const char* bytes);
-/// Whether neither file, scan type, channel set nor trace number are given.
-bool isBlankTraceHeader(const char* traceHeader);

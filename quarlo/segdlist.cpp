@@ -87,7 +87,7 @@ int leadingNumber(const char* text, const char** end) {
 struct ListLine {
   IntRange range{0, 0};
   bool isNumber = false;
-  bool lostDash = false;  // a "-" that is neither a sign nor a word of its own
+  bool lostRest = false;  // what stands behind the number is no range
 };
 
 ListLine parse(const char* text) {
@@ -96,12 +96,12 @@ ListLine parse(const char* text) {
   line.range.start = line.range.end = leadingNumber(text, &rest);
   line.isNumber = rest != text;
   const std::string_view behind = trimText(rest);
-  if (!line.isNumber || behind.empty() || behind.find('-') == std::string_view::npos) {
+  if (!line.isNumber || behind.empty()) {
     return line;
   }
   const std::string_view word = behind.substr(0, behind.find_first_of(" \t\r\n\v\f"));
   if (word != "-") {
-    line.lostDash = true;
+    line.lostRest = behind.find_first_of("-0123456789") != std::string_view::npos;  // a remark is no loss
     return line;
   }
   const char* const last = behind.data() + word.size();
@@ -111,7 +111,7 @@ ListLine parse(const char* text) {
 }
 
 void warnOfLine(const ListLine& line, int number, const std::string& text, const std::string& path) {
-  if (!line.isNumber || line.lostDash) {
+  if (!line.isNumber || line.lostRest) {
     logMessagef("  ** Line %d of %s is taken as %d only: %s", number, path.c_str(), line.range.start,
                 text.substr(0, 60).c_str());
   }

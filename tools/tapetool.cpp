@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -363,6 +364,7 @@ int run(const std::string& verb, const std::vector<std::string>& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::signal(SIGXFSZ, SIG_IGN);  // an error of the write then
   const std::vector<std::string> arguments(argv + std::min(argc, 2), argv + argc);
   return run(argc > 1 ? argv[1] : "", arguments);
 }

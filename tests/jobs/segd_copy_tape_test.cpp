@@ -108,6 +108,8 @@ TEST_F(SegdTapeTest, LabelsAndLoneMarksArePassedOverAndNoFileBehindThemIsLost) {
   ASSERT_EQ(small.header().size(), 128U);  // as long as a label
   Tape letters = small.tape();
   letters[0][4] = 'S';
+  Tape unknown = letters;
+  unknown[0].replace(2, 2, "\x80\x80");  // a format code that nobody knows: the counts tell
   const Tape labelled = Tape{label(), MARK} + tapeOf(1);
   const struct {
     Tape tape;
@@ -120,6 +122,7 @@ TEST_F(SegdTapeTest, LabelsAndLoneMarksArePassedOverAndNoFileBehindThemIsLost) {
       {tapeOf(1) + END + tapeOf(2), {1}},  // two marks in a row
       {Tape{MARK, MARK} + tapeOf(1), {}},
       {letters + tapeOf(2) + END, {3, 2}},
+      {unknown + tapeOf(2) + END, {3, 2}},
       {tapeOf(1) + tapeOf(2), {1, 2}},  // recorded data end without a second mark
       {{}, {}},
   };
@@ -320,6 +323,35 @@ TEST_F(SegdTapeTest, BlocksKeepToWhatTheDriveTakes) {
   EXPECT_EQ(lengths(tapeIn("out.tap")), (std::vector<std::size_t>{96, 32040, 16020, 0, 0}));
 }
 
+TEST_F(SegdTapeTest, AMarkThatCouldNotBeWrittenIsMadeUpForOrItsLackSaid) {
+  put("a.segd", fileOf(1));
+  const auto withFault = [this](const char* fault) {
+    setenv("QUARLO_TAPE_FAULT", fault, 1);
+    setTapeDriver(nullptr);
+    openInputFile("in/a.segd");
+    openOutputTape();
+    EXPECT_EQ(run(), -1);
+    unsetenv("QUARLO_TAPE_FAULT");
+    setTapeDriver(nullptr);
+    return tapeIn("out.tap");
+  };
+  // That of the field file fails once.
+  EXPECT_EQ(withFault("weof:1:EIO"), fileOf(1).tape() + END);
+  EXPECT_EQ(count("Wrote double end-of-file."), 1);
+  EXPECT_EQ(count("  *** Error writing to output tape - job will abort."), 1);
+  // The closing one fails.
+  EXPECT_EQ(withFault("weof:2:EIO"), fileOf(1).tape());
+  EXPECT_EQ(count("Wrote double end-of-file."), 0);
+  EXPECT_EQ(count("  *** Error writing to output tape - job will abort."), 1);
+  SgdParams.prepend = true;
+  copyText(SgdParams.prepDir, folder.path(""));
+  copyText(SgdParams.prepFile, "note.txt");
+  writeFile("note.txt", std::string(3000, 'n'));
+  EXPECT_EQ(withFault("write:2:EIO"), (Tape{std::string(1024, 'n'), MARK, MARK}));
+  EXPECT_EQ(count("  *** Error writing to output tape - job will abort."), 0);
+  EXPECT_EQ(count("  *** Error outputting prepend file to tape."), 1);
+}
+
 // ---- full tapes and the prepend file ----------------------------------------------------------------------------
 
 TEST_F(SegdTapeTest, ATapeEndsBehindTheFileThatExceedsTheLimit) {
@@ -332,7 +364,7 @@ TEST_F(SegdTapeTest, ATapeEndsBehindTheFileThatExceedsTheLimit) {
   nextOutputIs("two.tap");
   EXPECT_EQ(copyFilesToTape("in/f1.segd"), 0);
   EXPECT_EQ(tapeIn("out.tap"), fileOf(1).tape() + fileOf(2).tape() + fileOf(3).tape() + END + END);
-  EXPECT_EQ(tapeIn("two.tap"), Tape{});
+  EXPECT_EQ(tapeIn("two.tap"), Tape{MARK});  // the next tape was accepted and takes the closing mark
 
   SgdParams.byteLimit = 2 * bytes - 1;
   nextOutputIs("two.tap");

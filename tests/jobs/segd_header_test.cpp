@@ -322,7 +322,7 @@ using SegdListFile = SegdTest;
 
 TEST_F(SegdListFile, IsReadLineByLineWhateverItsEnds) {
   const std::string comment(200, 'x');
-  listFieldFiles("10 - 12\r\n\r\n \t\n  20\t" + comment + " 21\n12-14\nfoo\n1 - 2000000000");
+  listFieldFiles("10 - 12\r\n\r\n \t\n  20\t" + comment + "\n12-14\nfoo\n1 2\n1 - 2000000000");
   forgetConsole();
   EXPECT_EQ(initFFIDList(), 0);
   EXPECT_EQ(FFIDList.ranges().size(), 1U);
@@ -332,7 +332,8 @@ TEST_F(SegdListFile, IsReadLineByLineWhateverItsEnds) {
   const std::string path = folder.path("files.txt");
   EXPECT_EQ(consoleWithoutDates(), (Lines{" ", "Initializing inclusion files list...", " ", " ", " ",
                                           "  ** Line 5 of " + path + " is taken as 12 only: 12-14", " ",
-                                          "  ** Line 6 of " + path + " is taken as 0 only: foo", " ", " "}));
+                                          "  ** Line 6 of " + path + " is taken as 0 only: foo", " ",
+                                          "  ** Line 7 of " + path + " is taken as 1 only: 1 2", " ", " "}));
 
   listFieldFiles("5\n", SEGD_EXCLUDE);
   EXPECT_EQ(initFFIDList(), 0);
