@@ -12,6 +12,10 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
+#ifndef SMOKE_RUNS
+#define SMOKE_RUNS 20000
+#endif
+
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -63,7 +67,7 @@ int main(int argc, char** argv) {
     LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
   }
   std::mt19937 random(1);
-  for (int run = 0; argc == 1 && run < 20000; ++run) {
+  for (int run = 0; argc == 1 && run < SMOKE_RUNS; ++run) {
     const Bytes bytes = run % 2 == 0 ? seed(random) : textSeed(random);
     LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
   }
