@@ -15,8 +15,6 @@
 #include <cstdio>
 #include <cstring>
 #include <map>
-#include <memory>
-#include <optional>
 #include <span>
 #include <tuple>
 #include <vector>
@@ -29,13 +27,13 @@ namespace {
 constexpr int loadFlags = RTLD_NOW | RTLD_LOCAL;
 constexpr std::chrono::seconds patience{10};
 
+using Symbols = std::span<const char* const>;
+
 /// What tells a file from the one that was there before.
 using Identity = std::tuple<dev_t, ino_t, off_t, time_t, long>;
 
-std::optional<Identity> identityOf(const std::string& path) {
-  struct stat status {};
-  if (stat(path.c_str(), &status) != 0) return std::nullopt;
-  return Identity{status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+Identity identityOf(const struct stat& status) {
+  return {status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
 }
 
 /// What speaks against the file by its headers; empty for nothing.
@@ -55,86 +53,115 @@ const char* lastLoaderError() {
   return text != nullptr ? text : "unknown error";
 }
 
-/// The child's life: nothing of the parent's is open in it, and whatever it dies of leaves no core.
-[[noreturn]] void tryInChild(const char* path, int verdict) {
+/// Loads, searches and unloads. @return "+", or why not
+const char* trialIn(const char* path, Symbols symbols) {
+  void* object = dlopen(path, loadFlags);
+  if (object == nullptr) return lastLoaderError();
+  for (const char* symbol : symbols) static_cast<void>(dlsym(object, symbol));
+  dlclose(object);
+  return "+";
+}
+
+/// The child's life: nothing of the parent's is open in it, and whatever it dies of leaves no core. In a process group
+/// of its own it can be ended together with what the object starts.
+[[noreturn]] void tryInChild(const char* path, Symbols symbols, int verdict) {
   constexpr int kept = 3;
   const struct rlimit none {};
   setrlimit(RLIMIT_CORE, &none);
+  setpgid(0, 0);
   for (int number = 1; number < NSIG; ++number) std::signal(number, SIG_DFL);
   const int nowhere = open("/dev/null", O_RDWR);
   for (int standard = 0; standard < kept; ++standard) dup2(nowhere, standard);
   dup2(verdict, kept);
   close_range(kept + 1, ~0U, 0);
-  void* object = dlopen(path, loadFlags);
-  const char* text = object != nullptr ? "+" : lastLoaderError();
-  if (object != nullptr) dlclose(object);
-  const bool told = write(kept, text, std::strlen(text)) > 0;
+  const pid_t self = getpid();
+  const char* text = trialIn(path, symbols);
+  // A constructor may have forked: its copy of this process comes here too and has no say.
+  const bool told = getpid() == self && write(kept, text, std::strlen(text)) > 0;
   _exit(told ? 0 : 1);
 }
 
-/// All that the child says until it ends; nothing when it takes too long.
-std::optional<std::string> wordsOf(int pipe) {
+/// Waits for the child's end, but does not reap it: until then its number, and its group's, is nobody else's.
+/// @return false when it takes too long
+bool endsInTime(pid_t child) {
   const auto end = std::chrono::steady_clock::now() + patience;
-  std::string words;
   for (;;) {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
-    if (left.count() <= 0) return std::nullopt;
-    pollfd ready{pipe, POLLIN, 0};
-    if (poll(&ready, 1, static_cast<int>(left.count())) < 1) continue;
-    std::array<char, 1024> part{};
-    const ssize_t count = read(pipe, part.data(), part.size());
-    if (count == 0) return words;
-    if (count > 0)
-      words.append(part.data(), static_cast<std::size_t>(count));
-    else if (errno != EINTR)
-      return words;
+    siginfo_t info{};
+    const int result = waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOHANG | WNOWAIT);
+    if (result == 0 ? info.si_pid == child : errno != EINTR) return true;
+    if (std::chrono::steady_clock::now() >= end) return false;
+    poll(nullptr, 0, 1);
   }
 }
 
-void reap(pid_t child) {
-  while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+/// @return whether the child ended as it meant to (true too when somebody else has reaped it)
+bool reap(pid_t child) {
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-/// Loads the file in a child process. @return why it cannot be loaded; empty when it can
-std::string trialFault(const std::string& path) {
+/// What the child has written at once. Processes that the object started may hold the pipe open: its end tells nothing.
+std::string wordsIn(int pipe) {
+  std::array<char, 8192> words{};
+  const ssize_t count = read(pipe, words.data(), words.size());
+  return {words.data(), count > 0 ? static_cast<std::size_t>(count) : 0};
+}
+
+/// Sees the child to its end. @return its judgement
+std::string judgementOf(pid_t child, int pipe) {
+  const bool ended = endsInTime(child);
+  if (!ended) kill(child, SIGKILL);
+  kill(-child, SIGKILL);
+  const bool sound = reap(child);
+  if (!ended) return "does not come back from being loaded";
+  const std::string words = wordsIn(pipe);
+  if (!sound || words.empty()) return "crashes while it is loaded";
+  return words == "+" ? "" : words;
+}
+
+/// Loads and searches the file in a child process. @return why it cannot be loaded; empty when it can
+std::string trialFault(const std::string& path, Symbols symbols) {
   std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0) return std::strerror(errno);
+  if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) return std::strerror(errno);
   const pid_t child = fork();
-  if (child == 0) tryInChild(path.c_str(), ends[1]);
+  if (child == 0) tryInChild(path.c_str(), symbols, ends[1]);
   const int reason = errno;
   close(ends[1]);
-  if (child < 0) {
-    close(ends[0]);
-    return std::strerror(reason);
-  }
-  const auto words = wordsOf(ends[0]);
+  std::string fault = child < 0 ? std::strerror(reason) : judgementOf(child, ends[0]);
   close(ends[0]);
-  if (!words) kill(child, SIGKILL);
-  reap(child);
-  if (!words) return "does not come back from being loaded";
-  if (words->empty()) return "crashes while it is loaded";
-  return *words == "+" ? "" : *words;
+  return fault;
 }
 
-std::string faultOf(const std::string& path) {
+/// Names one trial: a path, and what was looked up.
+std::string trialName(const std::string& path, Symbols symbols) {
+  std::string name = path;
+  for (const char* symbol : symbols) name.append(1, '\0').append(symbol);
+  return name;
+}
+
+std::string faultOf(const std::string& path, Symbols symbols) {
   static std::map<std::string, Identity> passed;
-  const auto identity = identityOf(path);
-  if (!identity) return std::strerror(errno);
-  const auto known = passed.find(path);
-  if (known != passed.end() && known->second == *identity) return "";
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) return std::strerror(errno);
+  // Merely opening a pipe or a device may wait for ever.
+  if (!S_ISREG(status.st_mode)) return "no regular file";
+  const std::string name = trialName(path, symbols);
+  const auto known = passed.find(name);
+  if (known != passed.end() && known->second == identityOf(status)) return "";
   std::string fault = headerFault(path);
-  if (fault.empty()) fault = trialFault(path);
-  if (fault.empty()) passed.insert_or_assign(path, *identity);
+  if (fault.empty()) fault = trialFault(path, symbols);
+  if (fault.empty()) passed.insert_or_assign(name, identityOf(status));
   return fault;
 }
 
 }  // namespace
 
-void* loadSharedObject(const std::string& path, std::string* why) {
+void* loadSharedObject(const std::string& path, std::string* why, std::span<const char* const> symbols) {
   // With a slash in it the loader takes a name for the path that it is.
   const std::string file = path.find('/') == std::string::npos ? "./" + path : path;
-  std::string fault = faultOf(file);
+  std::string fault = faultOf(file, symbols);
   void* object = fault.empty() ? dlopen(file.c_str(), loadFlags) : nullptr;
   if (object == nullptr && fault.empty()) fault = lastLoaderError();
   if (why != nullptr) *why = fault;

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cstdlib>
 #include <exception>
+#include <iterator>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "libkyr/nullcheck.h"
@@ -25,6 +27,12 @@ namespace {
 
 constexpr const char* cannotLoad = "Error opening shared object : %s ";
 constexpr const char* identifierEntry = "GetTuDllIdentifier";
+
+/// Every entry that a module may have.
+constexpr const char* entryNames[] = {
+    identifierEntry,    "AllocInputMemory",  "DestroyInputMemory",  "GetInputDefaultParameters",
+    "PostInputDialog",  "AllocOutputMemory", "DestroyOutputMemory", "GetOutputDefaultParameters",
+    "PostOutputDialog", "TInitialPhase",     "TMainPhase",          "TFinalPhase"};
 
 /// Room that a module finds for its display name: more than it may use.
 constexpr std::size_t nameRoom = 4096;
@@ -96,7 +104,10 @@ bool isUsable(const std::string& name) {
     return false;
   }
   if (step.GetTuDllIdentifier(row.menuName, &row.uniqueId) != 0) return true;
-  console_printf("  ** Format module %s has no entry \"%s\". It is not used.", name.c_str(), identifierEntry);
+  if (step.hasEntry(identifierEntry))
+    console_printf("  ** Format module %s does not name itself. It is not used.", name.c_str());
+  else
+    console_printf("  ** Format module %s has no entry \"%s\". It is not used.", name.c_str(), identifierEntry);
   return false;
 }
 
@@ -130,7 +141,7 @@ ProcessingStep::ProcessingStep(const char* name) {
   copyText(DLLFileName.type, "DLL");
   const bool fits = copyText(DLLFileName.name, formatText("%s/%s", DLLDirectory, file.c_str()));
   if (fits)
-    aConnectionID = KyrLoadDLL(&DLLFileName, &reason);
+    aConnectionID = KyrLoadDLL(&DLLFileName, &reason, entryNames);
   else
     reason = "its name is too long";
   loadFailed = aConnectionID == nullptr ? 1 : 0;
@@ -139,6 +150,8 @@ ProcessingStep::ProcessingStep(const char* name) {
 ProcessingStep::~ProcessingStep() { KyrUnloadDLL(aConnectionID); }
 
 void* ProcessingStep::find(const char* entry) {
+  // A name that was not part of the trial is not looked up: that may be what a damaged module dies of.
+  if (std::ranges::find(entryNames, std::string_view(entry)) == std::end(entryNames)) return nullptr;
   copyText(aSymbol, entry);
   return KyrFindSymbol(aSymbol, aConnectionID);
 }

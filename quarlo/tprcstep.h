@@ -31,7 +31,7 @@ class ProcessingStep {
   ProcessingStep& operator=(const ProcessingStep&) = delete;
 
   /// @param theName receives the module's display name, cut to the 32 bytes of DllList::menuName
-  /// @return 1, or 0 when the module has no such entry
+  /// @return 1, or 0 when the module has no such entry or an exception left it (hasEntry tells which)
   int GetTuDllIdentifier(char* theName, int* uniqueId);
 
   // 0, or -1 when the module has no such entry. `size` is 0 then; it is as the module answers: check it.
@@ -50,6 +50,9 @@ class ProcessingStep {
   int InitialPhase(ProcessRecord* params, int* inputParams, int* outputParams);
   int MainPhase(ProcessRecord* params);
   int FinalPhase(ProcessRecord* params);
+
+  /// True when the module has an entry point of this name, one of those that modules may have.
+  bool hasEntry(const char* entry) { return find(entry) != nullptr; }
 
   /// Why the module could not be loaded.
   const std::string& whyNot() const { return reason; }

@@ -5,8 +5,8 @@
 #include "libkyr/text.h"
 #include "quarlo/tapelib/diskunit.h"
 
-void* KyrLoadDLL(const FILE_SPEC* file, std::string* why) {
-  return file != nullptr ? loadSharedObject(pathOf(*file), why) : nullptr;
+void* KyrLoadDLL(const FILE_SPEC* file, std::string* why, std::span<const char* const> entries) {
+  return file != nullptr ? loadSharedObject(pathOf(*file), why, entries) : nullptr;
 }
 
 void* KyrFindSymbol(const char* name, void* handle) { return findSymbol(handle, name); }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string>
 
 #include "xvt/xvt.h"
@@ -15,8 +16,9 @@ struct DllList {
 
 /// Loads the shared object of a file specification (a name without a directory: from the working directory).
 /// @param why receives the reason of a failure; may be null
+/// @param entries names of all entry points that will be asked for, so that a damaged object is found out before
 /// @return its handle, or null
-void* KyrLoadDLL(const FILE_SPEC* file, std::string* why = nullptr);
+void* KyrLoadDLL(const FILE_SPEC* file, std::string* why = nullptr, std::span<const char* const> entries = {});
 /// Address of an exported entry point, or null.
 void* KyrFindSymbol(const char* name, void* handle);
 /// Unloads; a null handle is nothing.

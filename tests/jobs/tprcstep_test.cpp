@@ -1,6 +1,9 @@
 // Format modules in the program: found, loaded, asked, run; what is broken is reported and passed over.
 #include "quarlo/tprcstep.h"
 
+#include <elf.h>
+
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -17,6 +20,22 @@
 namespace {
 
 using Lines = std::vector<std::string>;
+
+/// Lets the buckets of an object's GNU hash table lead far out. @return false without such a table
+bool damageHashTable(std::string* object) {
+  Elf64_Ehdr head{};
+  std::memcpy(&head, object->data(), sizeof head);
+  for (std::size_t i = 0; i < head.e_shnum; ++i) {
+    Elf64_Shdr section{};
+    std::memcpy(&section, object->data() + head.e_shoff + i * sizeof section, sizeof section);
+    if (section.sh_type != SHT_GNU_HASH) continue;
+    std::uint32_t counts[3] = {};  // buckets, first symbol, words of the filter behind the four numbers
+    std::memcpy(counts, object->data() + section.sh_offset, sizeof counts);
+    object->replace(section.sh_offset + 16 + 8 * counts[2], 4 * counts[0], 4 * counts[0], '\x7F');
+    return true;
+  }
+  return false;
+}
 
 struct Freer {
   void operator()(void* memory) const { std::free(memory); }
@@ -112,6 +131,24 @@ TEST_F(ModuleTest, NothingUsableIsNothingFound) {
   install("ionameless.so");
   writeFile("lib/iotext.so", "not a module");
   EXPECT_EQ(found(), Lines{});
+}
+
+TEST_F(ModuleTest, AnExceptionFromItsNameIsNoMissingEntry) {
+  install("iothrows.so");
+  EXPECT_EQ(found(), Lines{});
+  EXPECT_EQ(consoleWithoutDates(),
+            (Lines{"  *** Format module lib/iothrows.so failed in GetTuDllIdentifier: no name today",
+                   "  ** Format module iothrows.so does not name itself. It is not used."}));
+}
+
+// Whole but for its table of names: it can be loaded, and whoever looks for an entry is killed.
+TEST_F(ModuleTest, AModuleThatKillsWhoSearchesItIsPassedOver) {
+  std::string module = readFile(QUARLO_TEST_MODULES "ioplain.so");
+  ASSERT_TRUE(damageHashTable(&module));
+  writeFile("lib/iodamaged.so", module);
+  EXPECT_EQ(found(), Lines{});
+  EXPECT_EQ(consoleWithoutDates(),
+            (Lines{"Error opening shared object : iodamaged.so ", "  ** crashes while it is loaded"}));
 }
 
 TEST_F(ModuleTest, ALongDisplayNameIsCut) {

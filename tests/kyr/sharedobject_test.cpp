@@ -1,6 +1,7 @@
 // Loading shared objects: whole ones, and all kinds of broken ones, of which none may hurt the program.
 #include <elf.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -95,6 +96,9 @@ TEST_F(SharedObjectTest, ReportsWhatIsNoObject) {
   EXPECT_EQ(attempt("none.so"), "No such file or directory");
   std::filesystem::create_directory("directory.so");
   EXPECT_NE(attempt("directory.so"), "");
+  ASSERT_EQ(mkfifo("pipe.so", 0600), 0);
+  EXPECT_EQ(attempt("pipe.so"), "no regular file");
+  EXPECT_EQ(attempt("/dev/zero"), "no regular file");
   writeFile("empty.so", "");
   EXPECT_EQ(attempt("empty.so"), "no shared object");
   writeFile("text.so", "#!/bin/sh\n");
@@ -107,6 +111,8 @@ TEST_F(SharedObjectTest, SurvivesObjectsThatDoNotSurviveLoading) {
   EXPECT_EQ(attempt(modules + "ioexit.so"), "crashes while it is loaded");
   EXPECT_NE(attempt(modules + "iomissing.so").find("nowhereToBeFound"), std::string::npos);
 }
+
+TEST_F(SharedObjectTest, AnObjectMayStartAProcess) { EXPECT_EQ(attempt(modules + "iofork.so"), ""); }
 
 TEST_F(SharedObjectTest, AFileThatChangesIsTriedAgain) {
   std::filesystem::copy(modules + "ioplain.so", "x.so");

@@ -1,4 +1,6 @@
 // Modules with one fault each: which one, FAULT_... says.
+#include <unistd.h>
+
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
@@ -21,12 +23,29 @@ const struct Leave {
 }  // namespace
 #endif
 
+#ifdef FAULT_CONSTRUCTOR_FORKS
+namespace {
+// Longer than a loader would wait for it. Nothing of the tests' own output is held open.
+const struct Fork {
+  Fork() {
+    if (fork() != 0) return;
+    for (int standard = 0; standard < 3; ++standard) close(standard);
+    sleep(15);
+    _exit(0);
+  }
+} forked;
+}  // namespace
+#endif
+
 #ifdef FAULT_MISSING_SYMBOL
 int nowhereToBeFound();
 #endif
 
 #ifndef FAULT_NO_IDENTIFIER
 void GetTuDllIdentifier(char* theName, int* uniqueId) {
+#ifdef FAULT_NAMING_THROWS
+  throw std::runtime_error("no name today");
+#endif
 #ifdef FAULT_LONG_NAME
   std::memset(theName, 'x', 200);
 #else
