@@ -1,5 +1,6 @@
 #include "quarlo/tapelib/segyfields_dlg.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
@@ -42,6 +43,14 @@ bool isMarked(const SegyFormat& format, const SegyField& field, int list) {
   return list != segyMappingList && (field.itIsBinaryField == 0 || format.itHasBinaryHeader != 0);
 }
 
+/// The sum of both counts, each of which stays at its end.
+unsigned addFlags(unsigned sum, unsigned flags) {
+  constexpr unsigned most = 0xFFFFU;
+  const unsigned low = std::min((sum & most) + (flags & most), most);
+  const unsigned high = std::min((sum >> 16) + (flags >> 16), most);
+  return high << 16 | low;
+}
+
 std::string rowOf(const SegyField& field, bool marked) {
   std::string row = marked ? "* " : "";
   row += fieldText(field.itsDescription);
@@ -64,13 +73,14 @@ void boundsError(WINDOW theWindow, int theList, unsigned int boundsFlags, int* c
 
 unsigned int doFieldList(const SegyFormat* theFormat, const SegyField* theFields, WINDOW theDialog, int theDlgList) {
   const int dlgType = theFormat->itIsInputFmt != 0 ? BOUNDS_INPUT : BOUNDS_ALL;
-  unsigned flags = 0;
+  unsigned sum = 0;
   std::vector<std::string> rows;
   for (const SegyField* field = theFields; field != nullptr; field = field->nextField) {
-    const unsigned before = flags;
+    unsigned flags = 0;
     boundsCheck(theFormat, theFields, field, &flags, dlgType);
+    sum = addFlags(sum, flags);
     if (theDlgList == segyMappingList && field->itIsMapped != 0) continue;
-    rows.push_back(rowOf(*field, flags != before && isMarked(*theFormat, *field, theDlgList)));
+    rows.push_back(rowOf(*field, flags != 0 && isMarked(*theFormat, *field, theDlgList)));
   }
   std::vector<const char*> texts;
   texts.reserve(rows.size());
@@ -78,5 +88,5 @@ unsigned int doFieldList(const SegyFormat* theFormat, const SegyField* theFields
   const bool isBinary = theFields != nullptr && theFields->itIsBinaryField != 0;
   const int current = isBinary ? theFormat->itsCurrentBField : theFormat->itsCurrentTField;
   fillList(theDialog, theDlgList, texts, current < static_cast<int>(rows.size()) ? current : -1);
-  return flags;
+  return sum;
 }

@@ -256,6 +256,8 @@ void Reader::readTyped(const TypedValue& typed) {
   if (!sound)
     faultAt(typed.line, quoted(typed.key) + formatText(" must be %zu number%s of the field's type", typed.places.size(),
                                                        typed.places.size() > 1 ? "s" : ""));
+  else if (words.size() == 2 && numberIn<double>(words[0]) > numberIn<double>(words[1]))
+    faultAt(typed.line, quoted(typed.key) + " has its minimum above its maximum");
 }
 
 void Reader::endSection() {

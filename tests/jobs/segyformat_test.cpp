@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 
@@ -143,6 +144,14 @@ TEST_F(SegyFieldsDialog, ListsMarkProblemsAndRequiredFields) {
   EXPECT_EQ(toolkit.selected(dialog, 6), Lines{"* the U"});
   format.itIsInputFmt = 1;
   EXPECT_EQ(doFieldList(&format, format.itsTraceFields, dialog, 6), 0U);
+}
+
+TEST_F(SegyFieldsDialog, MarksFieldsBeyondTheEndOfTheCounts) {
+  format.itsBinaryBytes = 400;
+  format.itHasBinaryHeader = 1;
+  for (int i = 0; i < 300; ++i) add(&format, std::to_string(i).c_str(), 4, 0);
+  EXPECT_EQ(fill(5), 0xFFFFU);
+  EXPECT_EQ(std::ranges::count_if(rows, [](const std::string& row) { return row.starts_with("* "); }), 300);
 }
 
 TEST_F(SegyFieldsDialog, WarnsWhenTheListTurnsRed) {
@@ -286,6 +295,9 @@ TEST(SegyText, EveryFaultIsToldWithItsLine) {
         "5: \"override\" must be 1 number of the field's type", "8: \"range\" must be 2 numbers of the field's type",
         "9: \"scale\" must be a number", "10: \"output-properties\" must be at most 42 numbers of trace properties",
         "11: \"input-property\" must be the number of a trace property"}},
+      {firstLine + std::string("[trace A]\nrange = 5 1\ntype = int8\nbyte = 1\n[trace B]\ntype = float32\nbyte = 1\n"
+                               "range = -2.5 -2.5\n[trace C]\ntype = float64\nbyte = 1\nrange = 1 -1e300\n"),
+       {"3: \"range\" has its minimum above its maximum", "13: \"range\" has its minimum above its maximum"}},
       {firstLine + ("[trace " + std::string(64, 'x') + "]\n"),
        {"2: \"" + std::string(64, 'x') + "\" is no name of 1 to 63 characters"}},
   };
@@ -306,6 +318,12 @@ class SegyFormatFile : public testing::Test {
     copyText(file.dir.path, folder.path(""));
     copyText(file.name, name);
     return file;
+  }
+  static Lines namesHere() {
+    Lines names;
+    for (const auto& entry : std::filesystem::directory_iterator(".")) names.push_back(entry.path().filename());
+    std::ranges::sort(names);
+    return names;
   }
   TestFolder folder;
   SegyFormat format;
@@ -336,17 +354,63 @@ TEST_F(SegyFormatFile, SavesWholeOrNotAtAll) {
   field->itsOverrideValue.floatValue = std::nanf("");
   EXPECT_FALSE(saveSegyFormat(&format, specOf("f.txt"), &messages));
   field->itIsOverridden = 0;
-  std::filesystem::create_directory("f.txt.new");
-  EXPECT_FALSE(saveSegyFormat(&format, specOf("f.txt"), &messages));
+  std::filesystem::create_directory("d.txt");
+  EXPECT_FALSE(saveSegyFormat(&format, specOf("d.txt"), &messages));
+  EXPECT_FALSE(saveSegyFormat(&format, specOf("none/f.txt"), &messages));
   EXPECT_EQ(readFile("f.txt"), before);
+  EXPECT_EQ(namesHere(), (Lines{"d.txt", "f.txt"})) << "something unfinished is left";
   format.itIsReadOnly = 1;
   EXPECT_FALSE(saveSegyFormat(&format, specOf("f.txt"), &messages));
   EXPECT_TRUE(saveSegyFormat(&format, specOf("copy.txt"), &messages));
-  EXPECT_EQ(messages, (Lines{"f.txt, line 9: \"override\" must be 1 number of the field's type",
-                             "f.txt: Is a directory", "f.txt: the description is read-only"}));
+  EXPECT_EQ(messages,
+            (Lines{"f.txt, line 9: \"override\" must be 1 number of the field's type", "d.txt: Is a directory",
+                   "none/f.txt: No such file or directory", "f.txt: the description is read-only"}));
   SegyFormat copy;
   EXPECT_TRUE(loadSegyFormat(specOf("copy.txt"), &copy, &messages));
   EXPECT_EQ(printSegyFormat(copy), printSegyFormat(format));
+}
+
+TEST_F(SegyFormatFile, SavingTouchesNoOtherFile) {
+  for (const char* suffix : {".new", ".new1", ".new2"}) writeFile(std::string("f.txt") + suffix, "mine");
+  EXPECT_TRUE(saveSegyFormat(&format, specOf("f.txt"), &messages));
+  EXPECT_EQ(namesHere(), (Lines{"f.txt", "f.txt.new", "f.txt.new1", "f.txt.new2"}));
+  EXPECT_EQ(readFile("f.txt.new") + readFile("f.txt.new1") + readFile("f.txt.new2"), "mineminemine");
+  EXPECT_EQ(std::filesystem::status("f.txt").permissions(), std::filesystem::status("f.txt.new").permissions());
+}
+
+// Descriptions in a directory that is itself named by a relative path.
+TEST_F(SegyFormatFile, TheTextFileIsFoundAgainWhereverTheDescriptionIsSaved) {
+  const auto spec = [](const char* directory, const char* name) {
+    FILE_SPEC file{};
+    copyText(file.dir.path, directory);
+    copyText(file.name, name);
+    return file;
+  };
+  const auto textFileOf = [&](const FILE_SPEC& file) {
+    SegyFormat loaded;
+    EXPECT_TRUE(loadSegyFormat(file, &loaded, &messages));
+    return std::string(loaded.itsTextFileSpec.dir.path) + '/' + loaded.itsTextFileSpec.name;
+  };
+  for (const char* directory : {"fmts", "other"}) std::filesystem::create_directory(directory);
+  writeFile("fmts/a.txt",
+            firstLine + std::string("reel-header = yes\nreel-header-bytes = 20\nreel-header-from-file = yes\n"
+                                    "reel-header-file = sub/reel.txt\n"));
+  const std::string reel = folder.path("fmts/sub/reel.txt");
+  ASSERT_TRUE(loadSegyFormat(spec("fmts", "a.txt"), &format, &messages));
+  for (const FILE_SPEC& file : {spec("fmts", "b.txt"), spec("other", "c.txt"), spec("", "d.txt"), specOf("e.txt")}) {
+    ASSERT_TRUE(saveSegyFormat(&format, file, &messages));
+    EXPECT_EQ(textFileOf(file), reel) << file.dir.path << '/' << file.name;
+  }
+  EXPECT_NE(readFile("fmts/b.txt").find("reel-header-file = sub/reel.txt\n"), std::string::npos);
+  std::filesystem::rename("fmts", "moved");
+  EXPECT_EQ(textFileOf(spec("moved", "b.txt")), folder.path("moved/sub/reel.txt"));
+  // A path of the user's own is one from the working directory.
+  format.itsTextFileSpec = spec("x", "own.txt");
+  ASSERT_TRUE(saveSegyFormat(&format, spec("other", "c.txt"), &messages));
+  EXPECT_EQ(textFileOf(spec("other", "c.txt")), folder.path("x/own.txt"));
+  format.itsTextFileSpec = spec("x", "own.txt ");
+  EXPECT_FALSE(saveSegyFormat(&format, spec("other", "c.txt"), &messages));
+  EXPECT_EQ(messages, Lines{"c.txt: the path of the reel header's text file cannot stand in a line"});
 }
 
 TEST(SegyText, TheShippedDescriptionsAreSoundAndHoldTheStandardPlaces) {
