@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
+#include <filesystem>
 
 #include "libkyr/files.h"
 #include "libkyr/text.h"
@@ -27,6 +28,10 @@ std::uint64_t newId() {
   return id;
 }
 
+/// The most samples, or traces of a record, that a dataset without a trace tells: no caller reserves much room for
+/// them.
+constexpr int mostOfNothing = 1 << 22;
+
 bool isRange(int property) {
   return (property >= dsMinReceiverLocation && property <= dsMaxCmpLine) || property == dsMinFieldFile ||
          property == dsMaxFieldFile;
@@ -42,7 +47,9 @@ int readHeader(const PartFile& file, DatasetHeader* header) {
   DatasetHeaderBytes bytes{};
   const auto got = file.readAt(0, bytes.data(), bytes.size());
   if (!got) return kyrDiskError;
-  const int result = decodeDatasetHeader(bytes, header);
+  int result = decodeDatasetHeader(bytes, header);
+  // A header that was cut off can still be sound, where zeros stood at its end.
+  if (result == kyrOk && *got < bytes.size()) result = kyrDiskError;
   if (result == kyrDiskError) errno = EBADMSG;
   return result;
 }
@@ -75,13 +82,15 @@ int DatasetFile::openExisting(Stage stage) {
   const int result = readHeader(file, &header_);
   if (result != kyrOk) return result;
   if (header_.part != 1) return kyrNotSeismic;
-  shape_ = header_.shape();
+  setShape(header_.shape());  // whatever the file says of the counts that follow from others
   store_.parts().push_back(std::move(file));
   stage_ = stage;
   const int opened = openParts();
   if (opened != kyrOk) {
     stage_ = Stage::Closed;
     store_.parts().clear();
+  } else {
+    settleEmpty();
   }
   return opened;
 }
@@ -91,11 +100,16 @@ int DatasetFile::openParts() {
   const DatasetShape& shape = shape_;
   std::uint64_t available = 0;
   int part = 0;
+  bool gaps = false;
   for (; part < shape.parts() && (part == 0 || openPart(part)); ++part) {
     const auto size = store_.parts().back().size();
     if (!size) return kyrDiskError;
-    const std::uint64_t slots = (*size - datasetHeaderSize) / shape.slotSize();
-    if (slots > 0) available = shape.slotsBefore(part) + std::min(slots, shape.slotsInPart(part));
+    const std::uint64_t slots =
+        (std::max<std::uint64_t>(*size, datasetHeaderSize) - datasetHeaderSize) / shape.slotSize();
+    if (slots > 0) {
+      gaps = !whole_;
+      available = shape.slotsBefore(part) + std::min(slots, shape.slotsInPart(part));
+    }
     whole_ = whole_ && slots >= shape.slotsInPart(part);
   }
   const int missing = shape.parts() - part;
@@ -105,7 +119,7 @@ int DatasetFile::openParts() {
     errno = ENODATA;
     return kyrDiskError;
   }
-  settleCounts(available, missing);
+  settleCounts(available, missing, gaps);
   return kyrOk;
 }
 
@@ -123,7 +137,8 @@ bool DatasetFile::openPart(int part) {
 }
 
 /// A dataset that was cut off tells the counts that its files hold: no caller reserves room for more than that.
-void DatasetFile::settleCounts(std::uint64_t available, int partsMissing) {
+/// @param gaps a file that is too short has whole traces behind it
+void DatasetFile::settleCounts(std::uint64_t available, int partsMissing, bool gaps) {
   DatasetShape shape = shape_;
   const int announced = shape.records;
   if (shape.slotsPerRecord > 0) {
@@ -136,17 +151,38 @@ void DatasetFile::settleCounts(std::uint64_t available, int partsMissing) {
   }
   setShape(shape);
   const char* const what = header_.closed || partsMissing > 0 ? "is not complete" : "was not closed properly";
-  say_(formatText("  ** Warning: %s %s: %d of %d record%s can be read, the last perhaps in part.", path_.c_str(), what,
-                  shape.records, announced, announced == 1 ? "" : "s"));
+  const char* const plural = announced == 1 ? "" : "s";
+  if (gaps)
+    say_(formatText("  ** Warning: %s %s: traces are missing among the first %d of %d record%s.", path_.c_str(), what,
+                    shape.records, announced, plural));
+  else
+    say_(formatText("  ** Warning: %s %s: %d of %d record%s can be read, the last perhaps in part.", path_.c_str(),
+                    what, shape.records, announced, plural));
+}
+
+/// Counts that stand for no trace at all tell next to nothing: no caller loops or reserves room by them.
+void DatasetFile::settleEmpty() {
+  DatasetShape shape = shape_;
+  if (shape.records > 0 && shape.tracesPerRecord > 0) return;
+  shape.records = 0;
+  shape.tracesPerRecord = std::min(shape.tracesPerRecord, mostOfNothing);
+  shape.samples = std::min(shape.samples, mostOfNothing);
+  setShape(shape);
+}
+
+bool DatasetFile::uses(const char* path) const {
+  const int parts = std::max(shape_.parts(), old_ ? old_->shape().parts() : 1);
+  for (int part = 0; part < std::min(parts, maxDatasetParts); ++part)
+    if (sameFile(datasetPartName(path_, part).c_str(), path)) return true;
+  return false;
 }
 
 // ---- creating -----------------------------------------------------------------------------------------------------
 
 int DatasetFile::announce(int type, int recordsPerFile, int tracesPerRecord) {
-  newFile_ = access(path_.c_str(), F_OK) != 0;
-  PartFile file;
-  if (!file.open(path_, PartFile::Mode::Create)) return kyrDiskError;
-  store_.parts().push_back(std::move(file));
+  if (!create(0)) return kyrDiskError;
+  DatasetHeader old;
+  if (made_.empty() && readHeader(store_.parts()[0], &old) == kyrOk) old_ = old;
   header_ = {};
   header_.type = type;
   header_.id = newId();
@@ -164,20 +200,60 @@ int DatasetFile::begin() {
         path_.c_str(), shape_.records, shape_.tracesPerRecord, shape_.samples, shape_.recordsPerFile));
     return kyrBadCall;
   }
+  if (const std::string name = strangerAmong(shape_.parts()); !name.empty()) {
+    say_(formatText("  *** Error creating %s: %s is there already, and no part of it.", path_.c_str(), name.c_str()));
+    failed_ = true;
+    return kyrDiskError;
+  }
   stage_ = Stage::Writing;
   return createParts() ? kyrOk : fail("creating");
+}
+
+/// The first file with the name of a further part that is none of the dataset to be overwritten; empty without one.
+std::string DatasetFile::strangerAmong(int parts) const {
+  for (int part = 1; part < parts; ++part) {
+    std::error_code ignored;
+    const std::string name = datasetPartName(path_, part);
+    const auto type = std::filesystem::symlink_status(name, ignored).type();
+    if (type != std::filesystem::file_type::not_found && !isOldPart(part)) return name;
+  }
+  return {};
+}
+
+bool DatasetFile::isOldPart(int part) const {
+  PartFile file;
+  DatasetHeader header;
+  return old_ && file.open(datasetPartName(path_, part), PartFile::Mode::Read) && readHeader(file, &header) == kyrOk &&
+         header.id == old_->id && header.part == part + 1;
+}
+
+/// Opens the file of a part, and keeps in mind whether it was made.
+bool DatasetFile::create(int part) {
+  PartFile file;
+  const std::string name = datasetPartName(path_, part);
+  if (file.open(name, PartFile::Mode::New))
+    made_.push_back(name);
+  else if (errno != EEXIST || !file.open(name, PartFile::Mode::Create))
+    return false;
+  store_.parts().push_back(std::move(file));
+  return true;
 }
 
 bool DatasetFile::createParts() {
   auto& parts = store_.parts();
   const int count = shape_.parts();
-  while (static_cast<int>(parts.size()) < count) {
-    PartFile file;
-    if (!file.open(datasetPartName(path_, static_cast<int>(parts.size())), PartFile::Mode::Create)) return false;
-    parts.push_back(std::move(file));
-  }
+  while (static_cast<int>(parts.size()) < count)
+    if (!create(static_cast<int>(parts.size()))) return false;
   return std::all_of(parts.begin(), parts.end(), [](const PartFile& file) { return file.cutTo(0); }) &&
-         writeHeaders(count);
+         writeHeaders(count) && removeOldParts();
+}
+
+/// Parts that the overwritten dataset had more than this one.
+bool DatasetFile::removeOldParts() {
+  const int parts = old_ ? old_->shape().parts() : 0;
+  for (int part = shape_.parts(); part < parts; ++part)
+    if (isOldPart(part) && unlink(datasetPartName(path_, part).c_str()) != 0) return false;
+  return true;
 }
 
 /// The first part's header comes last: its closed mark speaks for all of them.
@@ -196,13 +272,24 @@ int DatasetFile::close() {
   const Stage stage = std::exchange(stage_, Stage::Closed);
   if (stage == Stage::Writing || stage == Stage::Updating)
     if (!failed_ && !finishParts(stage == Stage::Writing)) fail("writing to");
-  if (stage == Stage::Announced && newFile_) unlink(path_.c_str());
+  if (stage == Stage::Announced) removeMade();
   for (PartFile& file : store_.parts())
     if (!file.close() && !failed_ && stage != Stage::Reading) fail("writing to");
   store_.parts().clear();
   if (lostReads_ > 1) say_(formatText("  *** %d reads of traces of %s failed.", lostReads_, path_.c_str()));
   lostReads_ = 0;
   return failed_ ? kyrDiskError : kyrOk;
+}
+
+void DatasetFile::discard() {
+  failed_ = true;
+  close();
+  removeMade();
+}
+
+void DatasetFile::removeMade() {
+  for (const std::string& name : made_) unlink(name.c_str());
+  made_.clear();
 }
 
 /// Brings everything to the disk, and only then says so in the header: also after a power failure the mark is true.
@@ -311,6 +398,7 @@ int DatasetFile::read(int record, int trace, float* samples, TraceInfo* info) {
 }
 
 int DatasetFile::readSlot(int record, int trace, float* samples, TraceInfo* info) {
+  if (!store_.flush()) return fail("writing to");
   const SlotStore::Place place = placeOf(record, trace);
   const std::uint64_t seed = seedOf(record, trace);
   std::array<unsigned char, traceslot::headSize> head{};
@@ -322,7 +410,7 @@ int DatasetFile::readSlot(int record, int trace, float* samples, TraceInfo* info
     slot = nullptr;
   if (slot == nullptr) return kyrDiskError;
   const bool complete = got >= (samples != nullptr ? place.size : head.size());
-  const bool writing = stage_ == Stage::Writing;
+  const bool writing = stage_ == Stage::Writing && !failed_;
   if (!complete && !writing) return kyrTraceLost;
   const auto state = complete ? traceslot::decodeHeader(seed, slot, info) : traceslot::State::NeverWritten;
   const int count = shape_.samples;
@@ -331,7 +419,10 @@ int DatasetFile::readSlot(int record, int trace, float* samples, TraceInfo* info
       return samples == nullptr || traceslot::decodeSamples(seed, slot, count, samples) ? kyrOk : kyrTraceLost;
     case traceslot::State::NeverWritten:
       // In a dataset that was cut off nobody knows whether a trace was written and did not reach the disk.
-      if (!writing && !whole_) return kyrTraceLost;
+      if (failed_ || (!writing && !whole_)) return kyrTraceLost;
+      if (samples == nullptr) slot = store_.read(place, &got);
+      if (slot == nullptr) return kyrDiskError;
+      if (!traceslot::isBlank(slot, got)) return kyrTraceLost;
       makeDead(count, samples, info, killNeverWritten);
       return kyrOk;
     case traceslot::State::Damaged:

@@ -3,7 +3,9 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "libkyr/datasetheader.h"
 #include "libkyr/link.h"
@@ -22,6 +24,8 @@ class DatasetFile {
   DatasetFile& operator=(const DatasetFile&) = delete;
 
   const std::string& path() const { return path_; }
+  /// Whether `path` leads to one of the files of this dataset, or to one that its next begin() writes over or removes.
+  bool uses(const char* path) const;
 
   // -- opening and closing
 
@@ -35,6 +39,8 @@ class DatasetFile {
   /// Closes the files; those of an output get their closed mark when all of it could be written. @return kyrDiskError
   /// when not all that was written is on the disk
   int close();
+  /// Closes an output without the mark and removes the files that it made; one that was there before stays.
+  void discard();
 
   /// False for a dataset that was found without its closed mark, or shorter than its counts say.
   bool isWhole() const { return whole_; }
@@ -60,11 +66,17 @@ class DatasetFile {
   int openExisting(Stage stage);
   int openParts();
   bool openPart(int part);
-  void settleCounts(std::uint64_t available, int partsMissing);
+  void settleCounts(std::uint64_t available, int partsMissing, bool gaps);
+  void settleEmpty();
+  std::string strangerAmong(int parts) const;
+  bool isOldPart(int part) const;
+  bool create(int part);
   bool createParts();
   bool writeHeaders(int parts);
   bool finishParts(bool cut);
   bool removeParts(int first, int count);
+  bool removeOldParts();
+  void removeMade();
   int setCount(int property, int type, int units, const void* value);
   int readSlot(int record, int trace, float* samples, TraceInfo* info);
   void setShape(const DatasetShape& shape);
@@ -81,7 +93,8 @@ class DatasetFile {
   DatasetShape shape_;  ///< the header's counts
   Stage stage_ = Stage::Closed;
   bool whole_ = true;
-  bool newFile_ = false;  ///< announce() made the file
-  bool failed_ = false;   ///< a write failed: no more of them, no closed mark
+  std::optional<DatasetHeader> old_;  ///< of the dataset that an output overwrites
+  std::vector<std::string> made_;     ///< files of an output that were not there before
+  bool failed_ = false;               ///< a write failed: no more of them, no closed mark
   int lostReads_ = 0;
 };

@@ -57,6 +57,8 @@ std::uint64_t wide(int value) { return static_cast<std::uint64_t>(value); }
 // ---- counts and places ----------------------------------------------------------------------------------------------
 
 bool DatasetShape::isSound() const {
+  constexpr int endless = std::numeric_limits<int>::max();  // a loop up to it never ends
+  if (records == endless || tracesPerRecord == endless) return false;
   if (records < 0 || tracesPerRecord < 0 || tracesPerRecord > slotsPerRecord || samples < 0 || samples > maxSamples ||
       recordsPerFile < 0 || parts() > maxDatasetParts)
     return false;

@@ -22,7 +22,8 @@ struct DatasetShape {
   int samples = 0;
   int recordsPerFile = 0;  ///< 0: all of them in one file
 
-  /// No negative count, not too many files, and every file's size within 63 bits.
+  /// No negative count, records and traces that an int can count past, not too many files, and every file's size
+  /// within 63 bits.
   bool isSound() const;
   std::uint64_t slotSize() const;
   int parts() const;

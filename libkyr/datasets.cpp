@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "libkyr/datasetfile.h"
-#include "libkyr/files.h"
 #include "libkyr/traceslot.h"
 
 /// One side of a record: its links by number.
@@ -87,9 +86,8 @@ KyrSide::Entry* freeEntry(KyrSide& side, int number) {
 }
 
 bool isOpenAs(const KyrSide& side, const char* path) {
-  return std::any_of(side.entries.begin(), side.entries.end(), [path](const KyrSide::Entry& entry) {
-    return entry.file && sameFile(entry.file->path().c_str(), path);
-  });
+  return std::any_of(side.entries.begin(), side.entries.end(),
+                     [path](const KyrSide::Entry& entry) { return entry.file && entry.file->uses(path); });
 }
 
 int announce(ProcessRecord* procRecord, KyrSide KyrDatasets::*side, int count) {

@@ -16,6 +16,8 @@ int flagsOf(PartFile::Mode mode) {
       return O_RDWR;
     case PartFile::Mode::Create:
       return O_RDWR | O_CREAT;
+    case PartFile::Mode::New:
+      return O_RDWR | O_CREAT | O_EXCL;
     case PartFile::Mode::Read:
       break;
   }

@@ -9,7 +9,7 @@
 
 class PartFile {
  public:
-  enum class Mode { Read, Update, Create };
+  enum class Mode { Read, Update, Create, New };
 
   PartFile() = default;
   ~PartFile();
@@ -21,7 +21,8 @@ class PartFile {
   PartFile(const PartFile&) = delete;
   PartFile& operator=(const PartFile&) = delete;
 
-  /// Only regular files are opened. Create makes the file when there is none and leaves its bytes otherwise.
+  /// Only regular files are opened. Create makes the file when there is none and leaves its bytes otherwise; New
+  /// refuses a name that is there, be it only a link to nothing (EEXIST).
   /// @return false with errno
   bool open(const std::string& path, Mode mode);
   bool isOpen() const { return descriptor_ >= 0; }

@@ -37,9 +37,8 @@ const unsigned char* SlotStore::read(const Place& place, std::size_t* got) {
     const std::size_t size = window_.endsAt(place) ? wholeSlots(place.size) : place.size;
     window_.place = {};
     unsigned char* const bytes = window_.make(size);
-    const auto count = bytes != nullptr && flush()
-                           ? parts_[static_cast<std::size_t>(place.part)].readAt(place.offset, bytes, size)
-                           : std::nullopt;
+    const auto count = bytes != nullptr ? parts_[static_cast<std::size_t>(place.part)].readAt(place.offset, bytes, size)
+                                        : std::nullopt;
     if (!count) return nullptr;
     window_.place = {place.part, place.offset, *count};
   }
@@ -54,7 +53,6 @@ bool SlotStore::readHead(const Place& place, unsigned char* bytes, std::size_t c
     *got = count;
     return true;
   }
-  if (!flush()) return false;
   const auto read = parts_[static_cast<std::size_t>(place.part)].readAt(place.offset, bytes, count);
   *got = read.value_or(0);
   return read.has_value();

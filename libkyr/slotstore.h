@@ -19,6 +19,8 @@ class SlotStore {
 
   std::vector<PartFile>& parts() { return parts_; }
 
+  // Who reads flushes first: a failure to write is another answer than a failure to read.
+
   /// The bytes of a slot, good until the next call. @param got how many of them there are: less than the slot's size
   /// where the file ends. @return null with errno on a failure
   const unsigned char* read(const Place& place, std::size_t* got);

@@ -23,10 +23,6 @@ std::uint64_t sampleSum(std::uint64_t seed, const unsigned char* slot, int count
   return wordSum(seed ^ sampleSeed, slot + headSize, size(count) - headSize);
 }
 
-bool allZero(const unsigned char* bytes, std::size_t count) {
-  return std::all_of(bytes, bytes + count, [](unsigned char byte) { return byte == 0; });
-}
-
 void encodeHeader(std::uint64_t seed, const TraceInfo& header, unsigned char* slot) {
   storeLe32(slot, marker);
   storeLe32(slot + 4, 0U);
@@ -46,10 +42,14 @@ void encode(std::uint64_t seed, const TraceInfo& header, const float* samples, i
 }
 
 State decodeHeader(std::uint64_t seed, const unsigned char* slot, TraceInfo* header) {
-  if (loadLe32(slot) != marker) return allZero(slot, headSize) ? State::NeverWritten : State::Damaged;
+  if (loadLe32(slot) != marker) return isBlank(slot, headSize) ? State::NeverWritten : State::Damaged;
   if (loadLe32(slot + 4) != 0 || loadLe64(slot + headerSumAt) != headerSum(seed, slot)) return State::Damaged;
   for (std::size_t i = 0; i < traceHeaderWords; ++i) header->words[i] = loadLe32(slot + prefixSize + 4 * i);
   return State::Written;
+}
+
+bool isBlank(const unsigned char* slot, std::size_t size) {
+  return std::all_of(slot, slot + size, [](unsigned char byte) { return byte == 0; });
 }
 
 bool decodeSamples(std::uint64_t seed, const unsigned char* slot, int count, float* samples) {

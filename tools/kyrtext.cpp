@@ -1,8 +1,10 @@
 #include "tools/kyrtext.h"
 
 #include <array>
+#include <cctype>
 #include <cerrno>
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -42,6 +44,18 @@ struct Assignment {
   double value;
 };
 
+std::optional<double> parseValue(const PropertyEntry& property, const std::string& text) {
+  if (text == "null") return double{nullFloat};
+  if (property.isFloat) return parseFloat(text);
+  const auto number = parseInt(text);
+  return number && !IsValueNull(*number) ? std::optional<double>(*number) : std::nullopt;
+}
+
+bool isCount(int property) {
+  return property == dsRecords || property == dsTotalTraces || property == dsLargestRecord ||
+         property == dsTracesPerRecord || property == dsSamples;
+}
+
 /// @param problem receives what is wrong when nothing comes back
 std::optional<Assignment> parse(const std::string& text, std::span<const PropertyEntry> table, Finder byCode,
                                 std::string& problem) {
@@ -56,13 +70,12 @@ std::optional<Assignment> parse(const std::string& text, std::span<const Propert
     return std::nullopt;
   }
   const std::string value = text.substr(equals + 1);
-  char* end = nullptr;
-  const double number = value == "null" ? double{nullFloat} : std::strtod(value.c_str(), &end);
-  if (value.empty() || (end != nullptr && *end != '\0')) {
-    problem = "no number: " + text;
+  const auto number = parseValue(*property, value);
+  if (!number) {
+    problem = (property->isFloat ? "no number: " : "no whole number: ") + text;
     return std::nullopt;
   }
-  return Assignment{*property, number};
+  return Assignment{*property, *number};
 }
 
 /// The shortest text that gives the same float again.
@@ -89,8 +102,11 @@ std::optional<int> parseInt(std::string_view text) {
 
 std::optional<float> parseFloat(const std::string& text) {
   char* end = nullptr;
+  errno = 0;
   const float value = std::strtof(text.c_str(), &end);
-  if (text.empty() || *end != '\0') return std::nullopt;
+  const bool tooLarge = errno == ERANGE && std::isinf(value);
+  if (text.empty() || std::isspace(static_cast<unsigned char>(text[0])) != 0 || *end != '\0' || tooLarge)
+    return std::nullopt;
   return value;
 }
 
@@ -110,6 +126,8 @@ std::string setTrace(TraceInfo& info, const std::string& assignment) {
   std::string problem;
   const auto parsed = parse(assignment, tracePropertyTable(), &traceProperty, problem);
   if (!parsed) return problem;
+  if (parsed->property.code == trKillFlag && parsed->value == double{killNeverWritten})
+    return assignment + ": said of traces that nobody wrote, cannot be set";
   SetTraceProperty(parsed->property.code, doubleFloatType, gUnknownUnits, &parsed->value, &info);
   return {};
 }
@@ -118,8 +136,16 @@ std::string setDataset(DatasetFile& file, const std::string& assignment) {
   std::string problem;
   const auto parsed = parse(assignment, datasetPropertyTable(), &datasetProperty, problem);
   if (!parsed) return problem;
+  if (parsed->property.code == dsTotalTraces || parsed->property.code == dsLargestRecord)
+    return assignment + ": follows from the other counts";
   const int result = file.setProperty(parsed->property.code, doubleFloatType, gUnknownUnits, &parsed->value);
   return result == kyrOk ? std::string() : assignment + ": " + reason(result);
+}
+
+std::string checkDataset(const std::string& assignment) {
+  std::string problem;
+  const auto parsed = parse(assignment, datasetPropertyTable(), &datasetProperty, problem);
+  return parsed && isCount(parsed->property.code) ? assignment + ": " + reason(kyrTooLate) : problem;
 }
 
 void writeHead(std::ostream& out, const DatasetFile& file) {
@@ -154,27 +180,41 @@ namespace {
 /// Reads a dataset's text line by line: first what the dataset is, then its traces.
 class Maker {
  public:
-  Maker(const std::string& path, const DatasetFile::Say& say) : file_(path, say) {}
+  Maker(std::string name, const std::string& path, const DatasetFile::Say& say)
+      : name_(std::move(name)), file_(path, say) {}
+  ~Maker() {
+    if (!made_) file_.discard();
+  }
+  Maker(const Maker&) = delete;
+  Maker& operator=(const Maker&) = delete;
 
   std::string run(std::istream& in) {
     std::string line;
     for (int number = 1; std::getline(in, line); ++number) {
       const std::string problem = take(std::string(trimText(line)));
-      if (!problem.empty()) return formatText("line %d: %s", number, problem.c_str());
+      if (!problem.empty()) return blamed(formatText("line %d: %s", number, problem.c_str()));
     }
-    if (std::string problem = finish(); !problem.empty()) return problem;
-    const int result = begun_ ? file_.close() : file_.begin() == kyrOk ? file_.close() : kyrDiskError;
-    return result == kyrOk ? std::string() : reason(result);
+    if (in.bad()) return name_ + ": cannot be read";
+    if (std::string problem = finish(); !problem.empty()) return blamed(problem);
+    made_ = file_.begin() == kyrOk && file_.close() == kyrOk;
+    return made_ ? std::string() : file_.path() + ": cannot be written";
+  }
+
+ private:
+  /// A problem of the dataset's file stands for itself; any other is the text's.
+  std::string blamed(const std::string& problem) const { return outputFailed_ ? problem : name_ + ": " + problem; }
+  std::string outputFailed(const std::string& why) {
+    outputFailed_ = true;
+    return file_.path() + ": " + why;
   }
 
   /// The dataset's file is made when its first line has been understood.
   std::string start(int type) {
     const int result = file_.announce(type, 0, 0);
     announced_ = result == kyrOk;
-    return announced_ ? std::string() : reason(result);
+    return announced_ ? std::string() : outputFailed(reason(result));
   }
 
- private:
   std::string take(const std::string& line) {
     if (line.empty() || line[0] == '#') return {};
     if (line.find_first_of(" \t") == std::string::npos) return sample(line);
@@ -183,7 +223,7 @@ class Maker {
     words >> word;
     if (word == "trace") return trace(words);
     std::string value;
-    if (begun_ || !(words >> value)) return "not understood: " + line;
+    if (begun_ || !(words >> value) || words >> word) return "not understood: " + line;
     if (word == "type") {
       const auto type = typeOf(value);
       if (announced_ || !type) return "no first line with a known type: " + line;
@@ -195,7 +235,7 @@ class Maker {
   std::string trace(std::istringstream& words) {
     if (!announced_) return "\"type\" has to come first";
     if (std::string problem = finish(); !problem.empty()) return problem;
-    if (!begun_ && file_.begin() != kyrOk) return "the dataset cannot be created";
+    if (!begun_ && file_.begin() != kyrOk) return outputFailed("cannot be created");
     begun_ = true;
     std::string record;
     std::string number;
@@ -225,10 +265,14 @@ class Maker {
     if (trace_ == 0) return {};
     samples_.resize(static_cast<std::size_t>(file_.shape().samples));
     const int result = file_.write(record_, trace_, samples_.data(), info_);
+    if (result == kyrDiskError) return outputFailed("cannot be written");
     return result == kyrOk ? std::string() : formatText("trace %d %d: %s", record_, trace_, reason(result).c_str());
   }
 
+  std::string name_;
   DatasetFile file_;
+  bool made_ = false;
+  bool outputFailed_ = false;
   bool announced_ = false;
   bool begun_ = false;
   int record_ = 0;
@@ -239,14 +283,9 @@ class Maker {
 
 }  // namespace
 
-std::string make(std::istream& in, const std::string& path, const DatasetFile::Say& say) {
-  std::string problem;
-  {
-    Maker maker(path, say);
-    problem = maker.run(in);
-  }
-  if (!problem.empty()) std::remove(path.c_str());
-  return problem;
+std::string make(std::istream& in, const std::string& name, const std::string& path, const DatasetFile::Say& say) {
+  Maker maker(name, path, say);
+  return maker.run(in);
 }
 
 std::string reason(int result) {

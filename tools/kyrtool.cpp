@@ -1,10 +1,14 @@
 // kyrtool: shows, makes and marks datasets without the program's windows.
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iostream>
+#include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -136,8 +140,6 @@ int show(const Arguments& arguments, bool withSamples) {
     return done;
   };
   forEach(*selection, showTrace);
-  std::cout.flush();
-  if (!std::cout) return complain("standard output: cannot be written");
   return lost || !file.isWhole() ? dataProblem : done;
 }
 
@@ -147,7 +149,9 @@ int dump(const Arguments& arguments) { return show(arguments, true); }
 // ---- making -------------------------------------------------------------------------------------------------------
 
 bool mayCreate(const std::string& path) {
-  if (!fileSize(path.c_str())) return true;
+  std::error_code ignored;
+  // Of whatever kind, a link to nothing too: nothing that was there is written over.
+  if (std::filesystem::symlink_status(path, ignored).type() == std::filesystem::file_type::not_found) return true;
   complain(path + ": exists already");
   return false;
 }
@@ -157,19 +161,21 @@ int make(const Arguments& arguments) {
   std::ifstream text;
   if (arguments[1] != "-") text.open(arguments[1]);
   if (!text) return complain(arguments[1] + ": cannot be read");
-  const std::string problem = kyrtext::make(arguments[1] == "-" ? std::cin : text, arguments[0], say);
-  return problem.empty() ? done : complain(arguments[1] + ": " + problem);
+  const std::string problem = kyrtext::make(arguments[1] == "-" ? std::cin : text, arguments[1], arguments[0], say);
+  return problem.empty() ? done : complain(problem);
 }
 
 /// Fills a dataset trace by trace with raw floats.
-int copyRaw(std::FILE* in, DatasetFile& file) {
+int copyRaw(std::FILE* in, const std::string& name, DatasetFile& file) {
   const DatasetShape& shape = file.shape();
   std::vector<unsigned char> bytes(4 * static_cast<std::size_t>(shape.samples));
   std::vector<float> samples(static_cast<std::size_t>(shape.samples));
   int number = 0;
   return forEach({{1, shape.records}, {1, shape.tracesPerRecord}}, [&](int record, int trace) {
     if (std::fread(bytes.data(), 1, bytes.size(), in) != bytes.size())
-      return complain(formatText("too few floats for trace %d of record %d", trace, record));
+      return complain(std::ferror(in) != 0
+                          ? name + ": cannot be read"
+                          : name + formatText(": too few floats for trace %d of record %d", trace, record));
     for (std::size_t i = 0; i < samples.size(); ++i) samples[i] = loadLeFloat(bytes.data() + 4 * i);
     TraceInfo header{};
     ++number;
@@ -177,7 +183,7 @@ int copyRaw(std::FILE* in, DatasetFile& file) {
     SetTraceProperty(trChannel, longIntType, gUnknownUnits, &trace, &header);
     SetTraceProperty(trTraceNumber, longIntType, gUnknownUnits, &number, &header);
     const int result = file.write(record, trace, samples.data(), header);
-    return result == kyrOk ? done : complain(file.path() + ": " + kyrtext::reason(result));
+    return result == kyrOk ? done : complain(file.path() + ": cannot be written");
   });
 }
 
@@ -193,7 +199,7 @@ int fillRaw(std::FILE* in, DatasetFile& file, const Arguments& arguments) {
   }
   result = file.begin();
   if (result != kyrOk) return failure;
-  if (const int copied = copyRaw(in, file); copied != done) return copied;
+  if (const int copied = copyRaw(in, arguments[1], file); copied != done) return copied;
   if (std::fgetc(in) != EOF) return complain(arguments[1] + ": holds more floats than that");
   return file.close() == kyrOk ? done : failure;
 }
@@ -203,12 +209,15 @@ int raw(const Arguments& arguments) {
   const bool standard = arguments[1] == "-";
   const FileHandle opened = standard ? FileHandle() : openFile(arguments[1].c_str(), "rb");
   if (!standard && !opened) return complain(arguments[1] + ": cannot be read");
+  DatasetFile file(arguments[0], say);
   int result = failure;
-  {
-    DatasetFile file(arguments[0], say);
+  try {
     result = fillRaw(standard ? stdin : opened.get(), file, arguments);
+  } catch (...) {
+    file.discard();
+    throw;
   }
-  if (result != done) std::remove(arguments[0].c_str());
+  if (result != done) file.discard();
   return result;
 }
 
@@ -234,12 +243,20 @@ int changeHeaders(const Arguments& arguments, const std::function<std::string(Tr
   return result == done && closed != kyrOk ? failure : result;
 }
 
+std::string setAll(TraceInfo& header, const Arguments& arguments) {
+  std::string problem;
+  for (std::size_t i = 3; i < arguments.size() && problem.empty(); ++i)
+    problem = kyrtext::setTrace(header, arguments[i]);
+  return problem;
+}
+
 int set(const Arguments& arguments) {
+  TraceInfo scratch{};  // what makes no sense is refused before anything is changed
+  if (const std::string problem = setAll(scratch, arguments); !problem.empty()) return complain(problem);
   return changeHeaders(arguments, [&](TraceInfo& header) {
-    std::string problem;
-    for (std::size_t i = 3; i < arguments.size() && problem.empty(); ++i)
-      problem = kyrtext::setTrace(header, arguments[i]);
-    return problem;
+    // From here on somebody wrote this trace; its zeros are no data all the same.
+    if (header.words[trKillFlag] == killNeverWritten) header.words[trKillFlag] = killOther;
+    return setAll(header, arguments);
   });
 }
 
@@ -260,6 +277,8 @@ int kill(const Arguments& arguments) {
 int revive(const Arguments& arguments) { return setKillFlag(arguments, 0); }
 
 int property(const Arguments& arguments) {
+  for (std::size_t i = 1; i < arguments.size(); ++i)
+    if (const std::string problem = kyrtext::checkDataset(arguments[i]); !problem.empty()) return complain(problem);
   DatasetFile file(arguments[0], say);
   if (const int result = file.openUpdate(); result != kyrOk) return openFailed(arguments[0], result);
   for (std::size_t i = 1; i < arguments.size(); ++i) {
@@ -285,15 +304,31 @@ constexpr Verb verbs[] = {
     {"revive", 3, 3, revive},   {"property", 2, many, property},
 };
 
+/// Runs a verb to its end: what it shows has to arrive, and want of memory is a line as any other failure.
+int run(const Verb& verb, const Arguments& arguments) {
+  try {
+    const int result = verb.run(arguments);
+    std::cout.flush();
+    const bool arrived = std::cout && std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+    return arrived ? result : complain("standard output: cannot be written");
+  } catch (const std::bad_alloc&) {
+    return complain(arguments[0] + ": not enough memory");
+  } catch (const std::exception& error) {
+    return complain(arguments[0] + ": " + error.what());
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  // A file that grew to its limit is a failed write, not the end of the program without a word.
+  std::signal(SIGXFSZ, SIG_IGN);
   const std::string name = argc > 1 ? argv[1] : "";
   const Arguments arguments(argv + std::min(argc, 2), argv + argc);
   for (const Verb& verb : verbs)
     if (name == verb.name && arguments.size() >= verb.fewest && arguments.size() <= verb.most) {
       errno = 0;
-      return verb.run(arguments);
+      return run(verb, arguments);
     }
   std::fputs(usage, stderr);
   return failure;

@@ -59,6 +59,10 @@ TEST_F(DatasetCalls, AnOutputIsNoInputAtTheSameTime) {
   EXPECT_EQ(NewOutputSeismicFile(&out, record.get(), "b.kyr", 1, kStackedData, 0, 1), kyrInUse);
   EXPECT_EQ(open("b.kyr").value, kyrInUse);
   EXPECT_EQ(readFile("a.kyr"), before);
+
+  make("p.kyr", {2, 1, 2, 1});
+  (void)open("p.kyr");
+  EXPECT_EQ(NewOutputSeismicFile(&out, record.get(), "p.kyr.002", 0, kStackedData, 0, 1), kyrInUse);
 }
 
 TEST_F(DatasetCalls, AFileStaysUntilEndInit) {

@@ -2,6 +2,7 @@
 #include <sys/resource.h>
 
 #include <csignal>
+#include <optional>
 
 #include "tests/kyr/dataset_fixture.h"
 
@@ -197,6 +198,13 @@ TEST_F(DatasetFormat, SpreadsOverPartsAndTakesThemBackWhenItShrinks) {
   EXPECT_EQ(checkAll(cut, counts), 12);
   CloseFile(record.get(), cut);
 
+  make("gap.kyr", counts);
+  std::filesystem::resize_file("gap.kyr", 4096 + slotSize(4));
+  const Link gap = open("gap.kyr");
+  EXPECT_EQ(checkAll(gap, counts), 9);
+  EXPECT_TRUE(said("gap.kyr is not complete: traces are missing among the first 7 of 7 records."));
+  CloseFile(record.get(), gap);
+
   const Link out = create("c.kyr", counts);
   putAll(out, counts);
   ASSERT_EQ(set(out, dsRecords, 4), kyrOk);
@@ -208,6 +216,32 @@ TEST_F(DatasetFormat, SpreadsOverPartsAndTakesThemBackWhenItShrinks) {
   EXPECT_EQ(get(in, dsRecords), 4);
   EXPECT_EQ(checkAll(in, {4, 1, 4, 3}), 4);
   EXPECT_TRUE(lines().empty());
+}
+
+TEST_F(DatasetFormat, OnlyPartsOfTheOverwrittenDatasetAreWrittenOverOrRemoved) {
+  make("a.kyr", {7, 2, 4, 3});
+  make("a.kyr", {5, 2, 4, 3});
+  const Link in = open("a.kyr");
+  EXPECT_EQ(checkAll(in, {5, 2, 4, 3}), 10);
+  CloseFile(record.get(), in);
+  EXPECT_FALSE(std::filesystem::exists("a.kyr.003"));
+  writeFile("a.kyr.003", "mine");
+  make("a.kyr", {1, 1, 4, 0});
+  EXPECT_FALSE(std::filesystem::exists("a.kyr.002"));
+  EXPECT_EQ(readFile("a.kyr.003"), "mine");
+
+  const std::string before = readFile("a.kyr");
+  std::filesystem::create_symlink("nowhere", "b.kyr.002");
+  for (const std::string name : {"a.kyr", "b.kyr"}) {
+    const Link out = announce(name, {7, 2, 4, 3});
+    EXPECT_EQ(EndInit(record.get()), kyrDiskError);
+    EXPECT_EQ(CloseFile(record.get(), out), kyrDiskError);
+  }
+  EXPECT_TRUE(said("a.kyr.003 is there already, and no part of it."));
+  EXPECT_TRUE(said("b.kyr.002 is there already, and no part of it."));
+  EXPECT_EQ(readFile("a.kyr"), before);
+  EXPECT_FALSE(std::filesystem::exists("a.kyr.002"));
+  EXPECT_FALSE(std::filesystem::exists("b.kyr"));
 }
 
 TEST_F(DatasetFormat, HostileCountsAreErrors) {
@@ -227,21 +261,58 @@ TEST_F(DatasetFormat, HostileCountsAreErrors) {
       {2, 2, 2, -1, 0},
       {2, 2, 2, 3, -1},
       {1000, 2, 2, 3, 1},  // too many files
+      {most, 0, 0, 3, 0},  // loops that no int ends
+      {0, most, most, 3, 0},
   };
   for (const DatasetShape& shape : hostile) {
     writeFile("b.kyr", withHeader(whole, [&](DatasetHeader& header) { header.setShape(shape); }));
     EXPECT_EQ(open("b.kyr").value, kyrDiskError) << shape.records << " " << shape.samples;
   }
   // Where the counts pass the file's end but traces are there, callers are told what there is.
-  for (const DatasetShape& shape : {DatasetShape{most, 2, 2, 3, 0}, DatasetShape{most, 2, 2, 3, most / 2}}) {
+  for (const DatasetShape& shape : {DatasetShape{most - 1, 2, 2, 3, 0}, DatasetShape{most - 1, 2, 2, 3, most / 2}}) {
     writeFile("b.kyr", withHeader(whole, [&](DatasetHeader& header) { header.setShape(shape); }));
     EXPECT_EQ(get(open("b.kyr"), dsRecords), 2);
   }
-  writeFile("b.kyr", withHeader(whole, [](DatasetHeader& header) { header.setShape({1, most, most, 3, 0}); }));
+  writeFile("b.kyr", withHeader(whole, [](DatasetHeader& header) { header.setShape({1, most - 1, most, 3, 0}); }));
   const Link link = open("b.kyr");
   EXPECT_EQ(get(link, dsRecords), 1);
   EXPECT_EQ(get(link, dsTracesPerRecord), 4);
   EXPECT_EQ(get(link, dsTotalTraces), 4);
+  const int strange = 77;  // counts that follow from others do, whatever the file says
+  writeFile("b.kyr", withHeader(whole, [&](DatasetHeader& header) {
+              SetDSProperty(dsTotalTraces, longIntType, gUnknownUnits, &strange, &header.org);
+            }));
+  EXPECT_EQ(get(open("b.kyr"), dsTotalTraces), 4);
+  // Counts of no trace at all reserve nothing.
+  for (const DatasetShape& shape : {DatasetShape{0, 2, 2, maxSamples, 0}, DatasetShape{most - 1, 0, 0, 1 << 23, 0},
+                                    DatasetShape{0, most - 1, most, 3, 0}}) {
+    writeFile("b.kyr", withHeader(whole, [&](DatasetHeader& header) { header.setShape(shape); }));
+    const Link none = open("b.kyr");
+    EXPECT_EQ(get(none, dsRecords), 0);
+    EXPECT_LE(get(none, dsSamples), 1 << 22);
+    EXPECT_LE(get(none, dsTracesPerRecord), 1 << 22);
+  }
+}
+
+TEST_F(DatasetFormat, AHeaderCutOffIsDamagedAlsoWhereItEndsInZeros) {
+  make("a.kyr", {0, 0, 3, 0});
+  std::string bytes = readFile("a.kyr");
+  while (bytes.back() != 0) bytes = withHeader(bytes, [](DatasetHeader& header) { ++header.id; });
+  writeFile("a.kyr", bytes);
+  EXPECT_TRUE(IsLinkValid(open("a.kyr")));
+  bytes.pop_back();
+  writeFile("a.kyr", bytes);
+  EXPECT_EQ(open("a.kyr").value, kyrDiskError);
+}
+
+TEST_F(DatasetFormat, ZerosOverTheHeadOfATraceAreDamage) {
+  make("a.kyr", {1, 2, 3, 0});
+  patchFile("a.kyr", 4096, std::string(824, '\0'));
+  const Link in = open("a.kyr");
+  TraceInfo header{};
+  EXPECT_EQ(HeaderGet(record.get(), in, 1, 1, &header), kyrTraceLost);
+  EXPECT_EQ(header.words[trKillFlag], static_cast<std::uint32_t>(killUnreadable));
+  EXPECT_EQ(checkAll(in, {1, 2, 3, 0}), 1);
 }
 
 TEST_F(DatasetFormat, TheOpeningTellsWhyNot) {
@@ -282,18 +353,54 @@ TEST_F(DatasetFormat, TheOpeningTellsWhyNot) {
   EXPECT_TRUE(lines().empty());  // the caller's words, not the library's
 }
 
+/// Files cannot grow beyond a size as long as it lives.
+class FullDisk {
+ public:
+  explicit FullDisk(std::size_t room) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+    getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit limit{room, before_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~FullDisk() {
+    setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, handler_);
+  }
+  FullDisk(const FullDisk&) = delete;
+  FullDisk& operator=(const FullDisk&) = delete;
+
+ private:
+  rlimit before_{};
+  void (*handler_)(int);
+};
+
+// What was collected reaches the disk before a read: when that fails the output has failed, whatever comes later.
+TEST_F(DatasetFormat, AWriteThatFailsInsideAReadFailsTheOutput) {
+  for (const bool withSamples : {false, true}) {
+    const DatasetCounts counts{2, 4, 10, 0};
+    const Link out = create("a.kyr", counts);
+    for (int number = 1; number <= 4; ++number) EXPECT_EQ(put(out, 1, number, 10), kyrOk);
+    TraceInfo header{};
+    {
+      const FullDisk full(4096);
+      EXPECT_EQ(withSamples ? trace(out, 1, 1, 10).result : HeaderGet(record.get(), out, 1, 1, &header), kyrDiskError);
+    }
+    EXPECT_EQ(trace(out, 1, 2, 10).result, kyrTraceLost);  // given up, not "never written"
+    EXPECT_EQ(put(out, 2, 1, 10), kyrDiskError);
+    EXPECT_EQ(CloseFile(record.get(), out), kyrDiskError);
+    EXPECT_TRUE(said("  *** Error writing to " + folder.path("a.kyr")));
+    EXPECT_EQ(readFile("a.kyr").size(), 4096U);
+    EXPECT_EQ(open("a.kyr").value, kyrDiskError);
+  }
+}
+
 // A disk that is full at every size of the file: an error at the latest at the closing, said once, and no closed mark.
 TEST_F(DatasetFormat, AFullDiskIsAnErrorAndLeavesNoClosedMark) {
   const DatasetCounts counts{3, 4, 90, 0};
   const std::size_t full = 4096 + 12 * slotSize(90);
-  rlimit before{};
-  getrlimit(RLIMIT_FSIZE, &before);
-  auto* const handler = std::signal(SIGXFSZ, SIG_IGN);
   for (std::size_t room = 4096; room < full; room += 601) {
     lines().clear();
     const Link out = create("a.kyr", counts);
-    rlimit limit{room, before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limit);
+    std::optional<FullDisk> disk(room);
     int accepted = 0;
     for (int rec = 1; rec <= counts.records; ++rec)
       for (int number = 1; number <= counts.traces; ++number) {
@@ -301,7 +408,7 @@ TEST_F(DatasetFormat, AFullDiskIsAnErrorAndLeavesNoClosedMark) {
         if (number == 2) (void)trace(out, rec, 1, counts.samples);  // now and then to the disk
       }
     EXPECT_EQ(CloseFile(record.get(), out), kyrDiskError) << room;
-    setrlimit(RLIMIT_FSIZE, &before);
+    disk.reset();
     EXPECT_TRUE(said("a.kyr")) << room;
     ProcessRecordPtr fresh(NewProcessRecord());
     fresh->consoleLine = record->consoleLine;
@@ -312,7 +419,6 @@ TEST_F(DatasetFormat, AFullDiskIsAnErrorAndLeavesNoClosedMark) {
     EXPECT_LE(checkAll(in, counts), accepted);
     CloseFile(record.get(), in);
   }
-  std::signal(SIGXFSZ, handler);
 }
 
 }  // namespace

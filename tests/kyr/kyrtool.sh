@@ -87,9 +87,57 @@ refuse "line 1: \"type\" has to come first" "records 3"
 refuse "line 1: no first line with a known type" "type sort"
 refuse "line 2: no such property: colour" $'type radar\ncolour 3'
 refuse "line 2: records=-2: refused" $'type radar\nrecords -2'
-refuse "line 2: no number: records=two" $'type radar\nrecords two'
+refuse "bad.txt: line 2: no whole number: records=two" $'type radar\nrecords two'
+refuse "line 2: not understood: records 3 4" $'type radar\nrecords 3 4'
+refuse "line 2: total-traces=4: follows from the other counts" $'type radar\ntotal-traces 4'
+refuse "line 5: no number: offset=1e99" $'type radar\nrecords 1\ntraces-per-record 1\nsamples 1\ntrace 1 1 offset=1e99'
 refuse "trace 1 2: no such record" $'type radar\nrecords 1\ntraces-per-record 1\nsamples 1\ntrace 1 2'
 refuse "line 7: too many samples" $'type radar\nrecords 1\ntraces-per-record 1\nsamples 1\ntrace 1 1\n5\n6'
+
+# What stands at the output's name is neither written over nor removed.
+mkdir dir.kyr
+mkfifo pipe.kyr
+ln -s nowhere link.kyr
+for there in dir.kyr pipe.kyr link.kyr; do
+  fails 2 "$tool" make $there a.txt
+  hints "$there: exists already"
+  fails 2 "$tool" raw $there f.raw 1 2 3 0.002
+done
+[ -d dir.kyr ] && [ -p pipe.kyr ] && [ -L link.kyr ] && [ ! -e nowhere ]
+
+# The output's failures are the output's, also at the limit of a file's size; what came into being goes again.
+fails 2 "$tool" make none/x.kyr a.txt
+hints "none/x.kyr: No such file"
+head -c 40000 /dev/zero > zeros.raw
+(ulimit -f 8; fails 2 "$tool" raw big.kyr zeros.raw 10 10 100 0.002; hints "File too large"; hints "big.kyr")
+[ ! -e big.kyr ]
+(ulimit -f 5; fails 2 "$tool" make big.kyr a.txt; hints "big.kyr: cannot be written")
+[ ! -e big.kyr ]
+"$tool" make sparse.kyr2 a.txt
+(ulimit -f 4; fails 2 "$tool" kill sparse.kyr2 all all)
+for verb in info check; do
+  status=0
+  "$tool" $verb b.kyr > /dev/full 2> err || status=$?
+  [ $status = 2 ]
+  hints "standard output: cannot be written"
+done
+"$tool" make wide.kyr - <<< $'type radar\nrecords 1\ntraces-per-record 1\nsamples 200000000'
+(ulimit -v 400000; fails 2 "$tool" check wide.kyr; hints "wide.kyr: not enough memory")
+
+# Senseless values change nothing; those of a trace that nobody wrote make it one that is there, but dead.
+cp b.kyr b.before
+for bad in channel=1.5 channel=99999999999 "channel= 1" channel=1x offset=1e99 kill-flag=1 channel=-2147483648; do
+  fails 2 "$tool" set b.kyr 1 1 field-file=5 "$bad"
+  hints "$bad"
+done
+for bad in total-traces=6 records=2 largest-record=3 min-field-file=0.5 sample-interval=1e99; do
+  fails 2 "$tool" property b.kyr max-field-file=5 "$bad"
+  hints "$bad"
+done
+cmp b.kyr b.before
+"$tool" set b.kyr 2 1 channel=4
+"$tool" headers b.kyr 2 1 > out
+says "trace 2 1 channel=4 kill-flag=64" out
 
 # A dataset that was cut off: told, shown as far as it goes, not changed.
 size=$(stat -c %s a.kyr)
