@@ -213,7 +213,7 @@ int DatasetFile::begin() {
 std::string DatasetFile::strangerAmong(int parts) const {
   for (int part = 1; part < parts; ++part) {
     std::error_code ignored;
-    const std::string name = datasetPartName(path_, part);
+    std::string name = datasetPartName(path_, part);
     const auto type = std::filesystem::symlink_status(name, ignored).type();
     if (type != std::filesystem::file_type::not_found && !isOldPart(part)) return name;
   }

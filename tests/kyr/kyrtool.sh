@@ -122,7 +122,11 @@ for verb in info check; do
   hints "standard output: cannot be written"
 done
 "$tool" make wide.kyr - <<< $'type radar\nrecords 1\ntraces-per-record 1\nsamples 200000000'
-(ulimit -v 400000; fails 2 "$tool" check wide.kyr; hints "wide.kyr: not enough memory")
+if (ulimit -v 400000; "$tool" info wide.kyr > out 2>&1); then
+  (ulimit -v 400000; fails 2 "$tool" check wide.kyr; hints "wide.kyr: not enough memory")
+else
+  echo "want of memory skipped: a sanitizer needs the address space"
+fi
 
 # Senseless values change nothing; those of a trace that nobody wrote make it one that is there, but dead.
 cp b.kyr b.before
