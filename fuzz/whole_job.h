@@ -1,4 +1,5 @@
-/// What a fuzz target needs that runs a whole job from disk to disk.
+/// What a fuzz target needs that runs a whole job from disk to disk. It works in a folder of its own: name a fuzzer's
+/// corpus by an absolute path.
 #pragma once
 
 #include <unistd.h>
