@@ -335,16 +335,8 @@ int DatasetFile::getProperty(int property, int type, int units, void* value) con
 
 int DatasetFile::setProperty(int property, int type, int units, const void* value) {
   if (stage_ == Stage::Reading || stage_ == Stage::Closed) return kyrTooLate;
-  switch (property) {
-    case dsRecords:
-    case dsTracesPerRecord:
-    case dsSamples:
-    case dsTotalTraces:
-    case dsLargestRecord:
-      return setCount(property, type, units, value);
-    default:
-      return SetDSProperty(property, type, units, value, &header_.org);
-  }
+  return isCountProperty(property) ? setCount(property, type, units, value)
+                                   : SetDSProperty(property, type, units, value, &header_.org);
 }
 
 int DatasetFile::setCount(int property, int type, int units, const void* value) {

@@ -257,15 +257,17 @@ int GetSeisOrg(const ProcessRecord* procRecord, Link link, GeneralSeisDataOrg* o
 
 namespace {
 
+/// Whatever goes wrong, the header that comes back is that of a dead trace.
 int readTrace(ProcessRecord* procRecord, Link link, int record, int trace, float* samples, TraceInfo* header) {
   DatasetFile* const file = fileOf(procRecord, link);
   if (header == nullptr) return kyrBadCall;
-  if (file == nullptr) {
+  const int result =
+      file != nullptr ? guarded([&] { return file->read(record, trace, samples, header); }) : int{kyrBadCall};
+  if (result != kyrOk) {
     *header = {};
     header->words[trKillFlag] = killUnreadable;
-    return kyrBadCall;
   }
-  return guarded([&] { return file->read(record, trace, samples, header); });
+  return result;
 }
 
 }  // namespace
@@ -276,8 +278,8 @@ int HeaderGet(ProcessRecord* procRecord, Link link, int record, int trace, Trace
 
 int TraceGet(ProcessRecord* procRecord, Link link, int record, int trace, float* samples, TraceInfo* header) {
   const DatasetFile* const file = fileOf(procRecord, link);
-  if (samples == nullptr && file != nullptr && file->shape().samples > 0) return kyrBadCall;
-  return readTrace(procRecord, link, record, trace, samples, header);
+  const bool hasRoom = samples != nullptr || file == nullptr || file->shape().samples == 0;
+  return readTrace(procRecord, hasRoom ? link : Link{}, record, trace, samples, header);
 }
 
 int TracePut(ProcessRecord* procRecord, Link link, int record, int trace, const float* samples,

@@ -81,6 +81,19 @@ bool closeFile(FileHandle& file) {
   return std::fclose(file.release()) == 0 && intact;
 }
 
+std::optional<std::size_t> readAt(int descriptor, void* bytes, std::size_t count, std::uint64_t offset) {
+  std::size_t got = 0;
+  while (got < count) {
+    const ssize_t now =
+        pread(descriptor, static_cast<char*>(bytes) + got, count - got, static_cast<off_t>(offset + got));
+    if (now < 0 && errno == EINTR) continue;
+    if (now < 0) return std::nullopt;
+    if (now == 0) break;
+    got += static_cast<std::size_t>(now);
+  }
+  return got;
+}
+
 bool readTextLine(std::FILE* stream, std::string* line) {
   constexpr std::size_t limit = std::size_t{64} * 1024;
   line->clear();

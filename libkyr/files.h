@@ -50,6 +50,10 @@ FileHandle openFile(const char* path, const char* mode, std::size_t bufferSize =
 /// Flushes and closes. @return false when an earlier operation or the close failed (errno); true for an empty handle
 bool closeFile(FileHandle& file);
 
+/// Reads up to `count` bytes at `offset`, however many calls that takes.
+/// @return bytes, fewer than asked for at the end of the file; nothing, with errno, after an error
+std::optional<std::size_t> readAt(int descriptor, void* bytes, std::size_t count, std::uint64_t offset);
+
 /// Reads the next line without the blanks around it; what a line has beyond 64 KB is passed over.
 /// @return false at the end of the file or on an error
 bool readTextLine(std::FILE* stream, std::string* line);

@@ -6,6 +6,8 @@
 
 #include <cerrno>
 
+#include "libkyr/files.h"
+
 namespace {
 
 constexpr int newFileMode = 0666;
@@ -48,15 +50,7 @@ std::optional<std::uint64_t> PartFile::size() const {
 }
 
 std::optional<std::size_t> PartFile::readAt(std::uint64_t offset, unsigned char* bytes, std::size_t count) const {
-  std::size_t got = 0;
-  while (got < count) {
-    const ssize_t now = pread(descriptor_, bytes + got, count - got, static_cast<off_t>(offset + got));
-    if (now < 0 && errno == EINTR) continue;
-    if (now < 0) return std::nullopt;
-    if (now == 0) break;
-    got += static_cast<std::size_t>(now);
-  }
-  return got;
+  return ::readAt(descriptor_, bytes, count, offset);
 }
 
 bool PartFile::writeAt(std::uint64_t offset, const unsigned char* bytes, std::size_t count) const {

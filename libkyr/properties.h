@@ -99,6 +99,12 @@ struct PropertyEntry {
   bool isTime;
 };
 
+/// Whether a dataset property is one of the five counts, which cannot be null.
+constexpr bool isCountProperty(int property) {
+  return property == dsRecords || property == dsTotalTraces || property == dsLargestRecord ||
+         property == dsTracesPerRecord || property == dsSamples;
+}
+
 /// The named properties. Codes beside them that are free for the use of modules: traces 100 to 149 (integers) and 150
 /// to 199 (floats), datasets 100 to 149 and 150 to 214. All other codes are refused.
 std::span<const PropertyEntry> tracePropertyTable();

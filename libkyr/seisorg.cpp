@@ -7,19 +7,6 @@
 
 namespace {
 
-bool isCount(int property) {
-  switch (property) {
-    case dsRecords:
-    case dsTotalTraces:
-    case dsLargestRecord:
-    case dsTracesPerRecord:
-    case dsSamples:
-      return true;
-    default:
-      return false;
-  }
-}
-
 unsigned char* wordOf(GeneralSeisDataOrg* org, int property) { return org->bytes + seisOrgOffset(property); }
 
 }  // namespace
@@ -27,7 +14,7 @@ unsigned char* wordOf(GeneralSeisDataOrg* org, int property) { return org->bytes
 GeneralSeisDataOrg newSeisOrg() {
   GeneralSeisDataOrg org{};
   for (int property = 0; property < datasetPropertyCount; ++property)
-    if (const auto entry = datasetProperty(property); entry && !isCount(property))
+    if (const auto entry = datasetProperty(property); entry && !isCountProperty(property))
       storeLe32(wordOf(&org, property), nullWord(*entry));
   return org;
 }

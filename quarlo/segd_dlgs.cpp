@@ -4,13 +4,13 @@
 #include <string>
 
 #include "libkyr/text.h"
+#include "quarlo/segdhdr.h"
 #include "quarlo/settings_dlg.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 #include "resources/ids.h"
 
 namespace {
 
-constexpr int SEGD_TRACE_HEADER_BYTES = 20;
 constexpr const char* OUTPUT_EXTENSION = ".sgd";
 constexpr std::size_t MAX_OUTPUT_NAME = 200;  // so that a number and the extension find room in a file's name
 
@@ -113,13 +113,11 @@ void editZeroList(WINDOW dialog) {
 }
 
 void choosePrependFile(WINDOW dialog) {
-  chooseFileInto(chooseFileToOpen, "", &editedCopy.prepDir, &editedCopy.prepFile);
-  showPath(dialog, SD_PREPEND_PATH, editedCopy.prepDir, editedCopy.prepFile);
+  chooseFileInto({dialog, SD_PREPEND_PATH, &editedCopy.prepDir, &editedCopy.prepFile}, chooseFileToOpen, "");
 }
 
 void chooseLogFile(WINDOW dialog) {
-  chooseFileInto(chooseFileToSave, "txt", &editedCopy.logDir, &editedCopy.logFile);
-  showPath(dialog, SD_LOG_PATH, editedCopy.logDir, editedCopy.logFile);
+  chooseFileInto({dialog, SD_LOG_PATH, &editedCopy.logDir, &editedCopy.logFile}, chooseFileToSave, "txt");
 }
 
 void storeCopy(WINDOW dialog) {
@@ -155,8 +153,7 @@ void createFiles(WINDOW dialog) {
 }
 
 void chooseFilesList(WINDOW dialog) {
-  chooseFileInto(chooseFileToOpen, "", &editedFiles.recLimDir, &editedFiles.recLimFile);
-  showPath(dialog, SF_PATH, editedFiles.recLimDir, editedFiles.recLimFile);
+  chooseFileInto({dialog, SF_PATH, &editedFiles.recLimDir, &editedFiles.recLimFile}, chooseFileToOpen, "");
 }
 
 void storeFiles(WINDOW dialog) {
@@ -197,8 +194,7 @@ void createZero(WINDOW dialog) {
 }
 
 void chooseZeroList(WINDOW dialog) {
-  chooseFileInto(chooseFileToOpen, "", &editedZero.trcLimDir, &editedZero.trcLimFile);
-  showPath(dialog, ZT_PATH, editedZero.trcLimDir, editedZero.trcLimFile);
+  chooseFileInto({dialog, ZT_PATH, &editedZero.trcLimDir, &editedZero.trcLimFile}, chooseFileToOpen, "");
 }
 
 void storeZero(WINDOW dialog) {

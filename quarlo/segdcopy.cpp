@@ -17,7 +17,7 @@
 
 namespace {
 
-std::string listPath(const char (&directory)[SEGD_PATH], const char (&file)[SEGD_PATH]) {
+std::string listPath(const PathField& directory, const PathField& file) {
   return joinPath(trimText(fieldText(directory)), fieldText(file));
 }
 

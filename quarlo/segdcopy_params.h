@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "quarlo/path_field.h"
 #include "xvt/xvt.h"
 
 /// Data types of the zero list's key in a trace header, as the dialog names them.
@@ -13,7 +14,6 @@ extern const char* const SegdDataTypes[SEGD_KEY_TYPES];
 /// What the field file list means.
 enum SEGD_LIMIT_SENSE : int { SEGD_INCLUDE = 1, SEGD_EXCLUDE = 2 };
 
-constexpr int SEGD_PATH = 256;  ///< bytes of a directory or file name
 constexpr double BYTES_PER_GIGABYTE = 1073741824.0;
 
 /// Set by segdInit and edited by the SEG D dialogs; the streams belong to a running job.
@@ -27,15 +27,15 @@ struct SgdCopyParams {
   int trcLimType;   ///< SEGD_KEY_TYPE
   bool limitBytes;  ///< limit the bytes of one output tape
   double byteLimit;
-  char logDir[SEGD_PATH];
-  char logFile[SEGD_PATH];
-  char recLimDir[SEGD_PATH];  ///< field file list
-  char recLimFile[SEGD_PATH];
-  char trcLimDir[SEGD_PATH];  ///< zero list
-  char trcLimFile[SEGD_PATH];
+  PathField logDir;
+  PathField logFile;
+  PathField recLimDir;  ///< field file list
+  PathField recLimFile;
+  PathField trcLimDir;  ///< zero list
+  PathField trcLimFile;
   FILE* logFp;
-  char outDir[SEGD_PATH];
-  char outFile[SEGD_PATH];
+  PathField outDir;
+  PathField outFile;
   FILE* theFile;
   bool itDecimates;  ///< the console shows every itsDecimateIntvl-th field file only
   int itsDecimateIntvl;
@@ -45,8 +45,8 @@ struct SgdCopyParams {
   float recLenFactor;  ///< seconds
   bool useScanHdr;     ///< trace lengths come from the channel set descriptors
   bool prepend;        ///< a disk file becomes the first file of the output tape
-  char prepDir[SEGD_PATH];
-  char prepFile[SEGD_PATH];
+  PathField prepDir;
+  PathField prepFile;
   FILE* prepFp;
 };
 

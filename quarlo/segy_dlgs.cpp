@@ -56,8 +56,7 @@ bool editCopyFlags(WINDOW dialog, const EVENT& event) {
 }
 
 void chooseSortFile(WINDOW dialog) {
-  chooseFileInto(chooseFileToSave, "", &editedCopy.sortDir, &editedCopy.sortFile);
-  showPath(dialog, SY_SORT_PATH, editedCopy.sortDir, editedCopy.sortFile);
+  chooseFileInto({dialog, SY_SORT_PATH, &editedCopy.sortDir, &editedCopy.sortFile}, chooseFileToSave, "");
 }
 
 void editLimit(WINDOW /*dialog*/) {
@@ -125,8 +124,7 @@ bool editPoints(WINDOW dialog, const EVENT& event) {
 }
 
 void choosePolygonFile(WINDOW dialog) {
-  chooseFileInto(chooseFileToOpen, "", &editedPolygon.dir, &editedPolygon.file);
-  showPath(dialog, PG_PATH, editedPolygon.dir, editedPolygon.file);
+  chooseFileInto({dialog, PG_PATH, &editedPolygon.dir, &editedPolygon.file}, chooseFileToOpen, "");
 }
 
 void storePolygon(WINDOW dialog) {
@@ -179,8 +177,7 @@ void createList(WINDOW dialog) {
 }
 
 void chooseListFile(WINDOW dialog) {
-  chooseFileInto(chooseFileToOpen, "", &editedList.dir, &editedList.file);
-  showPath(dialog, LL_PATH, editedList.dir, editedList.file);
+  chooseFileInto({dialog, LL_PATH, &editedList.dir, &editedList.file}, chooseFileToOpen, "");
 }
 
 void storeList(WINDOW dialog) {

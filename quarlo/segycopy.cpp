@@ -37,26 +37,6 @@ struct VolumeState {
   }
 };
 
-/// The working directory of before comes back with the end of this.
-class DirectoryVisit {
- public:
-  explicit DirectoryVisit(const DIRECTORY& directory) : saved(xvt_fsys_save_dir()) {
-    if (saved && directory.path[0] != '\0') {
-      xvt_fsys_set_dir(&directory);
-    }
-  }
-  ~DirectoryVisit() {
-    if (saved) {
-      xvt_fsys_restore_dir();
-    }
-  }
-  DirectoryVisit(const DirectoryVisit&) = delete;
-  DirectoryVisit& operator=(const DirectoryVisit&) = delete;
-
- private:
-  bool saved;
-};
-
 // ---- the job ----------------------------------------------------------------------------------------------------
 
 class SegyCopy {

@@ -44,19 +44,6 @@ std::size_t writeAll(int descriptor, const char* data, std::size_t bytes) {
   return done;
 }
 
-bool readAllAt(int descriptor, char* data, std::size_t bytes, off_t position) {
-  std::size_t done = 0;
-  while (done < bytes) {
-    const ssize_t now = ::pread(descriptor, data + done, bytes - done, position + static_cast<off_t>(done));
-    if (now > 0) {
-      done += static_cast<std::size_t>(now);
-    } else if (now == 0 || errno != EINTR) {
-      return false;
-    }
-  }
-  return true;
-}
-
 // ---- files by what they are -------------------------------------------------------------------------------------
 
 void FileSet::add(const std::string& path) {
@@ -72,18 +59,16 @@ bool FileSet::holds(const std::string& path) const {
 
 std::vector<std::string> listFiles(const DIRECTORY& directory, const char* pattern) {
   std::vector<std::string> names;
-  if (!xvt_fsys_save_dir()) {
+  const DirectoryVisit visit(directory);
+  if (!visit.isThere()) {
     return names;
   }
-  if (xvt_fsys_set_dir(&directory)) {
-    const std::unique_ptr<xvt_string_list, decltype(&xvt_slist_destroy)> list(xvt_fsys_list_files(pattern, false),
-                                                                              xvt_slist_destroy);
-    for (SLIST_ELT element = list ? xvt_slist_get_first(list.get()) : nullptr; element != nullptr;
-         element = xvt_slist_get_next(list.get(), element)) {
-      names.emplace_back(xvt_slist_get_text(list.get(), element));
-    }
+  const std::unique_ptr<xvt_string_list, decltype(&xvt_slist_destroy)> list(xvt_fsys_list_files(pattern, false),
+                                                                            xvt_slist_destroy);
+  for (SLIST_ELT element = list ? xvt_slist_get_first(list.get()) : nullptr; element != nullptr;
+       element = xvt_slist_get_next(list.get(), element)) {
+    names.emplace_back(xvt_slist_get_text(list.get(), element));
   }
-  xvt_fsys_restore_dir();
   return names;
 }
 

@@ -26,6 +26,27 @@ class FileSet {
   std::set<std::pair<dev_t, ino_t>> nodes;
 };
 
+/// The working directory of before comes back with the end of this.
+class DirectoryVisit {
+ public:
+  explicit DirectoryVisit(const DIRECTORY& directory) : saved(xvt_fsys_save_dir()) {
+    there = saved && directory.path[0] != '\0' && xvt_fsys_set_dir(&directory);
+  }
+  ~DirectoryVisit() {
+    if (saved) {
+      xvt_fsys_restore_dir();
+    }
+  }
+  DirectoryVisit(const DirectoryVisit&) = delete;
+  DirectoryVisit& operator=(const DirectoryVisit&) = delete;
+  /// Whether the directory is the working directory now; one without a name never becomes it.
+  bool isThere() const { return there; }
+
+ private:
+  bool saved;
+  bool there = false;
+};
+
 /// The names of the directory's files that match a shell pattern, in listing order.
 std::vector<std::string> listFiles(const DIRECTORY& directory, const char* pattern);
 
@@ -141,5 +162,3 @@ class SegyOutput {
 
 /// Writes all of it. @return bytes written, fewer with errno after a failure
 std::size_t writeAll(int descriptor, const char* data, std::size_t bytes);
-/// Reads `bytes` bytes at `position`. @return false with errno, or at the end of the file
-bool readAllAt(int descriptor, char* data, std::size_t bytes, off_t position);

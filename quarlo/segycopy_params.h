@@ -3,14 +3,14 @@
 /// A key is a 1-based byte position in the 240-byte trace header and a data type code. All fields are big-endian.
 #pragma once
 
-#include <cstddef>
 #include <span>
+
+#include "quarlo/path_field.h"
 
 constexpr int EBCDIC_HEADER_BYTES = 3200;
 constexpr int BINARY_HEADER_BYTES = 400;
 constexpr int TRACE_HEADER_BYTES = 240;
 
-constexpr std::size_t PATH_FIELD = 256;
 constexpr int MAX_TYPED_POINTS = 10;
 
 /// Data type codes of header fields.
@@ -34,8 +34,8 @@ struct HeaderKey {
 
 /// A range limit by polygon. The primary key is x, the secondary y.
 struct PolyParams {
-  char dir[PATH_FIELD];  ///< directory of the polygon file and of the log
-  char file[PATH_FIELD];
+  PathField dir;  ///< directory of the polygon file and of the log
+  PathField file;
   int numPoints;
   int polyType;  ///< LIMIT_SENSE
   int type;      ///< POLYGON_SOURCE
@@ -49,8 +49,8 @@ struct PolyParams {
 
 /// A range limit by a list of values.
 struct ListParams {
-  char dir[PATH_FIELD];  ///< directory of the list file and of the log
-  char file[PATH_FIELD];
+  PathField dir;  ///< directory of the list file and of the log
+  PathField file;
   int listType;  ///< LIMIT_SENSE
   int primByte;
   int primType;
@@ -69,8 +69,8 @@ struct SgyCopyParams {
   bool rangeLimit;
   int limitType;  ///< LIMIT_TYPE
   bool sort;
-  char sortDir[PATH_FIELD];  ///< directory of the temporary files
-  char sortFile[PATH_FIELD];
+  PathField sortDir;  ///< directory of the temporary files
+  PathField sortFile;
   int sortPrimByte;
   int sortPrimType;
   int sortSecByte;

@@ -132,7 +132,8 @@ bool SortStore::readHeader(const char* name, std::vector<char>* header) {
   int bytes = 0;
   if (std::fread(&bytes, sizeof bytes, 1, indexFile.get()) == 1 && bytes >= 0 && bytes <= traceFileSize - headersRead) {
     header->resize(static_cast<std::size_t>(bytes));
-    if (readAllAt(fileno(traces.get()), header->data(), header->size(), headersRead)) {
+    if (readAt(fileno(traces.get()), header->data(), header->size(), static_cast<std::uint64_t>(headersRead)) ==
+        header->size()) {
       headersRead += bytes;
       return true;
     }
@@ -184,7 +185,7 @@ bool SortStore::loadFrom(int place) {
              batch.size() + bytes + static_cast<std::size_t>(itemAt(next).size) <= BATCH_BYTES);
     const std::size_t before = batch.size();
     batch.resize(before + bytes);
-    if (!readAllAt(fileno(traces.get()), batch.data() + before, bytes, static_cast<off_t>(first.offset))) {
+    if (readAt(fileno(traces.get()), batch.data() + before, bytes, static_cast<std::uint64_t>(first.offset)) != bytes) {
       return false;
     }
   }

@@ -94,12 +94,12 @@ bool readReal(WINDOW dialog, const EVENT& event, const RealField& field, double*
   return true;
 }
 
-void chooseFileInto(FileChooser choose, const char* extension, PathField* directory, PathField* name) {
+void chooseFileInto(const FileField& field, FileChooser choose, const char* extension) {
   FILE_SPEC file{};
-  if (!trimText(fieldText(*directory)).empty()) {  // some settings say "none" with a blank
-    copyText(file.dir.path, fieldText(*directory));
+  if (!trimText(fieldText(*field.directory)).empty()) {  // some settings say "none" with a blank
+    copyText(file.dir.path, fieldText(*field.directory));
   }
-  copyText(file.name, fieldText(*name));
+  copyText(file.name, fieldText(*field.name));
   if (!choose(&file, extension, "Select File")) {
     return;
   }
@@ -109,8 +109,9 @@ void chooseFileInto(FileChooser choose, const char* extension, PathField* direct
     xvt_dm_post_error("Error getting file name.");
     return;
   }
-  copyText(*directory, fieldText(chosenDirectory));
-  copyText(*name, fieldText(chosenName));
+  copyText(*field.directory, fieldText(chosenDirectory));
+  copyText(*field.name, fieldText(chosenName));
+  showPath(field.dialog, field.pathControl, *field.directory, *field.name);
 }
 
 void showPath(WINDOW dialog, int control, const PathField& directory, const PathField& name) {

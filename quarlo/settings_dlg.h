@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 
+#include "quarlo/path_field.h"
 #include "quarlo/tapelib/controls.h"
 #include "xvt/xvt.h"
 
@@ -83,12 +84,19 @@ bool readReal(WINDOW dialog, const EVENT& event, const RealField& field, double*
 
 // ---- files ------------------------------------------------------------------------------------------------------
 
-constexpr std::size_t SETTING_PATH = 256;  ///< bytes of a directory or a name in a record of settings
-using PathField = char[SETTING_PATH];
 using FileChooser = bool (*)(FILE_SPEC* file, const char* extension, const char* title);
 
-/// Asks for a file, proposing the one that is set. What has no room in the fields is refused with a box.
-void chooseFileInto(FileChooser choose, const char* extension, PathField* directory, PathField* name);
+/// A file of the settings, and the control that shows its path.
+struct FileField {
+  WINDOW dialog;
+  int pathControl;
+  PathField* directory;
+  PathField* name;
+};
+
+/// Asks for a file, proposing the one that is set, and shows what is set then. What has no room in the fields is
+/// refused with a box.
+void chooseFileInto(const FileField& field, FileChooser choose, const char* extension);
 /// Shows the joined path; nothing while no file is set.
 void showPath(WINDOW dialog, int control, const PathField& directory, const PathField& name);
 

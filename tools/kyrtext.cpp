@@ -51,11 +51,6 @@ std::optional<double> parseValue(const PropertyEntry& property, const std::strin
   return number && !IsValueNull(*number) ? std::optional<double>(*number) : std::nullopt;
 }
 
-bool isCount(int property) {
-  return property == dsRecords || property == dsTotalTraces || property == dsLargestRecord ||
-         property == dsTracesPerRecord || property == dsSamples;
-}
-
 /// @param problem receives what is wrong when nothing comes back
 std::optional<Assignment> parse(const std::string& text, std::span<const PropertyEntry> table, Finder byCode,
                                 std::string& problem) {
@@ -145,7 +140,7 @@ std::string setDataset(DatasetFile& file, const std::string& assignment) {
 std::string checkDataset(const std::string& assignment) {
   std::string problem;
   const auto parsed = parse(assignment, datasetPropertyTable(), &datasetProperty, problem);
-  return parsed && isCount(parsed->property.code) ? assignment + ": " + reason(kyrTooLate) : problem;
+  return parsed && isCountProperty(parsed->property.code) ? assignment + ": " + reason(kyrTooLate) : problem;
 }
 
 void writeHead(std::ostream& out, const DatasetFile& file) {

@@ -104,7 +104,7 @@ int kyrWrite(ProcessRecord* job, const void* buffer, int bytes) {
   if (bytes <= 0) return 0;
   if (isTape(job, KYR_OUTPUT)) {
     const int result = tlv_tape_write(job->deviceUnit, ALL_OUTPUTS, static_cast<const char*>(buffer), bytes);
-    return result < 0 ? -1 : bytes;
+    return result < bytes ? -1 : bytes;
   }
   std::FILE* stream = openStream(job, KYR_OUTPUT);
   if (stream == nullptr) return -1;

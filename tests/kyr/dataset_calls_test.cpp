@@ -42,6 +42,10 @@ TEST_F(DatasetCalls, LinksAreGoodUntilTheyAreClosed) {
   const TraceInfo header{};
   EXPECT_EQ(TracePut(record.get(), link, 1, 1, TestTrace(1, 1, 3).samples.data(), &header), kyrTooLate);
   EXPECT_EQ(EndInit(record.get()), kyrOk);
+
+  TraceInfo alive{};
+  EXPECT_EQ(TraceGet(record.get(), link, 1, 1, nullptr, &alive), kyrBadCall);
+  EXPECT_TRUE(IsDead(alive));
 }
 
 TEST_F(DatasetCalls, AnOutputIsNoInputAtTheSameTime) {
