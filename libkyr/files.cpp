@@ -1,7 +1,10 @@
 #include "libkyr/files.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <new>
 #include <utility>
@@ -21,6 +24,14 @@ std::optional<struct stat> statOf(const std::string& path) {
 std::optional<std::uint64_t> regularSize(const struct stat& status) {
   if (!S_ISREG(status.st_mode)) return std::nullopt;
   return static_cast<std::uint64_t>(status.st_size);
+}
+
+// What open(2) calls a mode of fopen.
+int flagsOf(std::string_view mode) {
+  const int access = mode.find('+') != std::string_view::npos ? O_RDWR : mode[0] == 'r' ? O_RDONLY : O_WRONLY;
+  const int exclusive = mode.find('x') != std::string_view::npos ? O_EXCL : 0;
+  if (mode[0] == 'r') return access;
+  return access | O_CREAT | exclusive | (mode[0] == 'a' ? O_APPEND : O_TRUNC);
 }
 
 // Two names of which no file exists yet.
@@ -69,8 +80,24 @@ bool StreamBuffer::attach(std::FILE* stream, std::size_t size) {
   return bytes_ && std::setvbuf(stream, bytes_.get(), _IOFBF, size) == 0;
 }
 
+std::FILE* openStream(const char* path, const char* mode) {
+  constexpr mode_t newFileMode = 0666;
+  // A pipe that nobody writes to would hold an ordinary open for ever.
+  const int descriptor = ::open(path, flagsOf(mode) | O_NONBLOCK | O_CLOEXEC, newFileMode);
+  if (descriptor < 0) return nullptr;
+  const int flags = fcntl(descriptor, F_GETFL);
+  std::FILE* const stream =
+      flags >= 0 && fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK) == 0 ? fdopen(descriptor, mode) : nullptr;
+  if (stream == nullptr) {
+    const int reason = errno;
+    close(descriptor);
+    errno = reason;
+  }
+  return stream;
+}
+
 FileHandle openFile(const char* path, const char* mode, std::size_t bufferSize) {
-  FileHandle file(std::fopen(path, (std::string(mode) + 'e').c_str()));
+  FileHandle file(openStream(path, mode));
   if (file && bufferSize > 0) file.get_deleter().buffer.attach(file.get(), bufferSize);
   return file;
 }

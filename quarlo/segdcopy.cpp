@@ -61,7 +61,7 @@ class SegdCopy {
 
   UnitStruct* units;
   SegdTakenFiles taken;
-  std::vector<std::string> files;  // of a disk input
+  DirectoryFiles files;  // of a disk input
   SegdOutput output;
   std::unique_ptr<SegdInput> input;
   std::optional<JobFrame> frame;
@@ -113,7 +113,7 @@ int SegdCopy::run() {
 void SegdCopy::findTakenFiles() {
   if (IsDiskInput()) {
     files = listSegdFiles(units->fs);
-    for (const std::string& name : files) {
+    for (const std::string& name : files.names) {
       taken.inputs.add(joinPath(fieldText(units->fs.dir.path), name));
     }
   }
@@ -165,11 +165,13 @@ bool SegdCopy::keyIsSound() const {
 bool SegdCopy::openInput() {
   if (!IsDiskInput()) {
     input = std::make_unique<SegdTapeInput>(units);
-  } else if (files.empty()) {
-    logMessage("  *** No valid files found in directory.");
-    return false;
   } else {
-    input = std::make_unique<SegdDiskInput>(units, files);
+    files.nameOthers(logMessage);
+    if (files.names.empty()) {
+      logMessage("  *** No valid files found in directory.");
+      return false;
+    }
+    input = std::make_unique<SegdDiskInput>(units, files.names);
     input->beforeRefill([this] { output.writeLent(); });
   }
   if (SgdParams.recLenOR) {

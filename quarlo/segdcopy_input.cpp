@@ -45,7 +45,7 @@ int keyOf(std::span<const char> trace) {
 
 // ---- disk -------------------------------------------------------------------------------------------------------
 
-std::vector<std::string> listSegdFiles(const FILE_SPEC& file) {
+DirectoryFiles listSegdFiles(const FILE_SPEC& file) {
   const std::string_view name = fieldText(file.name);
   const std::size_t dot = name.rfind('.');
   const std::string_view extension = dot == std::string_view::npos ? "" : name.substr(dot + 1);
@@ -88,8 +88,7 @@ bool SegdDiskInput::open() {
   closeFile();
   FILE_SPEC file{};
   file.dir = directory;
-  // What is no regular file, such as a pipe, could hold the open for ever.
-  if (!copyText(file.name, InputFileName) || !fileSize(pathOf(file).c_str()) || !openDiskUnit(units, file, "rb")) {
+  if (!copyText(file.name, InputFileName) || !openDiskUnit(units, file, "rb")) {
     return false;
   }
   reader.begin(units->fp);

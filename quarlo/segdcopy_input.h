@@ -52,8 +52,8 @@ class SegdInput {
   UnitStruct* units;
 };
 
-/// The names of the directory's files with the extension of `file`, in listing order.
-std::vector<std::string> listSegdFiles(const FILE_SPEC& file);
+/// The directory's files with the extension of `file`.
+DirectoryFiles listSegdFiles(const FILE_SPEC& file);
 
 class SegdDiskInput : public SegdInput {
  public:

@@ -151,7 +151,9 @@ bool SegyCopy::findInputs() {
     if (SgyParams.multipleIn) {
       // A file made for this job is no input of it; one that holds something was there before and is.
       const bool fresh = output.isTape() || fileSize(units[1].fp).value_or(0) == 0;
-      files = listSegyFiles(units->fs.dir, fresh ? outputPath : "");
+      const DirectoryFiles found = listSegyFiles(units->fs.dir, fresh ? outputPath : "");
+      found.nameOthers(console_out);
+      files = found.names;
       for (const std::string& name : files) {
         taken.add(joinPath(fieldText(units->fs.dir.path), name));
       }

@@ -49,12 +49,12 @@ bool SegyInput::takeBinary(std::span<const char> header) {
 
 // ---- disk -------------------------------------------------------------------------------------------------------
 
-std::vector<std::string> listSegyFiles(const DIRECTORY& directory, const std::string& outputPath) {
-  std::vector<std::string> names = listFiles(directory, "*.sgy");
-  std::erase_if(names, [&](const std::string& name) {
+DirectoryFiles listSegyFiles(const DIRECTORY& directory, const std::string& outputPath) {
+  DirectoryFiles found = listFiles(directory, "*.sgy");
+  std::erase_if(found.names, [&](const std::string& name) {
     return sameFile(joinPath(fieldText(directory.path), name).c_str(), outputPath.c_str());
   });
-  return names;
+  return found;
 }
 
 SegyDiskInput::SegyDiskInput(UnitStruct* allUnits, std::vector<std::string> files)

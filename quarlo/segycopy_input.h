@@ -61,8 +61,8 @@ class SegyInput {
   int begun = 0;
 };
 
-/// The names of the directory's "*.sgy" files in listing order, without the file that is being written.
-std::vector<std::string> listSegyFiles(const DIRECTORY& directory, const std::string& outputPath);
+/// The directory's "*.sgy" files, without the one that is being written.
+DirectoryFiles listSegyFiles(const DIRECTORY& directory, const std::string& outputPath);
 
 class SegyDiskInput : public SegyInput {
  public:

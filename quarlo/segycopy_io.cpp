@@ -57,19 +57,32 @@ bool FileSet::holds(const std::string& path) const {
   return node && nodes.contains(*node);
 }
 
-std::vector<std::string> listFiles(const DIRECTORY& directory, const char* pattern) {
-  std::vector<std::string> names;
+void DirectoryFiles::nameOthers(void (*tell)(const char* line)) const {
+  for (const std::string& name : others) {
+    tell(formatText("  ** %s is no regular file and is not copied.", name.c_str()).c_str());
+  }
+}
+
+DirectoryFiles listFiles(const DIRECTORY& directory, const char* pattern) {
+  DirectoryFiles found;
   const DirectoryVisit visit(directory);
   if (!visit.isThere()) {
-    return names;
+    return found;
   }
-  const std::unique_ptr<xvt_string_list, decltype(&xvt_slist_destroy)> list(xvt_fsys_list_files(pattern, false),
-                                                                            xvt_slist_destroy);
-  for (SLIST_ELT element = list ? xvt_slist_get_first(list.get()) : nullptr; element != nullptr;
-       element = xvt_slist_get_next(list.get(), element)) {
-    names.emplace_back(xvt_slist_get_text(list.get(), element));
+  for (const bool directories : {false, true}) {
+    const std::unique_ptr<xvt_string_list, decltype(&xvt_slist_destroy)> list(xvt_fsys_list_files(pattern, directories),
+                                                                              xvt_slist_destroy);
+    for (SLIST_ELT element = list ? xvt_slist_get_first(list.get()) : nullptr; element != nullptr;
+         element = xvt_slist_get_next(list.get(), element)) {
+      const std::string name = xvt_slist_get_text(list.get(), element);
+      struct stat facts {};
+      const bool isOther = stat(name.c_str(), &facts) == 0 && !S_ISREG(facts.st_mode);
+      if (name != "..") {
+        (isOther ? found.others : found.names).push_back(name);
+      }
+    }
   }
-  return names;
+  return found;
 }
 
 // ---- reading ----------------------------------------------------------------------------------------------------

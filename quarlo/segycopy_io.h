@@ -47,8 +47,16 @@ class DirectoryVisit {
   bool there = false;
 };
 
-/// The names of the directory's files that match a shell pattern, in listing order.
-std::vector<std::string> listFiles(const DIRECTORY& directory, const char* pattern);
+/// What stands in a directory under names that match a pattern, in listing order. Links count as what they lead to.
+struct DirectoryFiles {
+  std::vector<std::string> names;   ///< regular files; also what is not to be seen, for opening it says why
+  std::vector<std::string> others;  ///< directories, pipes, devices
+
+  /// A line for each of the others.
+  void nameOthers(void (*tell)(const char* line)) const;
+};
+/// @param pattern of the shell
+DirectoryFiles listFiles(const DIRECTORY& directory, const char* pattern);
 
 /// Reads a file in large pieces and hands its bytes out where they lie.
 class PieceReader {

@@ -3,6 +3,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <string_view>
 
 #include "libkyr/files.h"
 #include "libkyr/text.h"
@@ -27,6 +28,10 @@ bool isSameFile(const FILE_SPEC& one, const FILE_SPEC& other) {
 bool openDiskUnit(UnitStruct* unit, const FILE_SPEC& file, const char* mode) {
   FileHandle stream = openFile(pathOf(file).c_str(), mode);
   if (!stream) {
+    return false;
+  }
+  if (std::string_view(mode) == "rb" && !fileSize(stream.get())) {
+    errno = EINVAL;
     return false;
   }
   unit->fp = stream.get();

@@ -13,7 +13,7 @@ std::string pathOf(const FILE_SPEC& file);
 bool isSameFile(const FILE_SPEC& one, const FILE_SPEC& other);
 
 /// Opens `file` as this unit: fp, fs, name, type, state and, as block limit, the tape buffer's size. The unit must be
-/// closed.
+/// closed. What is only read has to be a regular file: a pipe or a device has no size and no places.
 /// @return false with errno when the file could not be opened; the unit is then unchanged
 bool openDiskUnit(UnitStruct* unit, const FILE_SPEC& file, const char* mode);
 

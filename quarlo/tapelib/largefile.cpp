@@ -6,6 +6,8 @@
 #include <cmath>
 #include <new>
 
+#include "libkyr/files.h"
+
 namespace {
 
 /// Bytes in the stream's own buffer: more brings nothing, less costs system calls.
@@ -36,7 +38,7 @@ bool LargeFile::usable() {
 bool LargeFile::Open(const char* name, const char* mode) {
   if (IsValid()) Close();
   dead_ = false;
-  TheFile = name != nullptr && mode != nullptr ? std::fopen(name, mode) : nullptr;
+  TheFile = name != nullptr && mode != nullptr ? openStream(name, mode) : nullptr;
   if (TheFile == nullptr) return fail(name != nullptr && mode != nullptr ? errno : EINVAL);
   Errno = 0;
   if (!streamBuffer_) streamBuffer_.reset(new (std::nothrow) char[kStreamBuffer]);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <csignal>
 
@@ -348,8 +349,11 @@ TEST_F(SegdDiskTest, WithoutInputsTheJobFails) {
   put("a.segd", fileOf(1));
   openInputFile("in/a.segd");
   std::filesystem::remove("in/a.segd");
+  ASSERT_EQ(mkfifo("in/a.segd", 0600), 0);
   openOutputDirectory();
   EXPECT_EQ(run(), -1);
+  EXPECT_TRUE(consoleHas("  ** a.segd is no regular file and is not copied."));
+  std::filesystem::remove("in/a.segd");
   EXPECT_TRUE(consoleHas("  *** No valid files found in directory."));
   put("a.s*", fileOf(1));  // an extension is no pattern
   put("a.segd", fileOf(2));

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <csignal>
 
@@ -348,7 +349,23 @@ TEST_F(SegyManyTest, AnOutputThatWasThereBeforeIsAnInputAndStays) {
   }
 }
 
+/// A pipe that nobody writes to would hold whoever opens it.
+void makePipe(const std::string& path) { ASSERT_EQ(mkfifo(path.c_str(), 0600), 0); }
+
 TEST_F(SegyManyTest, NothingToCopyOrAFileThatCannotBeOpened) {
+  makePipe(folder.path("pipe"));
+  std::filesystem::create_symlink("../pipe", folder.path("in/a0.sgy"));
+  std::filesystem::create_symlink("/dev/null", folder.path("in/dev.sgy"));
+  std::filesystem::create_directory(folder.path("in/old.sgy"));
+  openOutputFile("line.sgy");
+  EXPECT_FALSE(openDiskUnit(&units[0], specOf("pipe"), "rb"));
+  units[0].type = UT_DISK;
+  units[0].fs = specOf("in/a.sgy");
+  EXPECT_EQ(run(), JOB_OK);
+  EXPECT_TRUE(consoleHas("3 segy files processed."));
+  for (const char* name : {"a0.sgy", "dev.sgy", "old.sgy"}) {
+    EXPECT_EQ(count("  ** " + std::string(name) + " is no regular file and is not copied."), 1);
+  }
   std::filesystem::remove(folder.path("in/b.sgy"));
   std::filesystem::create_symlink("nowhere", folder.path("in/b.sgy"));
   EXPECT_EQ(copyFile("in/a.sgy"), JOB_FAILED);

@@ -66,8 +66,10 @@ bool readSetting(const fs::path& folder, const std::string& key, const std::stri
 }  // namespace
 
 bool readDriveFile(const std::string& path, DriveDescription& drive, std::string& problem) {
-  std::ifstream in(path);
-  if (!in) {
+  std::error_code unseen;
+  std::ifstream in;
+  if (fs::is_regular_file(path, unseen)) in.open(path);  // the opening of a pipe waits for its other side
+  if (!in.is_open()) {
     problem = "cannot be read";
     return false;
   }
