@@ -10,6 +10,7 @@
 #include <iterator>
 #include <string_view>
 
+#include "libkyr/output.h"
 #include "quarlo/task_win.h"
 #include "resources/dialogs.h"
 #include "resources/ids.h"
@@ -53,7 +54,7 @@ int refuse(const char* what, const char* argument) {
 
 int show(const char* text) {
   std::puts(text);
-  return EXIT_SUCCESS;
+  return endOfOutput("quarlo", EXIT_SUCCESS, EXIT_FAILURE);
 }
 
 /// Does the arguments' work so far as it is not the toolkit's. @return -1 to go on, else the exit status
@@ -96,5 +97,5 @@ int main(int argc, char** argv) {
                                  .base_appl_name = "quarlo",
                                  .appl_name = "Document Title",
                                  .taskwin_title = "Kyr Quarlo"};
-  return xvt_app_create(argc, argv, 0, task_eh, &xvt_config);
+  return endOfOutput("quarlo", xvt_app_create(argc, argv, 0, task_eh, &xvt_config), EXIT_FAILURE);
 }

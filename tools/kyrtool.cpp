@@ -15,6 +15,7 @@
 #include "libkyr/byteorder.h"
 #include "libkyr/datasets.h"
 #include "libkyr/files.h"
+#include "libkyr/output.h"
 #include "libkyr/text.h"
 #include "tools/kyrtext.h"
 
@@ -304,13 +305,10 @@ constexpr Verb verbs[] = {
     {"revive", 3, 3, revive},   {"property", 2, many, property},
 };
 
-/// Runs a verb to its end: what it shows has to arrive, and want of memory is a line as any other failure.
+/// Runs a verb to its end: want of memory is a line as any other failure.
 int run(const Verb& verb, const Arguments& arguments) {
   try {
-    const int result = verb.run(arguments);
-    std::cout.flush();
-    const bool arrived = std::cout && std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
-    return arrived ? result : complain("standard output: cannot be written");
+    return verb.run(arguments);
   } catch (const std::bad_alloc&) {
     return complain(arguments[0] + ": not enough memory");
   } catch (const std::exception& error) {
@@ -328,7 +326,7 @@ int main(int argc, char** argv) {
   for (const Verb& verb : verbs)
     if (name == verb.name && arguments.size() >= verb.fewest && arguments.size() <= verb.most) {
       errno = 0;
-      return run(verb, arguments);
+      return endOfOutput("kyrtool", run(verb, arguments), failure);
     }
   std::fputs(usage, stderr);
   return failure;

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "libkyr/output.h"
 #include "quarlo/tapelib/driver/drive_file.h"
 #include "quarlo/tapelib/driver/tap_file.h"
 
@@ -366,5 +367,5 @@ int run(const std::string& verb, const std::vector<std::string>& arguments) {
 int main(int argc, char** argv) {
   std::signal(SIGXFSZ, SIG_IGN);  // an error of the write then
   const std::vector<std::string> arguments(argv + std::min(argc, 2), argv + argc);
-  return run(argc > 1 ? argv[1] : "", arguments);
+  return endOfOutput("tapetool", run(argc > 1 ? argv[1] : "", arguments), 2);
 }

@@ -25,10 +25,6 @@ double secondsFrom(Player::Clock::time_point begin) {
   return std::chrono::duration<double>(Player::Clock::now() - begin).count();
 }
 
-std::string withErrorBox(const std::string& reason, const std::optional<std::string>& error) {
-  return error ? reason + "; an error box came up: \"" + *error + "\"" : reason;
-}
-
 bool isWait(Verb verb) { return verb >= Verb::waitWindow && verb <= Verb::waitLine; }
 
 bool isExpectation(Verb verb) { return verb >= Verb::expectText && verb <= Verb::expectFile; }
@@ -40,8 +36,8 @@ Player::Player(std::string path, std::vector<Statement> statements)
 
 void Player::tick() {
   if (state_ != State::running || xvt_app_is_ending() || !xvt_vobj_is_valid(TASK_WIN)) return;
-  answerFileBox();
-  if (state_ != State::running || xvt_app_is_ending()) return;
+  // The statement that opened an answered box goes on first: the box's own loop is not left yet.
+  if (answerFileBox()) return;
   if (next_ < statements_.size())
     attempt();
   else
@@ -62,14 +58,14 @@ void Player::attempt() {
 void Player::judge(std::size_t at, const Outcome& outcome) {
   if (outcome.kind == Outcome::done || state_ != State::running || xvt_app_is_ending()) return;
   const Statement& statement = statements_[at];
-  const std::optional<std::string> error = names(statement, "error-box") ? std::nullopt : errorBoxText();
+  const bool error = probe::window("error-box") != NULL_WIN && !names(statement, "error-box");
   const bool disturbed = error && (isWait(statement.verb) || isExpectation(statement.verb));
   const bool patient = secondsFrom(since_) < limitOf(statement);
   if (outcome.kind == Outcome::notYet && next_ == at + 1 && begun_ == at && patient && !disturbed) {
     next_ = at;
     return;
   }
-  fail(statement.line, withErrorBox(outcome.reason, error));
+  fail(statement.line, outcome.reason);
 }
 
 double Player::limitOf(const Statement& statement) const {
@@ -86,25 +82,22 @@ void Player::afterEnd() {
     return;
   }
   const int line = statements_.empty() ? 1 : statements_.back().line;
-  if (!quitAt_) {
-    if (begun_ != next_) {
-      begun_ = next_;
-      since_ = Clock::now();
-    }
-    const Outcome outcome = quit();
-    if (outcome.kind == Outcome::notYet && secondsSinceBegin() > patience_)
-      fail(line, withErrorBox("the program cannot be ended: " + outcome.reason, errorBoxText()));
-  } else if (secondsFrom(*quitAt_) > SECONDS_TO_END) {
-    fail(line, "the program did not end");
+  if (quitAt_) {
+    if (secondsFrom(*quitAt_) > SECONDS_TO_END) fail(line, "the program did not end");
+  } else if (probe::window("error-box") != NULL_WIN) {
+    fail(line, "the script ends with an error");
+  } else {
+    quitAt_ = Clock::now();
+    if (const probe::Refusal why = probe::endSession()) fail(line, "the program cannot be ended: " + *why);
   }
 }
 
 Outcome Player::quit() {
   const auto before = std::exchange(quitAt_, Clock::now());
-  std::string why;
-  if (probe::close(TASK_WIN, &why)) return {};
+  const probe::Refusal why = probe::close(TASK_WIN);
+  if (!why) return {};
   quitAt_ = before;
-  return {Outcome::notYet, why};
+  return {Outcome::notYet, *why};
 }
 
 void Player::say(int line, const std::string& text) const {
@@ -114,10 +107,10 @@ void Player::say(int line, const std::string& text) const {
 
 void Player::fail(int line, const std::string& reason) {
   if (std::exchange(state_, State::failed) == State::failed) return;
-  say(line, reason);
+  say(line, reason + inputKeeper());
   const char* shot = std::getenv("QUARLO_SCRIPT_SHOT");
-  std::string why;
-  if (shot != nullptr && *shot != '\0' && !probe::screenshot(NULL_WIN, shot, &why)) say(line, "no screenshot: " + why);
+  if (shot != nullptr && *shot != '\0')
+    if (const probe::Refusal why = probe::screenshot(NULL_WIN, scriptPath(shot))) say(line, "no screenshot: " + *why);
   probe::setTick(nullptr);
   xvt_app_destroy();
 }
@@ -130,23 +123,24 @@ int Player::status() {
 }
 
 /// Gives the answer that stands first to a file or directory box that has just opened.
-void Player::answerFileBox() {
-  if (answers_.empty()) return;
+bool Player::answerFileBox() {
+  if (answers_.empty()) return false;
   WINDOW box = probe::window("file-box");
   if (box == NULL_WIN) box = probe::window("dir-box");
-  if (box == NULL_WIN || box == answeredBox_) return;
+  if (box == NULL_WIN || box == answeredBox_) return false;
   answeredBox_ = box;
   const FileAnswer answer = std::move(answers_.front());
   answers_.pop_front();
-  std::string why;
-  const bool typed = !answer.path || probe::type(probe::control(box, "name"), *answer.path, &why);
-  const bool pressed = typed && probe::press(probe::control(box, answer.path ? "ok" : "cancel"), &why);
+  probe::Refusal why;
+  if (answer.path) why = probe::type(probe::control(box, "name"), *answer.path);
+  if (!why) why = probe::press(probe::control(box, answer.path ? "ok" : "cancel"));
   const bool stillOpen = state_ == State::running && xvt_vobj_is_valid(box) && !xvt_app_is_ending();
-  if (!stillOpen) return;
+  if (!stillOpen) return true;
   const WINDOW hint = probe::control(box, "hint");
-  if (pressed && hint != NULL_WIN) why = shownText(hint);
-  if (!pressed || !why.empty())
-    fail(answer.line, "the file box did not take \"" + answer.path.value_or("Cancel") + "\": " + why);
+  const std::string words = why ? *why : hint != NULL_WIN ? shownText(hint) : "";
+  if (!words.empty())
+    fail(answer.line, "the file box did not take \"" + answer.path.value_or("Cancel") + "\": " + words);
+  return true;
 }
 
 void Player::mark(const std::string& window) {

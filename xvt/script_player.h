@@ -57,9 +57,10 @@ class Player {
   void attempt();
   void afterEnd();
   void judge(std::size_t at, const Outcome& outcome);
-  void answerFileBox();
+  /// @return true when a box was there to answer
+  bool answerFileBox();
   void say(int line, const std::string& text) const;
-  /// Ends the script and the program.
+  /// Ends the script and the program. What keeps input is named beside the reason.
   void fail(int line, const std::string& reason);
   [[nodiscard]] double limitOf(const Statement& statement) const;
 
@@ -86,7 +87,10 @@ bool names(const Statement& statement, const std::string& window);
 /// What a control shows, as one text: its label or contents, the selected rows of a list, a meter's number.
 std::string shownText(WINDOW control);
 
-/// The text of the error box that is open, if one is.
-std::optional<std::string> errorBoxText();
+/// The dialog or box that keeps input from all others, as a failure names it, behind "; "; empty when there is none.
+std::string inputKeeper();
+
+/// A path of the script or of the environment: relative ones begin where the program was started.
+std::string scriptPath(const std::string& path);
 
 }  // namespace xvt::script

@@ -25,13 +25,6 @@ Outcome unless(bool fulfilled, const std::string& reason) { return fulfilled ? O
 
 std::string quoted(const std::string& text) { return "\"" + text + "\""; }
 
-/// A path of the script: relative ones begin where the program was started.
-std::string scriptPath(const std::string& path) {
-  DIRECTORY startup{};
-  xvt_fsys_get_dir_startup(&startup);
-  return joinPath(startup.path, path);
-}
-
 /// The window or control that a statement names, or why there is none.
 struct Target {
   WINDOW handle = NULL_WIN;
@@ -73,75 +66,70 @@ std::string flat(std::string text) {
 
 bool isLike(const std::string& glob, const std::string& text) { return fnmatch(glob.c_str(), text.c_str(), 0) == 0; }
 
-int findRow(WINDOW list, const std::string& text) {
+/// The rows of a list that a text means: the first that is exactly this text, else all that are like it as a glob.
+std::vector<int> findRows(WINDOW list, const std::string& text) {
+  std::vector<int> like;
   const int count = xvt_list_count(list);
-  for (int row = 0; row < count; ++row)
-    if (rowText(list, row) == text) return row;
-  return -1;
+  for (int row = 0; row < count; ++row) {
+    const std::string found = rowText(list, row);
+    if (found == text) return {row};
+    if (isLike(text, found)) like.push_back(row);
+  }
+  return like;
 }
 
 // ---- actions ----------------------------------------------------------------------------------------------------
 
-Outcome press(Player&, const Statement& s) {
-  const Target control = findControl(s.text(0));
-  std::string why = control.missing;
-  return unless(control.handle != NULL_WIN && probe::press(control.handle, &why), "press " + s.text(0) + ": " + why);
+/// What became of an action on a target: its reason comes from whoever refused it.
+template <typename Action>
+Outcome act(const std::string& what, const Target& target, Action action) {
+  const probe::Refusal why = target.handle != NULL_WIN ? action(target.handle) : target.missing;
+  return why ? notYet(what + ": " + *why) : Outcome{};
 }
+
+Outcome press(Player&, const Statement& s) { return act("press " + s.text(0), findControl(s.text(0)), probe::press); }
 
 Outcome type(Player&, const Statement& s) {
-  const Target control = findControl(s.text(0));
-  std::string why = control.missing;
-  return unless(control.handle != NULL_WIN && probe::type(control.handle, s.text(1), &why),
-                "type " + s.text(0) + ": " + why);
+  return act("type " + s.text(0), findControl(s.text(0)), [&](WINDOW edit) { return probe::type(edit, s.text(1)); });
 }
 
-/// The list and the row that a statement means.
-struct RowTarget {
-  WINDOW list = NULL_WIN;
-  int row = -1;
-  std::string missing;
-};
-
-RowTarget findRowTarget(const Statement& s) {
-  const Target list = findControl(s.text(0));
-  if (list.handle == NULL_WIN) return {NULL_WIN, -1, list.missing};
-  if (!isList(list.handle)) return {NULL_WIN, -1, s.text(0) + " is not a list"};
+/// The row that a statement means, or -1 and why there is none. Among several rows nothing is chosen by chance.
+int findRow(WINDOW list, const Statement& s, std::string* missing) {
   const bool byText = s.arguments[1].quoted;
-  const int row = byText ? findRow(list.handle, s.text(1)) : static_cast<int>(std::min(s.number(1), 1e9));
-  if (row >= 0 && row < xvt_list_count(list.handle)) return {list.handle, row, ""};
-  return {NULL_WIN, -1, s.text(0) + " has no row " + (byText ? quoted(s.text(1)) : s.text(1))};
+  const std::vector<int> rows =
+      byText ? findRows(list, s.text(1)) : std::vector<int>{static_cast<int>(std::min(s.number(1), 1e9))};
+  if (rows.size() == 1 && rows[0] < xvt_list_count(list)) return rows[0];
+  const std::string wanted = byText ? quoted(s.text(1)) : s.text(1);
+  *missing = rows.size() > 1 ? std::to_string(rows.size()) + " rows are like " + wanted : "it has no row " + wanted;
+  return -1;
+}
+
+/// Does something with the row that a statement means.
+template <typename Action>
+Outcome actOnRow(const std::string& verb, const Statement& s, Action action) {
+  return act(verb + " " + s.text(0), findControl(s.text(0)), [&](WINDOW list) -> probe::Refusal {
+    std::string missing = "it is not a list";
+    const int row = isList(list) ? findRow(list, s, &missing) : -1;
+    return row >= 0 ? action(list, row) : missing;
+  });
 }
 
 Outcome select(Player&, const Statement& s) {
-  const RowTarget target = findRowTarget(s);
-  std::string why = target.missing;
-  return unless(target.list != NULL_WIN && probe::select(target.list, target.row, s.has(2), &why), "select: " + why);
+  return actOnRow("select", s, [&](WINDOW list, int row) { return probe::select(list, row, s.has(2)); });
 }
 
-Outcome doubleClick(Player&, const Statement& s) {
-  const RowTarget target = findRowTarget(s);
-  std::string why = target.missing;
-  return unless(target.list != NULL_WIN && probe::doubleClick(target.list, target.row, &why), "doubleclick: " + why);
-}
+Outcome doubleClick(Player&, const Statement& s) { return actOnRow("doubleclick", s, probe::doubleClick); }
 
 Outcome menu(Player&, const Statement& s) {
   const int command = probe::menuCommand(s.text(0));
   if (command == 0) return failed("there is no menu item " + quoted(s.text(0)));
-  std::string why;
-  return unless(probe::menu(command, &why), "menu " + s.text(0) + ": " + why);
+  return act("menu " + s.text(0), {TASK_WIN, ""}, [&](WINDOW) { return probe::menu(command); });
 }
 
-Outcome close(Player&, const Statement& s) {
-  const Target window = findWindow(s.text(0));
-  std::string why = window.missing;
-  return unless(window.handle != NULL_WIN && probe::close(window.handle, &why), "close " + s.text(0) + ": " + why);
-}
+Outcome close(Player&, const Statement& s) { return act("close " + s.text(0), findWindow(s.text(0)), probe::close); }
 
 Outcome key(Player&, const Statement& s) {
-  const Target window = findWindow(s.text(0));
-  std::string why = window.missing;
-  return unless(window.handle != NULL_WIN && probe::key(window.handle, s.text(1), &why),
-                "key " + s.text(1) + ": " + why);
+  return act("key " + s.text(1), findWindow(s.text(0)), [&](WINDOW window) { return probe::key(window, s.text(1)); });
 }
 
 Outcome answerFile(Player& player, const Statement& s) {
@@ -179,10 +167,8 @@ Outcome print(Player&, const Statement& s) {
 
 Outcome screenshot(Player&, const Statement& s) {
   const bool whole = s.text(0) == "screen";
-  const Target window = whole ? Target{} : findWindow(s.text(0));
-  if (!whole && window.handle == NULL_WIN) return notYet(window.missing);
-  std::string why;
-  return unless(probe::screenshot(window.handle, scriptPath(s.text(1)), &why), "screenshot: " + why);
+  return act("screenshot", whole ? Target{TASK_WIN, ""} : findWindow(s.text(0)),
+             [&](WINDOW window) { return probe::screenshot(whole ? NULL_WIN : window, scriptPath(s.text(1))); });
 }
 
 /// Runs a shell command where the program was started.
@@ -202,11 +188,12 @@ Outcome copyLines(Player&, const Statement& s) {
   if (window.handle == NULL_WIN) return notYet(window.missing);
   const TXEDIT text = probe::textField(window.handle);
   if (text == NULL_TXEDIT) return failed("window " + quoted(s.text(0)) + " has no lines");
-  std::ofstream file(scriptPath(s.text(1)), std::ios::binary);
+  const std::string path = scriptPath(s.text(1));
+  std::ofstream file(path, std::ios::binary);
   const T_LNUM count = xvt_tx_get_num_pars(text);
   for (T_LNUM line = 0; line < count; ++line) file << xvt_tx_get_par(text, line, nullptr) << '\n';
   file.close();
-  return file ? Outcome{} : failed("cannot write " + s.text(1));
+  return file ? Outcome{} : failed("cannot write " + path);
 }
 
 Outcome quit(Player& player, const Statement&) {
@@ -281,13 +268,13 @@ Outcome onList(const Statement& s, Outcome (*look)(WINDOW, const Statement&)) {
 
 Outcome row(Player&, const Statement& s) {
   return onList(s, [](WINDOW list, const Statement& is) {
-    return unless(findRow(list, is.text(1)) >= 0, is.text(0) + " has no row " + quoted(is.text(1)));
+    return unless(!findRows(list, is.text(1)).empty(), is.text(0) + " has no row " + quoted(is.text(1)));
   });
 }
 
 Outcome noRow(Player&, const Statement& s) {
   return onList(s, [](WINDOW list, const Statement& is) {
-    return unless(findRow(list, is.text(1)) < 0, is.text(0) + " has a row " + quoted(is.text(1)));
+    return unless(findRows(list, is.text(1)).empty(), is.text(0) + " has a row " + quoted(is.text(1)));
   });
 }
 
@@ -345,13 +332,14 @@ Outcome noLine(Player&, const Statement& s) {
 }
 
 Outcome file(Player&, const Statement& s) {
+  const std::string path = scriptPath(s.text(0));
   struct stat facts {};
-  const bool exists = stat(scriptPath(s.text(0)).c_str(), &facts) == 0;
-  if (s.text(1) == "absent") return unless(!exists, s.text(0) + " exists");
-  if (!exists) return notYet("there is no file " + s.text(0));
+  const bool exists = stat(path.c_str(), &facts) == 0;
+  if (s.text(1) == "absent") return unless(!exists, path + " exists");
+  if (!exists) return notYet("there is no file " + path);
   if (s.text(1) == "exists") return {};
   return unless(facts.st_size == static_cast<off_t>(s.number(2)),
-                s.text(0) + " has " + std::to_string(facts.st_size) + " bytes, not " + s.text(2));
+                path + " has " + std::to_string(facts.st_size) + " bytes, not " + s.text(2));
 }
 
 // ---- the windows, for those who write scripts -------------------------------------------------------------------
@@ -486,11 +474,20 @@ std::string shownText(WINDOW control) {
   return text;
 }
 
-std::optional<std::string> errorBoxText() {
-  const WINDOW box = probe::window("error-box");
-  const WINDOW text = box != NULL_WIN ? probe::control(box, "text") : NULL_WIN;
-  if (text == NULL_WIN) return std::nullopt;
-  return flat(titleOf(text));
+std::string inputKeeper() {
+  const WINDOW keeper = probe::inputKeeper();
+  if (keeper == NULL_WIN) return "";
+  const WINDOW text = probe::control(keeper, "text");
+  const WINDOW hint = probe::control(keeper, "hint");
+  std::string words = flat(titleOf(text != NULL_WIN ? text : keeper));
+  if (hint != NULL_WIN && !shownText(hint).empty()) words += ": " + flat(shownText(hint));
+  return "; " + probe::nameOf(keeper) + " keeps input: " + quoted(words);
+}
+
+std::string scriptPath(const std::string& path) {
+  DIRECTORY startup{};
+  xvt_fsys_get_dir_startup(&startup);
+  return joinPath(startup.path, path);
 }
 
 }  // namespace xvt::script

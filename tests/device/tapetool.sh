@@ -31,4 +31,6 @@ head -c 100 tapes/s.tap > tapes/cut.tap
 fails "$tool" list tapes/cut.tap
 says "damaged at byte 0" err
 fails "$tool" sample tapes/s.tap
+if "$tool" list tapes/s.tap > /dev/full 2> err; then echo "a full device is no failure"; exit 1; fi
+says "tapetool: standard output: No space left on device" err
 fails "$tool"

@@ -119,7 +119,7 @@ for verb in info check; do
   status=0
   "$tool" $verb b.kyr > /dev/full 2> err || status=$?
   [ $status = 2 ]
-  hints "standard output: cannot be written"
+  hints "standard output: No space left on device"
 done
 "$tool" make wide.kyr - <<< $'type radar\nrecords 1\ntraces-per-record 1\nsamples 200000000'
 if (ulimit -v 400000; "$tool" info wide.kyr > out 2>&1); then

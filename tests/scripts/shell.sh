@@ -15,7 +15,9 @@ mark='\000\000\000\000'
 printf "$block$block$block$mark$block$mark$mark" >"$dir/drives/first.tap"
 printf 'vendor = ACME\nmodel = REEL 100\nid = 4\ncartridge = first.tap\n' >"$dir/drives/first.drive"
 printf 'vendor = ACME\nmodel = REEL 200 with a name that is rather long\nid = 5\n' >"$dir/drives/second.drive"
-export QUARLO_VIRTUAL_DRIVES="$dir/drives"
+# A relative path begins where the program is started, not in KYRHOME.
+cd "$dir"
+export QUARLO_VIRTUAL_DRIVES=drives
 
 cat >"$dir/script" <<'SCRIPT'
 wait window main 10
@@ -61,6 +63,7 @@ screenshot tape-control "$SHOTS/tape-control-empty.png"
 press tape-control.select-drive
 wait window input-drive 5
 expect rows input-drive.drives 2
+expect row input-drive.drives "  0:4   ACME REEL 100"
 expect disabled input-drive.wait
 screenshot input-drive "$SHOTS/input-drive.png"
 press input-drive.unload-at-end
@@ -71,7 +74,7 @@ expect text input-drive.wait 9
 screenshot input-drive "$SHOTS/input-drive-all.png"
 press input-drive.auto-load
 press input-drive.override-model
-select input-drive.drives 0
+select input-drive.drives "*0:4 *REEL 100*"
 press input-drive.ok
 wait no-window input-drive 5
 expect text tape-control.drive "ACME REEL 100"
@@ -137,5 +140,14 @@ for wrong in --no-such-option stray -display; do
   status=0
   "$program" "$wrong" 2>"$dir/error" || status=$?
   [ "$status" = 2 ] && [ "$(wc -l <"$dir/error")" = 1 ] || { echo "$wrong: status $status"; exit 1; }
+done
+
+# What cannot be printed is a failure.
+echo 'print "half way"' >"$dir/prints"
+for shown in --version --help "--script $dir/prints"; do
+  status=0
+  # shellcheck disable=SC2086
+  "$program" $shown >/dev/full 2>"$dir/error" || status=$?
+  [ "$status" = 1 ] && grep -qx "quarlo: standard output: .*" "$dir/error" || { echo "$shown: status $status"; exit 1; }
 done
 echo "shell: all as expected"

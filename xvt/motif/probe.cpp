@@ -19,61 +19,49 @@ namespace xvt::probe {
 
 namespace {
 
-bool refuse(std::string* why, const std::string& reason) {
-  if (why != nullptr) *why = reason;
-  return false;
-}
-
 std::string nameOf(const Item& item) {
   return item.line().name != nullptr ? item.line().name : std::to_string(item.line().id);
 }
 
 /// The window if the user could reach it now.
-std::shared_ptr<ShellWindow> reachable(WINDOW handle, std::string* why) {
+std::shared_ptr<ShellWindow> reachable(WINDOW handle, Refusal* why) {
   auto window = Registry::instance().find<ShellWindow>(handle);
-  if (!window || window->isDying()) {
-    refuse(why, "the window is not open");
-    return nullptr;
-  }
-  if (!window->isVisible()) {
-    refuse(why, "the window \"" + window->name() + "\" is hidden");
-    return nullptr;
-  }
-  const auto blocker = app().blockerOf(*window);
-  if (!blocker) return window;
-  refuse(why, "\"" + window->name() + "\" is kept from input by \"" + blocker->name() + "\"");
-  return nullptr;
+  const auto blocker = window ? app().blockerOf(*window) : nullptr;
+  if (!window || window->isDying())
+    *why = "the window is not open";
+  else if (!window->isVisible())
+    *why = "the window \"" + window->name() + "\" is hidden";
+  else if (blocker)
+    *why = "\"" + window->name() + "\" is kept from input by \"" + blocker->name() + "\"";
+  return *why ? nullptr : window;
 }
 
 /// The control if the user could use it now.
-std::shared_ptr<Item> usable(WINDOW handle, std::string* why) {
+std::shared_ptr<Item> usable(WINDOW handle, Refusal* why) {
   auto item = Registry::instance().find<Item>(handle);
-  if (!item) {
-    refuse(why, "there is no such control");
+  if (!item)
+    *why = "there is no such control";
+  else if (!reachable(item->dialog().handle(), why))
     return nullptr;
-  }
-  if (!reachable(item->dialog().handle(), why)) return nullptr;
-  if (!item->isVisible()) {
-    refuse(why, "\"" + nameOf(*item) + "\" is hidden");
-    return nullptr;
-  }
-  if (XtIsSensitive(item->widget()) != False) return item;
-  refuse(why, "\"" + nameOf(*item) + "\" is disabled");
-  return nullptr;
+  else if (!item->isVisible())
+    *why = "\"" + nameOf(*item) + "\" is hidden";
+  else if (XtIsSensitive(item->widget()) == False)
+    *why = "\"" + nameOf(*item) + "\" is disabled";
+  return *why ? nullptr : item;
 }
 
-std::shared_ptr<Item> usableList(WINDOW handle, int row, std::string* why) {
+std::shared_ptr<Item> usableList(WINDOW handle, int row, Refusal* why) {
   auto item = usable(handle, why);
   if (!item) return nullptr;
   const ITEM_KIND kind = item->kind();
-  if (kind != IK_LIST && kind != IK_MULTI && kind != IK_OPTION) {
-    refuse(why, "\"" + nameOf(*item) + "\" is not a list");
-    return nullptr;
-  }
-  if (row >= 0 && row < item->rowCount()) return item;
-  refuse(why, "\"" + nameOf(*item) + "\" has no row " + std::to_string(row));
-  return nullptr;
+  if (kind != IK_LIST && kind != IK_MULTI && kind != IK_OPTION)
+    *why = "\"" + nameOf(*item) + "\" is not a list";
+  else if (row < 0 || row >= item->rowCount())
+    *why = "\"" + nameOf(*item) + "\" has no row " + std::to_string(row);
+  return *why ? nullptr : item;
 }
+
+Refusal unless(bool done, const std::string& reason) { return done ? std::nullopt : Refusal(reason); }
 
 /// Presses and releases a key as if it came from the keyboard.
 void sendKey(Widget focus, KeySym key, unsigned modifiers) {
@@ -107,6 +95,11 @@ WINDOW window(const std::string& name) {
   const auto found = std::find_if(windows.rbegin(), windows.rend(),
                                   [&](const auto& one) { return !one->isDying() && one->name() == name; });
   return found == windows.rend() ? NULL_WIN : (*found)->handle();
+}
+
+std::string nameOf(WINDOW window) {
+  const auto found = Registry::instance().find<ShellWindow>(window);
+  return found ? found->name() : "";
 }
 
 std::vector<std::string> openWindows() {
@@ -153,69 +146,91 @@ int menuCommand(const std::string& name) {
   return 0;
 }
 
-bool press(WINDOW control, std::string* why) {
-  const auto item = usable(control, why);
-  if (!item) return false;
+WINDOW inputKeeper() {
+  if (appIfRunning() == nullptr) return NULL_WIN;
+  const auto& windows = app().windows();
+  const auto found = std::find_if(windows.rbegin(), windows.rend(), [](const auto& one) {
+    return one->isModal() && one->isVisible() && !one->isDying();
+  });
+  return found == windows.rend() ? NULL_WIN : (*found)->handle();
+}
+
+Refusal press(WINDOW control) {
+  Refusal why;
+  const auto item = usable(control, &why);
+  if (!item) return why;
   if (item->kind() != IK_PUSH && item->kind() != IK_CHECK && item->kind() != IK_RADIO)
-    return refuse(why, "\"" + nameOf(*item) + "\" cannot be pressed");
+    return "\"" + nameOf(*item) + "\" cannot be pressed";
   item->takeFocus();
-  return item->activate() || refuse(why, "\"" + nameOf(*item) + "\" did not take the press");
+  return unless(item->activate(), "\"" + nameOf(*item) + "\" did not take the press");
 }
 
-bool type(WINDOW edit, const std::string& text, std::string* why) {
-  const auto item = usable(edit, why);
-  if (!item) return false;
+Refusal type(WINDOW edit, const std::string& text) {
+  Refusal why;
+  const auto item = usable(edit, &why);
+  if (!item) return why;
   const auto field = std::dynamic_pointer_cast<EditItem>(item);
-  if (!field) return refuse(why, "\"" + nameOf(*item) + "\" is not an edit field");
-  if ((item->line().flags & IF_READONLY) != 0) return refuse(why, "\"" + nameOf(*item) + "\" cannot be typed into");
+  if (!field) return "\"" + nameOf(*item) + "\" is not an edit field";
+  if ((item->line().flags & IF_READONLY) != 0) return "\"" + nameOf(*item) + "\" cannot be typed into";
   field->type(validUtf8(text));
-  return true;
+  return std::nullopt;
 }
 
-bool select(WINDOW list, int row, bool add, std::string* why) {
-  const auto item = usableList(list, row, why);
-  if (!item) return false;
+Refusal select(WINDOW list, int row, bool add) {
+  Refusal why;
+  const auto item = usableList(list, row, &why);
+  if (!item) return why;
   item->takeFocus();
-  return item->choose(row, add) || refuse(why, "the row cannot be selected");
+  return unless(item->choose(row, add), "the row cannot be selected");
 }
 
-bool doubleClick(WINDOW list, int row, std::string* why) {
-  const auto item = usableList(list, row, why);
+Refusal doubleClick(WINDOW list, int row) {
+  Refusal why;
+  const auto item = usableList(list, row, &why);
+  if (!item) return why;
   const auto rows = std::dynamic_pointer_cast<ListItem>(item);
-  if (!rows) return item ? refuse(why, "\"" + nameOf(*item) + "\" has no rows to double-click") : false;
+  if (!rows) return "\"" + nameOf(*item) + "\" has no rows to double-click";
   rows->doubleClick(row);
-  return true;
+  return std::nullopt;
 }
 
-bool menu(int command, std::string* why) {
-  const auto task = reachable(TASK_WIN, why);
-  if (!task) return false;
+Refusal menu(int command) {
+  Refusal why;
+  if (!reachable(TASK_WIN, &why)) return why;
   TaskWindow* bar = app().task();
-  if (!bar->hasItem(command)) return refuse(why, "there is no menu item " + std::to_string(command));
-  if (!bar->isItemEnabled(command)) return refuse(why, "menu item " + std::to_string(command) + " is disabled");
+  if (!bar->hasItem(command)) return "there is no menu item " + std::to_string(command);
+  if (!bar->isItemEnabled(command)) return "it is disabled";
   Frame frame;
   bar->command(command);
-  return true;
+  return std::nullopt;
 }
 
-bool close(WINDOW window, std::string* why) {
-  const auto found = reachable(window, why);
-  if (!found) return false;
+Refusal close(WINDOW window) {
+  Refusal why;
+  const auto found = reachable(window, &why);
+  if (!found) return why;
   Frame frame;
   found->requestClose();
-  return true;
+  return std::nullopt;
 }
 
-bool key(WINDOW window, const std::string& keys, std::string* why) {
-  const auto found = reachable(window, why);
-  if (!found) return false;
+Refusal key(WINDOW window, const std::string& keys) {
+  Refusal why;
+  const auto found = reachable(window, &why);
+  if (!found) return why;
   KeySym symbol = 0;
   unsigned modifiers = 0;
-  if (!parseKeys(keys.c_str(), &symbol, &modifiers)) return refuse(why, "there is no key \"" + keys + "\"");
+  if (!parseKeys(keys.c_str(), &symbol, &modifiers)) return "there is no key \"" + keys + "\"";
   found->takeFocus();
   Widget focus = XmGetFocusWidget(found->shell());
   sendKey(focus != nullptr ? focus : found->shell(), symbol, modifiers);
-  return true;
+  return std::nullopt;
+}
+
+Refusal endSession() {
+  if (appIfRunning() == nullptr) return "the application is not running";
+  app().askToQuit();
+  return unless(app().isEnding(), "the program does not allow it");
 }
 
 std::vector<std::string> textLines(WINDOW window, std::size_t last) {

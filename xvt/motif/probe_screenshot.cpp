@@ -69,37 +69,34 @@ std::vector<png_byte> pixels(XImage* image) {
 }
 
 /// Writes 8-bit RGB; the simplified interface of libpng keeps its own errors.
-bool writePng(const std::string& path, XImage* image) {
+Refusal writePng(const std::string& path, XImage* image) {
   png_image png{};
   png.version = PNG_IMAGE_VERSION;
   png.width = static_cast<png_uint_32>(image->width);
   png.height = static_cast<png_uint_32>(image->height);
   png.format = PNG_FORMAT_RGB;
   const std::vector<png_byte> bytes = pixels(image);
-  return png_image_write_to_file(&png, path.c_str(), 0, bytes.data(), 0, nullptr) != 0;
+  if (png_image_write_to_file(&png, path.c_str(), 0, bytes.data(), 0, nullptr) != 0) return std::nullopt;
+  return path + ": " + png.message;
 }
 
 }  // namespace
 
-bool screenshot(WINDOW window, const std::string& path, std::string* why) {
-  const auto refuse = [&](const char* reason) {
-    if (why != nullptr) *why = reason;
-    return false;
-  };
-  if (appIfRunning() == nullptr) return refuse("the application is not running");
+Refusal screenshot(WINDOW window, const std::string& path) {
+  if (appIfRunning() == nullptr) return "the application is not running";
   auto shown = Registry::instance().find<ShellWindow>(window);
-  if (window != NULL_WIN && (!shown || !shown->isVisible())) return refuse("the window is not shown");
+  if (window != NULL_WIN && (!shown || !shown->isVisible())) return "the window is not shown";
   if (shown) shown->raise();
   settleScreen();
-  if (shown && (shown->isDying() || !shown->isVisible())) return refuse("the window was closed");
+  if (shown && (shown->isDying() || !shown->isVisible())) return "the window was closed";
   const RCT area = shown ? windowRect(*shown) : screenRect();
-  if (area.right <= area.left || area.bottom <= area.top) return refuse("the window is not on the screen");
+  if (area.right <= area.left || area.bottom <= area.top) return "the window is not on the screen";
   Display* display = app().display();
   const Image image(XGetImage(display, DefaultRootWindow(display), area.left, area.top,
                               static_cast<unsigned>(area.right - area.left),
                               static_cast<unsigned>(area.bottom - area.top), AllPlanes, ZPixmap));
-  if (!image) return refuse("the screen cannot be read");
-  return writePng(path, image.get()) || refuse("the file cannot be written");
+  if (!image) return "the screen cannot be read";
+  return writePng(path, image.get());
 }
 
 }  // namespace xvt::probe

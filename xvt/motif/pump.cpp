@@ -30,6 +30,7 @@ Pump::~Pump() {
 }
 
 void Pump::runUntil(const std::function<bool()>& done) {
+  const Loop loop(innermost_, done);
   prepare();
   while (!done()) {
     if (tick_ != nullptr && wake_ == 0) wakeForTick();
@@ -83,6 +84,8 @@ void Pump::setTick(void (*tick)()) { tick_ = tick; }
 
 void Pump::tickIfDue() {
   if (tick_ == nullptr || Clock::now() - last_tick_ < kTickEvery) return;
+  // A box that has closed is left first, so that whoever opened it has its answer before the script goes on.
+  if (innermost_ != nullptr && (*innermost_)()) return;
   last_tick_ = Clock::now();
   guarded("tick", tick_);
 }

@@ -50,6 +50,19 @@ class Pump {
 
  private:
   using Clock = std::chrono::steady_clock;
+  using Done = std::function<bool()>;
+  /// The innermost loop that is running, while it runs.
+  class Loop {
+   public:
+    Loop(const Done*& innermost, const Done& done) : innermost_(innermost), outer_(innermost) { innermost = &done; }
+    ~Loop() { innermost_ = outer_; }
+    Loop(const Loop&) = delete;
+    Loop& operator=(const Loop&) = delete;
+
+   private:
+    const Done*& innermost_;
+    const Done* outer_;
+  };
   static void (*&firstTick())();
   void processOne();
   void prepare();
@@ -58,6 +71,7 @@ class Pump {
 
   XtAppContext context_;
   void (*tick_)();
+  const Done* innermost_ = nullptr;
   XtIntervalId wake_ = 0;
   Clock::time_point last_serve_;
   Clock::time_point last_tick_;

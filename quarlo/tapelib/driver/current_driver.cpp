@@ -1,11 +1,13 @@
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <utility>
 
 #include "quarlo/tapelib/driver/driver.h"
 #include "quarlo/tapelib/driver/fault_driver.h"
 #include "quarlo/tapelib/driver/st_driver.h"
 #include "quarlo/tapelib/driver/virtual_driver.h"
+#include "xvt/xvt.h"
 
 namespace {
 
@@ -16,8 +18,11 @@ std::unique_ptr<TapeDriver>& slot() {
 
 std::unique_ptr<TapeDriver> plainDriver() {
   const char* folder = std::getenv("QUARLO_VIRTUAL_DRIVES");
-  if (folder != nullptr && *folder != '\0') return std::make_unique<VirtualDriver>(folder);
-  return std::make_unique<StDriver>();
+  if (folder == nullptr || *folder == '\0') return std::make_unique<StDriver>();
+  // The program may have gone elsewhere since.
+  DIRECTORY startup{};
+  xvt_fsys_get_dir_startup(&startup);
+  return std::make_unique<VirtualDriver>(std::filesystem::path(startup.path) / folder);
 }
 
 std::unique_ptr<TapeDriver> chosenDriver() {

@@ -59,7 +59,8 @@ class TapeDriver {
 };
 
 /// The driver that the whole process uses. Chosen at the first call: virtual drives when QUARLO_VIRTUAL_DRIVES names a
-/// folder, else the genuine driver; either behind the fault wrapper when QUARLO_TAPE_FAULT is set.
+/// folder (a relative path begins where the program was started), else the genuine driver; either behind the fault
+/// wrapper when QUARLO_TAPE_FAULT is set.
 TapeDriver& tapeDriver();
 
 /// Puts another driver in place (null: choose anew at the next use) and hands back the one that stood there. No tape
