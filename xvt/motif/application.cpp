@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "xvt/motif/dialog.h"
 #include "xvt/motif/guard.h"
 #include "xvt/motif/keys.h"
 #include "xvt/motif/scrollbars.h"
@@ -155,6 +156,10 @@ void Application::setActive(const std::shared_ptr<ShellWindow>& window) {
 std::shared_ptr<ShellWindow> Application::editTarget() const {
   const auto edited = edited_.lock();
   return edited && edited->isVisible() && !edited->isDying() ? edited : active();
+}
+
+void Application::stopChoosing(const ShellWindow* window) {
+  if (choosing_ != nullptr && (window == nullptr || &choosing_->dialog() == window)) choosing_->closeList();
 }
 
 bool Application::hasWindowManager() const {

@@ -3,7 +3,6 @@
 
 #include <Xm/Xm.h>
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -15,6 +14,7 @@
 
 namespace xvt {
 
+class OptionItem;
 class ShellWindow;
 class TaskWindow;
 
@@ -57,9 +57,11 @@ class Application {
   /// True when something manages windows on this screen.
   bool hasWindowManager() const;
 
-  /// Keys that a pop-up list takes while it is up; null when there is none.
-  void setPopupKeys(std::function<bool(KeySym)> keys) { popup_keys_ = std::move(keys); }
-  const std::function<bool(KeySym)>& popupKeys() const { return popup_keys_; }
+  /// The option list that is down, or null: the keyboard is its own.
+  OptionItem* choosing() const { return choosing_; }
+  void setChoosing(OptionItem* list) { choosing_ = list; }
+  /// Takes away the option list that is down, if it is `window`'s; with null, any.
+  void stopChoosing(const ShellWindow* window);
 
   void end() { ending_ = true; }
   bool isEnding() const { return ending_; }
@@ -82,7 +84,7 @@ class Application {
   std::vector<std::shared_ptr<ShellWindow>> windows_;
   std::weak_ptr<ShellWindow> active_;
   std::weak_ptr<ShellWindow> edited_;
-  std::function<bool(KeySym)> popup_keys_;
+  OptionItem* choosing_ = nullptr;
   Cursor busy_cursor_ = 0;
   int busy_ = 0;
   bool ending_ = false;

@@ -1,9 +1,8 @@
 #include "xvt/motif/clipboard.h"
 
 #include <X11/keysym.h>
-#include <Xm/TextF.h>
 
-#include "xvt/motif/shell_window.h"
+#include "xvt/motif/dialog.h"
 
 namespace xvt {
 
@@ -27,23 +26,11 @@ int standardCommandFor(KeySym key, unsigned modifiers) {
 
 bool carryOut(int command, ShellWindow& window) {
   if (window.editStandard(command)) return true;
-  Widget field = XmGetFocusWidget(window.shell());
-  if (field == nullptr || !XmIsTextField(field)) return false;
-  const Time time = XtLastTimestampProcessed(XtDisplay(field));
-  switch (command) {
-    case M_EDIT_CUT:
-      XmTextFieldCut(field, time);
-      break;
-    case M_EDIT_COPY:
-      XmTextFieldCopy(field, time);
-      break;
-    case M_EDIT_PASTE:
-      XmTextFieldPaste(field);
-      break;
-    default:
-      XmTextFieldSetSelection(field, 0, XmTextFieldGetLastPosition(field), time);
-  }
-  return true;
+  const auto* dialog = dynamic_cast<Dialog*>(&window);
+  if (dialog == nullptr) return false;
+  const auto field = std::dynamic_pointer_cast<EditItem>(dialog->itemOf(XmGetFocusWidget(window.shell())));
+  if (field) field->edit(command);
+  return field != nullptr;
 }
 
 }  // namespace xvt

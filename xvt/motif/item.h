@@ -137,11 +137,16 @@ class EditItem final : public Item {
   Cell cell() const override;
   /// Replaces the text as a user would, who stands in the field.
   void type(const std::string& text);
+  /// Puts a text where the cursor stands, in place of a selection around it; tells the handler.
+  void insert(const std::string& text);
+  /// Carries out a standard editing command.
+  void edit(int command);
   /// The keyboard leaves the field, as far as the handler is told; once for each time it came.
   void settle();
 
  private:
   void begin(bool told);
+  bool isEditable() const { return isEnabled() && (line_.flags & IF_READONLY) == 0; }
   bool quiet_ = false;
   bool editing_ = false;
 };
@@ -178,9 +183,11 @@ class ListItem final : public Item {
 class OptionItem final : public Item {
  public:
   OptionItem(Dialog& dialog, const DLG_ITEM& line, Widget parent);
+  ~OptionItem() override;
   void setTitle(const std::string& title) override { static_cast<void>(title); }
   std::string title() const override;
   void setEnabled(bool enabled) override;
+  void setVisible(bool visible) override;
   void clearRows() override;
   void addRow(int index, const std::string& text) override;
   int rowCount() const override { return static_cast<int>(rows_.size()); }
@@ -192,14 +199,17 @@ class OptionItem final : public Item {
   void place(const RCT& room) override;
   bool activate() override;
   bool choose(int row, bool add) override;
+  /// Takes the rows away, if they are down.
+  void closeList();
+  /// A key while they are down.
+  void listKey(KeySym key);
 
  private:
   void drawArrow();
   void show();
   void createList();
   void openList();
-  void closeList();
-  bool listKey(KeySym key);
+  void forgetList();
   void fillList();
   void step(int rows);
   std::vector<std::string> rows_;

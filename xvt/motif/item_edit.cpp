@@ -5,6 +5,8 @@
 #include "xvt/motif/dialog.h"
 #include "xvt/motif/guard.h"
 #include "xvt/motif/item.h"
+#include "xvt/motif/paste.h"
+#include "xvt/motif/selection.h"
 
 namespace xvt {
 
@@ -36,6 +38,7 @@ EditItem::EditItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : Item(d
     XtVaSetValues(widget_, XmNcursorPositionVisible, False, nullptr);
     settle();
   });
+  listenForPastes(widget_);
   ready();
 }
 
@@ -89,6 +92,26 @@ void EditItem::type(const std::string& text) {
   begin(false);
   XmTextFieldSetString(widget_, const_cast<char*>(text.c_str()));
   XmTextFieldSetInsertionPosition(widget_, XmTextFieldGetLastPosition(widget_));
+}
+
+void EditItem::insert(const std::string& text) {
+  if (!isEditable()) return;
+  const XmTextPosition cursor = XmTextFieldGetInsertionPosition(widget_);
+  XmTextPosition left = cursor;
+  XmTextPosition right = cursor;
+  const bool selected = XmTextFieldGetSelectionPosition(widget_, &left, &right) != False;
+  if (!selected || cursor < left || cursor > right) left = right = cursor;
+  XmTextFieldReplace(widget_, left, right, const_cast<char*>(text.c_str()));
+}
+
+void EditItem::edit(int command) {
+  Display* display = XtDisplay(widget_);
+  const Time time = XtLastTimestampProcessed(display);
+  if (command == M_EDIT_SELECT_ALL) return selectText();
+  if (command == M_EDIT_PASTE) return paste(*this, XInternAtom(display, "CLIPBOARD", False), time);
+  const std::unique_ptr<char, void (*)(char*)> selected(XmTextFieldGetSelection(widget_), XtFree);
+  if (selected && putOnClipboard(widget_, selected.get(), time) && command == M_EDIT_CUT && isEditable())
+    XmTextFieldRemove(widget_);
 }
 
 Cell EditItem::cell() const {

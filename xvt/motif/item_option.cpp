@@ -40,6 +40,8 @@ OptionItem::OptionItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : It
   ready();
 }
 
+OptionItem::~OptionItem() { forgetList(); }
+
 std::string OptionItem::title() const { return selected_ < 0 ? std::string() : rowText(selected_); }
 
 void OptionItem::drawArrow() {
@@ -68,13 +70,20 @@ void OptionItem::show() {
 }
 
 void OptionItem::setEnabled(bool enabled) {
+  if (!enabled) closeList();
   Item::setEnabled(enabled);
   const Pixel ground = app().look().pixel(enabled ? color::paper : color::ground);
   XtVaSetValues(widget_, XmNbackground, ground, XmNtopShadowColor, ground, nullptr);
   drawArrow();
 }
 
+void OptionItem::setVisible(bool visible) {
+  if (!visible) closeList();
+  Item::setVisible(visible);
+}
+
 void OptionItem::clearRows() {
+  closeList();
   rows_.clear();
   selected_ = -1;
   show();
@@ -173,14 +182,15 @@ void OptionItem::createList() {
   };
   onCallback(list_, XmNbrowseSelectionCallback, chosen);
   onCallback(list_, XmNdefaultActionCallback, chosen);
-  onCallback(popup_, XmNpopdownCallback, [](XtPointer) { app().setPopupKeys(nullptr); });
+  onCallback(popup_, XmNpopdownCallback, [this](XtPointer) { forgetList(); });
   fillList();
 }
 
 void OptionItem::openList() {
-  if (rows_.empty() || app().popupKeys()) return;
+  if (app().choosing() != nullptr) return;
   dialog_.settle();
-  if (dialog_.isDying()) return;
+  // The handler may have answered that with anything.
+  if (rows_.empty() || dialog_.isDying() || app().blockerOf(dialog_) || XtIsSensitive(widget_) == False) return;
   if (popup_ == nullptr) createList();
   // Realized first, or the list would set the size of its shell.
   XtRealizeWidget(popup_);
@@ -200,12 +210,12 @@ void OptionItem::openList() {
     XmListSelectPos(list_, selected_ + 1, False);
     XmListSetKbdItemPos(list_, selected_ + 1);
   }
-  app().setPopupKeys([this](KeySym key) { return listKey(key); });
+  app().setChoosing(this);
   XtPopup(popup_, XtGrabNone);
 }
 
 /// The keyboard belongs to the list while it is up.
-bool OptionItem::listKey(KeySym key) {
+void OptionItem::listKey(KeySym key) {
   int* rows = nullptr;
   int count = 0;
   int row = XmListGetSelectedPos(list_, &rows, &count) != False && count > 0 ? rows[0] - 1 : -1;
@@ -228,21 +238,25 @@ bool OptionItem::listKey(KeySym key) {
     case XK_space:
       closeList();
       if (row >= 0) choose(row, false);
-      return true;
+      return;
     case XK_Escape:
     case XK_Tab:
       closeList();
-      return true;
+      return;
     default:
-      return true;
+      return;
   }
   XmListSelectPos(list_, row + 1, False);
-  return true;
 }
 
 void OptionItem::closeList() {
-  if (popup_ != nullptr) XtPopdown(popup_);
-  app().setPopupKeys(nullptr);
+  if (app().choosing() != this) return;
+  XtPopdown(popup_);
+  forgetList();
+}
+
+void OptionItem::forgetList() {
+  if (appIfRunning() != nullptr && app().choosing() == this) app().setChoosing(nullptr);
 }
 
 }  // namespace xvt

@@ -8,6 +8,7 @@
 
 #include "xvt/motif/application.h"
 #include "xvt/motif/guard.h"
+#include "xvt/motif/item.h"
 #include "xvt/motif/shell_window.h"
 #include "xvt/motif/task_window.h"
 
@@ -28,8 +29,7 @@ bool isReturn(KeySym key) { return key == XK_Return || key == XK_KP_Enter; }
 
 /// True when the key has done its work and Xt need not see it.
 bool takeKey(XKeyEvent* event) {
-  const auto popup = app().popupKeys();
-  if (popup) return popup(XLookupKeysym(event, 0));
+  if (OptionItem* list = app().choosing()) return list->listKey(XLookupKeysym(event, 0)), true;
   Widget widget = XtWindowToWidget(event->display, event->window);
   const auto window = app().windowOf(widget);
   if (!window) return false;  // a menu or a pop-up list: its own keys

@@ -101,6 +101,8 @@ constexpr const char* kResources[] = {
     "*highlightThickness: 1",
     "*borderWidth: 0",
     "*keyboardFocusPolicy: explicit",
+    "*dragInitiatorProtocolStyle: drag_none",
+    "*dragReceiverProtocolStyle: drag_none",
     "*XmBulletinBoard.marginWidth: 0",
     "*XmBulletinBoard.marginHeight: 0",
     "*XmLabel.marginHeight: 0",

@@ -114,6 +114,7 @@ void ShellWindow::setTitle(const std::string& title) {
 
 void ShellWindow::setEnabled(bool enabled) {
   enabled_ = enabled;
+  if (!enabled) app().stopChoosing(this);
   if (board_ != nullptr) XtSetSensitive(board_, enabled ? True : False);
 }
 
@@ -177,6 +178,7 @@ void ShellWindow::resizeTo(Extent size, Extent least) {
 
 void ShellWindow::popUp() {
   if (shown_) return;
+  app().stopChoosing(nullptr);
   shown_ = true;
   if (modal_) {
     const auto parent = app().active();
@@ -193,6 +195,7 @@ void ShellWindow::popUp() {
 
 void ShellWindow::popDown() {
   if (!shown_) return;
+  app().stopChoosing(this);
   rememberPlace();
   shown_ = false;
   if (shell_ == app().shell())

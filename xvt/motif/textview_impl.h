@@ -96,8 +96,7 @@ class TextViewImpl {
   void offerPrimary(Time time);
   bool copyToClipboard(Time time);
   Time lastTime() const { return XtLastTimestampProcessed(display_); }
-  Boolean convert(Atom selection, Atom target, Atom* type, XtPointer* value, unsigned long* length, int* format);
-  void lost(Atom selection);
+  void lost();
 
   Widget widget = nullptr;
   TextStore store;
@@ -162,7 +161,6 @@ class TextViewImpl {
   int clicks_ = 0;
 
   bool ownsPrimary_ = false;
-  std::string clipboard_;  ///< what was copied last, for as long as CLIPBOARD is ours
 };
 
 }  // namespace xvt

@@ -1,0 +1,144 @@
+// What hands do while something is under way: a paste that nobody answers, a list that is down.
+#include <X11/Xatom.h>
+#include <X11/keysym.h>
+
+#include <iterator>
+
+#include "tests/xvt/core_app.h"
+#include "xvt/motif/dialog.h"
+
+namespace {
+
+using namespace core;
+using namespace xvt;
+
+constexpr DLG_ITEM kItems[] = {
+    ui::edit(1, "first", 10),
+    ui::edit(2, "second", 10),
+    ui::option(3, "option", 10),
+    ui::list(4, "list", 10, 4),
+    ui::push(5, "ok", "~OK", IF_DEFAULT),
+    ui::push(6, "cancel", "Cancel", IF_CANCEL),
+};
+constexpr DLG_RES kTable = {1, "hands", "Hands", kItems, std::size(kItems)};
+constexpr RESOURCES kResources = {nullptr, 0, &kTable, 1};
+
+std::string why;
+
+Widget widgetOf(WINDOW control) { return Registry::instance().find<Item>(control)->widget(); }
+
+/// A mouse button goes down in the middle of a control and comes up again.
+void click(WINDOW control, unsigned button) {
+  Widget widget = widgetOf(control);
+  XEvent event{};
+  event.xbutton.display = XtDisplay(widget);
+  event.xbutton.window = XtWindow(widget);
+  event.xbutton.root = RootWindowOfScreen(XtScreen(widget));
+  event.xbutton.time = XtLastTimestampProcessed(XtDisplay(widget));
+  event.xbutton.button = button;
+  event.xbutton.x = event.xbutton.y = 8;
+  event.xbutton.same_screen = True;
+  for (const int type : {ButtonPress, ButtonRelease}) {
+    Frame frame;
+    event.type = type;
+    event.xbutton.state = type == ButtonRelease ? Button1Mask << (button - 1) : 0;
+    XtDispatchEvent(&event);
+  }
+}
+
+/// Refuses what the owner has been asked for, late as it is.
+void refuseRequests(Display* owner) {
+  while (XPending(owner) > 0) {
+    XEvent event;
+    XNextEvent(owner, &event);
+    if (event.type != SelectionRequest) continue;
+    const XSelectionRequestEvent& asked = event.xselectionrequest;
+    XSelectionEvent answer{SelectionNotify, 0, True,      owner, asked.requestor, asked.selection,
+                           asked.target,    0, asked.time};
+    XSendEvent(owner, asked.requestor, False, 0, reinterpret_cast<XEvent*>(&answer));
+  }
+  XFlush(owner);
+}
+
+// The intrinsics wait for an answer in the name of the widget that asked.
+TEST(Hands, AFieldMayGoWhileItsPasteIsUnderWay) {
+  run(kResources, [] {
+    Display* other = XOpenDisplay(nullptr);
+    const ::Window silent = XCreateSimpleWindow(other, DefaultRootWindow(other), 0, 0, 1, 1, 0, 0, 0);
+    XtAppSetSelectionTimeout(app().context(), 150);
+    for (const char* way : {"Ctrl+V", "Shift+Insert", "button"}) {
+      for (const char* selection : {"PRIMARY", "CLIPBOARD"})
+        XSetSelectionOwner(other, XInternAtom(other, selection, False), silent, CurrentTime);
+      XSync(other, False);
+      const WINDOW window = open(WD_MODELESS, kTable);
+      pump(30);
+      if (std::string(way) == "button")
+        click(ctl(window, 2), Button2);
+      else
+        EXPECT_TRUE(probe::key(window, way, &why)) << why;
+      pump(20);
+      xvt_vobj_destroy(window);
+      pump(400);
+      refuseRequests(other);
+    }
+    pump(50);
+    XCloseDisplay(other);
+  });
+}
+
+TEST(Hands, WhatAFieldCopiedOutlivesItAndIsPastedInPlaceOfASelection) {
+  run(kResources, [] {
+    WINDOW window = open(WD_MODELESS, kTable);
+    pump(30);
+    EXPECT_TRUE(probe::type(ctl(window, 1), "na\xC3\xAFve", &why)) << why;
+    EXPECT_TRUE(probe::key(window, "Ctrl+A", &why) && probe::key(window, "Ctrl+C", &why)) << why;
+    xvt_vobj_destroy(window);
+    pump(30);
+    window = open(WD_MODELESS, kTable);
+    pump(30);
+    EXPECT_TRUE(probe::type(ctl(window, 2), "old", &why)) << why;
+    EXPECT_TRUE(probe::key(window, "Ctrl+A", &why)) << why;
+    click(ctl(window, 1), Button2);
+    pump(50);
+    EXPECT_EQ(text(ctl(window, 1)), "old");
+    EXPECT_TRUE(probe::key(window, "Ctrl+V", &why)) << why;
+    pump(50);
+    EXPECT_EQ(text(ctl(window, 1)), "oldna\xC3\xAFve");
+    EXPECT_TRUE(probe::key(window, "Ctrl+A", &why) && probe::key(window, "Ctrl+V", &why)) << why;
+    pump(50);
+    EXPECT_EQ(text(ctl(window, 1)), "na\xC3\xAFve");
+  });
+}
+
+// The keys of a list that is down were its own until its dialog had gone, and beyond.
+TEST(Hands, AnOptionListGoesWithWhatItStandsOn) {
+  run(kResources, [] {
+    const WINDOW other = open(WD_MODELESS, kTable);
+    std::vector<std::function<void(WINDOW)>> ends{
+        [](WINDOW window) { xvt_vobj_destroy(window); },
+        [](WINDOW window) { xvt_vobj_set_visible(window, false); },
+        [](WINDOW window) { xvt_vobj_set_enabled(window, false); },
+        [](WINDOW window) { xvt_vobj_set_enabled(ctl(window, 3), false); },
+        [](WINDOW window) { xvt_vobj_set_visible(ctl(window, 3), false); },
+        [](WINDOW window) { xvt_list_clear(ctl(window, 3)); },
+        [](WINDOW) { open(WD_MODELESS, kTable); },
+    };
+    for (const auto& end : ends) {
+      const WINDOW window = open(WD_MODELESS, kTable);
+      for (const char* row : {"a", "b", "c"}) xvt_list_add(ctl(window, 3), -1, row);
+      pump(30);
+      xvt_vobj_set_focus(ctl(window, 3));
+      EXPECT_TRUE(probe::key(window, "Return", &why)) << why;
+      pump(30);
+      EXPECT_NE(app().choosing(), nullptr);
+      end(window);
+      EXPECT_EQ(app().choosing(), nullptr);
+      pump(30);
+      EXPECT_TRUE(probe::key(other, "Down", &why)) << why;
+      xvt_vobj_destroy(window);
+      pump(10);
+    }
+  });
+}
+
+}  // namespace
