@@ -2,6 +2,7 @@
 
 #include <fnmatch.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -37,7 +38,7 @@ Player::Player(std::string path, std::vector<Statement> statements)
 void Player::tick() {
   if (state_ != State::running || xvt_app_is_ending() || !xvt_vobj_is_valid(TASK_WIN)) return;
   // The statement that opened an answered box goes on first: the box's own loop is not left yet.
-  if (answerFileBox()) return;
+  if (answerFileBox() || answerWindow()) return;
   if (next_ < statements_.size())
     attempt();
   else
@@ -140,6 +141,20 @@ bool Player::answerFileBox() {
   const std::string words = why ? *why : hint != NULL_WIN ? shownText(hint) : "";
   if (!words.empty())
     fail(answer.line, "the file box did not take \"" + answer.path.value_or("Cancel") + "\": " + words);
+  return true;
+}
+
+/// Presses what was to be pressed in the first window in line that is open.
+bool Player::answerWindow() {
+  const auto found = std::find_if(windowAnswers_.begin(), windowAnswers_.end(), [](const WindowAnswer& answer) {
+    const WINDOW window = probe::window(answer.window);
+    return window != NULL_WIN && xvt_vobj_is_visible(window);
+  });
+  if (found == windowAnswers_.end()) return false;
+  const WindowAnswer answer = std::move(*found);
+  windowAnswers_.erase(found);
+  const probe::Refusal why = probe::press(probe::control(probe::window(answer.window), answer.control));
+  if (why) fail(answer.line, "answer " + answer.window + "." + answer.control + ": " + *why);
   return true;
 }
 

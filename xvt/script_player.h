@@ -27,6 +27,12 @@ struct FileAnswer {
   std::optional<std::string> path;  ///< nothing: Cancel
 };
 
+/// What is pressed in the next window of a name.
+struct WindowAnswer {
+  int line;  ///< of the statement that gave it
+  std::string window, control;
+};
+
 class Player {
  public:
   using Clock = std::chrono::steady_clock;
@@ -44,6 +50,7 @@ class Player {
   [[nodiscard]] double secondsSinceBegin() const;
   void setPatience(double seconds) { patience_ = seconds; }
   void addAnswer(FileAnswer answer) { answers_.push_back(std::move(answer)); }
+  void addWindowAnswer(WindowAnswer answer) { windowAnswers_.push_back(std::move(answer)); }
   /// Closes the task window as its close box does.
   Outcome quit();
   /// Puts a window's mark behind its last line.
@@ -59,6 +66,7 @@ class Player {
   void judge(std::size_t at, const Outcome& outcome);
   /// @return true when a box was there to answer
   bool answerFileBox();
+  bool answerWindow();
   void say(int line, const std::string& text) const;
   /// Ends the script and the program. What keeps input is named beside the reason.
   void fail(int line, const std::string& reason);
@@ -73,6 +81,7 @@ class Player {
   std::optional<Clock::time_point> quitAt_;
   double patience_ = 2.0;
   std::deque<FileAnswer> answers_;
+  std::deque<WindowAnswer> windowAnswers_;
   WINDOW answeredBox_ = NULL_WIN;
   std::map<std::string, T_LNUM> marks_;
   T_LNUM scanned_ = 0;  ///< lines that the current statement has looked at already

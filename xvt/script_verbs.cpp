@@ -132,6 +132,12 @@ Outcome key(Player&, const Statement& s) {
   return act("key " + s.text(1), findWindow(s.text(0)), [&](WINDOW window) { return probe::key(window, s.text(1)); });
 }
 
+Outcome answer(Player& player, const Statement& s) {
+  const std::size_t dot = s.text(0).find('.');
+  player.addWindowAnswer({s.line, s.text(0).substr(0, dot), s.text(0).substr(dot + 1)});
+  return {};
+}
+
 Outcome answerFile(Player& player, const Statement& s) {
   player.addAnswer({s.line, scriptPath(s.text(0))});
   return {};
@@ -416,6 +422,7 @@ Outcome perform(Player& player, const Statement& statement) {
       {Verb::menu, menu},
       {Verb::close, close},
       {Verb::key, key},
+      {Verb::answer, answer},
       {Verb::answerFile, answerFile},
       {Verb::answerCancel, answerCancel},
       {Verb::waitWindow, window},

@@ -34,5 +34,5 @@ wait enabled copy.start 5
 press copy.start
 wait console "SEG Y copy ended at *" 86400
 expect text copy.status "Complete"
-expect no-line console "*\\*\\*\\* *"
+expect no-line console "*\\*\\**"
 quit

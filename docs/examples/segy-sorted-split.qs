@@ -48,5 +48,5 @@ wait enabled copy.start 10
 press copy.start
 wait console "SEG Y copy ended at *" 86400
 expect text copy.status "Complete"
-expect no-line console "*\\*\\*\\* *"
+expect no-line console "*\\*\\**"
 quit

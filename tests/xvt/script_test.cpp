@@ -353,6 +353,13 @@ TEST_F(Scripts, AnswerBoxes) {
     press bench.settings
     press settings.ok
     expect line console "settings taken"
+    mark
+    answer ask-box.third
+    answer ask-box.second
+    press bench.ask
+    press bench.ask
+    wait console "answer 3" 0
+    wait console "answer 2" 0
     patience 2
     press bench.long-note
     expect like note-box.text "www*www and a second line"
@@ -490,6 +497,7 @@ TEST_F(Scripts, SayWhereAndWhyTheyFailed) {
   succeeds("press bench.ask\nwait window ask-box 5\n");
   fails("answer-file $WORK/none\npress bench.open\nsleep 5\n", 1,
         "the file box did not take \"" + root_.string() + "/none\": There is no file of this name.");
+  fails("answer bench.stop\nsleep 5\n", 1, "answer bench.stop: \"stop\" is disabled");
   fails("press bench.die\nsleep 60\n", 2, "the program ended before this statement");
 }
 

@@ -105,6 +105,7 @@ constexpr std::array VERBS = {
     VerbForm{"menu", "t", Verb::menu},
     VerbForm{"close", "w", Verb::close},
     VerbForm{"key", "wt", Verb::key},
+    VerbForm{"answer", "c", Verb::answer},
     VerbForm{"answer-file", "t", Verb::answerFile},
     VerbForm{"answer-cancel", "", Verb::answerCancel},
     VerbForm{"wait window", "ws", Verb::waitWindow},

@@ -16,6 +16,7 @@ enum class Verb {
   menu,
   close,
   key,
+  answer,
   answerFile,
   answerCancel,
   waitWindow,
