@@ -1,6 +1,7 @@
 #include "quarlo/segdcopy_input.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cerrno>
 #include <climits>
@@ -16,12 +17,12 @@
 #include "quarlo/segdlist.h"
 #include "quarlo/tapechange.h"
 #include "quarlo/tapelib/diskunit.h"
+#include "quarlo/tapelib/loglines.h"
 
 namespace {
 
 constexpr TapeChangeWords INPUT_WORDS = {"Tape finished.", "Magazine finished.", "  ", logMessage};
 constexpr int M4_READ = 60000;
-constexpr unsigned M4_LIMIT = 64000;
 constexpr int LABEL_BYTES = 128;
 constexpr int TWO_BLOCKS = 2 * SEGD_BLOCK_BYTES;
 
@@ -107,6 +108,7 @@ bool SegdDiskInput::readHeaders() {
   HeaderRecord.clear();
   position = 0;
   channelsRead = 0;
+  fits.reset();
   return readGeneralHeaders() && readChannelSets() &&
          takeHeader(double{SEGD_BLOCK_BYTES} * GenHdr().extendFields, "extended headers") &&
          takeHeader(double{SEGD_BLOCK_BYTES} * GenHdr().externalFields, "external headers") && sampleSizeIsKnown();
@@ -189,7 +191,7 @@ bool SegdDiskInput::sampleSizeIsKnown() {
 
 SegdItem SegdDiskInput::getSegdTrace(std::span<const char>* trace) {
   if (channelsRead == NumberOfChannels) {
-    return SegdItem::End;
+    return endOfTraces();
   }
   std::size_t headerBytes = 0;
   if (measureTrace(&headerBytes)) {
@@ -201,7 +203,9 @@ SegdItem SegdDiskInput::getSegdTrace(std::span<const char>* trace) {
       *trace = {};
     }
     if (trace->size() == bytes) {
-      position += static_cast<double>(bytes);
+      const auto length = static_cast<double>(bytes);
+      shortestTrace = channelsRead == 0 ? length : std::min(shortestTrace, length);
+      position += length;
       ++channelsRead;
       traceIsLent = true;
       if (SgdParams.zeroTraces && traceInZeroRange(keyOf(*trace))) {
@@ -210,60 +214,135 @@ SegdItem SegdDiskInput::getSegdTrace(std::span<const char>* trace) {
       return SegdItem::Data;
     }
   }
+  adviseLengths("***");
   logMessagef("  *** Error reading input file %s - job will abort.", InputFileName.c_str());
   return SegdItem::Failed;
 }
 
-/// Looks at the next bytes of the file without passing them.
-bool SegdDiskInput::peekTrace(std::size_t bytes, std::span<const char>* begin) {
-  if (static_cast<double>(bytes) > bytesLeft()) {
+/// Finds out how long the next trace is. @param headerBytes receives its header's length with the extensions
+bool SegdDiskInput::measureTrace(std::size_t* headerBytes) {
+  if (bytesLeft() < SEGD_TRACE_HEADER_BYTES) {
     return complain(position, "trace %d of %d should follow; the file holds %.0f more byte%s.", channelsRead + 1,
                     NumberOfChannels, bytesLeft(), bytesLeft() == 1 ? "" : "s");
   }
-  *begin = reader.peek(bytes);
-  return begin->size() == bytes;
-}
-
-/// A trace whose length was taken wrongly leaves the reading in the middle of samples.
-bool SegdDiskInput::isTraceHeader(const char* header) const {
-  return canBeTraceHeader(header) ||
-         complain(position, "the header of trace %d cannot be true; %s.", channelsRead + 1,
-                  channelsRead == 0 ? "there may be headers that no count announces"
-                                    : "traces may have other lengths than the record (see the channel sets' lengths)");
-}
-
-/// Finds out how long the next trace is. @param headerBytes receives its header's length with the extensions
-bool SegdDiskInput::measureTrace(std::size_t* headerBytes) {
-  std::span<const char> begin;
-  if (!peekTrace(SEGD_TRACE_HEADER_BYTES, &begin) || !isTraceHeader(begin.data())) {
+  std::span<const char> begin = reader.peek(SEGD_TRACE_HEADER_BYTES);
+  if (begin.size() < SEGD_TRACE_HEADER_BYTES || !isTraceHeader(begin.data())) {
     return false;
   }
-  const int extensions = traceHeaderExtensions(begin.data());
-  *headerBytes =
-      std::size_t{SEGD_TRACE_HEADER_BYTES} + std::size_t{SEGD_BLOCK_BYTES} * static_cast<unsigned>(extensions);
-  if (!peekTrace(*headerBytes, &begin)) {
+  *headerBytes = static_cast<std::size_t>(traceHeaderBytes(begin.data()));
+  const double left = bytesLeft() - static_cast<double>(*headerBytes);
+  if (left < 0) {
+    const int extensions = traceHeaderExtensions(begin.data());
+    return complain(position,
+                    "the header of trace %d of %d announces %d extensions (%d bytes); the file holds %.0f more.",
+                    channelsRead + 1, NumberOfChannels, extensions, extensions * SEGD_BLOCK_BYTES,
+                    bytesLeft() - SEGD_TRACE_HEADER_BYTES);
+  }
+  begin = reader.peek(*headerBytes);
+  if (begin.size() < *headerBytes) {
     return false;
   }
-  if (SgdParams.useScanHdr) {
-    headers.getTraceSize(begin.data());
-  } else {
-    headers.getRecordSize();
-  }
-  if (extensions > 0) {
-    headers.getExtensionSize(begin.data() + SEGD_TRACE_HEADER_BYTES);
-  }
+  headers.measureTrace(begin.data(), SgdParams.useScanHdr);
   if (headers.TraceSize < 0) {
     return complain(position, "the channel set of trace %d ends before it begins.", channelsRead + 1);
   }
   if (GenHdr().sampInt == 0 && headers.TraceSize == 0) {
     return complain(position, "the length of trace %d is not known (the sample interval is 0).", channelsRead + 1);
   }
-  const double left = bytesLeft() - static_cast<double>(*headerBytes);
   if (headers.TraceSize > std::min<double>(left, INT_MAX)) {
     return complain(position, "trace %d should have %.0f bytes of samples; the file holds %.0f more.", channelsRead + 1,
                     headers.TraceSize, left);
   }
   return true;
+}
+
+/// A trace whose length was taken wrongly leaves the reading in the middle of samples. Where the lengths of all traces
+/// fit the file it is a header all the same, whatever its recorder writes there.
+bool SegdDiskInput::isTraceHeader(const char* header) {
+  if (canBeTraceHeader(header)) {
+    return true;
+  }
+  const bool isFirst = !fits;
+  if (isFirst) {
+    fits = lengthsFit(SgdParams.useScanHdr);
+  }
+  if (!*fits) {
+    return complain(position, "the header of trace %d cannot be true; %s.", channelsRead + 1,
+                    channelsRead == 0
+                        ? "there may be headers that no count announces"
+                        : "traces may have other lengths than the record (see the channel sets' lengths)");
+  }
+  if (isFirst) {
+    logMessagef(
+        "  ** %s, byte %.0f: the scan type (0x%02X) or channel set (0x%02X) of trace %d is no number; the trace "
+        "lengths "
+        "fit the file, and it is copied.",
+        InputFileName.c_str(), position + 1, static_cast<unsigned char>(header[2]),
+        static_cast<unsigned char>(header[3]), channelsRead + 1);
+  }
+  return true;
+}
+
+/// What is left behind the last trace may be a trailer. Whole traces there mean that lengths were taken wrongly.
+SegdItem SegdDiskInput::endOfTraces() {
+  if (restIsTrailer()) {
+    if (bytesLeft() > 0) {
+      adviseLengths("**");
+    }
+    return SegdItem::End;
+  }
+  complain(position, "the trace lengths do not fit the file: %.0f bytes follow behind the last of %d trace%s.",
+           bytesLeft(), NumberOfChannels, plural(NumberOfChannels));
+  adviseLengths("***");
+  logMessagef("  *** Error reading input file %s - job will abort.", InputFileName.c_str());
+  return SegdItem::Failed;
+}
+
+bool SegdDiskInput::restIsTrailer() const {
+  const double left = bytesLeft();
+  const double least = channelsRead > 0 ? shortestTrace : SEGD_TRACE_HEADER_BYTES + headers.TraceSize;
+  if (left < least || left == double{SEGD_BLOCK_BYTES} * headers.trailerBlocks) {
+    return true;
+  }
+  std::vector<char> piece(streamBufferSize);
+  for (double at = position; at < size; at += static_cast<double>(piece.size())) {
+    const auto got = readAt(fileno(units->fp), piece.data(), piece.size(), static_cast<std::uint64_t>(at));
+    if (!got || std::any_of(piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(*got),
+                            [](char byte) { return byte != '\0'; })) {
+      return false;
+    }
+  }
+  return true;
+}
+
+/// Whether the traces, measured one after another in one of the two ways, end with the file or at its trailer.
+bool SegdDiskInput::lengthsFit(bool byChannelSets) const {
+  SegdHeaders walk = headers;
+  walk.getRecordSize();
+  auto at = static_cast<double>(HeaderRecord.size());
+  for (int trace = 0; trace < NumberOfChannels; ++trace) {
+    std::array<char, SEGD_TRACE_HEADER_BYTES + SEGD_BLOCK_BYTES> begin{};
+    const auto got = readAt(fileno(units->fp), begin.data(), begin.size(), static_cast<std::uint64_t>(at));
+    if (got.value_or(0) < SEGD_TRACE_HEADER_BYTES) {
+      return false;
+    }
+    walk.measureTrace(begin.data(), byChannelSets);
+    if (walk.TraceSize < 0) {
+      return false;
+    }
+    at += traceHeaderBytes(begin.data()) + walk.TraceSize;
+  }
+  return at == size || at + double{SEGD_BLOCK_BYTES} * headers.trailerBlocks == size;
+}
+
+/// Names the option that takes lengths the other way, if these fit. @param mark of the line
+void SegdDiskInput::adviseLengths(const char* mark) const {
+  const bool other = !SgdParams.useScanHdr;
+  if (units->fp != nullptr && NumberOfChannels > 0 && lengthsFit(other)) {
+    logMessagef(
+        "  %s The lengths %s would fit %s exactly: turn \"Take trace lengths from the channel set headers\" %s.", mark,
+        other ? "in the channel set headers" : "of the record", InputFileName.c_str(), other ? "on" : "off");
+  }
 }
 
 /// The trace with its samples zero.
@@ -296,8 +375,9 @@ int SegdTapeInput::getTapeBlock() {
   const int bytes = readWithRetries(units, units->ioBuffer, MaxRead, logMessage, "  ** Tape read error - retrying...");
   if (bytes < 0) {
     if (errno == ENOMEM) {
-      logMessagef("  *** A block on the input tape is longer than the limit of %u bytes; ST_BUFFER (in KiB) raises it.",
-                  units->isM4 != 0 ? std::min(M4_LIMIT, units->maxBlockSize) : units->maxBlockSize);
+      const unsigned limit = units->isM4 != 0 ? std::min(M4_READ_LIMIT, units->maxBlockSize) : units->maxBlockSize;
+      logMessagef("  *** A block on the input tape is longer than the limit of %u bytes%s", limit,
+                  limitAdvice(*units, limit));
     }
     logMessage("  *** Error reading input tape - job will abort.");
   }

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -77,8 +78,11 @@ class SegdDiskInput : public SegdInput {
   bool sampleSizeIsKnown();
   bool takeHeader(double bytes, const char* what);
   bool measureTrace(std::size_t* headerBytes);
-  bool peekTrace(std::size_t bytes, std::span<const char>* begin);
-  bool isTraceHeader(const char* header) const;
+  bool isTraceHeader(const char* header);
+  SegdItem endOfTraces();
+  bool restIsTrailer() const;
+  bool lengthsFit(bool byChannelSets) const;
+  void adviseLengths(const char* mark) const;
   std::span<const char> zeroed(std::span<const char> trace, std::size_t headerBytes);
   /// Says what is wrong at a 0-based place of the file. @return false
   [[gnu::format(printf, 3, 4)]] bool complain(double place, const char* format, ...) const;
@@ -91,6 +95,8 @@ class SegdDiskInput : public SegdInput {
   double position = 0;  // in it
   int NumberOfChannels = 0;
   int channelsRead = 0;
+  double shortestTrace = 0;  // of those read
+  std::optional<bool> fits;  // whether the traces' lengths fit the file in hand, once that was asked
   std::vector<char> zeroes;
 };
 

@@ -102,6 +102,7 @@ void SegdHeaders::getGenHeader(const char* genHdrAddr) {
   header.second = digits(block, 16, 2);
   header.manufact = digits(block, 17, 2);
   header.revision = 0;
+  trailerBlocks = 0;
   header.bytesPerScan = digits(block, 20, 6);
   header.sampInt = static_cast<float>(byteAt(block, 23)) / 16;
   header.scansPerBlock = byteAt(block, 25) << lowNibble(block, 24);
@@ -134,6 +135,7 @@ void SegdHeaders::getOptGenHeaders(const char* optHdrAddr) {
   if (GenHdr.externalFields == EXTENDED) {
     GenHdr.externalFields = binary16(block, 8);
   }
+  trailerBlocks = binary16(block, 13);
   // One byte behind where the standard has it; it only chooses how the scale factors are read.
   GenHdr.revision = static_cast<float>(signedByteAt(block, 12)) + static_cast<float>(signedByteAt(block, 13)) / 100;
   if (longRecord) {
@@ -187,11 +189,26 @@ void SegdHeaders::getExtensionSize(const char* extension) {
   }
 }
 
+void SegdHeaders::measureTrace(const char* trace, bool byChannelSet) {
+  if (byChannelSet) {
+    getTraceSize(trace);
+  } else {
+    getRecordSize();
+  }
+  if (traceHeaderExtensions(trace) > 0) {
+    getExtensionSize(trace + SEGD_TRACE_HEADER_BYTES);
+  }
+}
+
 int getChannelSet(const char* traceHeader) {
   return byteAt(traceHeader, 3) == EXTENDED ? binary16(traceHeader, 16) : digits(traceHeader, 4, 2);
 }
 
 int traceHeaderExtensions(const char* traceHeader) { return byteAt(traceHeader, 10); }
+
+int traceHeaderBytes(const char* traceHeader) {
+  return SEGD_TRACE_HEADER_BYTES + SEGD_BLOCK_BYTES * traceHeaderExtensions(traceHeader);
+}
 
 int getHeaderField(const char* traceHeader, int keyByte, int keyType) {
   switch (keyType) {

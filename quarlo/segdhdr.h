@@ -64,6 +64,7 @@ class SegdHeaders {
   double TraceSize = 0;                                    ///< sample bytes of the present trace
   double GenHdrSamples = 0;                                ///< samples of a trace by the general header
   float RecordLengthMultiplier = SEGD_RECORD_LENGTH_UNIT;  ///< milliseconds of a record length digit
+  int trailerBlocks = 0;                                   ///< blocks behind the traces, as block 2 announces them
 
   /// Fills GenHdr from general header block 1 (32 bytes).
   void getGenHeader(const char* genHdrAddr);
@@ -82,6 +83,8 @@ class SegdHeaders {
   void getTraceSize(const char* traceHeader);
   /// Sets TraceSize from the sample count in the first trace header extension (32 bytes) if it exceeds GenHdrSamples.
   void getExtensionSize(const char* extension);
+  /// Sets TraceSize by all of these. @param trace begins with the trace header and, if it has some, its first extension
+  void measureTrace(const char* trace, bool byChannelSet);
 
   int TotalChannelSets() const { return GenHdr.scanTypes * GenHdr.channelSets; }
   /// Bytes of all descriptors and skew blocks.
@@ -99,6 +102,8 @@ class SegdHeaders {
 int getChannelSet(const char* traceHeader);
 /// Trace header extensions that follow a trace header.
 int traceHeaderExtensions(const char* traceHeader);
+/// Bytes of a trace header with its extensions.
+int traceHeaderBytes(const char* traceHeader);
 /// The field of SEGD_KEY_TYPE `keyType` at the 1-based `keyByte` of a trace header; 0 for a type that is none. The
 /// field must lie within the header: see keyIsInTraceHeader.
 int getHeaderField(const char* traceHeader, int keyByte, int keyType);

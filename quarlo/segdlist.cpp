@@ -130,8 +130,8 @@ int readList(const std::string& path, SortedIntArray* list) {
       const ListLine line = parse(text.c_str());
       warnOfLine(line, number, text, path);
       list->add(line.range.start, line.range.end);
-      logMessage(" ");
     }
+    logMessage(" ");
   }
   if (std::ferror(file.get()) != 0) {
     logMessagef("  *** Error reading list file: %s", path.c_str());

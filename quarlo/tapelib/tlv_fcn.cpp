@@ -15,8 +15,7 @@ namespace {
 
 UnitStruct theUnit[MAX_UNITS];
 
-/// Largest block that drives of the M4 family are asked for, and the request from which they are not.
-constexpr unsigned kM4Limit = 64000;
+/// Requests from here on ask drives of the M4 family for more than M4_READ_LIMIT, too.
 constexpr int kM4Request = 65530;
 
 std::chrono::milliseconds minuteLength = std::chrono::minutes(1);
@@ -203,7 +202,7 @@ int tlv_tape_read(UnitStruct* aUnit, int uNum, char* buffer, int bytes) {
   }
   UnitStruct& unit = aUnit[uNum];
   const unsigned limit = unit.maxBlockSize;
-  if (unit.isM4 != 0 && bytes < kM4Request) unit.maxBlockSize = std::min(limit, kM4Limit);
+  if (unit.isM4 != 0 && bytes < kM4Request) unit.maxBlockSize = std::min(limit, M4_READ_LIMIT);
   const int count = unixTapeRead(aUnit, uNum, buffer);
   unit.maxBlockSize = limit;
   return count;

@@ -76,6 +76,15 @@ struct UnitStruct {
   unsigned int maxBlockSize;            ///< largest block read or written, 0 closed
 };
 
+/// Most bytes that a drive of the M4 family is asked for by jobs that ask for less than the tape buffer.
+constexpr unsigned M4_READ_LIMIT = 64000;
+
+/// The end of a line about a block longer than `limit` bytes: what helps, where something does.
+inline const char* limitAdvice(const UnitStruct& unit, unsigned limit) {
+  return unit.isM4 != 0 && limit == M4_READ_LIMIT ? ", which holds for drives of this family."
+                                                  : "; ST_BUFFER (in KiB) raises it.";
+}
+
 // Dialogs edit the four option flags through one 4-byte word that begins at inputAbort.
 static_assert(offsetof(UnitStruct, inputNoRewind) == offsetof(UnitStruct, inputAbort) + 1);
 static_assert(offsetof(UnitStruct, outputNoRewind) == offsetof(UnitStruct, inputAbort) + 2);

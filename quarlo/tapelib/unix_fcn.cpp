@@ -385,8 +385,8 @@ int unixTapeRead(UnitStruct* aUnit, int uNum, char* buffer) {
   }
   console_printf("  *** Error reading tape on drive \"%s\".", unit.name);
   if (answer == TapeAnswer::TOO_LONG)
-    console_printf("      The block is longer than the limit of %u bytes; ST_BUFFER (in KiB) raises it.",
-                   unit.maxBlockSize);
+    console_printf("      The block is longer than the limit of %u bytes%s", unit.maxBlockSize,
+                   limitAdvice(unit, unit.maxBlockSize));
   reportLoss(unit, handle);
   errno = answer == TapeAnswer::TOO_LONG ? ENOMEM : EIO;
   return -1;

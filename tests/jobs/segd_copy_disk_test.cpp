@@ -169,6 +169,9 @@ TEST_F(SegdDiskTest, LengthsComeFromRecordSetsOrExtensions) {
                "the record")
           .size() > 0)
       << lineWith("  *** a.segd");
+  EXPECT_TRUE(consoleHas(
+      "  *** The lengths in the channel set headers would fit a.segd exactly: turn \"Take trace lengths from "
+      "the channel set headers\" on."));
   EXPECT_TRUE(consoleHas("  *** Error reading input file a.segd - job will abort."));
   EXPECT_TRUE(
       consoleHas("  ** Field file 1 is not complete: " + folder.path("out/line_00001.sgd") + " holds 1 trace of it."));
@@ -208,14 +211,70 @@ TEST_F(SegdDiskTest, HeadersLargerThanTheTapeBufferAreReadWhole) {
   EXPECT_TRUE(consoleHas("Field File:      1  -     3 traces"));
 }
 
+/// A trailer is announced, or zeros, or shorter than a trace; anything else are traces that were not read.
 TEST_F(SegdDiskTest, WhatFollowsTheLastTraceIsCounted) {
   FieldFile file = fileOf(1);
-  writeFile(folder.path("in/a.segd"), file.file() + std::string(33, 'x'));
+  writeFile(folder.path("in/a.segd"), file.file() + std::string(59, 'x'));
   writeFile(folder.path("in/b.segd"), file.file() + "x");
+  writeFile(folder.path("in/c.segd"), file.file() + std::string(300000, '\0'));
+  writeFile(folder.path("in/d.segd"), file.file() + std::string(96, 'x'));
+  damage("d.segd", 32 + 13, "\x03");
   EXPECT_EQ(copyFiles(), 0);
   EXPECT_EQ(out("line_00001.sgd"), file.file());
-  EXPECT_TRUE(consoleHas("  ** 33 bytes of a.segd behind its last announced trace were not copied."));
+  EXPECT_TRUE(consoleHas("  ** 59 bytes of a.segd behind its last announced trace were not copied."));
   EXPECT_TRUE(consoleHas("  ** 1 byte of b.segd behind its last announced trace was not copied."));
+  EXPECT_TRUE(consoleHas("   4 field files copied."));
+  damage("d.segd", 32 + 13, "\x02");
+  EXPECT_EQ(copyFiles(), -1);
+  EXPECT_TRUE(
+      consoleHas("  *** d.segd, byte 217: the trace lengths do not fit the file: 96 bytes follow behind the last of 2 "
+                 "traces."));
+  EXPECT_TRUE(consoleHas("   3 field files copied."));
+}
+
+/// Samples that are zero pass for trace headers, in either direction of the mistake.
+TEST_F(SegdDiskTest, HalfOfAFileDoesNotStayBehind) {
+  for (const bool bySets : {false, true}) {
+    SCOPED_TRACE(bySets);
+    FieldFile file = fileOf(1);
+    file.sets = {{4, bySets ? 20 : 40}};
+    file.milliseconds = bySets ? 40 : 20;
+    std::string bytes = file.header();
+    for (const std::string& each : file.traces()) {
+      bytes += each.substr(0, 20) + std::string(80, '\0');
+    }
+    writeFile(folder.path("in/a.segd"), bytes);
+    SgdParams.useScanHdr = bySets;
+    EXPECT_EQ(copyFiles(), -1);
+    EXPECT_TRUE(
+        consoleHas("  *** a.segd, byte 337: the trace lengths do not fit the file: 160 bytes follow behind the last of "
+                   "4 traces."));
+    EXPECT_FALSE(lineWith(bySets ? "  *** The lengths of the record would fit a.segd exactly: turn"
+                                 : "  *** The lengths in the channel set headers would fit a.segd exactly: turn")
+                     .empty());
+    EXPECT_TRUE(consoleHas("   0 field file copied."));
+    SgdParams.useScanHdr = !bySets;
+    EXPECT_EQ(copyFiles(), 0);
+    EXPECT_EQ(out("line_00001.sgd"), bytes);
+  }
+}
+
+TEST_F(SegdDiskTest, ChannelSetsThatAreNoNumbersAreWarnedOfWhereTheLengthsFit) {
+  put("a.segd", fileOf(1));
+  damage("a.segd", 96 + 2, "\xAB");
+  damage("a.segd", 96 + 60 + 3, "\xFA");
+  const std::string bytes = readFile(folder.path("in/a.segd"));
+  EXPECT_EQ(copyFiles(), 0);
+  EXPECT_EQ(out("line_00001.sgd"), bytes);
+  EXPECT_TRUE(
+      consoleHas("  ** a.segd, byte 97: the scan type (0xAB) or channel set (0x01) of trace 1 is no number; the trace "
+                 "lengths fit the file, and it is copied."));
+  EXPECT_TRUE(lineWith("  ** a.segd, byte 157").empty());  // once for a file
+  writeFile(folder.path("in/a.segd"), bytes.substr(0, bytes.size() - 1));
+  EXPECT_EQ(copyFiles(), -1);
+  EXPECT_TRUE(
+      consoleHas("  *** a.segd, byte 97: the header of trace 1 cannot be true; there may be headers that no count "
+                 "announces."));
 }
 
 /// Every length that a file can be cut to: an error with its place, no crash, whole traces only.
@@ -258,9 +317,9 @@ TEST_F(SegdDiskTest, HeadersThatCannotBeTrueAreNamed) {
        "known."},
       {46, std::string("\x01\x00\x00", 3),
        "  *** a.segd, byte 97: trace 1 should have 131072 bytes of samples; the file holds 100 more."},
-      {96 + 9, "\xFF", "  *** a.segd, byte 97: trace 1 of 2 should follow; the file holds 120 more bytes."},
-      {96 + 2, "\xAB",
-       "  *** a.segd, byte 97: the header of trace 1 cannot be true; there may be headers that no count announces."},
+      {96 + 9, "\xFF",
+       "  *** a.segd, byte 97: the header of trace 1 of 2 announces 255 extensions (8160 bytes); the file holds 100 "
+       "more."},
   };
   for (const auto& each : cases) {
     SCOPED_TRACE(each.line);

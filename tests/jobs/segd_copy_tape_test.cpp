@@ -212,6 +212,16 @@ TEST_F(SegdTapeTest, ABlockOverTheLimitNamesTheLimit) {
   setBuffer(64);
   noFurtherTape();
   EXPECT_EQ(copyTape(tape + END), 0);
+  makeCartridge("in.tap", {block(64001, 1)});
+  openInputTape("in.tap");
+  units[0].isM4 = 1;
+  openOutputDirectory();
+  EXPECT_EQ(run(), -1);
+  EXPECT_EQ(count("      The block is longer than the limit of 64000 bytes, which holds for drives of this family."),
+            6);
+  EXPECT_TRUE(
+      consoleHas("  *** A block on the input tape is longer than the limit of 64000 bytes, which holds for drives of "
+                 "this family."));
   EXPECT_EQ(out("line_00001.sgd").size(), fileOf(1).file().size() + 32769);
 }
 

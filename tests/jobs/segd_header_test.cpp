@@ -330,7 +330,7 @@ TEST_F(SegdListFile, IsReadLineByLineWhateverItsEnds) {
   EXPECT_TRUE(fieldFileInRange(0));  // a line without a number counts 0, and that is said
   EXPECT_FALSE(fieldFileInRange(-1));
   const std::string path = folder.path("files.txt");
-  EXPECT_EQ(consoleWithoutDates(), (Lines{" ", "Initializing inclusion files list...", " ", " ", " ",
+  EXPECT_EQ(consoleWithoutDates(), (Lines{" ", "Initializing inclusion files list...", " ", " ", " ", " ", " ",
                                           "  ** Line 5 of " + path + " is taken as 12 only: 12-14", " ",
                                           "  ** Line 6 of " + path + " is taken as 0 only: foo", " ",
                                           "  ** Line 7 of " + path + " is taken as 1 only: 1 2", " ", " "}));
