@@ -34,6 +34,12 @@ inline std::shared_ptr<Control> needControl(WINDOW handle, const char* function)
   return need<Control>(handle, function, "not a control");
 }
 
+/// The object if there still is a display to show it on: a call that would draw does nothing when that was lost.
+template <typename T>
+std::shared_ptr<T> drawn(std::shared_ptr<T> object) {
+  return runtime::hasDisplay() ? std::move(object) : nullptr;
+}
+
 /// False after a report when a text that must be there is not.
 inline bool hasText(const void* text, const char* function) {
   if (text != nullptr) return true;

@@ -70,15 +70,15 @@ void xvt_app_process_pending_events() {
 bool xvt_app_is_ending() { return runtime::isEnding(); }
 
 void xvt_app_set_busy(bool busy) {
-  if (isRunning("xvt_app_set_busy")) runtime::setBusy(busy);
+  if (isRunning("xvt_app_set_busy") && runtime::hasDisplay()) runtime::setBusy(busy);
 }
 
 void xvt_scr_beep() {
-  if (isRunning("xvt_scr_beep")) runtime::bell();
+  if (isRunning("xvt_scr_beep") && runtime::hasDisplay()) runtime::bell();
 }
 
 void xvt_menu_set_item_checked(WINDOW window, int command, bool checked) {
-  if (needWindow(window, __func__) && !runtime::setItemChecked(command, checked)) noSuchItem(__func__, command);
+  if (drawn(needWindow(window, __func__)) && !runtime::setItemChecked(command, checked)) noSuchItem(__func__, command);
 }
 
 bool xvt_menu_is_item_checked(WINDOW window, int command) {
@@ -86,7 +86,7 @@ bool xvt_menu_is_item_checked(WINDOW window, int command) {
 }
 
 void xvt_menu_set_item_enabled(WINDOW window, int command, bool enabled) {
-  if (needWindow(window, __func__) && !runtime::setItemEnabled(command, enabled)) noSuchItem(__func__, command);
+  if (drawn(needWindow(window, __func__)) && !runtime::setItemEnabled(command, enabled)) noSuchItem(__func__, command);
 }
 
 bool xvt_menu_is_item_enabled(WINDOW window, int command) {

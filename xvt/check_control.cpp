@@ -35,7 +35,7 @@ std::shared_ptr<Control> needRow(WINDOW handle, int index, const char* function)
 }  // namespace
 
 void xvt_ctl_set_checked(WINDOW control, bool checked) {
-  if (const auto mark = needMark(control, __func__)) mark->setChecked(checked);
+  if (const auto mark = drawn(needMark(control, __func__))) mark->setChecked(checked);
 }
 
 bool xvt_ctl_is_checked(WINDOW control) {
@@ -44,7 +44,7 @@ bool xvt_ctl_is_checked(WINDOW control) {
 }
 
 void xvt_ctl_check_radio_button(WINDOW control, const WINDOW* group, int count) {
-  const auto chosen = needMark(control, __func__);
+  const auto chosen = drawn(needMark(control, __func__));
   if (!chosen) return;
   if (group == nullptr && count > 0) return report(__func__, "no group");
   for (int at = 0; at < count; ++at)
@@ -54,11 +54,11 @@ void xvt_ctl_check_radio_button(WINDOW control, const WINDOW* group, int count) 
 }
 
 void xvt_ctl_set_color(WINDOW control, XVT_COLOR color) {
-  if (const auto found = needControl(control, __func__)) found->setColor(color);
+  if (const auto found = drawn(needControl(control, __func__))) found->setColor(color);
 }
 
 void xvt_ctl_set_meter(WINDOW control, int percent) {
-  if (const auto meter = needKind(control, {IK_METER}, __func__, "not a meter"))
+  if (const auto meter = drawn(needKind(control, {IK_METER}, __func__, "not a meter")))
     meter->setMeter(std::clamp(percent, 0, 100));
 }
 
@@ -68,15 +68,15 @@ int xvt_ctl_get_meter(WINDOW control) {
 }
 
 void xvt_ctl_select_text(WINDOW control) {
-  if (const auto edit = needKind(control, {IK_EDIT}, __func__, "not an edit field")) edit->selectText();
+  if (const auto edit = drawn(needKind(control, {IK_EDIT}, __func__, "not an edit field"))) edit->selectText();
 }
 
 void xvt_list_clear(WINDOW list) {
-  if (const auto found = needList(list, __func__)) found->clearRows();
+  if (const auto found = drawn(needList(list, __func__))) found->clearRows();
 }
 
 bool xvt_list_add(WINDOW list, int index, const char* text) {
-  const auto found = needList(list, __func__);
+  const auto found = drawn(needList(list, __func__));
   if (!found || !hasText(text, __func__)) return false;
   const int count = found->rowCount();
   if (index < -1 || index > count) {
@@ -103,11 +103,11 @@ bool xvt_list_is_selected(WINDOW list, int index) {
 }
 
 void xvt_list_set_selected(WINDOW list, int index, bool selected) {
-  if (const auto found = needRow(list, index, __func__)) found->setRowSelected(index, selected);
+  if (const auto found = drawn(needRow(list, index, __func__))) found->setRowSelected(index, selected);
 }
 
 void xvt_list_clear_selection(WINDOW list) {
-  if (const auto found = needList(list, __func__)) found->clearRowSelection();
+  if (const auto found = drawn(needList(list, __func__))) found->clearRowSelection();
 }
 
 int xvt_list_get_selected(WINDOW list) {
@@ -118,7 +118,7 @@ int xvt_list_get_selected(WINDOW list) {
 }
 
 void xvt_list_grow(WINDOW list, COORD pixels) {
-  if (const auto found = needKind(list, {IK_LIST, IK_MULTI}, __func__, "not a list")) found->grow(pixels);
+  if (const auto found = drawn(needKind(list, {IK_LIST, IK_MULTI}, __func__, "not a list"))) found->grow(pixels);
 }
 
 SLIST xvt_list_get_selection(WINDOW list) {

@@ -51,22 +51,23 @@ void xvt_font_get_metrics(XVT_FNTID font, int* leading, int* ascent, int* descen
 }
 
 COORD xvt_font_get_text_width(XVT_FNTID font, const char* text, int length) {
-  const auto found = needFont(font, __func__);
+  const auto found = drawn(needFont(font, __func__));
   if (!found || !hasText(text, __func__)) return 0;
   const std::size_t whole = length < 0 ? std::strlen(text) : strnlen(text, static_cast<std::size_t>(length));
   return found->width(std::string_view(text, whole));
 }
 
 void xvt_sbar_set_range(WINDOW window, SCROLL_TYPE bar, COORD low, COORD high) {
-  if (const auto owner = needBar(window, bar, __func__)) owner->setScrollRange(bar, low, std::max(low, high));
+  if (const auto owner = drawn(needBar(window, bar, __func__))) owner->setScrollRange(bar, low, std::max(low, high));
 }
 
 void xvt_sbar_set_proportion(WINDOW window, SCROLL_TYPE bar, COORD proportion) {
-  if (const auto owner = needBar(window, bar, __func__)) owner->setScrollProportion(bar, std::max(0, proportion));
+  if (const auto owner = drawn(needBar(window, bar, __func__)))
+    owner->setScrollProportion(bar, std::max(0, proportion));
 }
 
 void xvt_sbar_set_pos(WINDOW window, SCROLL_TYPE bar, COORD position) {
-  if (const auto owner = needBar(window, bar, __func__)) owner->setScrollPosition(bar, position);
+  if (const auto owner = drawn(needBar(window, bar, __func__))) owner->setScrollPosition(bar, position);
 }
 
 TXEDIT xvt_tx_get(WINDOW window, int id) {
@@ -86,14 +87,14 @@ void xvt_tx_set_scroll_callback(TXEDIT text, TX_SCROLL_CALLBACK callback) {
 }
 
 bool xvt_tx_add_par(TXEDIT text, T_PNUM where, const char* line) {
-  const auto field = needField(text, __func__);
+  const auto field = drawn(needField(text, __func__));
   if (!field || !hasText(line, __func__)) return false;
   field->insert(where, line);
   return true;
 }
 
 void xvt_tx_clear(TXEDIT text) {
-  if (const auto field = needField(text, __func__)) field->clear();
+  if (const auto field = drawn(needField(text, __func__))) field->clear();
 }
 
 T_LNUM xvt_tx_get_num_pars(TXEDIT text) {
@@ -111,11 +112,11 @@ const char* xvt_tx_get_par(TXEDIT text, T_LNUM number, std::size_t* length) {
 }
 
 void xvt_tx_scroll_vert(TXEDIT text, T_LNUM lines) {
-  if (const auto field = needField(text, __func__)) field->scroll(lines, 0);
+  if (const auto field = drawn(needField(text, __func__))) field->scroll(lines, 0);
 }
 
 void xvt_tx_scroll_hor(TXEDIT text, COORD pixels) {
-  if (const auto field = needField(text, __func__)) field->scroll(0, pixels);
+  if (const auto field = drawn(needField(text, __func__))) field->scroll(0, pixels);
 }
 
 T_LNUM xvt_tx_get_origin(TXEDIT text, T_CPOS* offset) {
@@ -125,7 +126,7 @@ T_LNUM xvt_tx_get_origin(TXEDIT text, T_CPOS* offset) {
 }
 
 void xvt_tx_move(TXEDIT text, const RCT* rectangle) {
-  const auto field = needField(text, __func__);
+  const auto field = drawn(needField(text, __func__));
   if (field && hasText(rectangle, __func__)) field->move(*rectangle);
 }
 
@@ -136,6 +137,6 @@ void xvt_tx_get_view_rect(TXEDIT text, RCT* rectangle) {
 
 void xvt_tx_process_event(WINDOW window, EVENT* event) {
   // Called at the end of every handler, also when the handler has just destroyed its window: no report then.
-  const auto owner = Registry::instance().find<Window>(window);
+  const auto owner = drawn(Registry::instance().find<Window>(window));
   if (owner && event != nullptr) owner->paintText();
 }

@@ -12,6 +12,7 @@ bool isDefinition(const WIN_DEF* definition, const char* function) {
 }
 
 bool canCreate(EVENT_HANDLER handler, const char* function) {
+  if (!runtime::hasDisplay()) return false;
   if (handler != nullptr && runtime::isRunning()) return true;
   report(function, handler == nullptr ? "no handler" : "the application is not running");
   return false;
@@ -82,7 +83,7 @@ void xvt_vobj_set_data(WINDOW window, void* data) {
 }
 
 void xvt_vobj_set_title(WINDOW window, const char* title) {
-  const auto object = needVisible(window, __func__);
+  const auto object = drawn(needVisible(window, __func__));
   if (object && hasText(title, __func__)) object->setTitle(validUtf8(title));
 }
 
@@ -92,7 +93,7 @@ char* xvt_vobj_get_title(WINDOW window, char* buffer, std::size_t size) {
 }
 
 void xvt_vobj_set_enabled(WINDOW window, bool enabled) {
-  if (const auto object = needVisible(window, __func__)) object->setEnabled(enabled);
+  if (const auto object = drawn(needVisible(window, __func__))) object->setEnabled(enabled);
 }
 
 bool xvt_vobj_is_enabled(WINDOW window) {
@@ -101,7 +102,7 @@ bool xvt_vobj_is_enabled(WINDOW window) {
 }
 
 void xvt_vobj_set_visible(WINDOW window, bool visible) {
-  if (const auto object = needVisible(window, __func__)) object->setVisible(visible);
+  if (const auto object = drawn(needVisible(window, __func__))) object->setVisible(visible);
 }
 
 bool xvt_vobj_is_visible(WINDOW window) {
@@ -110,25 +111,25 @@ bool xvt_vobj_is_visible(WINDOW window) {
 }
 
 void xvt_vobj_raise(WINDOW window) {
-  if (const auto object = needVisible(window, __func__)) object->raise();
+  if (const auto object = drawn(needVisible(window, __func__))) object->raise();
 }
 
 void xvt_vobj_set_focus(WINDOW window) {
-  if (const auto object = needVisible(window, __func__)) object->takeFocus();
+  if (const auto object = drawn(needVisible(window, __func__))) object->takeFocus();
 }
 
 void xvt_vobj_get_client_rect(WINDOW window, RCT* rectangle) {
-  const auto object = needVisible(window, __func__);
+  const auto object = drawn(needVisible(window, __func__));
   if (hasText(rectangle, __func__)) *rectangle = object ? object->clientRect() : RCT{};
 }
 
 void xvt_vobj_get_outer_rect(WINDOW window, RCT* rectangle) {
-  const auto object = needVisible(window, __func__);
+  const auto object = drawn(needVisible(window, __func__));
   if (hasText(rectangle, __func__)) *rectangle = object ? object->outerRect() : RCT{};
 }
 
 void xvt_vobj_move(WINDOW window, const RCT* rectangle) {
-  const auto object = needVisible(window, __func__);
+  const auto object = drawn(needVisible(window, __func__));
   if (!object || !hasText(rectangle, __func__)) return;
   if (rectangle->bottom > rectangle->top && rectangle->right > rectangle->left)
     object->move(*rectangle);

@@ -101,6 +101,9 @@ namespace runtime {
 
 int run(int argc, char** argv, EVENT_HANDLER handler, const XVT_CONFIG& config);
 bool isRunning();
+/// False when the connection to the display has been lost: the application is ending, and nothing may be drawn or
+/// asked.
+bool hasDisplay();
 void end();
 bool isEnding();
 void allowQuit();

@@ -81,9 +81,22 @@ SCRIPT
   echo 'menu quit'
 } >"$dir/script"
 "$program" --script "$dir/script"
+grep -q 'Copy ended at' "$dir/work/console.txt"
+
+# The display goes in mid-job: the job ends as ever, then the program, which says so.
+{ echo 'wait window main 10'; choose_and_start fourth; echo 'wait window never 60'; } >"$dir/lost"
+lost=0
+"$(dirname "$0")/../with-display" bash -c '
+  "$0" --script "$1" & job=$!
+  for _ in $(seq 200); do [ -s "$OUT/fourth.tpf" ] && break; sleep 0.1; done
+  pkill -KILL -P $PPID Xvfb
+  for _ in $(seq 200); do kill -0 $job 2>/dev/null || break; sleep 0.1; done
+  wait $job' "$program" "$dir/lost" 2>"$dir/lost.txt" || lost=$?
+[ "$lost" = 1 ] && grep -q 'connection to the display is lost' "$dir/lost.txt" || { cat "$dir/lost.txt"; exit 1; }
+tail -n 3 "$dir/work/console.txt" | grep -q 'Copy ended at'
 
 # Each was closed in good order: a file header, whole blocks, the closing marks.
-for name in first second third; do
+for name in first second third fourth; do
   python3 - "$dir/work/$name.tpf" <<'CHECK'
 import struct, sys
 data = open(sys.argv[1], 'rb').read()
@@ -97,5 +110,4 @@ while place < len(data):
 assert place == len(data) and blocks > 0 and marks == 2, (place, len(data), blocks, marks)
 CHECK
 done
-grep -q 'Copy ended at' "$dir/work/console.txt"
 echo "shell_midjob: all as expected"

@@ -75,6 +75,8 @@ bool Application::open(int argc, char** argv) {
     return false;
   }
   XSetErrorHandler(onXError);
+  XSetIOErrorHandler([](Display*) { return 0; });
+  XSetIOErrorExitHandler(display_, onLoss, this);
   Look::installResources(display_);
   std::vector<Arg> args(2);
   XtSetArg(args[0], const_cast<char*>(XmNdeleteResponse), XmDO_NOTHING);
@@ -113,11 +115,20 @@ void Application::run(EVENT_HANDLER handler) {
   pump_->runUntil([this] { return ending_; });
   // Newest first; a handler that opens a window now sees it ended too.
   while (!windows_.empty()) windows_.back()->destroy();
+  if (lost_) return;
   pump_->reap();
   task_.reset();
   pump_->setTick(nullptr);
   Pump::setFirstTick(nullptr);
   XtDestroyWidget(shell_);
+}
+
+void Application::onLoss(Display*, void* application) {
+  auto* self = static_cast<Application*>(application);
+  if (!self->lost_) std::fputs("xvt: the connection to the display is lost\n", stderr);
+  self->lost_ = self->ending_ = true;
+  // The event loop would look at a closed connection for ever.
+  EndSignals::wake();
 }
 
 void Application::retire(const std::shared_ptr<ShellWindow>& window) {
@@ -205,13 +216,17 @@ void Application::setBusy(bool busy) {
 namespace runtime {
 
 int run(int argc, char** argv, EVENT_HANDLER handler, const XVT_CONFIG& config) {
-  Application application(config);
-  if (!application.open(argc, argv)) return 1;
-  application.run(handler);
-  return xvt_script_status();
+  auto application = std::make_unique<Application>(config);
+  if (!application->open(argc, argv)) return 1;
+  application->run(handler);
+  if (!application->isLost()) return xvt_script_status();
+  // What is left stays to the end of the process, known as the current one: its own end would speak to the display.
+  static_cast<void>(application.release());
+  return 1;
 }
 
 bool isRunning() { return current != nullptr; }
+bool hasDisplay() { return current == nullptr || !current->isLost(); }
 void end() { app().end(); }
 bool isEnding() { return current != nullptr && current->isEnding(); }
 void allowQuit() { app().allowQuit(); }

@@ -64,6 +64,8 @@ class Application {
   void stopChoosing(const ShellWindow* window);
 
   void end() { ending_ = true; }
+  /// The connection to the display is gone: the application ends by its ordinary way, without a word to the display.
+  bool isLost() const { return lost_; }
   bool isEnding() const { return ending_; }
   void allowQuit() { quit_allowed_ = true; }
   /// The session wants the program to end: asks the task window, and ends if it agrees.
@@ -73,6 +75,9 @@ class Application {
   Cursor busyCursor() const { return busy_cursor_; }
 
  private:
+  /// Called from the middle of any call to Xlib, which then returns with nothing done.
+  static void onLoss(Display* display, void* application);
+
   XVT_CONFIG config_;
   XtAppContext context_ = nullptr;
   Display* display_ = nullptr;
@@ -88,6 +93,7 @@ class Application {
   Cursor busy_cursor_ = 0;
   int busy_ = 0;
   bool ending_ = false;
+  bool lost_ = false;
   bool quit_allowed_ = false;
 };
 

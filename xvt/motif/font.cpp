@@ -27,7 +27,7 @@ XftFontObject::XftFontObject(Display* display, XftFont* font) : display_(display
 
 XftFontObject::~XftFontObject() {
   // A font that the program keeps beyond the end of the application went with its display.
-  if (appIfRunning() != nullptr) XftFontClose(display_, font_);
+  if (appIfRunning() != nullptr && runtime::hasDisplay()) XftFontClose(display_, font_);
 }
 
 int XftFontObject::leading() const { return std::max(0, font_->height - font_->ascent - font_->descent); }

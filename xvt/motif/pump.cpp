@@ -46,14 +46,15 @@ void Pump::serveIfDue() {
 }
 
 void Pump::serve(bool ticks) {
+  if (app().isLost()) return;
   const auto start = Clock::now();
   prepare();
-  while (XtAppPending(context_) != 0) {
+  while (!app().isLost() && XtAppPending(context_) != 0) {
     processOne();
     if (Clock::now() - start > kServeAtMost) break;
   }
   prepare();
-  if (ticks) tickIfDue();
+  if (ticks && !app().isLost()) tickIfDue();
   last_serve_ = Clock::now();
 }
 
@@ -66,6 +67,7 @@ void Pump::processOne() {
 }
 
 void Pump::prepare() {
+  if (app().isLost()) return;
   // A copy: a window that is brought up to date may open or end others.
   const auto windows = app().windows();
   for (const auto& window : windows) guarded("refresh", [&] { window->refresh(); });
@@ -74,7 +76,7 @@ void Pump::prepare() {
 void Pump::retire(std::shared_ptr<ShellWindow> window) { retired_.push_back(std::move(window)); }
 
 void Pump::reap() {
-  if (!Frame::none() || retired_.empty()) return;
+  if (!Frame::none() || retired_.empty() || app().isLost()) return;
   const auto dead = std::move(retired_);
   retired_.clear();
   for (const auto& window : dead) window->destroyWidgets();

@@ -195,6 +195,7 @@ void ShellWindow::popUp() {
 
 void ShellWindow::popDown() {
   if (!shown_) return;
+  if (app().isLost()) return static_cast<void>(shown_ = false);
   app().stopChoosing(this);
   rememberPlace();
   shown_ = false;
@@ -299,7 +300,7 @@ void ShellWindow::move(const RCT& rectangle) {
 void ShellWindow::destroy() {
   if (dying_) return;
   const auto alive = shared_from_this();
-  if (shown_) {
+  if (shown_ && !app().isLost()) {
     rememberPlace();
     leftPlaces()[name()] = place_;
   }

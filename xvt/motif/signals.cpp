@@ -18,12 +18,7 @@ constexpr std::array<int, 3> kSignals{SIGTERM, SIGINT, SIGHUP};
 /// A signal handler may do little more than write a byte; the event loop reads it.
 int pipe_ends[2] = {-1, -1};
 
-void noted(int) {
-  const int error = errno;
-  const char byte = 0;
-  [[maybe_unused]] const ssize_t written = write(pipe_ends[1], &byte, 1);
-  errno = error;
-}
+void noted(int) { EndSignals::wake(); }
 
 void handle(int signal, void (*handler)(int)) {
   struct sigaction old {};
@@ -53,6 +48,13 @@ EndSignals::~EndSignals() {
     close(end);
     end = -1;
   }
+}
+
+void EndSignals::wake() {
+  const int error = errno;
+  const char byte = 0;
+  [[maybe_unused]] const ssize_t written = write(pipe_ends[1], &byte, 1);
+  errno = error;
 }
 
 void EndSignals::arrived(XtPointer self, int* source, XtInputId*) {

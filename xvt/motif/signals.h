@@ -14,6 +14,8 @@ class EndSignals {
   ~EndSignals();
   EndSignals(const EndSignals&) = delete;
   EndSignals& operator=(const EndSignals&) = delete;
+  /// Makes a waiting event loop return, as a signal does.
+  static void wake();
 
  private:
   static void arrived(XtPointer self, int* source, XtInputId*);
