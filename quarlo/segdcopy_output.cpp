@@ -106,6 +106,7 @@ bool SegdOutput::endFile() {
   }
   SgdParams.theFile = nullptr;
   const bool whole = disk.flush();
+  sync.add(stream.get(), outputName);
   return (closeFile(stream) && whole) || writeError();
 }
 
@@ -228,7 +229,11 @@ SegdOutput::Tapes SegdOutput::handleFullOutput() {
 
 bool SegdOutput::finish(bool sparesUntouched) {
   const bool ended = endFile();
-  if (!isTape() || units[1].state != 1 || (sparesUntouched && !touched)) {
+  if (!isTape()) {
+    return sync.wait([](const std::string& path, int reason) { logMessage(diskErrorText(path, reason).c_str()); }) &&
+           ended;
+  }
+  if (units[1].state != 1 || (sparesUntouched && !touched)) {
     return ended;
   }
   // A prepended file, or a mark that failed, may have left the last block without its own.

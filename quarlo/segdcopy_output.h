@@ -48,7 +48,8 @@ class SegdOutput {
   bool endFile();
   /// The full tapes' end and the next tapes.
   Tapes handleFullOutput();
-  /// Ends a field file that was left unfinished and writes the mark that closes the last tapes.
+  /// Ends a field file that was left unfinished and writes the mark that closes the last tapes. Files are on the disk
+  /// then.
   /// @param sparesUntouched leaves tapes alone that took no block of this job
   bool finish(bool sparesUntouched);
 
@@ -77,6 +78,7 @@ class SegdOutput {
   std::string outputName;
   FileHandle stream;
   PieceWriter disk{logMessage};
+  DiskSync sync;
   bool BlockTraces;
   std::vector<char> TraceBlock;
   int tracesInBlock = 0;

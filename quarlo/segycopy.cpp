@@ -52,6 +52,8 @@ class SegyCopy {
   // Everything that answers false has said why, or ends the job as it should.
   bool prepare();
   bool findInputs();
+  bool makeTemporaryFiles();
+  bool mayWriteVolumes();
   bool prepareRangeLimit();
   bool openInput();
   bool goOn();
@@ -78,6 +80,11 @@ class SegyCopy {
   bool fail(const char* line) {
     console_out(line);
     return fail();
+  }
+  bool stop() {
+    logAborted("Copy");
+    stopped = true;
+    return false;
   }
   bool inputIsTape() const { return units->type == UT_TAPE; }
 
@@ -119,7 +126,7 @@ int SegyCopy::run() {
       outputPhase();
     }
   } else {
-    failed = true;
+    failed = !stopped;
   }
   finish();
   return failed ? JOB_FAILED : JOB_OK;
@@ -133,15 +140,41 @@ bool SegyCopy::prepare() {
     return false;
   }
   const std::optional<int> needed = bytesForKeys();
-  if (!needed || !findInputs() || !prepareRangeLimit()) {
+  if (!needed || !findInputs() || !makeTemporaryFiles() || !mayWriteVolumes() || !prepareRangeLimit()) {
     return false;
   }
   keyBytes = *needed;
-  if (SgyParams.sort && !store.emplace().create(taken)) {
-    return false;
-  }
   report();
   return openInput();
+}
+
+bool SegyCopy::makeTemporaryFiles() {
+  if (!SgyParams.sort) {
+    return true;
+  }
+  const SortStore::Created made = store.emplace().create(&taken);
+  return made == SortStore::Created::Declined ? stop() : made == SortStore::Created::Ready;
+}
+
+/// Further volumes get their names from the first; what stands there already is asked about once, before anything is
+/// written.
+bool SegyCopy::mayWriteVolumes() {
+  const bool byInput = SgyParams.multipleIn && !SgyParams.concatInputs;
+  if (output.isTape() || !(byInput || splitsByKey())) {
+    return true;
+  }
+  const int last = byInput && !inputIsTape() ? static_cast<int>(files.size()) - 1 : INT_MAX;
+  const std::vector<std::string> names = output.existingVolumes(last);
+  if (names.empty() ||
+      xvt_dm_post_ask("Write over", "Cancel", nullptr,
+                      "%zu further volume%s of this output may be written and exist%s already:\n%s%s%s\n"
+                      "Write over?",
+                      names.size(), names.size() > 1 ? "s" : "", names.size() > 1 ? "" : "s", names.front().c_str(),
+                      names.size() > 1 ? " to " : "", names.size() > 1 ? names.back().c_str() : "") == RESP_DEFAULT) {
+    return true;
+  }
+  console_printf("  ** %s stays as it is: choose another output.", names.front().c_str());
+  return stop();
 }
 
 /// Collects what the job must not write to. The output is added last, so that nothing else is written over it.
@@ -168,6 +201,7 @@ bool SegyCopy::findInputs() {
   if (!output.isTape()) {
     taken.add(outputPath);
   }
+  taken.add(limitSourcePath());
   return true;
 }
 
@@ -176,14 +210,17 @@ bool SegyCopy::prepareRangeLimit() {
     return true;
   }
   const std::string log = rangeLimitLogPath();
+  if (sameFile(log.c_str(), limitSourcePath().c_str())) {
+    console_printf("  *** %s is read by this job and would be emptied as its log: give the file another name.",
+                   log.c_str());
+    return false;
+  }
   if (taken.holds(log)) {
     console_printf("  *** %s is used by this job already and cannot be the range limit log.", log.c_str());
     return false;
   }
   const bool ready = (limitsByPolygon(SgyParams) ? initPolygon() : initPointsList()) != 0;
   taken.add(log);
-  taken.add(joinPath(fieldText(SgyParams.listParams.dir), fieldText(SgyParams.listParams.file)));
-  taken.add(joinPath(fieldText(SgyParams.polyParams.dir), fieldText(SgyParams.polyParams.file)));
   return ready;
 }
 
@@ -235,14 +272,7 @@ bool SegyCopy::writeHeaders() {
 
 // ---- trace by trace ---------------------------------------------------------------------------------------------
 
-bool SegyCopy::goOn() {
-  if (frame->goOn()) {
-    return true;
-  }
-  logAborted("Copy");
-  stopped = true;
-  return false;
-}
+bool SegyCopy::goOn() { return frame->goOn() || stop(); }
 
 bool SegyCopy::step() {
   if (!goOn()) {

@@ -20,6 +20,8 @@ constexpr RetryWords RETRY_WORDS = {"  *** Error reading from input tape - retry
                                     "  *** Too many sequential bad blocks. Aborting."};
 constexpr TapeChangeWords INPUT_WORDS = {"Tape finished.", "Magazine finished.", "  "};
 
+constexpr int REEL_HEADERS = 2;  // blocks: the text and the binary header
+
 // Fields of the binary reel header: 2-byte integers, positions from 1.
 constexpr HeaderKey SAMPLE_INTERVAL = {17, DT_INT16};
 constexpr HeaderKey SAMPLE_COUNT = {21, DT_INT16};
@@ -265,26 +267,8 @@ SegyItem SegyTapeInput::nextTape() {
     return SegyItem::End;
   }
   if (!SgyParams.multipleIn) {
-    skipReelHeaders();
+    tlv_skip_blocks(units, 0, REEL_HEADERS);
     return SegyItem::Nothing;
   }
   return readEbcdic() ? beginInput() : SegyItem::Failed;
-}
-
-/// Passes over the two headers of a continuation reel. They are read rather than spaced over, to see whether they are.
-void SegyTapeInput::skipReelHeaders() {
-  bool likely = true;
-  for (const int usual : {EBCDIC_HEADER_BYTES, BINARY_HEADER_BYTES}) {
-    const int first = usual == EBCDIC_HEADER_BYTES ? ReelSize() : BinarySize();
-    const int bytes = readBlock();
-    if (bytes < 0) {
-      tlv_skip_blocks(units, 0, 1);
-    }
-    likely = likely && (bytes == usual || bytes == first);
-  }
-  if (!likely) {
-    console_out(
-        "  ** The first two blocks of this tape are no reel headers by their lengths: two traces may have been "
-        "skipped.");
-  }
 }

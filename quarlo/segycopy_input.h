@@ -104,7 +104,6 @@ class SegyTapeInput : public SegyInput {
   SegyItem takeMark();
   SegyItem nextTape();
   SegyItem beginInput();
-  void skipReelHeaders();
   bool readHeader(const char* name, std::vector<char>* header);
 
   int readSize;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstring>
 #include <optional>
 
@@ -27,6 +28,10 @@ std::optional<std::pair<dev_t, ino_t>> nodeOf(const std::string& path) {
 }
 
 }  // namespace
+
+std::string diskErrorText(const std::string& name, int reason) {
+  return formatText("  *** Error writing to disk file \"%s\": %s.", name.c_str(), std::strerror(reason));
+}
 
 std::size_t writeAll(int descriptor, const char* data, std::size_t bytes) {
   std::size_t done = 0;
@@ -198,7 +203,7 @@ bool PieceWriter::writeBuffer(std::size_t* written) {
 /// Cuts the file back to its last whole piece and counts what did not reach it.
 bool PieceWriter::lose(std::size_t written, int reason) {
   if (!broken) {
-    say(formatText("  *** Error writing to disk file \"%s\": %s.", name.c_str(), std::strerror(reason)).c_str());
+    say(diskErrorText(name, reason).c_str());
   }
   broken = true;
   std::size_t whole = 0;
@@ -245,13 +250,34 @@ bool SegyOutput::write(std::span<const char> piece, bool isTrace) {
 
 SegyOutput::Volume SegyOutput::getAnotherOutput(int index) { return isTape() ? nextTapes() : nextFile(index); }
 
+std::vector<std::string> SegyOutput::existingVolumes(int last) const {
+  std::vector<std::string> found;
+  for (const std::string& name : listFiles(units[1].fs.dir, "*.sgy").names) {
+    int index = 0;
+    const char* const begin = name.data() + std::min(baseName.size(), name.size());
+    std::from_chars(begin, name.data() + name.size(), index);
+    if (index >= 1 && index <= last && name == volumeName(index) &&
+        !inputs.holds(joinPath(fieldText(units[1].fs.dir.path), name))) {
+      found.push_back(name);
+    }
+  }
+  return found;
+}
+
+void SegyOutput::startSync() {
+  if (units[1].fp != nullptr) {
+    sync.add(units[1].fp, pathOf(units[1].fs));
+  }
+}
+
 SegyOutput::Volume SegyOutput::nextFile(int index) {
   const bool whole = flush();
+  startSync();
   if (closeDiskUnit(&units[1]) != 0 || !whole) {
     return Volume::Failed;
   }
   FILE_SPEC next = units[1].fs;
-  const std::string name = baseName + formatText("%.3d.sgy", index);
+  const std::string name = volumeName(index);
   const bool fits = copyText(next.name, name);
   if (fits && inputs.holds(pathOf(next))) {
     console_printf("  *** Output file %s is an input of this job and is not written.", next.name);
@@ -293,7 +319,10 @@ bool SegyOutput::separateFiles() {
 
 bool SegyOutput::finish() {
   if (!isTape()) {
-    return flush();
+    const bool whole = flush();
+    startSync();
+    return sync.wait([](const std::string& path, int reason) { console_out(diskErrorText(path, reason).c_str()); }) &&
+           whole;
   }
   if (units[1].state != 1 || closed) {
     return true;

@@ -13,6 +13,8 @@
 #include <utility>
 #include <vector>
 
+#include "libkyr/disksync.h"
+#include "libkyr/text.h"
 #include "quarlo/tapelib/cons_win.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 
@@ -141,10 +143,10 @@ class SegyOutput {
   /// @return false when the disk or tape took it not: lost() says what went with it
   bool writeHeader(const std::vector<char>& header) { return write({header.data(), header.size()}, false); }
   bool writeTrace(std::span<const char> trace) { return write(trace, true); }
-  /// Hands what is still in the buffer to the disk.
-  bool flush() { return isTape() || disk.flush(); }
   const LostOutput& lost() const { return isTape() ? gone : disk.lost(); }
 
+  /// Names of further volumes, up to number `last`, that stand on disk already and are no inputs, in order.
+  std::vector<std::string> existingVolumes(int last) const;
   /// Ends the present volume and begins the next. On disk that is a file beside the first, its name up to the first "."
   /// followed by `index` in three digits; on tape the next cartridge of every output drive.
   Volume getAnotherOutput(int index);
@@ -152,11 +154,15 @@ class SegyOutput {
   bool initOutput(const std::vector<char>& ebcdic, const std::vector<char>& binary);
   /// One mark between two files on tape. @return false after a console line
   bool separateFiles();
-  /// The end of the last volume: what is buffered, the double mark. @return false when they could not be written
+  /// The end of the last volume: what is buffered, the double mark. Files are on the disk then. @return false when that
+  /// could not be done
   bool finish();
 
  private:
   bool write(std::span<const char> piece, bool isTrace);
+  bool flush() { return isTape() || disk.flush(); }
+  void startSync();
+  std::string volumeName(int index) const { return baseName + formatText("%.3d.sgy", index); }
   Volume nextFile(int index);
   Volume nextTapes();
 
@@ -164,9 +170,13 @@ class SegyOutput {
   const FileSet& inputs;
   std::string baseName;  // of the first volume, up to its first "."
   PieceWriter disk;
+  DiskSync sync;
   LostOutput gone;     // at a tape
   bool closed = true;  // the tapes now loaded are complete, or without a block of this job: they take no closing marks
 };
+
+/// The line about a file that could not be written.
+std::string diskErrorText(const std::string& name, int reason);
 
 /// Writes all of it. @return bytes written, fewer with errno after a failure
 std::size_t writeAll(int descriptor, const char* data, std::size_t bytes);

@@ -1,5 +1,6 @@
 #include "quarlo/segycopy_report.h"
 
+#include <algorithm>
 #include <string>
 
 #include "libkyr/byteorder.h"
@@ -101,8 +102,13 @@ void warnOfUnusualFile(std::span<const char> binaryHeader) {
   const int swappedFormat = loadLeInt16(header + FORMAT_AT);
   const bool little =
       loadBe32(header + BYTE_ORDER_AT) == BYTE_ORDER_SWAPPED || (!isFormatCode(format) && isFormatCode(swappedFormat));
-  const int revision = static_cast<unsigned char>(header[REVISION_AT]);
-  const int extended = little ? loadLeInt16(header + EXTENDED_AT) : loadBeInt16(header + EXTENDED_AT);
+  // Two bytes in revision 2, one number before: in a little-endian file that stands the other way round.
+  const int revision = std::max(static_cast<unsigned char>(header[REVISION_AT]),
+                                static_cast<unsigned char>(little ? header[REVISION_AT + 1] : '\0'));
+  // Before revision 1 the place belongs to nobody.
+  const int extended = revision < 1 ? 0
+                       : little     ? loadLeInt16(header + EXTENDED_AT)
+                                    : loadBeInt16(header + EXTENDED_AT);
   std::string facts;
   if (little) {
     add(&facts, "little-endian");

@@ -1,9 +1,11 @@
 #include "quarlo/segycopy_sort.h"
 
-#include <unistd.h>
-
 #include <algorithm>
+#include <array>
+#include <cerrno>
 #include <climits>
+#include <cmath>
+#include <cstring>
 #include <filesystem>
 #include <new>
 
@@ -34,38 +36,134 @@ bool refuse(const std::string& path) {
 
 }  // namespace
 
+// ---- making the files -------------------------------------------------------------------------------------------
+
 SortStore::~SortStore() {
   traceFile.reset();
   indexFile.reset();
   traces.reset();
-  if (indexMade) {
-    (void)unlink(indexPath.c_str());
-  }
-  if (traceFileMade && !SgyParams.keepSortFile) {
-    (void)unlink(tracePath.c_str());
+  if (SgyParams.keepSortFile) {
+    traceTemp.keep();
   }
 }
 
-bool SortStore::create(const FileSet& taken) {
+SortStore::Created SortStore::create(FileSet* taken) {
   tracePath = absolutePath(joinPath(fieldText(SgyParams.sortDir), fieldText(SgyParams.sortFile)));
   indexPath = absolutePath(joinPath(fieldText(SgyParams.sortDir), INDEX_NAME));
   for (const std::string& path : {tracePath, indexPath}) {
-    if (taken.holds(path)) {
-      return refuse(path);
+    if (taken->holds(path)) {
+      refuse(path);
+      return Created::Failed;
     }
   }
   if (sameFile(tracePath.c_str(), indexPath.c_str())) {
-    return refuse(tracePath);
+    refuse(tracePath);
+    return Created::Failed;
   }
-  traceFile = std::make_unique<LargeFile>(tracePath.c_str(), "wb");
-  traceFileMade = traceFile->IsValid();
-  if (!traceFileMade) {
+  if (!claim(&traceTemp, tracePath, formatText("  *** Error creating temporary file %s.", tracePath.c_str()).c_str()) ||
+      !claim(&indexTemp, indexPath, "  *** Error creating SegyCopy.idx file.")) {
+    return Created::Failed;
+  }
+  if (!isLeftover() && !mayEmpty()) {
+    return Created::Declined;
+  }
+  taken->add(tracePath);
+  taken->add(indexPath);
+  return empty() ? Created::Ready : Created::Failed;
+}
+
+bool SortStore::claim(TempFile* file, const std::string& path, const char* failure) {
+  switch (file->claim(path)) {
+    case TempFile::Claim::Taken:
+      return true;
+    case TempFile::Claim::InUse:
+      console_printf("  *** %s is in use by another sort: choose a sort file in another directory.", path.c_str());
+      return false;
+    case TempFile::Claim::NoLocks:
+      console_printf("  *** %s cannot be locked (%s): choose a sort file on another disk.", path.c_str(),
+                     std::strerror(errno));
+      return false;
+    case TempFile::Claim::Failed:
+      break;
+  }
+  return say(failure);
+}
+
+namespace {
+
+/// Whether some field of a trace header, of whatever place and type, holds a value; no key at all counts as held.
+bool holdsValue(const std::array<char, TRACE_HEADER_BYTES>& header, double value) {
+  for (int type = DT_INT8; type <= DT_FLOAT32; ++type) {
+    for (HeaderKey key{1, type}; key.end() <= TRACE_HEADER_BYTES; ++key.byte) {
+      if (key.in(header.data()) == value) {
+        return true;
+      }
+    }
+  }
+  return value == 0.0 || std::isnan(value);
+}
+
+}  // namespace
+
+/// What a sort leaves that found no end, one of our own or of a program that was killed: empty files, or a trace file
+/// that begins as its index says.
+bool SortStore::isLeftover() const {
+  if (traceTemp.size() == 0 && indexTemp.size() == 0) {
+    return true;
+  }
+  struct {
+    std::int32_t text;
+    std::int32_t binary;
+    SortItem first;
+  } begin{};
+  static_assert(sizeof begin == 2 * sizeof(std::int32_t) + sizeof(SortItem));
+  const std::size_t got = readAt(indexTemp.descriptor(), &begin, sizeof begin, 0).value_or(0);
+  const double headers = static_cast<double>(begin.text) + begin.binary;
+  const auto bytes = static_cast<double>(traceTemp.size());
+  if (begin.text <= 0 || begin.binary <= 0) {
+    return false;
+  }
+  if (got < sizeof begin) {
+    return got == 2 * sizeof(std::int32_t) && bytes == headers;
+  }
+  if (begin.first.offset != headers || begin.first.size <= 0 || headers + begin.first.size > bytes) {
+    return false;
+  }
+  std::array<char, TRACE_HEADER_BYTES> header{};
+  const std::size_t wanted = std::min<std::size_t>(header.size(), static_cast<std::size_t>(begin.first.size));
+  return readAt(traceTemp.descriptor(), header.data(), wanted, static_cast<std::uint64_t>(headers)) == wanted &&
+         holdsValue(header, begin.first.primary) && holdsValue(header, begin.first.secondary) &&
+         holdsValue(header, begin.first.tertiary);
+}
+
+bool SortStore::mayEmpty() const {
+  std::string names;
+  for (const TempFile* file : {&traceTemp, &indexTemp}) {
+    names += file->size() > 0 ? file->path() + "\n" : "";
+  }
+  if (xvt_dm_post_ask(
+          "Write over", "Cancel", nullptr,
+          "The sort would write over what was there before and is not left over from a sort:\n%sWrite over?",
+          names.c_str()) == RESP_DEFAULT) {
+    return true;
+  }
+  console_printf("  ** %s stays as it is: choose another sort file.",
+                 traceTemp.size() > 0 ? tracePath.c_str() : indexPath.c_str());
+  return false;
+}
+
+bool SortStore::empty() {
+  if (traceTemp.empty()) {
+    traceFile = std::make_unique<LargeFile>(traceTemp.path().c_str(), "r+b");
+  }
+  if (traceFile == nullptr || !traceFile->IsValid() || !traceTemp.isInPlace()) {
     console_printf("  *** Error creating temporary file %s.", tracePath.c_str());
     return false;
   }
-  indexFile = openFile(indexPath.c_str(), "wb");
-  indexMade = indexFile != nullptr;
-  return indexMade || say("  *** Error creating SegyCopy.idx file.");
+  if (indexTemp.empty()) {
+    indexFile = openFile(indexTemp.path().c_str(), "r+b");
+  }
+  return (indexFile != nullptr && indexTemp.isInPlace()) || say("  *** Error creating SegyCopy.idx file.");
 }
 
 // ---- writing ----------------------------------------------------------------------------------------------------
@@ -84,7 +182,9 @@ bool SortStore::addEbcdic(const std::vector<char>& header) {
 }
 
 bool SortStore::addBinary(const std::vector<char>& header) {
-  return addHeader(header, "  *** Error writing binary header to temporary file", "  *** Error writing to index file");
+  return addHeader(header, "  *** Error writing binary header to temporary file",
+                   "  *** Error writing to index file") &&
+         flush();
 }
 
 bool SortStore::addTrace(std::span<const char> trace) {
@@ -100,8 +200,16 @@ bool SortStore::addTrace(std::span<const char> trace) {
   if (std::fwrite(&item, sizeof item, 1, indexFile.get()) != 1) {
     return say("  *** Error writing to index file");
   }
-  ++kept;
-  return true;
+  return ++kept > 1 || flush();
+}
+
+/// So much of both files that a killed program's are known again.
+bool SortStore::flush() {
+  if (!traceFile->Flush()) {
+    console_printf("  *** Error writing sort trace %d to temporary file", std::max(kept, 1));
+    return false;
+  }
+  return std::fflush(indexFile.get()) == 0 || say("  *** Error writing to index file");
 }
 
 // ---- reading ----------------------------------------------------------------------------------------------------
@@ -115,13 +223,13 @@ bool SortStore::reopen() {
   if (!closeFile(indexFile)) {
     return say("  *** Error writing to index file");
   }
-  traces = openFile(tracePath.c_str(), "rb", 0);
-  if (!traces) {
+  traces = openFile(traceTemp.path().c_str(), "rb", 0);
+  if (!traces || !traceTemp.isInPlace()) {
     console_printf("  *** Error opening temporary file %s.", tracePath.c_str());
     return false;
   }
-  indexFile = openFile(indexPath.c_str(), "rb");
-  if (!indexFile) {
+  indexFile = openFile(indexTemp.path().c_str(), "rb");
+  if (!indexFile || !indexTemp.isInPlace()) {
     return say("  *** Error opening SegyCopy.idx file.");
   }
   traceFileSize = static_cast<off_t>(fileSize(traces.get()).value_or(0));

@@ -13,6 +13,7 @@
 #include "quarlo/segycopy_io.h"
 #include "quarlo/segysel_sort.h"
 #include "quarlo/tapelib/largefile.h"
+#include "quarlo/tempfile.h"
 
 /// An index record: key values of a trace and where it lies in the temporary trace file. It stands in the index file as
 /// it does in memory.
@@ -29,15 +30,22 @@ static_assert(sizeof(SortItem) == THREE_KEY_BYTES);
 
 class SortStore {
  public:
+  enum class Created {
+    Ready,
+    Declined,  ///< a file that stands there is not to be written over
+    Failed
+  };
+
   SortStore() = default;
   /// Deletes what create() made: the index, and the trace file unless it is to be kept.
   ~SortStore();
   SortStore(const SortStore&) = delete;
   SortStore& operator=(const SortStore&) = delete;
 
-  /// Makes both files, at paths that hold wherever the job goes. @param taken files that must not be overwritten
-  /// @return false after a console line, as everything below
-  bool create(const FileSet& taken);
+  /// Makes both files, at paths that hold wherever the job goes, and locks them. Files that stand there and are not
+  /// left over from a sort are asked about. What did not come about has been said, here and below.
+  /// @param taken files that must not be overwritten; receives both
+  Created create(FileSet* taken);
   bool addEbcdic(const std::vector<char>& header);
   bool addBinary(const std::vector<char>& header);
   bool addTrace(std::span<const char> trace);
@@ -54,6 +62,11 @@ class SortStore {
   std::span<const char> trace(int place);
 
  private:
+  static bool claim(TempFile* file, const std::string& path, const char* failure);
+  bool isLeftover() const;
+  bool mayEmpty() const;
+  bool empty();
+  bool flush();
   bool addHeader(const std::vector<char>& header, const char* traceFileError, const char* indexError);
   bool readHeader(const char* name, std::vector<char>* header);
   const SortItem& itemAt(int place) const;
@@ -62,8 +75,8 @@ class SortStore {
 
   std::string tracePath;
   std::string indexPath;
-  bool traceFileMade = false;
-  bool indexMade = false;
+  TempFile traceTemp;
+  TempFile indexTemp;
   std::unique_ptr<LargeFile> traceFile;  // while it is written
   FileHandle indexFile;
   FileHandle traces;  // while it is read

@@ -125,6 +125,13 @@ std::string polygonPath() {
 
 }  // namespace
 
+std::string limitSourcePath() {
+  if (!SgyParams.rangeLimit || (limitsByPolygon(SgyParams) && SgyParams.polyParams.type == PS_TYPED)) {
+    return "";
+  }
+  return limitsByPolygon(SgyParams) ? polygonPath() : listPath();
+}
+
 std::string rangeLimitLogPath() {
   if (!limitsByPolygon(SgyParams)) {
     return joinPath(fieldText(SgyParams.listParams.dir), LOG_NAME);

@@ -20,6 +20,8 @@ extern double Primary, Secondary;  ///< key values of the trace that was tested 
 // from job to job.
 extern double MinPrimary, MaxPrimary, MinSecondary, MaxSecondary;
 
+/// The path of the list or polygon file of the limit in force; empty when none is read.
+std::string limitSourcePath();
 /// The path of the log that the limit in force will write. Typed polygons log to the application's default directory,
 /// which becomes their `dir`.
 std::string rangeLimitLogPath();

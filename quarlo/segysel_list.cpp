@@ -43,6 +43,23 @@ class LineReader {
   int number = 0;
 };
 
+bool isNumber(std::string_view text) {
+  const std::string word(text);
+  char* end = nullptr;
+  return std::isfinite(std::strtod(word.c_str(), &end)) && end != word.c_str() && end == word.c_str() + word.size();
+}
+
+/// "10-20" as a range is written, empty for any other word.
+std::string spacedRange(std::string_view word) {
+  std::size_t dash = isNumber(word) ? std::string_view::npos : word.find('-', 1);
+  for (; dash != std::string_view::npos; dash = word.find('-', dash + 1)) {
+    if (isNumber(word.substr(0, dash)) && isNumber(word.substr(dash + 1))) {
+      return std::string(word.substr(0, dash)) + " - " + std::string(word.substr(dash + 1));
+    }
+  }
+  return "";
+}
+
 bool isHeader(std::string_view line) { return line.starts_with('H'); }
 
 /// The words of a line one after another; an empty word behind the last.
@@ -127,6 +144,16 @@ bool parseRange(std::string_view line, bool useSecondary, RangeLine* range) {
   return parseSpan(&words, &range->primary) && (!useSecondary || parseSpan(&words, &range->secondary));
 }
 
+/// The first range of a line that has no blanks around its "-", as it should be written; empty when there is none.
+std::string unspacedRange(std::string_view line) {
+  Words words(line);
+  std::string range;
+  while (range.empty() && !words.end()) {
+    range = spacedRange(words.next());
+  }
+  return range;
+}
+
 /// Points that memory is surely there for: half of the machine's.
 std::size_t pointLimit() {
   const long pages = sysconf(_SC_PHYS_PAGES);
@@ -195,6 +222,11 @@ bool ListFile::survey(std::FILE* file) {
   while (lines.next()) {
     found.rangeForm = found.rangeForm || lines.line().find('-') != std::string::npos;
     ++(isHeader(lines.line()) ? found.headers : found.entries);
+    const std::string range = isHeader(lines.line()) ? "" : unspacedRange(lines.line());
+    if (!range.empty()) {
+      complain(formatText("holds a range without blanks, which is written %s", range.c_str()).c_str(), path, lines);
+      return false;
+    }
   }
   if (found.entries > pointLimit()) {
     console_printf("  *** More entries than can be held in list file: %s", path.c_str());

@@ -4,10 +4,12 @@
 #include <cerrno>
 #include <cstring>
 
+#include "libkyr/disksync.h"
 #include "quarlo/blockread.h"
 #include "quarlo/jobframe.h"
 #include "quarlo/tapechange.h"
 #include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/loglines.h"
 #include "quarlo/tpf.h"
 
@@ -146,7 +148,12 @@ bool ImageOutput::writeClosingMarks(bool cutShort) {
   for (int mark = 0; mark < 2 && !isRaw(); ++mark) {
     whole = writeDiskMark({}, true) && whole;
   }
-  return whole;
+  DiskSync sync;
+  sync.add(units[1].fp, pathOf(units[1].fs));
+  return sync.wait([this](const std::string&, int reason) {
+    errno = reason;
+    sayDiskError();
+  }) && whole;
 }
 
 bool ImageOutput::closeTapes() {

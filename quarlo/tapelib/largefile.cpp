@@ -106,6 +106,13 @@ bool LargeFile::Seek(double offset, int whence) {
   return true;
 }
 
+bool LargeFile::Flush() {
+  if (!usable()) return false;
+  if (std::fflush(TheFile) != 0) return fail(errno);
+  Errno = 0;
+  return true;
+}
+
 double LargeFile::GetSize() {
   struct stat facts {};
   if (stat(Name.c_str(), &facts) != 0) {

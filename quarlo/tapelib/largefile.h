@@ -33,6 +33,8 @@ class LargeFile {
   /// Size in bytes of the file of this name as the file system has it (unflushed writes not counted), 0 on failure.
   double GetSize();
   double GetPos() const { return FilePosition; }
+  /// Hands what was written to the system.
+  bool Flush();
 
  private:
   bool fail(int error);

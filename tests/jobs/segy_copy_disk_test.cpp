@@ -1,6 +1,7 @@
 // The SEG Y copy between disk files: what is kept, in which order, in which files, and what the console says.
 
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -102,6 +103,12 @@ TEST_F(SegyDiskTest, SaysWhatMayBeMistaken) {
   EXPECT_TRUE(
       consoleHas("  ** The binary header says: samples of 1 byte, revision 2, extended text headers (3). The file is "
                  "read as big-endian, with 3600 bytes of headers and samples of 4 bytes."));
+  binary[300] = 0;  // before revision 1 nobody says what stands there
+  writeFile(folder.path("in.sgy"), segyText() + binary + trace(1));
+  EXPECT_EQ(copyFile("in.sgy"), JOB_OK);
+  EXPECT_TRUE(
+      consoleHas("  ** The binary header says: samples of 1 byte. The file is read as big-endian, with 3600 bytes of "
+                 "headers and samples of 4 bytes."));
   binary = segyBinary(SAMPLES, 0x0100);
   writeFile(folder.path("in.sgy"), segyText() + binary + trace(1));
   EXPECT_EQ(copyFile("in.sgy"), JOB_OK);
@@ -221,15 +228,72 @@ TEST_F(SegyDiskTest, TheKeptTemporaryFileHoldsHeadersAndKeptTraces) {
   limitByList("2\n4\n");
   sortTraces();
   SgyParams.keepSortFile = true;
-  std::string index;
-  toolkit.onPump = [&](long) {
-    if (exists("SegyCopy.idx") && output().size() > 0) {
-      index = readFile(folder.path("SegyCopy.idx"));
-    }
-  };
   EXPECT_EQ(copyFile("in.sgy"), JOB_OK);
   EXPECT_EQ(readFile(folder.path("Sort.tmp")), segyFile({traces[1], traces[3]}, SAMPLES));
   EXPECT_FALSE(exists("SegyCopy.idx"));
+}
+
+TEST_F(SegyDiskTest, TemporaryFilesBelongToOneJobAtATime) {
+  makeInput(numbered(1, 6));
+  sortTraces();
+  std::filesystem::create_directory("links");
+  std::filesystem::create_symlink("../Sort.tmp", "links/other.tmp");
+  for (const std::string name : {"Sort.tmp", "SegyCopy.idx"}) {
+    SCOPED_TRACE(name);
+    const bool byLink = name == "Sort.tmp";
+    copyText(SgyParams.sortDir, folder.path(byLink ? "links" : ""));
+    copyText(SgyParams.sortFile, "other.tmp");
+    writeFile(name, "another program's");
+    const FileHandle theirs = openFile(name.c_str(), "r+");
+    ASSERT_EQ(flock(fileno(theirs.get()), LOCK_EX), 0);
+    EXPECT_EQ(copyFile("in.sgy"), JOB_FAILED);
+    EXPECT_TRUE(consoleHas("  *** " + folder.path(byLink ? "links/other.tmp" : name) +
+                           " is in use by another sort: choose a sort file in another directory."));
+    EXPECT_EQ(readFile(name), "another program's");
+    EXPECT_FALSE(exists("other.tmp"));
+    EXPECT_FALSE(exists("links/SegyCopy.idx"));
+    std::filesystem::remove(name);
+  }
+}
+
+/// What a killed program left is written over; what is anything else is asked about and stays if so wished.
+TEST_F(SegyDiskTest, OnlyLeftoversAreWrittenOverWithoutAQuestion) {
+  makeInput(numbered(1, 6));
+  sortTraces();
+  for (const long at : {1L, 2L, 5L, 9L}) {
+    SCOPED_TRACE(at);
+    std::string traces;
+    std::string index;
+    pumpsOfJob = 0;
+    toolkit.onPump = [&](long) {
+      if (++pumpsOfJob == at) {
+        traces = readFile("Sort.tmp");
+        index = readFile("SegyCopy.idx");
+      }
+    };
+    EXPECT_EQ(copyFile("in.sgy"), JOB_OK);
+    toolkit.onPump = nullptr;
+    EXPECT_EQ(traces.empty(), index.empty());
+    for (const std::string name : {"", "Sort.tmp", "SegyCopy.idx"}) {
+      const bool asks = !name.empty() && !traces.empty();
+      writeFile("Sort.tmp", traces);
+      writeFile("SegyCopy.idx", index);
+      if (asks) {
+        writeFile(name, "a file of mine, longer than the length of both of the headers of an index");
+        toolkit.answerAsk(RESP_2);
+        EXPECT_EQ(copyFile("in.sgy", "none.sgy"), JOB_OK);
+        EXPECT_TRUE(consoleHas("  *** Copy aborted by user at DATE."));
+        EXPECT_TRUE(consoleHas("0 traces read."));
+        EXPECT_TRUE(readFile(name).starts_with("a file of mine"));
+        EXPECT_EQ(output("none.sgy"), "");
+        toolkit.answerAsk(RESP_DEFAULT);
+      }
+      EXPECT_EQ(copyFile("in.sgy"), JOB_OK);
+      EXPECT_EQ(serials(), (Serials{1, 2, 3, 4, 5, 6}));
+      EXPECT_EQ(std::exchange(toolkit.asks, {}).size(), asks ? 2U : 0U);
+      expectNoTemporaryFiles();
+    }
+  }
 }
 
 TEST_F(SegyDiskTest, RefusesToSortSeveralInputsThatAreNotJoined) {
@@ -249,6 +313,13 @@ TEST_F(SegyDiskTest, ATemporaryFileThatVanishesOrCannotBeMadeEndsTheJobInOrder) 
   EXPECT_TRUE(consoleHas("  *** Error opening temporary file " + folder.path("Sort.tmp") + "."));
   EXPECT_TRUE(consoleHas("3 traces read."));
   expectNoTemporaryFiles();
+  toolkit.onPump = [this](long) {
+    writeFile(folder.path("new"), "somebody else's");
+    std::filesystem::rename(folder.path("new"), folder.path("Sort.tmp"));
+  };
+  EXPECT_EQ(copyFile("in.sgy"), JOB_FAILED);
+  EXPECT_EQ(readFile(folder.path("Sort.tmp")), "somebody else's");
+  std::filesystem::remove(folder.path("Sort.tmp"));
   toolkit.onPump = nullptr;
 
   std::filesystem::create_directory(folder.path("SegyCopy.idx"));
@@ -291,6 +362,29 @@ TEST_F(SegyManyTest, EachInputGetsItsOwnOutput) {
   EXPECT_EQ(std::filesystem::current_path(), std::filesystem::canonical(folder.path("")));
 }
 
+TEST_F(SegyManyTest, VolumesThatExistAreAskedAboutOnceBeforeAnythingIsWritten) {
+  for (const char* name : {"line001.sgy", "line002.sgy", "line003.sgy", "line1.sgy", "line0004.sgy"}) {
+    writeFile(folder.path(name), "old");
+  }
+  toolkit.answerAsk(RESP_2);
+  EXPECT_EQ(copyFile("in/a.sgy", "line.sgy"), JOB_OK);
+  EXPECT_TRUE(consoleHas("  ** line001.sgy stays as it is: choose another output."));
+  EXPECT_TRUE(consoleHas("  *** Copy aborted by user at DATE."));
+  EXPECT_EQ(output("line.sgy") + output("line001.sgy"), "old");
+  SgyParams.multipleIn = false;
+  SgyParams.multipleOut = true;
+  SgyParams.bytesPerPart = 1;
+  toolkit.answerAsk(RESP_DEFAULT);
+  EXPECT_EQ(copyFile("in/c.sgy", "line.sgy"), JOB_OK);
+  EXPECT_EQ(serials("line003.sgy"), Serials{9});
+  EXPECT_EQ(output("line1.sgy") + output("line0004.sgy"), "oldold");
+  EXPECT_EQ(toolkit.asks,
+            (Lines{"2 further volumes of this output may be written and exist already:\nline001.sgy to line002.sgy\n"
+                   "Write over?",
+                   "3 further volumes of this output may be written and exist already:\nline001.sgy to line003.sgy\n"
+                   "Write over?"}));
+}
+
 TEST_F(SegyManyTest, JoinsInputsWithTheFirstOnesTraceLengthAndWarns) {
   const std::string odd = segyTrace({}, SAMPLES, 50) + segyTrace({}, SAMPLES, 51);
   writeFile(folder.path("in/b.sgy"), segyText() + segyBinary(0, 3, 500) + odd);
@@ -323,6 +417,14 @@ TEST_F(SegyManyTest, NeverWritesOverAnInput) {
       consoleHas("  *** " + folder.path("Sort.tmp") + " is used by this job already and cannot be a temporary file."));
   EXPECT_EQ(serials("in/a.sgy"), (Serials{1, 2, 3}));
   SgyParams.sort = false;
+  limitByList("1\n");
+  std::filesystem::rename(folder.path("list.txt"), folder.path("RangeLimitLogFile.txt"));
+  copyText(SgyParams.listParams.file, "RangeLimitLogFile.txt");
+  EXPECT_EQ(copyFile("in/a.sgy"), JOB_FAILED);
+  EXPECT_TRUE(consoleHas("  *** " + folder.path("RangeLimitLogFile.txt") +
+                         " is read by this job and would be emptied as its log: give the file another name."));
+  EXPECT_EQ(output("RangeLimitLogFile.txt"), "1\n");
+  std::filesystem::remove(folder.path("RangeLimitLogFile.txt"));
   limitByList("1\n");
   std::filesystem::create_symlink(folder.path("in/a.sgy"), folder.path("RangeLimitLogFile.txt"));
   EXPECT_EQ(copyFile("in/a.sgy"), JOB_FAILED);

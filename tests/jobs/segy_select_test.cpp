@@ -89,7 +89,13 @@ TEST_F(SegySelectTest, AHeaderIsAnEntryOfARangeListAndTheLogSaysSo) {
 TEST_F(SegySelectTest, WhatIsNoListIsRefusedWithItsLine) {
   EXPECT_EQ(refusalOf("1\n\ntwo\n"), "  *** Line 3 of " + listFile() + " holds no number: two");
   EXPECT_EQ(refusalOf("1\n3,4\n"), "  *** Line 2 of " + listFile() + " holds no number: 3,4");
-  EXPECT_EQ(refusalOf("5-7\n"), "  *** Line 1 of " + listFile() + " holds no number: 5-7");
+  for (const auto& [word, range] : std::vector<std::pair<std::string, std::string>>{
+           {"5-7", "5 - 7"}, {"-5-7", "-5 - 7"}, {"5--7", "5 - -7"}, {"1e-1-7", "1e-1 - 7"}, {"3 8.5-9", "8.5 - 9"}}) {
+    EXPECT_EQ(
+        refusalOf("H 1-2\n" + word + "\n"),
+        "  *** Line 2 of " + listFile() + " holds a range without blanks, which is written " + range + ": " + word);
+  }
+  EXPECT_EQ(pointsOf("1e-1\n-5\n7 well 3-A\n"), (Points{{-5, 0}, {0.1, 0}, {7, 0}}));
   EXPECT_EQ(refusalOf("nan\n"), "  *** Line 1 of " + listFile() + " holds no number: nan");
   EXPECT_EQ(refusalOf("4 x\n", true), "  *** Line 1 of " + listFile() + " holds no number: 4 x");
   const std::string tooMany = " stands for more points than can be held: ";

@@ -1,0 +1,59 @@
+#include "libkyr/disksync.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+
+namespace {
+
+/// Files held open at a time: what is written sooner is waited for sooner.
+constexpr std::size_t held = 256;
+
+/// What is not kept on a disk has nothing to be brought there.
+bool synced(int result) { return result == 0 || errno == EINVAL || errno == EROFS || errno == ENOTSUP; }
+
+}  // namespace
+
+DiskSync::~DiskSync() {
+  for (const File& file : files) close(file.descriptor);
+}
+
+void DiskSync::note(bool done, const std::string& path) {
+  if (!done) failures.emplace_back(path, errno);
+}
+
+void DiskSync::add(std::FILE* stream, const std::string& path) {
+  const std::filesystem::path directory = std::filesystem::path(path).parent_path();
+  directories.insert(directory.empty() ? "." : directory.string());
+  const int descriptor = fcntl(fileno(stream), F_DUPFD_CLOEXEC, 0);
+  if (descriptor < 0) {
+    note(synced(fdatasync(fileno(stream))), path);
+    return;
+  }
+  // What this cannot do, or fails at, shows in the wait.
+  (void)sync_file_range(descriptor, 0, 0, SYNC_FILE_RANGE_WRITE);
+  files.push_back({descriptor, path});
+  if (files.size() > held) waitForOldest();
+}
+
+void DiskSync::waitForOldest() {
+  const File file = std::move(files.front());
+  files.pop_front();
+  note(synced(fdatasync(file.descriptor)), file.path);
+  close(file.descriptor);
+}
+
+bool DiskSync::wait(const Failed& failed) {
+  while (!files.empty()) waitForOldest();
+  for (const std::string& path : directories) {
+    const int directory = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (directory < 0) continue;  // who may write into it need not be allowed to read it
+    note(synced(fsync(directory)), path);
+    close(directory);
+  }
+  directories.clear();
+  for (const auto& [path, reason] : failures) failed(path, reason);
+  return std::exchange(failures, {}).empty();
+}
