@@ -59,6 +59,7 @@ void Player::attempt() {
 void Player::judge(std::size_t at, const Outcome& outcome) {
   if (outcome.kind == Outcome::done || state_ != State::running || xvt_app_is_ending()) return;
   const Statement& statement = statements_[at];
+  if (statement.optional) return;
   const bool error = probe::window("error-box") != NULL_WIN && !names(statement, "error-box");
   const bool disturbed = error && (isWait(statement.verb) || isExpectation(statement.verb));
   const bool patient = secondsFrom(since_) < limitOf(statement);

@@ -1,6 +1,6 @@
 # Splits a SEG D tape into its field files, one disk file each.
 #
-#     OUTPUT=/data/line-1201 quarlo --script segd-split-tape.qs
+#     OUTPUT=line-1201 quarlo --script segd-split-tape.qs
 #
 # Takes the tape in the first drive. OUTPUT is a directory that is there; its files are named field_00101.sgd for field file
 # 101 and so on, and the job's log, SegdCopy.txt, stands beside them. Traces longer than 32 KB want ST_BUFFER=128 or more.

@@ -343,6 +343,16 @@ TEST_F(SegyFormatFile, FaultsAndWarningsNameTheFile) {
                              "odd.txt: field \"A\" does not fit the 240 bytes of the trace header and will be left out",
                              "odd.txt: fields \"A\" and \"B\" of the trace header overlap"}));
   EXPECT_EQ(format.itsTextFileSpec.dir.path, folder.path("notes"));
+  // The example of the page, and what the page says of a fault.
+  const std::string page = QUARLO_FORMATS "/../../docs/format-segy-description.md";
+  messages.clear();
+  writeFile("mine.txt", documentExample(page, "Quarlo SEG Y format"));
+  EXPECT_TRUE(loadSegyFormat(specOf("mine.txt"), &format, &messages));
+  EXPECT_EQ(format.itsBinaryCount * 10 + format.itsTraceCount, 34);
+  writeFile("mine.txt", firstLine + std::string(8, '\n') + "[trace A]\ntype = int8\nbyte = first\n");
+  EXPECT_FALSE(loadSegyFormat(specOf("mine.txt"), &format, &messages));
+  ASSERT_EQ(messages.size(), 1U);
+  EXPECT_EQ(messages[0] + "\n\n", documentExample(page, "mine.txt"));
 }
 
 TEST_F(SegyFormatFile, SavesWholeOrNotAtAll) {

@@ -404,6 +404,8 @@ TEST_F(BuiltModuleTest, AreListed) {
 }
 
 TEST_F(BuiltModuleTest, TheExampleMakesADataset) {
+  ASSERT_EQ(run(documentExample(QUARLO_SOURCE_DIR "/docs/format-modules.md", "# interval")), 0);
+  EXPECT_EQ(consoleWithoutDates(), Lines{"2 traces of 5 samples written."});
   ASSERT_EQ(run("# interval 0.004\n1 -2.5 3e3\n\n \t4 5\t6\r\n"), 0);
   EXPECT_EQ(consoleWithoutDates(), Lines{"2 traces of 3 samples written."});
 

@@ -3,68 +3,35 @@
 # tests/scripts/examples_segd.sh PROGRAM
 set -eu
 program=$(realpath "$1")
-examples=$(cd "$(dirname "$0")/../../docs/examples" && pwd)
+here=$(cd "$(dirname "$0")" && pwd)
+export PATH="$(dirname "$program"):$PATH" PYTHONPATH="$here" PYTHONDONTWRITEBYTECODE=1
 dir=$(mktemp -d)
 trap 'rm -rf "$dir"' EXIT
-mkdir "$dir/home" "$dir/drives" "$dir/split" "$dir/lists" "$dir/kept"
+mkdir "$dir/home" "$dir/drives" "$dir/line-1201" "$dir/lists" "$dir/kept"
 export KYRHOME="$dir/home" QUARLO_VIRTUAL_DRIVES="$dir/drives"
 cd "$dir"
 
-cat >field.py <<'PYTHON'
-import struct
-SAMPLE_BYTES = 4 * 512   # 1.024 s at 2 ms
-TRACES = 130
-
-def bcd(number, size):
-    return bytes.fromhex("%0*d" % (2 * size, number))
-
-def header(number):
-    one = bytearray(32)
-    one[0:4] = bcd(number, 2) + bcd(8058, 2)
-    one[10:17] = bcd(26, 1) + b"\x11\x23" + bcd(10, 1) + bcd(20, 1) + bcd(30, 1) + bcd(13, 1)
-    one[22] = 32                      # base scan interval, sixteenths of a millisecond
-    one[25:27] = b"\x80\x10"          # normal record, 01.0 units of 1.024 s
-    one[27:29] = bcd(1, 1) + bcd(1, 1)
-    two = bytearray(32)
-    two[10] = 1                       # revision
-    channels = bytearray(32)
-    channels[0:2] = bcd(1, 1) + bcd(1, 1)
-    channels[4:6] = struct.pack(">H", 512)
-    channels[8:10] = bcd(TRACES, 2)
-    channels[10] = 0x10
-    return bytes(one + two + channels)
-
-def trace(number, channel):
-    head = bcd(number, 2) + bcd(1, 1) + bcd(1, 1) + bcd(channel, 2) + bytes(14)
-    return head + struct.pack(">512f", *(number + channel / 256 + i for i in range(512)))
-
-def blocks(number):
-    return [header(number)] + [trace(number, channel) for channel in range(1, TRACES + 1)]
-
-def cartridge(path, files):
-    label = b"   1SD1.0   1FIXED     65536".ljust(128)
-    with open(path, "wb") as out:
-        for block in [label] + [block for number in files for block in blocks(number) + [b""]] + [b""]:
-            length = struct.pack("<I", len(block))
-            out.write(length + block + length if block else length)
-PYTHON
 python3 -c 'import field; field.cartridge("drives/field.tap", (101, 102, 1203))'
 printf 'vendor = ACME\nmodel = REEL 100\nid = 4\ncartridge = field.tap\n' >drives/field.drive
 
-OUTPUT="$dir/split" "$program" --script "$examples/segd-split-tape.qs"
+cp "$here"/../../docs/examples/*.qs .
+eval "$(sed -n 's/^#     //p' segd-split-tape.qs)"
 python3 - <<'CHECK'
 import field, glob
-names = sorted(glob.glob("split/*.sgd"))
-assert names == ["split/field_00101.sgd", "split/field_00102.sgd", "split/field_01203.sgd"], names
+names = sorted(glob.glob("line-1201/*.sgd"))
+assert names == ["line-1201/field_00101.sgd", "line-1201/field_00102.sgd", "line-1201/field_01203.sgd"], names
 for name, number in zip(names, (101, 102, 1203)):
     with open(name, "rb") as file:
         assert file.read() == b"".join(field.blocks(number)), name
 CHECK
-grep -q '^Field File:    101  -   130 traces$' split/SegdCopy.txt
+grep -q '^Field File:    101  -   130 traces$' line-1201/SegdCopy.txt
 
-# Field files 102 and 1203 dropped; traces 12 and 100 to 120 zeroed, as docs/segd-copy.md writes them.
-printf '102\r\n1000 - 2000000000\r\n' >lists/files.txt
-printf '18\n256 - 288\n' >lists/traces.txt
+# Both lists are those of docs/segd-copy.md: 101 is dropped, and 1203 by a line more; traces 12 and 100 to 120 are zeroed.
+{
+  python3 "$here/documents.py" block docs/segd-copy.md 101
+  printf '\r\n1000 - 2000000000\r\n'
+} >lists/files.txt
+python3 "$here/documents.py" block docs/segd-copy.md 18 >lists/traces.txt
 cat >lists.qs <<'SCRIPT'
 wait window main 10
 press main.image-copy
@@ -97,7 +64,7 @@ press segd-zero.ok
 expect like segd.limit-path "*/files.txt"
 expect like segd.zero-path "*/traces.txt"
 press segd.ok
-answer-file $DIR/split/field_00101.sgd
+answer-file $DIR/line-1201/field_00101.sgd
 press copy.input-disk
 run "touch $DIR/kept/any.sgd"
 answer-file $DIR/kept/any.sgd
@@ -113,11 +80,11 @@ SCRIPT
 DIR=$dir "$program" --script lists.qs
 python3 - <<'CHECK'
 import field, glob
-assert glob.glob("kept/*") == ["kept/kept_00001.sgd"], glob.glob("kept/*")
-wanted = field.blocks(101)
+assert glob.glob("kept/*") == ["kept/kept_00002.sgd"], glob.glob("kept/*")
+wanted = field.blocks(102)
 for channel in [12] + list(range(100, 121)):
     wanted[channel] = wanted[channel][:20] + bytes(field.SAMPLE_BYTES)
-with open("kept/kept_00001.sgd", "rb") as file:
+with open("kept/kept_00002.sgd", "rb") as file:
     assert file.read() == b"".join(wanted), "other traces are zero than those listed"
 CHECK
 echo "examples_segd: all as expected"

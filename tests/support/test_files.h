@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <string>
 
 class TestFolder {
@@ -32,6 +33,19 @@ class TestFolder {
 inline std::string readFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// The code block of a document that begins with `start`, without what it is set in by.
+inline std::string documentExample(const std::string& document, const std::string& start) {
+  std::istringstream text(readFile(document));
+  std::string example;
+  for (std::string line; std::getline(text, line);) {
+    const bool within = line.starts_with("    ") || (line.empty() && !example.empty());
+    if (!within && !example.empty()) break;
+    if (within && (!example.empty() || line.starts_with("    " + start)))
+      example += line.substr(line.empty() ? 0 : 4) + '\n';
+  }
+  return example;
 }
 
 inline void writeFile(const std::string& path, const std::string& bytes) {

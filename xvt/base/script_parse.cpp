@@ -243,6 +243,8 @@ std::string fileShapeError(const Statement& statement) {
 
 /// Makes a statement of the words of a line; what is wrong is the answer, empty when nothing is.
 std::string makeStatement(std::vector<Word> words, Statement* statement) {
+  statement->optional = words.size() > 1 && words[0].text == "try";
+  if (statement->optional) words.erase(words.begin());
   const VerbForm* form = formOf(words);
   if (form == nullptr) {
     const bool family = words[0].text == "wait" || words[0].text == "expect";

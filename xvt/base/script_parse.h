@@ -69,6 +69,7 @@ struct Statement {
   int line = 0;
   Verb verb = Verb::quit;
   std::vector<Word> arguments;
+  bool optional = false;  ///< behind "try": done if it can be done now, else passed over
 
   [[nodiscard]] const std::string& text(std::size_t at) const { return arguments[at].text; }
   /// A number of seconds, rows or bytes; its shape was checked.

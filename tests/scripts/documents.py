@@ -1,0 +1,580 @@
+#!/usr/bin/env python3
+"""Plays every example of the documents from the documents' own text.
+
+    documents.py play PROGRAM            all of them, on the display that is there
+    documents.py block DOCUMENT START    prints the code block of a document that begins so
+
+A code block, and a command in backticks, belongs to the player in PLAYERS that stands under its document with the words that
+the example begins with. An example without a player fails the test, and so does a player without an example: who writes
+an example says here how it is played, by which other test, or why it cannot be. The players of a document run in their order,
+in one folder of its own.
+"""
+import glob
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+ROOT = os.path.dirname(os.path.dirname(HERE))
+sys.path.insert(0, HERE)
+import line
+
+# A tool's verb alone is a mention, not an example.
+COMMAND = re.compile(r"(\w+=\S+ )+\S|(quarlo --|(xvfb-run|printf|cp|grep|chmod|sudo|mt|gcc|g\+\+|\./\w+|\w+tool \w+) \S)")
+
+
+def read(path):
+    with open(os.path.join(ROOT, path), encoding="utf-8") as file:
+        return file.read()
+
+
+def blocks(document):
+    """The code blocks of a document: lines set in by four, behind an empty line."""
+    found = re.findall(r"(?:^|\n\n)((?:    .*\n|\n(?=    ))+)", read(document))
+    return [re.sub("^    ", "", block, flags=re.M) for block in found]
+
+
+def commands(document):
+    """The commands that stand in backticks within the text."""
+    text = re.sub(r"^    .*$", "", read(document), flags=re.M)
+    return [span for span in re.findall(r"`([^`]+)`", text) if COMMAND.match(span)]
+
+
+def block(document, start):
+    return next(text for text in blocks(document) if text.startswith(start))
+
+
+def dumped_bytes(text):
+    """Pieces (place, bytes) of a hexadecimal dump; where a line says "...", what precedes it counts."""
+    pieces = []
+    for row in text.splitlines():
+        words = re.sub(r"\|.*|\.\.\..*", "", row).split()
+        if words and re.fullmatch("[0-9a-f]{8}", words[0]):
+            pieces.append((int(words[0], 16), bytes.fromhex("".join(words[1:]))))
+    return pieces
+
+
+def write(path, data):
+    os.makedirs(os.path.dirname(os.path.abspath(path)), exist_ok=True)
+    with open(path, "wb") as file:
+        file.write(data if isinstance(data, bytes) else data.encode())
+
+
+def contents(path):
+    with open(path, "rb") as file:
+        return file.read()
+
+
+def run(command, status=0, **variables):
+    """Runs a shell command as it stands and returns what it printed on both outputs."""
+    done = subprocess.run(["bash", "-euc", command], capture_output=True, text=True, errors="replace", timeout=240,
+                          env={**os.environ, **variables}, check=False)
+    output = done.stdout + done.stderr
+    assert done.returncode == status, f"status {done.returncode} of: {command}\n{output}"
+    return output
+
+
+def script(text, status=0, **variables):
+    write("play.qs", text)
+    return run("quarlo --script play.qs", status, **variables)
+
+
+def says(output, *lines):
+    for each in lines:
+        assert each in output, f"no {each!r} in\n{output}"
+
+
+def drives(*names, **cartridges):
+    """Virtual drives in the folder "drives"; a cartridge is given by its bytes."""
+    for number, name in enumerate(names):
+        write(f"drives/{name}.tap", cartridges.get(name, b""))
+        write(f"drives/{name}.drive", f"model = {name}\nid = {number}\ncartridge = {name}.tap\n")
+    os.environ["QUARLO_VIRTUAL_DRIVES"] = "drives"
+
+
+def sample():
+    if not os.path.exists("sample.tap"):
+        run("tapetool sample sample.tap")
+    return contents("sample.tap")
+
+
+COPY_DIALOG = "press main.image-copy\n"
+
+
+# ---- README.md ----------------------------------------------------------------------------------------------------------
+
+def block_size(text):
+    """What stands for ./run: the program as it is built."""
+    write("run", "#!/bin/sh\nexec quarlo --script limit.qs\n")
+    os.chmod("run", 0o755)
+    write("limit.qs", 'expect line console "I/O will be limited to 1024k bytes per block."\n')
+    drives()
+    run(text)
+
+
+def window_labels():
+    """The labels of the tour's windows, from the program: {window: {label: control}}."""
+    drives("left", "right", left=sample())
+    output = script("""
+        press main.image-copy\npress copy.output-tape\ndump-windows\npress output-drive.cancel
+        press copy.input-tape\nselect input-drive.drives "*left*"\ndump-windows\npress input-drive.ok
+        press copy.input-disk\ndump-windows\npress file-box.cancel
+        press copy.input-tape\nselect input-drive.drives "*left*"\npress input-drive.ok
+        answer-file probe.tpf\npress copy.output-disk\npress copy.start
+        wait window input-continue 60\ndump-windows\npress input-continue.stop
+        wait text copy.status "Complete" 60\npress copy.output-disk\ndump-windows\npress file-box.cancel
+        press main.verify\npress main.tape-dump\nwait window verify 10\ndump-windows\n""")
+    labels = {}
+    for window, control, label in re.findall(r'^    ([\w-]+)\.([\w-]+) +button .*"(.*)"$', output, re.M):
+        labels.setdefault(window, {})[bare(label)] = control
+    return labels
+
+
+def bare(label):
+    return label.removesuffix("…").removesuffix("...")
+
+
+class Tour:
+    """Follows the steps of the tour: **press**, `choose`, *select*, "see"."""
+
+    OPENED = {"image-copy": "copy", "verify": "verify", "tape-dump": "tape-dump"}
+
+    def __init__(self):
+        self.labels = window_labels()
+        self.open = ["main"]
+        self.script = ["wait window main 20"]
+
+    def do(self, statement):
+        self.script.append(statement)
+
+    def enter(self, window):
+        self.open.append(window)
+        self.do(f"wait window {window} 60")
+
+    def press(self, label, stops_next):
+        window = next((each for each in reversed(self.open) if bare(label) in self.labels[each]), None)
+        assert window, f"the tour presses {label!r}, which is a button of none of {self.open}"
+        control = self.labels[window][bare(label)]
+        self.do(f"press {window}.{control}")
+        if window in ("input-drive", "output-drive", "file-box", "input-continue"):
+            self.open.remove(window)
+        elif window == "main":
+            self.enter(self.OPENED[control])
+        elif control.endswith("-disk"):
+            self.enter("file-box")
+        elif control.endswith("-tape") or control == "select-drive":
+            self.enter("output-drive" if control == "output-tape" else "input-drive")
+        elif control == "start" and stops_next:
+            self.enter("input-continue")
+
+    def choose(self, words, text):
+        top = self.open[-1]
+        assert words in ("select", "takes", "such as"), f"the tour does not say what to do with {text!r}"
+        self.do(f'type file-box.name "{text}"' if top == "file-box" else f'select {top}.drives "*{text}*"')
+        if words == "takes":
+            self.do(f"press {top}.ok")
+            self.open.pop()
+
+    def see(self, words, text):
+        if words == "shows":
+            self.do(f'wait text {self.open[-1]}.status "{text}" 120')
+        else:
+            self.do(f'wait console "{text}" 120')
+
+    def step(self, text):
+        token = r'\*\*(?P<press>[^*]+)\*\*|\*(?P<format>\w+)\*|`(?P<choose>[^`]+)`|"(?P<see>[^"]+)"|[Cc]lose the (?P<close>\w+)'
+        found = list(re.finditer(token, text))
+        for at, each in enumerate(found):
+            words = re.search(r"(such as|\w+|)\W*$", text[:each.start()])[1]
+            if each["press"]:
+                self.press(each["press"], at + 1 < len(found) and found[at + 1]["press"] == "Stop")
+            elif each["choose"]:
+                self.choose(words, each["choose"])
+            elif each["format"]:
+                self.do(f'select {self.open[-1]}.format "{each["format"]}"')
+            elif each["see"]:
+                self.see(words, each["see"])
+            else:
+                self.do(f"press {each['close']}.close")
+                self.open.remove(each["close"])
+
+
+def tour():
+    tale = Tour()
+    steps = read("README.md").split("## Five minutes without hardware")[1].split("\n## ")[0]
+    steps = re.findall(r"^\d+\. ((?:.|\n(?=   ))*)", steps, re.M)
+    assert len(steps) == 7, steps
+    drives("left", "right", left=sample())  # as ./run makes them, which the first step tells of
+    for name in ("left", "right"):
+        write(f"drives/{name}.drive", contents(f"drives/{name}.drive").replace(b"model = ", b"vendor = VIRTUAL\nmodel = "))
+    for text in steps[1:]:
+        tale.step(re.sub(r"\s+", " ", re.sub(r"!\[.*\)", "", text)))
+    script("\n".join(tale.script) + '\nwait line tape-dump-window "*SAMPLE LINE 1*" 30\n')
+    output = run("tapetool compare drives/left.tap drives/right.tap || true")
+    assert output.startswith("equal"), output
+
+
+# ---- docs/scripts.md ----------------------------------------------------------------------------------------------------
+
+def night(text):
+    drives("one", one=sample())
+    write("night.qs", text)
+
+
+def night_fails(text):
+    lines = text.splitlines()
+    os.mkdir("empty")
+    says(run("quarlo --script night.qs", 1, QUARLO_VIRTUAL_DRIVES="empty"), lines[1])
+    says(run("quarlo --script night.qs", 1, QUARLO_TAPE_FAULT="read:1+:EIO"), lines[0])
+    run("rm -f line-1201.tpf")
+
+
+def night_leaves_out(_):
+    """The last expectation finds a block that is left out, though the job is complete."""
+    run("cp sample.tap drives/one.tap && tapetool badblock drives/one.tap 5")
+    says(run("quarlo --script night.qs", 1), ":13: console has the line", "Error reading tape on drive")
+    run("rm line-1201.tpf && cp sample.tap drives/one.tap")
+
+
+def night_runs(text):
+    run("rm -f line-1201.tpf\n" + text)
+    assert os.path.getsize("line-1201.tpf") > 326160
+
+
+def stays_open(text):
+    """A script that ends with "stay": the program is ended when it has told its windows."""
+    write("stay.qs", text)
+    with subprocess.Popen(["quarlo", "--script", "stay.qs"], stdout=subprocess.PIPE, text=True) as program:
+        told = ""
+        while "copy.status" not in told:
+            told += program.stdout.readline()
+        assert program.poll() is None
+        time.sleep(1)  # for the statement "stay" itself
+        program.terminate()
+        program.communicate(timeout=60)
+    says(told, "copy.start", '"Idle"')
+
+
+def overwrites(text):
+    script(COPY_DIALOG + text + 'wait text copy.output-name "*line-1201.tpf" 5\n')
+
+
+def by_hand(text):
+    run("mkdir -p ~/data && cp line-1201.tpf ~/data")
+    script(COPY_DIALOG + text + 'wait text copy.input-name "*line-1201.tpf" 5\n')
+
+
+def statements_of_tables():
+    """Every statement that a table of the page shows is one: a script is read whole before it is played."""
+    page = read("docs/scripts.md").split("\n## Actions\n")[1]
+    statements = [row.replace("\\|", "|") for row in re.findall(r"^\| `([^`]+)` \|", page, re.M)]
+    assert len(statements) > 35, statements
+    script("quit\n" + "\n".join(statements), DRIVES="drives")
+
+
+# ---- docs/virtual-drives.md ---------------------------------------------------------------------------------------------
+
+def drives_are_used(text):
+    """Where the program is started for the user's hands, a script stands for them."""
+    write("two.qs", 'press main.image-copy\npress copy.input-tape\nexpect rows input-drive.drives 2\n')
+    assert text.rstrip().endswith(" quarlo")
+    run(text.rstrip() + " --script two.qs")
+
+
+def listed(text):
+    [(_, first), (_, second), (_, third)] = dumped_bytes(text)
+    write("example.tap", first + second + third)
+    says(run("tapetool list example.tap"), "3 bytes x 1\n", "2 bytes x 1  UNREADABLE\n", "mark\nend\n")
+
+
+def tool_verbs(text):
+    for row in text.strip().splitlines():
+        command = re.match(r"tapetool \w+( [A-Z]{2,})+", row)[0]
+        run(command.replace("CARTRIDGE", "new.tap" if "blank" in command else "tapes/line1.tap"))
+
+
+def no_fault_complaint(text):
+    output = run(f"export {text}\nquarlo --script two.qs", QUARLO_VIRTUAL_DRIVES="tapes")
+    assert "is no fault" not in output, output
+
+
+# ---- the data of the other pages ----------------------------------------------------------------------------------------
+
+def dump_formats():
+    """The file dump shows the page's bytes as its blocks do."""
+    page = read("docs/dump-formats.md")
+    write("forty", bytes.fromhex(re.search(r"^`((?:[0-9a-f]{2}\s+)+[0-9a-f]{2})`", page, re.M)[1]))
+    section = page.split("## The same forty bytes")[1].split("\n## ")[0]
+    shown = re.findall(r"^([A-Z][^\n]*(?:\n[^\n ][^\n]*)*)\n\n((?:    .*\n)+)", section, re.M)
+    play = ["press main.file-dump", "answer-file forty", "press file-dump.open-file"]
+    for at, (words, _) in enumerate(shown):
+        name = re.match(r"Hexadecimal|ASCII|EBCDIC|Short Integer|Long Integer|IBM Float|IEEE Float|Unsigned", words)[0]
+        play.append("press file-dump.unsigned" if name == "Unsigned" else f'select file-dump.format "{name}"')
+        play += ["press file-dump.signed"] if "signed and" in words else []
+        play += ["type file-dump.go-to-byte 0", "press file-dump.move-to-byte", "press file-dump.read", f"copy-lines file-dump-window shown{at}"]
+    script("\n".join(play))
+    for at, (words, text) in enumerate(shown):
+        wanted = [row[4:].rstrip() for row in text.splitlines()]
+        lines = [row.rstrip() for row in contents(f"shown{at}").decode(errors="replace").splitlines()]
+        assert any(lines[i:i + len(wanted)] == wanted for i in range(len(lines))), (words, wanted, lines)
+    return len(shown)
+
+
+def dataset(text):
+    data = bytearray()
+    row = b""
+    for place, piece in dumped_bytes(text):
+        while len(data) < place:
+            data += row
+        row = piece
+        data += piece
+    write("example.kyr", bytes(data))
+    says(run("kyrtool check example.kyr"), "live 1\n", "never-written 1\n", "lost 0\n")
+
+
+def manual_dataset():
+    text = re.search(r"^\.nf\n(.*?)^\.fi", read("packaging/kyrtool.1"), re.M | re.S)[1].replace("\\-", "-")
+    write("line.txt", text)
+    says(run("kyrtool make line.kyr line.txt && kyrtool dump line.kyr"), "trace 1 2 field-file=901 channel=2 kill-flag=16\n")
+
+
+def tape_image(text):
+    """The file that the copy makes of the page's tape."""
+    drives("one", one=b"\5\0\0\0Hello\0\5\0\0\0" + bytes(4))
+    script(block("docs/scripts.md", "# one cartridge"))
+    data = contents("line-1201.tpf")
+    assert len(data) == 165
+    for place, piece in dumped_bytes(text):
+        assert data[place:place + len(piece)] == piece, (hex(place), piece, data[place:place + len(piece)])
+
+
+def index_record(text):
+    import struct
+    data = bytes.fromhex(text)
+    assert struct.unpack("<ii", data[:8]) == (3200, 400)
+    assert struct.unpack("<ddddi", data[8:]) == (2.0, 1.0, 0.0, 3600.0, 6240)
+
+
+def list_keeps(text):
+    """The in-lines of the list are kept, the remark is one, and nothing is warned of."""
+    line.make("line.sgy", first_line=10080)
+    write("inlines.txt", text)
+    shutil.copy(os.path.join(ROOT, "docs/examples/segy-copy.qs"), ".")
+    run("INPUT=line.sgy LIST=inlines.txt OUTPUT=part.sgy quarlo --script segy-copy.qs")
+    assert {line.field(trace, 189) for trace in line.read("part.sgy")[1]} == {10090, 10095}
+
+
+def polygon_keeps(text):
+    line.make("line.sgy", first_line=10080, first_cdp=2140)
+    write("corners.txt", text)
+    script(COPY_DIALOG + """
+        select copy.format "SEG Y"\npress copy.parameters\npress segy.range-limit\npress segy.limit-by-polygon
+        press segy.limit-settings\npress segy-polygon.from-file\npress segy-polygon.inclusion
+        answer-file corners.txt\npress segy-polygon.choose-file
+        type segy-polygon.primary-byte 189\nselect segy-polygon.primary-type "4 byte integer"
+        type segy-polygon.secondary-byte 21\nselect segy-polygon.secondary-type "4 byte integer"
+        press segy-polygon.ok\npress segy.ok
+        answer-file line.sgy\npress copy.input-disk\nanswer-file polygon.sgy\npress copy.output-disk
+        press copy.start\nwait console "SEG Y copy ended at *" 60\nexpect text copy.status "Complete"
+        expect no-line console "*\\\\*\\\\**"\n""")
+    wanted = [t for t in line.read("line.sgy")[1] if line.field(t, 189) >= 10090 and line.field(t, 21) >= 2150]
+    assert line.read("polygon.sgy")[1] == wanted
+
+
+def drive_rows(text):
+    rows = text.rstrip("\n").split("\n")
+    for row in rows:
+        host, number, vendor, model = re.match(r"  (\d+):(\d+)   (\w+) (.*?)(?: \(offline\))?$", row).groups()
+        drives(f"d{number}")
+        loaded = "" if row.endswith("(offline)") else f"cartridge = d{number}.tap\n"
+        write(f"drives/d{number}.drive", f"vendor = {vendor}\nmodel = {model}\nhost = {host}\nid = {number}\n{loaded}")
+    script(COPY_DIALOG + "press copy.input-tape\n" + "".join(f'expect row input-drive.drives "{r}"\n' for r in rows))
+
+
+def console_is_searched(text):
+    write("console.txt", "Input blocks read: 5\n  *** Error reading tape on drive \"one\".\n  ** A warning.\n")
+    assert run(text).splitlines() == ['2:  *** Error reading tape on drive "one".', "3:  ** A warning."]
+
+
+def home_is_made(text):
+    run("mkdir -p ~/tapes/1201")
+    write("end.qs", "expect window console\n")
+    run(text + " --script end.qs")
+    run("test -s ~/tapes/1201/console.txt")
+
+
+def module_commands(text):
+    os.symlink(ROOT, "QUARLO-SOURCE")
+    os.makedirs("home/lib")
+    shutil.copy(os.path.join(ROOT, "plugins/ioexample.cpp"), "iomine.cpp")
+    main_phase = block("docs/format-modules.md", "int TMainPhase")
+    write("iomine.c", '#include <string.h>\n#include "plugins/kyrmodule.h"\nvoid GetTuDllIdentifier(char* name, int* id) {\n'
+                      '  strcpy(name, "Mine");\n  *id = 90;\n}\n' + main_phase)
+    for command in text.strip().splitlines():
+        run(command, KYRHOME="home")
+        says(run("nm -D home/lib/iomine.so"), " T GetTuDllIdentifier", " T TMainPhase")
+
+
+def modules_are_copied(text):
+    os.symlink(os.environ["BUILD"], "build")
+    run(text, KYRHOME="home")
+
+
+def library_calls(text):
+    """The page's calls compile, each "..." being a statement of the reader's."""
+    code = re.sub(r"\) \.\.\.", ") {}", text)
+    given = "int records, int traces, int samples, float interval, Link input, ProcessRecordPtr record" * ("NewOutput" in text)
+    given += ", std::vector<float> data, TraceInfo header" * ("NewOutput" in text)
+    write("calls.cpp", '#include <vector>\n#include "libkyr/datasets.h"\n#include "libkyr/process.h"\n'
+                       '#include "libkyr/properties.h"\n' + f"int calls({given}) {{\n"
+                       + ("Link link;\n" if "NewOutput" in text else "") + code + "\nreturn 0;\n}\n")
+    run(f"g++ -std=c++20 -fsyntax-only -Wall -Wextra -I {ROOT} calls.cpp")
+
+
+def rooms(text):
+    for name in re.findall(r"^[\w/]+/|(?<=/ )\w+/", text, re.M):
+        assert os.path.isdir(os.path.join(ROOT, name)), name
+
+
+def prints_288(text):
+    assert run(text) == "288\n"
+
+
+# ---- which example is whose ---------------------------------------------------------------------------------------------
+
+class By:
+    """Another test plays the example: it names the document."""
+
+    def __init__(self, test):
+        self.test = test
+
+    def check(self, document):
+        assert document in read(self.test), f"{self.test} does not name {document}"
+
+
+class Unplayed:
+    """Why an example is not played."""
+
+    def __init__(self, why):
+        self.why = why
+
+
+DEVICE = "needs a genuine drive"
+PLAYERS = {
+    "README.md": [
+        ("", tour),
+        ("./run", Unplayed("installs packages and builds; what it starts is the tour")),
+        ("./test", Unplayed("runs this test")),
+        ("ST_BUFFER=1024 ./run", block_size),
+        ("sudo usermod", Unplayed("changes the machine's users")),
+        ("mt -f", Unplayed(DEVICE)),
+    ],
+    "docs/dump-formats.md": [("00000 ", dump_formats)],
+    "docs/format-kyr.md": [
+        ("lane = ", By("tests/kyr/dataset_example_test.cpp")),
+        ("00000000", dataset),
+        ("", manual_dataset),
+    ],
+    "docs/format-modules.md": [
+        ("g++ ", module_commands),
+        ("int TMainPhase", By("tests/scripts/documents.py")),
+        ("cp build", modules_are_copied),
+        ("# interval", By("tests/jobs/tprcstep_test.cpp")),
+    ],
+    "docs/format-segy-description.md": [
+        ("Quarlo SEG Y format", By("tests/jobs/segyformat_test.cpp")),
+        ("mine.txt, line 12", By("tests/jobs/segyformat_test.cpp")),
+    ],
+    "docs/format-tpf.md": [("00000000", tape_image)],
+    "docs/hacking.md": [("quarlo/ ", rooms)],
+    "docs/libkyr.md": [("const ProcessRecordPtr", library_calls), ("SetNumberOfOutputs", library_calls)],
+    "docs/scripts.md": [
+        ("# one cartridge", night),
+        ("script night.qs", night_fails),
+        ("", lambda: night_leaves_out(None)),
+        ("quarlo --script", night_runs),
+        ("xvfb-run", night_runs),
+        ("wait window main", stays_open),
+        ("answer-file", overwrites),
+        ("press copy.input-disk", by_hand),
+        ("", statements_of_tables),
+    ],
+    "docs/segd-copy.md": [
+        ("101", By("tests/scripts/examples_segd.sh")),
+        ("18", By("tests/scripts/examples_segd.sh")),
+        ("printf", prints_288),
+    ],
+    "docs/segy-copy.md": [("H ", list_keeps), ("4\n", polygon_keeps), ("80 0C", index_record)],
+    "docs/user-guide.md": [
+        ("  0:4 ", drive_rows),
+        ("grep", console_is_searched),
+        ("cp console.txt", run),
+        ("KYRHOME=", home_is_made),
+    ],
+    "docs/virtual-drives.md": [
+        ("tapetool make-drive", drives_are_used),
+        ("00000000", listed),
+        ("tapetool list", tool_verbs),
+        ("QUARLO_TAPE_FAULT", no_fault_complaint),
+        ("chmod", lambda text: run("cd tapes && " + text)),
+        ("tapetool badblock", lambda text: run("cd tapes && chmod u+w line1.tap && " + text)),
+        ("QUARLO_TAPE_DEVICE", Unplayed(DEVICE)),
+    ],
+}
+
+
+def play_document(document):
+    examples = blocks(document) + commands(document)
+    players = PLAYERS.get(document, [])
+    for start, player in players:
+        mine = [example for example in examples if start and example.startswith(start)]
+        assert mine or not start, f"{document}: no example begins with {start!r}: take its player away"
+        examples = [example for example in examples if example not in mine]
+        if isinstance(player, By):
+            player.check(document)
+        elif player is dump_formats:
+            assert player() == len(mine), f"{document}: blocks without a format before them"
+        elif not start:
+            player()
+        elif not isinstance(player, Unplayed):
+            for example in mine:
+                player(example)
+    assert not examples, f"{document}: nobody knows how to play\n" + "\n".join(examples)
+
+
+def play(program):
+    build = os.path.dirname(os.path.abspath(program))
+    os.environ.update(PATH=build + ":" + os.environ["PATH"], BUILD=build)
+    for name in ("KYRHOME", "IOHOME", "ST_BUFFER", "QUARLO_TAPE_FAULT"):
+        os.environ.pop(name, None)
+    documents = ["README.md"] + sorted(os.path.relpath(path, ROOT) for path in glob.glob(ROOT + "/docs/*.md"))
+    assert set(PLAYERS) <= set(documents), set(PLAYERS) - set(documents)
+    tests = "".join(read(os.path.relpath(path, ROOT)) for path in glob.glob(HERE + "/examples_*.sh"))
+    for path in glob.glob(ROOT + "/docs/examples/*"):
+        assert os.path.basename(path) in tests, f"no test plays {path}"
+    failed = []
+    for document in documents:
+        start = time.time()
+        with tempfile.TemporaryDirectory() as folder:
+            os.chdir(folder)
+            os.environ.update(HOME=folder + "/home-of-user", QUARLO_VIRTUAL_DRIVES="")
+            os.mkdir("home-of-user")
+            try:
+                play_document(document)
+                print(f"{document}: played in {time.time() - start:.1f} s", flush=True)
+            except (AssertionError, subprocess.TimeoutExpired) as reason:
+                failed.append(document)
+                print(f"{document}: FAILED: {reason}", flush=True)
+            os.chdir("/")
+    assert not failed, failed
+
+
+if __name__ == "__main__":
+    if sys.argv[1] == "block":
+        sys.stdout.write(block(sys.argv[2], sys.argv[3]).rstrip("\n") + "\n")
+    else:
+        play(sys.argv[2])
