@@ -24,7 +24,7 @@ constexpr std::size_t MOST_LINES = 30;  ///< more would not stand on a small scr
 
 enum BOX_CONTROLS : int { BOX_TEXT = 1, BOX_HEADING, BOX_BODY, BOX_FIRST, BOX_SECOND, BOX_THIRD };
 
-enum class BoxKind : int { error, note, ask };
+enum class BoxKind : int { error, note, ask, confirm };
 
 /// One box while it is open.
 struct Box {
@@ -68,8 +68,8 @@ Box makeBox(BoxKind kind, const std::string& raw, std::vector<std::string> butto
   return {kind, text.substr(0, heading), fitted(text.substr(rest)), text, std::move(buttons)};
 }
 
-constexpr std::array<const char*, 3> BOX_NAMES = {"error-box", "note-box", "ask-box"};
-constexpr std::array<const char*, 3> BOX_TITLES = {"Error", "Note", "Question"};
+constexpr std::array<const char*, 4> BOX_NAMES = {"error-box", "note-box", "ask-box", "ask-box"};
+constexpr std::array<const char*, 4> BOX_TITLES = {"Error", "Note", "Question", "Question"};
 constexpr std::array<const char*, 3> ASK_NAMES = {"first", "second", "third"};
 
 /// A box's table: what is not there takes no room, so each shape has one of its own.
@@ -82,8 +82,9 @@ void addButtons(const Box& box, std::vector<DLG_ITEM>* items) {
   items->push_back(ui::buttons());
   items->push_back(ui::glue());
   for (std::size_t at = 0; at < box.buttons.size(); ++at) {
-    const unsigned flags = (at == 0 ? IF_DEFAULT : 0U) | (at + 1 == box.buttons.size() ? IF_CANCEL : 0U);
-    const char* name = box.kind == BoxKind::ask ? ASK_NAMES[at] : "ok";
+    const bool proposed = at == 0 && box.kind != BoxKind::confirm;
+    const unsigned flags = (proposed ? IF_DEFAULT : 0U) | (at + 1 == box.buttons.size() ? IF_CANCEL : 0U);
+    const char* name = box.kind >= BoxKind::ask ? ASK_NAMES[at] : "ok";
     items->push_back(ui::push(BOX_FIRST + static_cast<int>(at), name, "", flags));
   }
   items->push_back(ui::endOf());
@@ -126,7 +127,6 @@ void fillBox(WINDOW window, const Box& box) {
   setText(window, BOX_BODY, box.body);
   for (std::size_t at = 0; at < box.buttons.size(); ++at)
     setText(window, BOX_FIRST + static_cast<int>(at), box.buttons[at]);
-  xvt_vobj_set_focus(xvt_win_get_ctl(window, BOX_FIRST));
 }
 
 long boxHandler(WINDOW window, EVENT* event) {
@@ -196,4 +196,13 @@ ASK_RESPONSE xvt_dm_post_ask(const char* first, const char* second, const char* 
   const std::string text = xvt::formatted(format, arguments);
   va_end(arguments);
   return static_cast<ASK_RESPONSE>(showBox(BoxKind::ask, text, std::move(buttons)));
+}
+
+ASK_RESPONSE xvt_dm_post_confirm(const char* first, const char* second, const char* format, ...) {
+  if (!given(format, __func__) || !given(first, __func__) || !given(second, __func__)) return RESP_2;
+  va_list arguments;
+  va_start(arguments, format);
+  const std::string text = xvt::formatted(format, arguments);
+  va_end(arguments);
+  return static_cast<ASK_RESPONSE>(showBox(BoxKind::confirm, text, {first, second}));
 }

@@ -340,7 +340,7 @@ std::string FileBox::refusalToSave(const std::string& path) const {
 
 bool FileBox::mayOverwrite(const std::string& path) const {
   if (access(path.c_str(), F_OK) != 0) return true;
-  return xvt_dm_post_ask("Overwrite", "Cancel", nullptr, "Overwrite this file?\n%s", path.c_str()) == RESP_DEFAULT;
+  return xvt_dm_post_confirm("Overwrite", "Cancel", "Overwrite this file?\n%s", path.c_str()) == RESP_DEFAULT;
 }
 
 void FileBox::finish(const std::string& path) {

@@ -311,6 +311,10 @@ enum ASK_RESPONSE : int { RESP_DEFAULT = 1, RESP_2 = 2, RESP_3 = 3 };
 ASK_RESPONSE xvt_dm_post_ask(const char* first, const char* second, const char* third, const char* format, ...)
     XVT_PRINTF(4, 5);
 
+/// The same with two buttons, for what cannot be taken back: none of them is the default, so that Return does nothing
+/// before one was gone to.
+ASK_RESPONSE xvt_dm_post_confirm(const char* first, const char* second, const char* format, ...) XVT_PRINTF(3, 4);
+
 constexpr std::size_t SZ_DIR = 4096;
 constexpr std::size_t SZ_NAME = 256;
 constexpr std::size_t SZ_TYPE = 32;

@@ -445,19 +445,36 @@ void xvt_dm_post_note(const char* format, ...) {
   va_end(arguments);
 }
 
-ASK_RESPONSE xvt_dm_post_ask(const char*, const char*, const char* third, const char* format, ...) {
-  va_list arguments;
-  va_start(arguments, format);
+namespace {
+
+ASK_RESPONSE answerTo(const std::string& question, ASK_RESPONSE otherwise) {
   ToolkitDouble& k = kit();
-  k.asks.push_back(xvt::formatted(format, arguments));
-  va_end(arguments);
+  k.asks.push_back(question);
   if (k.askAnswers.empty()) {
-    k.fail("asked \"" + k.asks.back() + "\", but nobody answers it");
-    return third != nullptr ? RESP_3 : RESP_2;
+    k.fail("asked \"" + question + "\", but nobody answers it");
+    return otherwise;
   }
   const ASK_RESPONSE answer = k.askAnswers.front();
   k.askAnswers.pop_front();
   return answer;
+}
+
+}  // namespace
+
+ASK_RESPONSE xvt_dm_post_ask(const char*, const char*, const char* third, const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  const std::string question = xvt::formatted(format, arguments);
+  va_end(arguments);
+  return answerTo(question, third != nullptr ? RESP_3 : RESP_2);
+}
+
+ASK_RESPONSE xvt_dm_post_confirm(const char*, const char*, const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  const std::string question = xvt::formatted(format, arguments);
+  va_end(arguments);
+  return answerTo(question, RESP_2);
 }
 
 FL_STATUS xvt_dm_post_file_open(FILE_SPEC* file, const char* title) { return answerFile(file, title); }

@@ -20,6 +20,10 @@ constexpr DLG_ITEM kItems[] = {
     ui::push(5, "ok", "~OK", IF_DEFAULT),
     ui::push(6, "cancel", "Cancel", IF_CANCEL),
 };
+constexpr DLG_ITEM kStopItems[] = {ui::value(1, "count", 10), ui::push(2, "stop", "~Stop", IF_CANCEL)};
+constexpr DLG_RES kStop = {2, "stop", "Stop", kStopItems, std::size(kStopItems)};
+constexpr DLG_ITEM kPlainItems[] = {ui::push(5, "ok", "~OK", IF_DEFAULT)};
+constexpr DLG_RES kPlain = {3, "plain", "Plain", kPlainItems, std::size(kPlainItems)};
 constexpr DLG_RES kTable = {1, "hands", "Hands", kItems, std::size(kItems)};
 constexpr RESOURCES kResources = {nullptr, 0, &kTable, 1};
 
@@ -137,6 +141,56 @@ TEST(Hands, AnOptionListGoesWithWhatItStandsOn) {
       EXPECT_EQ(probe::key(other, "Down"), std::nullopt);
       xvt_vobj_destroy(window);
       pump(10);
+    }
+  });
+}
+
+/// Opens a window, types keys while it is up, and tells what it was told, its last event left out.
+std::vector<std::string> typed(WIN_TYPE type, const DLG_RES& table, const std::vector<const char*>& keys) {
+  std::size_t at = 0;
+  seen().clear();
+  onTick([&] {
+    const WINDOW window = probe::window(table.name);
+    if (window == NULL_WIN) return;
+    if (at == keys.size()) return xvt_vobj_destroy(window);
+    EXPECT_EQ(probe::key(window, keys[at++]), std::nullopt);
+  });
+  open(type, table, [](WINDOW window, EVENT& event) {
+    if (event.type == E_CREATE)
+      for (const char* row : {"a", "b"}) xvt_list_add(ctl(window, 4), -1, row);
+    if (event.type == E_CREATE) xvt_vobj_set_focus(ctl(window, 4));
+    return 0L;
+  });
+  while (probe::window(table.name) != NULL_WIN) pump(5);
+  onTick(nullptr);
+  std::erase_if(seen(), [](const std::string& one) { return one == "create" || one == "destroy"; });
+  return seen();
+}
+
+TEST(Hands, KeysMeanAButtonOnlyWhereTheyMay) {
+  using Events = std::vector<std::string>;
+  run(kResources, [] {
+    testing::internal::CaptureStderr();  // the lists that are not there
+    EXPECT_EQ(typed(WD_MODELESS, kStop, {"Return", "space", "Escape"}), Events{});
+    EXPECT_EQ(typed(WD_MODELESS, kStop, {"Tab", "space"}), Events{"press 2"});
+    EXPECT_EQ(typed(WD_MODELESS, kStop, {"Alt+s"}), Events{"press 2"});
+    EXPECT_EQ(typed(WD_MODELESS, kTable, {"Escape"}), Events{});
+    EXPECT_EQ(typed(WD_MODAL, kTable, {"Escape"}), Events{"press 6"});
+    EXPECT_EQ(typed(WD_MODAL, kPlain, {"Escape"}), Events{"close"});
+    EXPECT_EQ(typed(WD_MODAL, kTable, {"Down"}), Events{"select 4"});
+    testing::internal::GetCapturedStderr();
+    const std::vector<std::pair<std::vector<const char*>, ASK_RESPONSE>> answers{
+        {{"Return", "space", "Escape"}, RESP_2}, {{"Return", "Tab", "Return"}, RESP_DEFAULT}};
+    for (const auto& [keys, answer] : answers) {
+      std::size_t at = 0;
+      onTick([&, pressed = keys] {
+        const WINDOW box = probe::window("ask-box");
+        if (box == NULL_WIN || at == pressed.size()) return;
+        EXPECT_EQ(probe::key(box, pressed[at++]), std::nullopt);
+      });
+      EXPECT_EQ(xvt_dm_post_confirm("Overwrite", "Cancel", "Overwrite?"), answer);
+      EXPECT_EQ(at, keys.size());
+      onTick(nullptr);
     }
   });
 }

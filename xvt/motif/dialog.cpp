@@ -1,6 +1,7 @@
 #include "xvt/motif/dialog.h"
 
 #include <Xm/BulletinB.h>
+#include <Xm/DrawingA.h>
 #include <Xm/PushB.h>
 
 #include <algorithm>
@@ -26,6 +27,7 @@ void Dialog::build(const DLG_RES& table, bool modal) {
   table_ = &table;
   createShell("dialog", table.title != nullptr ? table.title : "", modal);
   createBoard();
+  createRest();
   root_.kind = IK_COLUMN;
   std::size_t at = 0;
   root_.children = buildCells(at, board(), IK_COLUMN);
@@ -95,6 +97,13 @@ Widget Dialog::createFrame() {
                                  app().look().pixel("#d9dee5"), XmNresizePolicy, XmRESIZE_NONE, nullptr);
 }
 
+/// A spot that nobody sees: Motif knows no window without a widget that has the keyboard.
+void Dialog::createRest() {
+  rest_ = XtVaCreateManagedWidget("rest", xmDrawingAreaWidgetClass, board(), XmNwidth, 1, XmNheight, 1, XmNmarginWidth,
+                                  0, XmNmarginHeight, 0, XmNtraversalOn, True, XmNnavigationType, XmEXCLUSIVE_TAB_GROUP,
+                                  nullptr);
+}
+
 void Dialog::refreshLeaves(Cell& cell, std::size_t& leaf) {
   if (!cell.children.empty()) {
     for (Cell& child : cell.children) refreshLeaves(child, leaf);
@@ -135,14 +144,16 @@ void Dialog::openFitted() {
   startKeyboard();
 }
 
-/// The keyboard starts where the program wishes, else in the first field, else on the default button.
+/// The keyboard starts where the program wishes, else in the first field, else on the default button. Any other button
+/// is for those who go to it: a key that was meant for the window before does nothing.
 void Dialog::startKeyboard() {
   const auto first = std::find_if(items_.begin(), items_.end(), [&](const auto& item) {
     if (first_focus_ != nullptr) return item.get() == first_focus_;
     return item->kind() == IK_EDIT && item->isEnabled() && item->isVisible() && (item->line().flags & IF_READONLY) == 0;
   });
   const auto start = first != items_.end() ? *first : flagged(IF_DEFAULT);
-  if (start && XmGetFocusWidget(shell()) != start->widget()) XmProcessTraversal(start->widget(), XmTRAVERSE_CURRENT);
+  Widget widget = start ? start->widget() : rest_;
+  if (XmGetFocusWidget(shell()) != widget) XmProcessTraversal(widget, XmTRAVERSE_CURRENT);
 }
 
 void Dialog::refresh() {
@@ -209,9 +220,17 @@ bool Dialog::returnKey() {
 }
 
 bool Dialog::escapeKey() {
-  const auto button = flagged(IF_CANCEL);
-  if (!button || !button->activate()) requestClose();
+  if (!isModal()) return true;
+  if (const auto button = flagged(IF_CANCEL))
+    button->activate();
+  else
+    requestClose();
   return true;
+}
+
+bool Dialog::downKey() {
+  const auto list = std::dynamic_pointer_cast<ListItem>(itemOf(XmGetFocusWidget(shell())));
+  return list && list->chooseFirst();
 }
 
 namespace runtime {

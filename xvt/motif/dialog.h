@@ -25,6 +25,7 @@ class Dialog final : public ShellWindow {
   bool mnemonic(KeySym key) override;
   bool returnKey() override;
   bool escapeKey() override;
+  bool downKey() override;
 
   const std::vector<std::shared_ptr<Item>>& items() const { return items_; }
   std::shared_ptr<Item> itemOf(Widget widget) const;
@@ -48,6 +49,7 @@ class Dialog final : public ShellWindow {
   void refreshLeaves(Cell& cell, std::size_t& leaf);
   void applyPlaces(const Cell& cell, std::size_t& leaf, std::size_t& card);
   Widget createFrame();
+  void createRest();
   std::shared_ptr<Item> flagged(unsigned flag) const;
   void startKeyboard();
 
@@ -55,6 +57,7 @@ class Dialog final : public ShellWindow {
   Cell root_;
   std::vector<std::shared_ptr<Item>> items_;         ///< in table order, card headings too
   std::vector<Item*> leaves_;                        ///< in the order of the tree's leaves; null for glue
+  Widget rest_ = nullptr;                            ///< has the keyboard where no control has
   std::vector<Widget> frames_;                       ///< of the cards, in the order of the tree
   std::vector<std::unique_ptr<DLG_ITEM>> headings_;  ///< lines for the cards' headings
   std::map<int, std::shared_ptr<Item>> by_id_;

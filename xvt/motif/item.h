@@ -168,6 +168,8 @@ class ListItem final : public Item {
   void grow(COORD pixels) override;
   Cell cell() const override;
   bool choose(int row, bool add) override;
+  /// Chooses the first row if none is; false when there is nothing to do.
+  bool chooseFirst();
   void doubleClick(int row);
 
  private:

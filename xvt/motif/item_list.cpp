@@ -144,6 +144,13 @@ bool ListItem::choose(int row, bool add) {
   return true;
 }
 
+bool ListItem::chooseFirst() {
+  int* selected = nullptr;
+  int count = 0;
+  XtVaGetValues(widget_, XmNselectedPositions, &selected, XmNselectedPositionCount, &count, nullptr);
+  return count == 0 && rowCount() > 0 && choose(0, false);
+}
+
 void ListItem::doubleClick(int row) {
   choose(row, false);
   if (!dialog_.isDying()) tell(CTL_DOUBLE);

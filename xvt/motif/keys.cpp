@@ -40,6 +40,7 @@ bool takeKey(XKeyEvent* event) {
   if (modifiers == Mod1Mask && window->mnemonic(key)) return true;
   if (modifiers != 0) return false;
   if (isReturn(key)) return window->returnKey();
+  if (key == XK_Down || key == XK_KP_Down) return window->downKey();
   return key == XK_Escape && window->escapeKey();
 }
 

@@ -57,6 +57,7 @@ class ShellWindow : public Window, public std::enable_shared_from_this<ShellWind
   virtual bool mnemonic(KeySym) { return false; }
   virtual bool returnKey() { return false; }
   virtual bool escapeKey() { return false; }
+  virtual bool downKey() { return false; }
   /// A standard editing command for something that is no Motif text field; false when there is nothing of the kind.
   virtual bool editStandard(int) { return false; }
   /// Shows the busy cursor or the usual one.
