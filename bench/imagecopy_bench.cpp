@@ -87,9 +87,11 @@ void measure(Bench& bench, std::size_t blockSize, double goal) {
   bench.makeInputs(blockSize);
   const std::string size = std::to_string(blockSize / 1024) + " KB blocks";
   const auto bytes = static_cast<double>(TOTAL);
-  const auto cp = bench::shell("cp " + bench.path("in.tpf") + " " + bench.path("peer"));
+  const auto cp = bench::syncedShell("cp " + bench.path("in.tpf") + " " + bench.path("peer"), bench.path("peer"));
   const auto cmp = bench::shell("cmp " + bench.path("in.tpf") + " " + bench.path("same.tpf"));
-  const auto cpTap = bench::shell("cp " + bench.cartridge("in.tap") + " " + bench.path("peer"));
+  const std::string copyTap = "cp " + bench.cartridge("in.tap") + " " + bench.path("peer");
+  const auto cpTap = bench::shell(copyTap);
+  const auto cpTapToDisk = bench::syncedShell(copyTap, bench.path("peer"));
 
   bench::compare(("copy tpf to tpf, " + size).c_str(), bytes,
                  [&] {
@@ -106,7 +108,7 @@ void measure(Bench& bench, std::size_t blockSize, double goal) {
                      bench.file(dialog, CP_OUTPUT_DISK, "out.tpf");
                    });
                  },
-                 "cp", cpTap, goal);
+                 "cp", cpTapToDisk, goal);
   bench::compare(("copy tape to tape, " + size).c_str(), bytes,
                  [&] {
                    bench.run(DLG_COPY, CopyDialog_eh, [&](WINDOW dialog) {

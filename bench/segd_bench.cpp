@@ -81,7 +81,7 @@ int main(int argc, char** argv) {
   const double megabytes = argc > 1 ? std::max(1, std::atoi(argv[1])) : 500;
   Bench bench;
   const auto copy = [&bench] { bench.copy(); };
-  const auto cp = bench::shell("cp in/* peer");
+  const auto cp = bench::syncedShell("cp in/* peer", "peer/* peer");
   const int fileMegabytes = TRACES_A_FILE * SAMPLES * 4 / 1000000;
   const int sets = std::clamp(static_cast<int>(megabytes / fileMegabytes), 1, 90);
   bench::compare("SEG D copy, one field file", bench.makeInputs(1, sets), copy, "cp", cp, 1.3);

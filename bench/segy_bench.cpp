@@ -112,7 +112,8 @@ void measureJobs(Bench& bench, int traces) {
   const double bytes = 3600.0 + traces * (240.0 + 4.0 * SAMPLES);
   bench.makeInput(traces);
   const auto copy = [&bench] { bench.copy(); };
-  const auto cp = bench::shell("cp " + bench.folder.path("in.sgy") + " " + bench.folder.path("peer.sgy"));
+  const auto cp = bench::syncedShell("cp " + bench.folder.path("in.sgy") + " " + bench.folder.path("peer.sgy"),
+                                     bench.folder.path("peer.sgy"));
   segyInit();
   bench::compare("SEG Y copy", bytes, copy, "cp", cp, 1.6);
   bench.limitBy("all.txt");
@@ -121,9 +122,10 @@ void measureJobs(Bench& bench, int traces) {
     writeFile(bench.folder.path("loop.c"), SEGYIO_LOOP);
     bench::shell("cc -O2 -o " + bench.folder.path("loop") + " " + bench.folder.path("loop.c") + " -lsegyio")();
     bench::compare("the same", bytes, copy, "loop",
-                   bench::shell(formatText("%s %s %s %d %d", bench.folder.path("loop").c_str(),
-                                           bench.folder.path("in.sgy").c_str(), bench.folder.path("peer.sgy").c_str(),
-                                           SAMPLES, traces)),
+                   bench::syncedShell(formatText("%s %s %s %d %d", bench.folder.path("loop").c_str(),
+                                                 bench.folder.path("in.sgy").c_str(),
+                                                 bench.folder.path("peer.sgy").c_str(), SAMPLES, traces),
+                                      bench.folder.path("peer.sgy")),
                    0.5);
   }
   bench.limitBy("list.txt");
