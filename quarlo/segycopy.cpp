@@ -166,11 +166,12 @@ bool SegyCopy::mayWriteVolumes() {
   const int last = byInput && !inputIsTape() ? static_cast<int>(files.size()) - 1 : INT_MAX;
   const std::vector<std::string> names = output.existingVolumes(last);
   if (names.empty() ||
-      xvt_dm_post_ask("Write over", "Cancel", nullptr,
-                      "%zu further volume%s of this output may be written and exist%s already:\n%s%s%s\n"
-                      "Write over?",
-                      names.size(), names.size() > 1 ? "s" : "", names.size() > 1 ? "" : "s", names.front().c_str(),
-                      names.size() > 1 ? " to " : "", names.size() > 1 ? names.back().c_str() : "") == RESP_DEFAULT) {
+      xvt_dm_post_confirm("Overwrite", "Cancel",
+                          "%zu further volume%s of this output may be written and exist%s already:\n%s%s%s\n"
+                          "Overwrite?",
+                          names.size(), names.size() > 1 ? "s" : "", names.size() > 1 ? "" : "s", names.front().c_str(),
+                          names.size() > 1 ? " to " : "",
+                          names.size() > 1 ? names.back().c_str() : "") == RESP_DEFAULT) {
     return true;
   }
   console_printf("  ** %s stays as it is: choose another output.", names.front().c_str());

@@ -141,10 +141,11 @@ bool SortStore::mayEmpty() const {
   for (const TempFile* file : {&traceTemp, &indexTemp}) {
     names += file->size() > 0 ? file->path() + "\n" : "";
   }
-  if (xvt_dm_post_ask(
-          "Write over", "Cancel", nullptr,
-          "The sort would write over what was there before and is not left over from a sort:\n%sWrite over?",
-          names.c_str()) == RESP_DEFAULT) {
+  const bool both = traceTemp.size() > 0 && indexTemp.size() > 0;
+  if (xvt_dm_post_confirm("Overwrite", "Cancel",
+                          "%s here before and %s not left over from a sort that was cut off:\n%sOverwrite %s?",
+                          both ? "These files were" : "This file was", both ? "are" : "is", names.c_str(),
+                          both ? "them" : "it") == RESP_DEFAULT) {
     return true;
   }
   console_printf("  ** %s stays as it is: choose another sort file.",

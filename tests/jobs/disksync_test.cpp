@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <set>
 
-#include "quarlo/jobframe.h"
 #include "quarlo/segycopy.h"
 #include "quarlo/segycopy_params.h"
 #include "quarlo/unfmtcpy.h"
@@ -16,26 +15,17 @@
 
 namespace {
 
-/// What was waited for, and whether the disk refuses it.
-struct Disk {
-  std::set<std::string> files;
-  int calls = 0;
-  int refuses = 0;  // the call that fails, from 1
-  std::function<void()> atCall;
-} disk;
+std::multiset<std::string> waitedFor;
+std::size_t refused = 0;  // the wait that fails, from 1
+std::function<void()> atWait = [] {};
 
 int waitFor(int descriptor, long call) {
   std::error_code unseen;
   const auto path = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor), unseen);
-  disk.files.insert(path.filename().string());
-  if (disk.atCall) {
-    disk.atCall();
-  }
-  if (++disk.calls == disk.refuses) {
-    errno = EIO;
-    return -1;
-  }
-  return static_cast<int>(syscall(call, descriptor));
+  waitedFor.insert(path.filename().string());
+  atWait();
+  errno = EIO;
+  return waitedFor.size() == refused ? -1 : static_cast<int>(syscall(call, descriptor));
 }
 
 }  // namespace
@@ -48,85 +38,62 @@ namespace {
 
 class DiskSyncTest : public SegdTest {
  protected:
-  DiskSyncTest() {
-    disk = {};
-    segyInit();
-    disk.atCall = [this] { EXPECT_FALSE(consoleHas(summary)) << "said before it was on the disk"; };
+  ~DiskSyncTest() override {
+    atWait = [] {};
   }
-  ~DiskSyncTest() override { disk = {}; }
 
-  /// Runs a job with a healthy disk, then with one that refuses each of its files, the directory last.
-  void expectWaited(const std::function<int()>& job, const std::set<std::string>& files, const std::string& line) {
-    summary = line;
-    forgetConsole();
-    EXPECT_EQ(job(), 0);
-    EXPECT_EQ(disk.files, files);
-    EXPECT_TRUE(consoleHas(line));
-    const int calls = disk.calls;
-    EXPECT_EQ(calls, static_cast<int>(files.size()));
-    for (int refused = 1; refused <= calls; ++refused) {
-      disk.calls = 0;
-      disk.refuses = refused;
+  /// Runs a job from whatever input is opened to "out/line.sgd", with a healthy disk and with one that refuses each
+  /// file and, at last, the directory.
+  void expectWaited(const std::function<int()>& job, const std::multiset<std::string>& files, const char* summary) {
+    atWait = [this, summary] { EXPECT_FALSE(consoleHas(summary)) << "said before it was on the disk"; };
+    for (refused = 0; refused <= files.size(); ++refused) {
+      std::filesystem::remove_all("out");
+      std::filesystem::create_directory("out");
+      waitedFor.clear();
       forgetConsole();
-      EXPECT_NE(job(), 0);
-      EXPECT_EQ(count("  *** Job Failed."), 1);
-      EXPECT_FALSE(lineWith("  *** Error writing to disk file \"").empty());
-      EXPECT_TRUE(consoleHas(line));
+      EXPECT_EQ(job() == 0, refused == 0);
+      EXPECT_EQ(waitedFor, files);
+      EXPECT_EQ(count("  *** Job Failed."), refused == 0 ? 0 : 1);
+      EXPECT_EQ(lineWith("  *** Error writing to disk file \"").empty(), refused == 0);
+      EXPECT_TRUE(consoleHas(summary));
     }
   }
-  std::string here() { return std::filesystem::path(folder.path("")).parent_path().filename().string(); }
-
-  std::string summary;
+  int run(const std::function<int(UnitStruct*)>& job) {
+    EXPECT_TRUE(openDiskUnit(&units[1], specOf("out/line.sgd"), "w+b"));
+    const int result = job(units);
+    closeUnits();
+    return result;
+  }
 };
 
-TEST_F(DiskSyncTest, SegDFilesAndTheirDirectory) {
-  for (int number = 1; number <= 3; ++number) {
-    FieldFile file;
-    file.number = number;
-    put("f" + std::to_string(number) + ".segd", file);
-  }
-  expectWaited([this] { return copyFiles("in/f1.segd"); },
-               {"line_00001.sgd", "line_00002.sgd", "line_00003.sgd", "out"}, "SEG D Copy Summary:");
-}
+TEST_F(DiskSyncTest, EveryCopyWaitsForItsFilesBeforeItsSummary) {
+  put("f1.segd", {});
+  put("f2.segd", {});
+  expectWaited([this] { return copyFiles("in/f1.segd"); }, {"line_00001.sgd", "line_00002.sgd", "out"},
+               "SEG D Copy Summary:");
 
-TEST_F(DiskSyncTest, SegYVolumes) {
-  std::string bytes = segyText() + segyBinary(5);
-  for (int record = 1; record <= 3; ++record) {
-    bytes += segyTrace({record, 1, 0, 0}, 5, record);
-  }
-  writeFile(folder.path("in.sgy"), bytes);
+  segyInit();
   SgyParams.multipleOut = true;
   SgyParams.bytesPerPart = 1;
+  writeFile("in.sgy", segyText() + segyBinary(5) + segyTrace({1}, 5, 1) + segyTrace({2}, 5, 2));
   expectWaited(
       [this] {
-        std::filesystem::remove("line001.sgy");
-        std::filesystem::remove("line002.sgy");
         openInputFile("in.sgy");
-        EXPECT_TRUE(openDiskUnit(&units[1], specOf("line.sgy"), "w+b"));
-        const int result = doSegyCopy(units);
-        closeUnits();
-        return result;
+        return run(doSegyCopy);
       },
-      {"line.sgy", "line001.sgy", "line002.sgy", here()}, "3 traces written.");
-}
+      {"line.sgd", "line001.sgy", "out"}, "2 traces written.");
 
-TEST_F(DiskSyncTest, ImagesOfEitherKind) {
   makeCartridge("in.tap", {block(100, 1), MARK, MARK});
   for (const int kind : {OF_TPF, OF_RAW}) {
     unfmtInit();
     TheOutFileType = kind;
-    disk.files.clear();
-    disk.calls = disk.refuses = 0;
     expectWaited(
         [this] {
           noFurtherTape();
           openInputTape("in.tap");
-          EXPECT_TRUE(openDiskUnit(&units[1], specOf("out.tpf"), "w+b"));
-          const int result = doTapeCopy(units);
-          closeUnits();
-          return result;
+          return run(doTapeCopy);
         },
-        {"out.tpf", here()}, "   1 block copied.");
+        {"line.sgd", "out"}, "   1 block copied.");
   }
   unfmtInit();
 }

@@ -262,38 +262,35 @@ TEST_F(SegyDiskTest, OnlyLeftoversAreWrittenOverWithoutAQuestion) {
   sortTraces();
   for (const long at : {1L, 2L, 5L, 9L}) {
     SCOPED_TRACE(at);
-    std::string traces;
-    std::string index;
+    std::string left[2];
     pumpsOfJob = 0;
     toolkit.onPump = [&](long) {
       if (++pumpsOfJob == at) {
-        traces = readFile("Sort.tmp");
-        index = readFile("SegyCopy.idx");
+        left[0] = readFile("Sort.tmp");
+        left[1] = readFile("SegyCopy.idx");
       }
     };
     EXPECT_EQ(copyFile("in.sgy"), JOB_OK);
     toolkit.onPump = nullptr;
-    EXPECT_EQ(traces.empty(), index.empty());
     for (const std::string name : {"", "Sort.tmp", "SegyCopy.idx"}) {
-      const bool asks = !name.empty() && !traces.empty();
-      writeFile("Sort.tmp", traces);
-      writeFile("SegyCopy.idx", index);
-      if (asks) {
-        writeFile(name, "a file of mine, longer than the length of both of the headers of an index");
-        toolkit.answerAsk(RESP_2);
-        EXPECT_EQ(copyFile("in.sgy", "none.sgy"), JOB_OK);
-        EXPECT_TRUE(consoleHas("  *** Copy aborted by user at DATE."));
-        EXPECT_TRUE(consoleHas("0 traces read."));
-        EXPECT_TRUE(readFile(name).starts_with("a file of mine"));
-        EXPECT_EQ(output("none.sgy"), "");
-        toolkit.answerAsk(RESP_DEFAULT);
+      const std::string mine = name.empty() ? "" : "a file of mine, longer than the lengths of both headers";
+      for (const ASK_RESPONSE answer : {RESP_2, RESP_DEFAULT}) {
+        writeFile("Sort.tmp", left[0]);
+        writeFile("SegyCopy.idx", left[1]);
+        if (!mine.empty()) {
+          writeFile(name, mine);
+          toolkit.answerAsk(answer);
+        }
+        const bool stops = !mine.empty() && answer == RESP_2;
+        EXPECT_EQ(copyFile("in.sgy"), JOB_OK);
+        EXPECT_EQ(count("  *** Copy aborted by user at DATE."), stops ? 1 : 0);
+        EXPECT_EQ(serials(), stops ? Serials{} : (Serials{1, 2, 3, 4, 5, 6}));
+        EXPECT_EQ(name.empty() ? "" : readFile(name), stops ? mine : "");
       }
-      EXPECT_EQ(copyFile("in.sgy"), JOB_OK);
-      EXPECT_EQ(serials(), (Serials{1, 2, 3, 4, 5, 6}));
-      EXPECT_EQ(std::exchange(toolkit.asks, {}).size(), asks ? 2U : 0U);
-      expectNoTemporaryFiles();
     }
   }
+  EXPECT_EQ(toolkit.asks.size(), 4U * 2 * 2);
+  expectNoTemporaryFiles();
 }
 
 TEST_F(SegyDiskTest, RefusesToSortSeveralInputsThatAreNotJoined) {
@@ -380,9 +377,9 @@ TEST_F(SegyManyTest, VolumesThatExistAreAskedAboutOnceBeforeAnythingIsWritten) {
   EXPECT_EQ(output("line1.sgy") + output("line0004.sgy"), "oldold");
   EXPECT_EQ(toolkit.asks,
             (Lines{"2 further volumes of this output may be written and exist already:\nline001.sgy to line002.sgy\n"
-                   "Write over?",
+                   "Overwrite?",
                    "3 further volumes of this output may be written and exist already:\nline001.sgy to line003.sgy\n"
-                   "Write over?"}));
+                   "Overwrite?"}));
 }
 
 TEST_F(SegyManyTest, JoinsInputsWithTheFirstOnesTraceLengthAndWarns) {
