@@ -11,8 +11,7 @@ int unitNum = 0;
 bool isOpenTape(const UnitStruct& unit) { return unit.type == UT_TAPE && unit.state == 1; }
 
 void warnUnlessAtBeginning(UnitStruct* units, int uNum) {
-  const UnitStruct& unit = units[uNum];
-  if (!isOpenTape(unit) || (unit.blockNum == 1 && unit.fileNum == 1)) return;
+  if (!isOpenTape(units[uNum]) || !tlv_away_from_beginning(units, uNum)) return;
   int number = uNum;
   runModal(DLG_TAPE_POSITION, BotDlg_eh, &number);
 }

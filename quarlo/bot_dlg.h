@@ -4,8 +4,8 @@
 #include "quarlo/tapelib/tlv_fcn.h"
 #include "xvt/xvt.h"
 
-/// Warns, once for each, about the input and the outputs that are open tapes and not at block 1 of file 1. The job goes
-/// on from wherever the tapes then stand.
+/// Warns, once for each, about the input and the outputs that are open tapes and not at their beginning, by their
+/// numbers or by what their driver says. The job goes on from wherever the tapes then stand.
 void checkBOT(UnitStruct* units);
 
 /// Modal, from DLG_TAPE_POSITION; its data is the address of the unit's number (int).

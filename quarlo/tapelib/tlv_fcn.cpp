@@ -161,6 +161,7 @@ void initIO(UnitStruct* ioUnit) {
   ioUnit[0].fileNum = 0;
   ioUnit[0].state = 0;
   ioUnit[1].state = 0;
+  setDriveNews(console_out);
   initUNIX();
 }
 
@@ -243,6 +244,22 @@ int tlv_rewind(UnitStruct* aUnit, int uNum) {
 
 int tlv_unload(UnitStruct* aUnit, int uNum) {
   return onUnits(aUnit, uNum, "unload", [&](int unit) { return unixUnload(aUnit, unit); });
+}
+
+void forgetWritten(UnitStruct* aUnit) {
+  for (int unit = 1; unit <= lastOutput(aUnit); ++unit) aUnit[unit].lastWritten = LW_NOTHING;
+}
+
+bool tlv_away_from_beginning(const UnitStruct* aUnit, int uNum) {
+  const UnitStruct& unit = aUnit[uNum];
+  return unit.blockNum != 1 || unit.fileNum != 1 || isAwayFromBeginning(unit);
+}
+
+bool tlv_position_lost(const UnitStruct* aUnit, int uNum) { return unixPositionLost(aUnit[uNum]); }
+
+bool tlv_goes_on(const UnitStruct* aUnit, int uNum, char* buffer) {
+  const BusyCursor busy;
+  return unixGoesOn(aUnit[uNum], buffer);
 }
 
 void setAutoLoadMinute(std::chrono::milliseconds length) { minuteLength = length; }

@@ -17,6 +17,9 @@ constexpr int ALL_OUTPUTS = -1;
 /// Values of UnitStruct::type.
 enum UNIT_TYPE : int { UT_NONE = 0, UT_DISK = 1, UT_TAPE = 2 };
 
+/// What was written last to a tape since it was opened, or since forgetWritten.
+enum LAST_WRITTEN : int { LW_NOTHING = 0, LW_BLOCK, LW_MARK };
+
 /// A medium changer. Declared for drives that have one under program control; none is driven on this system.
 struct AutoLoader {
   int id;
@@ -74,6 +77,7 @@ struct UnitStruct {
   int timeout;                          ///< minutes to wait for the next tape in automatic mode
   unsigned int minBlockSize;            ///< 1 for an open tape, 0 closed
   unsigned int maxBlockSize;            ///< largest block read or written, 0 closed
+  int lastWritten;                      ///< LAST_WRITTEN on the open tape
 };
 
 /// Most bytes that a drive of the M4 family is asked for by jobs that ask for less than the tape buffer.
@@ -145,6 +149,18 @@ int tlv_skip_files(UnitStruct* aUnit, int uNum, int count);
 int tlv_skip_eod(UnitStruct* aUnit, int uNum);
 int tlv_rewind(UnitStruct* aUnit, int uNum);
 int tlv_unload(UnitStruct* aUnit, int uNum);
+
+/// What stands on the output tapes is complete: nothing of what is written from now on is.
+void forgetWritten(UnitStruct* aUnit);
+/// Whether an open tape stands elsewhere than at its beginning: by the unit's numbers, or because the driver says so (a
+/// tape keeps its place while it is closed, and the numbers count from 0 after spacing).
+bool tlv_away_from_beginning(const UnitStruct* aUnit, int uNum);
+/// Whether an open tape lost its position (drive reset, cartridge pulled or exchanged): it reads and writes nothing more
+/// until it is rewound, unloaded or opened again.
+bool tlv_position_lost(const UnitStruct* aUnit, int uNum);
+/// Whether a block, readable or not, follows on an open tape, here or behind one mark. Says nothing, whatever it meets,
+/// and leaves the tape and the unit as they were. `buffer` holds ioBufLen bytes.
+bool tlv_goes_on(const UnitStruct* aUnit, int uNum, char* buffer);
 
 /// Brings the next tape of a sequence. ptr1: the unit array; ptr2: receives 1 when a tape is ready, else 0; ptr3: the
 /// unit number itself (0 the input, 1 or more: every output is changed by this one call).

@@ -313,6 +313,7 @@ int unixTapeOpen(UnitStruct* aUnit, const DListStruct& entry, int uNum, bool rea
   unit.fileNum = 1;
   unit.eodMark = 0;
   unit.eofMark = 0;
+  unit.lastWritten = LW_NOTHING;
   if (aUnit[0].overrideM4 == 0) unit.isM4 = static_cast<short>(isM4Drive(&unit));
   return 0;
 }
@@ -392,6 +393,17 @@ int unixTapeRead(UnitStruct* aUnit, int uNum, char* buffer) {
   return -1;
 }
 
+bool unixGoesOn(const UnitStruct& unit, char* buffer) {
+  TapeHandle* handle = handleOf(unit);
+  StTimeout = 120;
+  return handle != nullptr && handle->goesOn(buffer, unit.maxBlockSize);
+}
+
+bool unixPositionLost(const UnitStruct& unit) {
+  const TapeHandle* handle = handleOf(unit);
+  return handle != nullptr && handle->isLost();
+}
+
 int unixTapeWrite(UnitStruct* aUnit, int uNum, const char* buffer, int bytes) {
   UnitStruct& unit = aUnit[uNum];
   if (bytes < 0 || static_cast<unsigned>(bytes) > unit.maxBlockSize) {
@@ -401,6 +413,7 @@ int unixTapeWrite(UnitStruct* aUnit, int uNum, const char* buffer, int bytes) {
   TapeHandle* handle = handleOf(unit);
   StTimeout = 120;
   const ssize_t written = handle == nullptr ? -1 : handle->write(buffer, static_cast<std::size_t>(bytes));
+  if (written > 0) unit.lastWritten = LW_BLOCK;  // a short one too
   if (written >= bytes) {
     ++unit.blockNum;
     return static_cast<int>(written);
@@ -469,7 +482,9 @@ int unixSkipEOD(UnitStruct* aUnit, int uNum) {
 
 int unixWeof(UnitStruct* aUnit, int uNum, int count) {
   StTimeout = 90;
-  return command(&aUnit[uNum], MTWEOF, count);
+  const int result = command(&aUnit[uNum], MTWEOF, count);
+  if (result == 0) aUnit[uNum].lastWritten = LW_MARK;
+  return result;
 }
 
 int unixRewind(UnitStruct* aUnit, int uNum) {
@@ -506,6 +521,11 @@ int getCurrentFile(const UnitStruct& unit) {
   if (statusOf(unit, status) >= 0) return static_cast<int>(status.mt_fileno);
   console_printf("  *** Error getting file number status on \"%s\".", unit.name);
   return 0;
+}
+
+bool isAwayFromBeginning(const UnitStruct& unit) {
+  mtget status{};
+  return statusOf(unit, status) >= 0 && GMT_BOT(status.mt_gstat) == 0;
 }
 
 // ---- operation requests -----------------------------------------------------------------------------------------

@@ -67,6 +67,9 @@ int isM4Drive(const UnitStruct* unit);
 
 int unixTapeRead(UnitStruct* aUnit, int uNum, char* buffer);
 int unixTapeWrite(UnitStruct* aUnit, int uNum, const char* buffer, int bytes);
+/// As tlv_goes_on and tlv_position_lost; false of a closed unit.
+bool unixGoesOn(const UnitStruct& unit, char* buffer);
+bool unixPositionLost(const UnitStruct& unit);
 int unixSkipBlocks(UnitStruct* aUnit, int uNum, int count);
 int unixSkipFiles(UnitStruct* aUnit, int uNum, int count);
 int unixSkipEOD(UnitStruct* aUnit, int uNum);
@@ -78,6 +81,8 @@ int unixUnload(UnitStruct* aUnit, int uNum);
 int doStCommand(UnitStruct* unit);
 int getCurrentBlock(const UnitStruct& unit);
 int getCurrentFile(const UnitStruct& unit);
+/// Whether the driver says that the tape is not at its beginning; false where it says nothing.
+bool isAwayFromBeginning(const UnitStruct& unit);
 
 int unixInitLoader(const UnitStruct& unit, int uNum);
 int unixLoadNext(const UnitStruct& unit, int uNum);

@@ -12,7 +12,9 @@
 #include <vector>
 
 #include "quarlo/tapelib/driver/tap_file.h"
+#include "quarlo/tapelib/tlv_fcn.h"
 #include "tests/device/bench.h"
+#include "tests/device/console_recorder.h"
 #include "tests/support/tap_images.h"
 #include "tests/support/test_files.h"
 
@@ -293,15 +295,22 @@ TEST_F(OneDrive, ACartridgeFileExchangedOrRewrittenIsAnotherCartridge) {
   tapeDriver().close(fd);
 }
 
-TEST_F(OneDrive, DamagedCartridgeGivesAnErrorAndSaysWhere) {
+TEST_F(OneDrive, DamagedCartridgeGivesAnErrorAndSaysWhereOnceForEachLoad) {
   writeFile(bench_.path("T1"), tapImage({"abcd"}) + word(400) + "abcd");
-  const int fd = open();
-  EXPECT_EQ(read(fd), 4);
+  initIO(getDevPtr());
+  consoleLines().clear();
   testing::internal::CaptureStderr();
-  EXPECT_EQ(read(fd), -1);
-  EXPECT_EQ(errno, EIO);
-  EXPECT_NE(testing::internal::GetCapturedStderr().find("damaged at byte 12: a block runs past the end of the file"),
-            std::string::npos);
+  const int fd = open();
+  const std::vector<std::string> news{"  *** Virtual drive TAPE-1: " + bench_.path("T1") +
+                                      ": damaged at byte 12: a block runs past the end of the file."};
+  EXPECT_EQ(read(fd), 4);
+  for (int again = 0; again < 2; ++again) {
+    EXPECT_EQ(read(fd), -1);
+    EXPECT_EQ(errno, EIO);
+    EXPECT_EQ(consoleLines(), news);
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  unInitIO(getDevPtr());
   EXPECT_EQ(operate(fd, MTFSR), -1);
   EXPECT_EQ(operate(fd, MTEOM), -1);
   EXPECT_EQ(operate(fd, MTFSF), -1);

@@ -124,6 +124,35 @@ TEST_P(UnitTape, EndOfDataWithoutMarkIsNoError) {
   EXPECT_EQ(consoleLines(), Lines{});
 }
 
+TEST_P(UnitTape, WhatFollowsIsSeenWithoutAWordAndTheTapeStaysWhereItWas) {
+  NEEDS_HANDS();
+  record({100, 101, 0, 102, 0, 0, 103, 0});
+  bench_->hands("badblock A 1");
+  open(0);
+  const auto follows = [&] { return tlv_goes_on(units_, 0, units_[0].ioBuffer); };
+  EXPECT_TRUE(follows());
+  EXPECT_EQ(read(), 100);
+  EXPECT_TRUE(follows());  // the bad block
+  EXPECT_EQ(read(), -1);
+  EXPECT_EQ(tlv_skip_blocks(units_, 0, 1), 0);
+  consoleLines().clear();
+  EXPECT_TRUE(follows());  // behind one mark
+  EXPECT_EQ(read(), 0);
+  EXPECT_EQ(read(), 102);
+  EXPECT_FALSE(follows());  // two marks
+  EXPECT_EQ(read(), 0);
+  EXPECT_EQ(read(), 0);
+  EXPECT_TRUE(follows());
+  EXPECT_EQ(units_[0].eofMark, 1);
+  EXPECT_EQ(read(), 103);
+  EXPECT_FALSE(follows());
+  EXPECT_EQ(read(), 0);
+  EXPECT_FALSE(follows());
+  EXPECT_EQ(read(), 0);
+  EXPECT_EQ(units_[0].eodMark, 1);
+  EXPECT_EQ(consoleLines(), Lines{});
+}
+
 TEST_P(UnitTape, OneBadBlockCostsOneBlock) {
   NEEDS_HANDS();
   record({100, 101, 102, 103, 0, 104, 0});

@@ -359,6 +359,19 @@ TEST_F(TapeDialogs, WarnsOnceForEachTapeNotAtItsBeginning) {
   checkBOT(units);
   EXPECT_EQ(toolkit.beeps, 1);
   EXPECT_EQ(units->blockNum, 1);
+  // One block or one file on, the numbers, which count from 0 after spacing, are those of a tape at its beginning; and a
+  // tape that was left elsewhere stands there when it is opened.
+  for (const auto& move : std::initializer_list<std::function<void()>>{[this] { tlv_skip_blocks(units, 0, 1); },
+                                                                       [this] { tlv_skip_files(units, 0, 1); },
+                                                                       [this] { tlv_tape_open(units, 0); }}) {
+    const int before = toolkit.beeps;
+    move();
+    EXPECT_EQ(units->blockNum * units->fileNum, 1);
+    toolkit.onModal(DLG_TAPE_POSITION, [&](WINDOW d) { toolkit.press(d, TP_OK); });
+    checkBOT(units);
+    EXPECT_EQ(toolkit.beeps, before + 1);
+  }
+  tlv_rewind(units, 0);
   toolkit.failNextDialog(DLG_TAPE_POSITION);
   tlv_skip_blocks(units, 0, 2);
   checkBOT(units);

@@ -16,6 +16,8 @@ std::unique_ptr<TapeDriver>& slot() {
   return driver;
 }
 
+void (*driveNews)(const char* line) = nullptr;
+
 std::unique_ptr<TapeDriver> plainDriver() {
   const char* folder = std::getenv("QUARLO_VIRTUAL_DRIVES");
   if (folder == nullptr || *folder == '\0') return std::make_unique<StDriver>();
@@ -38,6 +40,15 @@ std::unique_ptr<TapeDriver> chosenDriver() {
 }
 
 }  // namespace
+
+void tellOfDrive(const std::string& line) {
+  if (driveNews != nullptr)
+    driveNews(line.c_str());
+  else
+    std::fprintf(stderr, "%s\n", line.c_str());
+}
+
+void setDriveNews(void (*tell)(const char* line)) { driveNews = tell; }
 
 TapeDriver& tapeDriver() {
   if (!slot()) slot() = chosenDriver();

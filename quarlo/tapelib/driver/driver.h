@@ -58,6 +58,11 @@ class TapeDriver {
   virtual bool listDrives(DriveFacts& drives) = 0;
 };
 
+/// Takes a line that a driver has for the user, such as the damage that it met on a cartridge: standard error until
+/// setDriveNews says where else (null: standard error again).
+void tellOfDrive(const std::string& line);
+void setDriveNews(void (*tell)(const char* line));
+
 /// The driver that the whole process uses. Chosen at the first call: virtual drives when QUARLO_VIRTUAL_DRIVES names a
 /// folder (a relative path begins where the program was started), else the genuine driver; either behind the fault
 /// wrapper when QUARLO_TAPE_FAULT is set.

@@ -74,7 +74,7 @@ TapeAnswer TapeHandle::afterFailedRead(int error) {
   mtget now{};
   long block = -1;
   const bool known = status(now) >= 0;
-  if (known && (GMT_EOD(now.mt_gstat) != 0 || error == ENOSPC)) return TapeAnswer::END_OF_DATA;
+  if (known && GMT_EOD(now.mt_gstat) != 0) return TapeAnswer::END_OF_DATA;
   if (!known || isGone(error) || positionGone(now)) {
     lose();
     return TapeAnswer::FAILED;
@@ -134,6 +134,27 @@ void TapeHandle::stepBack(int blocks) {
     lose();
   else
     passed_ = block == at_ + 1;
+}
+
+/// A read, and another where that failed: a failure that passes is no unreadable block.
+TapeAnswer TapeHandle::readAgain(void* buffer, std::size_t size) {
+  int bytes = 0;
+  const TapeAnswer answer = read(buffer, size, bytes);
+  return answer == TapeAnswer::FAILED && !passed_ ? read(buffer, size, bytes) : answer;
+}
+
+bool TapeHandle::goesOn(void* buffer, std::size_t size) {
+  TapeAnswer answer = readAgain(buffer, size);
+  mtop back{};
+  back.mt_op = MTBSR;
+  back.mt_count = answer == TapeAnswer::BLOCK ? 1 : 0;
+  if (answer == TapeAnswer::MARK) {
+    answer = readAgain(buffer, size);
+    back.mt_op = MTBSF;
+    back.mt_count = answer == TapeAnswer::MARK ? 2 : 1;
+  }
+  operate(back);
+  return !lost_ && answer != TapeAnswer::MARK && answer != TapeAnswer::END_OF_DATA;
 }
 
 // ---- writing ----------------------------------------------------------------------------------------------------

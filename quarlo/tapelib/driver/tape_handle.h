@@ -28,6 +28,9 @@ class TapeHandle {
   void settle();
   /// One block of at most `size` bytes. @param bytes its length, or 0
   TapeAnswer read(void* buffer, std::size_t size, int& bytes);
+  /// Whether a block, readable or not, follows here or behind one mark. The tape then stands where it stood, unless its
+  /// position was lost by asking.
+  bool goesOn(void* buffer, std::size_t size);
   /// As TapeDriver::write.
   ssize_t write(const void* buffer, std::size_t size);
   /// As TapeDriver::operate. With the position lost only a rewind or an unload reaches the drive.
@@ -41,10 +44,12 @@ class TapeHandle {
   /// True once after the position got lost: the drive was reset, or the cartridge pulled or exchanged. Reads, writes
   /// and spacing then fail without reaching the drive until the tape is rewound.
   bool takeNewsOfLoss();
+  bool isLost() const { return lost_; }
 
  private:
   bool move(short operation, int count);
   bool ask(long& block);
+  TapeAnswer readAgain(void* buffer, std::size_t size);
   bool standsAt(long block);
   void lose();
   bool positionGone(const mtget& status) const { return status.mt_fileno < 0 && status.mt_blkno < 0; }

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <utility>
 
 namespace {
@@ -52,8 +53,9 @@ void VirtualDrive::loadCartridge(const Identity& identity) {
   tape_ = std::make_unique<TapFile>();
   if (const int error = tape_->open(cartridge_); error != 0) {
     tape_.reset();
-    errno = error;
-    say("the cartridge cannot be opened");
+    say(std::string("cannot be opened: ") + std::strerror(error));
+  } else {
+    said_.clear();
   }
   loaded_ = identity;
   recorded_ = false;

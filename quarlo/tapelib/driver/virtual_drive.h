@@ -62,7 +62,7 @@ class VirtualDrive {
   int endOpen();
 
   // Moving over the tape (virtual_motion.cpp).
-  void say(const char* problem) const;
+  void say(const std::string& problem);
   bool isBad(const TapFile::Element& element) const;
   void stand(int file, int block, Event event);
   int countedBlock(int moved) const { return block_ < 0 || block_ + moved < 0 ? -1 : block_ + moved; }
@@ -93,6 +93,7 @@ class VirtualDrive {
   std::string cartridge_;          ///< its path, or that of the next one
   Identity loaded_;                ///< the cartridge's file as it was loaded, or as our last writing left it
   Identity ejected_;               ///< a cartridge that was unloaded stays out until its file or the drive file changes
+  std::string said_;               ///< the last problem told of; not told again before another cartridge is loaded
   std::size_t nextInMagazine_ = 0;
   std::chrono::steady_clock::time_point looked_;
 

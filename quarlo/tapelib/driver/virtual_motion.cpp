@@ -1,16 +1,19 @@
 // A virtual drive at work: reading, writing and spacing, with the counters and events that the genuine driver keeps.
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 
+#include "quarlo/tapelib/driver/driver.h"
 #include "quarlo/tapelib/driver/virtual_drive.h"
 
 using Kind = TapFile::Kind;
 
-void VirtualDrive::say(const char* problem) const {
-  std::fprintf(stderr, "virtual drive %s: %s: %s: %s\n", drive_.model.c_str(), cartridge_.c_str(), problem,
-               std::strerror(errno));
+/// One line to the user, once for each load: retries and skips meet the same place again and again.
+void VirtualDrive::say(const std::string& problem) {
+  const std::string line = "  *** Virtual drive " + drive_.model + ": " + cartridge_ + ": " + problem + ".";
+  if (line == said_) return;
+  said_ = line;
+  tellOfDrive(line);
 }
 
 void VirtualDrive::stand(int file, int block, Event event) {
@@ -58,8 +61,7 @@ ssize_t VirtualDrive::readStopped(const TapFile::Element& element) {
   }
   const bool behindMark = event_ == Event::FILEMARK;
   if (element.kind == Kind::DAMAGED) {
-    std::fprintf(stderr, "virtual drive %s: %s: %s\n", drive_.model.c_str(), cartridge_.c_str(),
-                 tape_->damage().c_str());
+    say(tape_->damage());
     stand(file_, -1, Event::NONE);
     return -EIO;
   }
@@ -132,8 +134,7 @@ int VirtualDrive::writeOne(const char* data, std::size_t size) {
 
 /// The cartridge's file could not take what was written, perhaps not what was written before either.
 int VirtualDrive::recordingFailed(int error) {
-  errno = error;
-  say("cannot be written");
+  say(std::string("cannot be written: ") + std::strerror(error));
   stand(file_, -1, Event::NONE);
   return -EIO;
 }
