@@ -104,8 +104,12 @@ FileHandle openFile(const char* path, const char* mode, std::size_t bufferSize) 
 
 bool closeFile(FileHandle& file) {
   if (!file) return true;
-  const bool intact = std::ferror(file.get()) == 0;
-  return std::fclose(file.release()) == 0 && intact;
+  // What a stream could not read was told when it was read; a close has nothing to say of it.
+  const bool readsOnly = (fcntl(fileno(file.get()), F_GETFL) & O_ACCMODE) == O_RDONLY;
+  const bool intact = readsOnly || std::ferror(file.get()) == 0;
+  if (std::fclose(file.release()) != 0) return false;
+  if (!intact) errno = EIO;  // the reason of then is not known any more
+  return intact;
 }
 
 std::optional<std::size_t> readAt(int descriptor, void* bytes, std::size_t count, std::uint64_t offset) {

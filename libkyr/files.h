@@ -50,7 +50,7 @@ std::FILE* openStream(const char* path, const char* mode);
 /// The same with a buffer of `bufferSize` bytes (0: the C library's). An empty handle, and errno, tell a failure.
 FileHandle openFile(const char* path, const char* mode, std::size_t bufferSize = streamBufferSize);
 
-/// Flushes and closes. @return false when an earlier operation or the close failed (errno); true for an empty handle
+/// Flushes and closes. @return false when an earlier write or the close failed (errno); true for an empty handle
 bool closeFile(FileHandle& file);
 
 /// Reads up to `count` bytes at `offset`, however many calls that takes.

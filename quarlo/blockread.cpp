@@ -1,32 +1,72 @@
 #include "quarlo/blockread.h"
 
-#include "quarlo/tapelib/cons_win.h"
+#include <cerrno>
 
-int readWithRetries(UnitStruct* units, char* buffer, int bytes, void (*tell)(const char* line), const char* retrying) {
-  int count = tlv_tape_read(units, 0, buffer, bytes);
-  for (int attempt = 0; count < 0 && !units->inputAbort && attempt < READ_RETRIES; ++attempt) {
-    tell(retrying);
-    count = tlv_tape_read(units, 0, buffer, bytes);
-  }
+#include "libkyr/text.h"
+#include "quarlo/tapelib/loglines.h"
+
+int PatientReader::readOnce(UnitStruct* units, char* buffer, int bytes) {
+  const int count = tlv_tape_read(units, 0, buffer, bytes);
+  note(units, count);
   return count;
 }
 
 BlockRead PatientReader::read(UnitStruct* units, char* buffer, int bytes, int* count) {
   const bool patient = !units->inputAbort;
-  *count = readWithRetries(units, buffer, bytes, console_out, words.retrying);
+  const auto mayTryOn = [&] { return *count < 0 && patient && !tlv_position_lost(units, 0); };
+  *count = tlv_tape_read(units, 0, buffer, bytes);
+  for (int attempt = 0; mayTryOn() && attempt < RETRIES; ++attempt) {
+    words.tell(words.retrying);
+    *count = tlv_tape_read(units, 0, buffer, bytes);
+  }
+  const bool maySkip = mayTryOn() && words.skipping != nullptr;
+  note(units, *count);
   if (*count >= 0) {
     skippedInARow = 0;
     return BlockRead::Done;
   }
-  if (!patient) {
+  if (!maySkip) {
     return BlockRead::Failed;
   }
   if (skippedInARow < SKIPS_IN_A_ROW) {
-    console_out(words.skipping);
-    tlv_skip_blocks(units, 0, 1);
+    words.tell(words.skipping);
+    stuck = tlv_skip_blocks(units, 0, 1) != 0;
     ++skippedInARow;
     return BlockRead::Skipped;
   }
-  console_out(words.tooMany);
+  words.tell(words.tooMany);
   return BlockRead::Failed;
+}
+
+/// What a read came to, into the place and the list. With its position lost a tape has no block that could not be read.
+void PatientReader::note(const UnitStruct* units, int count) {
+  const int reason = errno;
+  if (count > 0) {
+    place.passBlocks(1);
+  } else if (count == 0 && units->eofMark != 0) {
+    place.passMark();
+  } else if (count < 0 && !stuck && !tlv_position_lost(units, 0)) {
+    place.passBlocks(1);
+    if (++lost <= NAMED) {
+      firstLost.push_back(place.block());
+    }
+  }
+  stuck = stuck && count < 0;
+  errno = reason;
+}
+
+void PatientReader::tellOfLost() const {
+  if (lost == 0) {
+    return;
+  }
+  std::string line = formatText("  ** %lld block%s could not be read:", lost, plural(lost));
+  const char* between = " ";
+  for (const TapePlace::Block& block : firstLost) {
+    line += formatText("%stape %d file %d block %lld", between, block.tape, block.file, block.block);
+    between = ", ";
+  }
+  if (lost > NAMED) {
+    line += formatText(" and %lld more", lost - NAMED);
+  }
+  words.tell((line + ".").c_str());
 }

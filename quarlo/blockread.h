@@ -1,13 +1,18 @@
-/// Reading a tape block with patience: the retries and the row of skipped bad blocks, the same limits for every job.
+/// Reading tape blocks with patience: the retries and the row of skipped bad blocks, the same limits for every job, and
+/// the list of what could not be read.
 #pragma once
 
+#include <vector>
+
+#include "quarlo/tapelib/cons_win.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 
 /// A job's own words.
 struct RetryWords {
   const char* retrying;
-  const char* skipping;
+  const char* skipping;  ///< null: a bad block is not passed over, it ends the job
   const char* tooMany;
+  void (*tell)(const char* line) = console_out;  ///< where it says so
 };
 
 /// What became of one read.
@@ -17,24 +22,66 @@ enum class BlockRead {
   Failed    ///< the job cannot go on
 };
 
-constexpr int READ_RETRIES = 5;
+/// Where a job stands on its input tapes. Numbers count from 1 since the job began with the tape; marks in a row end
+/// one file.
+class TapePlace {
+ public:
+  struct Block {
+    int tape = 1;
+    int file = 1;
+    long long block = 0;
+  };
 
-/// Reads from unit 0, up to READ_RETRIES times more after a failure unless `inputAbort` is set.
-/// @param tell says `retrying` before each retry
-/// @return bytes, 0 at a mark or the end of data, -1
-int readWithRetries(UnitStruct* units, char* buffer, int bytes, void (*tell)(const char* line), const char* retrying);
+  void passBlocks(int count) {
+    at_.block += count;
+    marks_ = 0;
+  }
+  void passMark() {
+    if (marks_++ > 0) return;
+    ++at_.file;
+    at_.block = 0;
+  }
+  void nextTape() {
+    at_ = {at_.tape + 1, 1, 0};
+    marks_ = 0;
+  }
+  /// The block passed last.
+  const Block& block() const { return at_; }
 
+ private:
+  Block at_;
+  int marks_ = 0;  // in a row
+};
+
+/// Unit 0 read by a copy job, block by block.
 class PatientReader {
  public:
+  static constexpr int RETRIES = 5;
   static constexpr int SKIPS_IN_A_ROW = 5;
 
   explicit PatientReader(const RetryWords& jobWords) : words(jobWords) {}
 
-  /// Reads from unit 0. With `inputAbort` set there are no retries and no skips.
-  /// @param count receives bytes, 0 at a mark or the end of data, -1
+  /// Reads with retries and skips; without them when `inputAbort` is set or the tape's position is lost.
+  /// @param count receives bytes, 0 at a mark or the end of data, -1 (errno as of tlv_tape_read)
   BlockRead read(UnitStruct* units, char* buffer, int bytes, int* count);
+  /// Reads once. @return as tlv_tape_read
+  int readOnce(UnitStruct* units, char* buffer, int bytes);
+
+  /// What the job passes over by other means belongs to the place.
+  TapePlace place;
+
+  /// The line that names the blocks that could not be read, if there are any: behind the summary, where people look in
+  /// the morning.
+  void tellOfLost() const;
 
  private:
+  static constexpr int NAMED = 10;
+
+  void note(const UnitStruct* units, int count);
+
   RetryWords words;
   int skippedInARow = 0;
+  bool stuck = false;  // the tape still stands before the block that was to be skipped: what fails there is in the list
+  std::vector<TapePlace::Block> firstLost;
+  long long lost = 0;
 };

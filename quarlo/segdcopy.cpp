@@ -329,7 +329,7 @@ bool SegdCopy::makeRoom() {
 // ---- the end ----------------------------------------------------------------------------------------------------
 
 void SegdCopy::finish() {
-  if (!output.finish(tapesAreSpared || CopyError != 0)) {
+  if (!output.finish(tapesAreSpared || CopyError != 0 ? JobEnd::CutShort : JobEnd::Success)) {
     fail();
   }
   takeBackLost();
@@ -348,6 +348,9 @@ void SegdCopy::finish() {
     logMessagef("%d Field Files output to this tape.", output.FilesPerTape);
   }
   logSummary();
+  if (input) {
+    input->tellOfLost();
+  }
   if (frame) {
     frame->close();
   }

@@ -11,7 +11,6 @@
 
 #include "libkyr/files.h"
 #include "libkyr/text.h"
-#include "quarlo/blockread.h"
 #include "quarlo/segdcopy_log.h"
 #include "quarlo/segdcopy_params.h"
 #include "quarlo/segdlist.h"
@@ -21,6 +20,8 @@
 
 namespace {
 
+// No block of a field file is passed over.
+constexpr RetryWords RETRY_WORDS = {"  ** Tape read error - retrying...", nullptr, nullptr, logMessage};
 constexpr TapeChangeWords INPUT_WORDS = {"Tape finished.", "Magazine finished.", "  ", logMessage};
 constexpr int M4_READ = 60000;
 constexpr int LABEL_BYTES = 128;
@@ -368,12 +369,14 @@ bool isTapeLabel(std::span<const char> block) {
 }  // namespace
 
 SegdTapeInput::SegdTapeInput(UnitStruct* allUnits)
-    : SegdInput(allUnits), MaxRead(allUnits->isM4 != 0 ? M4_READ : static_cast<int>(allUnits->maxBlockSize)) {}
+    : SegdInput(allUnits),
+      MaxRead(allUnits->isM4 != 0 ? M4_READ : static_cast<int>(allUnits->maxBlockSize)),
+      reader(RETRY_WORDS) {}
 
 /// @return bytes, 0 at a mark or the end of data (Eof tells which), -1 after a line
 int SegdTapeInput::getTapeBlock() {
-  const int bytes = readWithRetries(units, units->ioBuffer, MaxRead, logMessage, "  ** Tape read error - retrying...");
-  if (bytes < 0) {
+  int bytes = 0;
+  if (reader.read(units, units->ioBuffer, MaxRead, &bytes) == BlockRead::Failed) {
     if (errno == ENOMEM) {
       const unsigned limit = units->isM4 != 0 ? std::min(M4_READ_LIMIT, units->maxBlockSize) : units->maxBlockSize;
       logMessagef("  *** A block on the input tape is longer than the limit of %u bytes%s", limit,
@@ -442,10 +445,11 @@ SegdItem SegdTapeInput::getSegdTrace(std::span<const char>* trace) {
 bool SegdTapeInput::skipFile(int fieldFile) {
   SkippedLastFile = true;
   if (tlv_skip_files(units, 0, 1) == 0) {
+    reader.place.passMark();
     return true;
   }
   // A tape may end without a mark behind its last file.
-  if (tlv_tape_read(units, 0, units->ioBuffer, MaxRead) == 0 && units->eodMark != 0) {
+  if (!tlv_position_lost(units, 0) && tlv_tape_read(units, 0, units->ioBuffer, MaxRead) == 0 && units->eodMark != 0) {
     Eof = 2;
     return true;
   }
@@ -460,6 +464,7 @@ bool SegdTapeInput::handleInputEOT() {
     return false;
   }
   tape = TapesCopied;
+  reader.place.nextTape();
   logMessage(" ");
   logMessagef("Start of input tape %d", tape);
   Eof = 0;

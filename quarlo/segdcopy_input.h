@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "quarlo/blockread.h"
 #include "quarlo/segdhdr.h"
 #include "quarlo/segycopy_io.h"
 #include "quarlo/tapelib/tlv_fcn.h"
@@ -40,6 +41,8 @@ class SegdInput {
   virtual void beforeRefill(const std::function<void()>& /*act*/) {}
   /// How far the job is, in percent; tapes do not know.
   virtual int percent() const { return 0; }
+  /// Names what could not be read of tapes.
+  virtual void tellOfLost() const {}
 
   const segdheader& GenHdr() const { return headers.GenHdr; }
   SegdHeaders headers;
@@ -107,6 +110,7 @@ class SegdTapeInput : public SegdInput {
   SegdItem getFieldFile() override;
   SegdItem getSegdTrace(std::span<const char>* trace) override;
   bool skipFile(int fieldFile) override;
+  void tellOfLost() const override { reader.tellOfLost(); }
 
  private:
   int getTapeBlock();
@@ -114,6 +118,7 @@ class SegdTapeInput : public SegdInput {
   void takeHeader(int bytes);
 
   int MaxRead;
+  PatientReader reader;
   int Eof = 0;  // marks in a row
   bool SkippedLastFile = false;
 };

@@ -6,7 +6,6 @@
 
 #include "libkyr/text.h"
 #include "quarlo/segdcopy_params.h"
-#include "quarlo/tapechange.h"
 #include "quarlo/tapelib/cons_win.h"
 
 namespace {
@@ -165,17 +164,13 @@ bool SegdOutput::writeBlock(std::span<const char> piece) {
   if (tlv_tape_write(units, ALL_OUTPUTS, piece.data(), bytes) < bytes) {
     return false;
   }
-  touched = markMissing = true;
   BytesOut += bytes;
   return true;
 }
 
 bool SegdOutput::writeTape(std::span<const char> piece) { return writeBlock(piece) || writeError(); }
 
-bool SegdOutput::writeMark() {
-  markMissing = tlv_weof(units, ALL_OUTPUTS, 1) != 0;
-  return !markMissing;
-}
+bool SegdOutput::writeMark() { return tlv_weof(units, ALL_OUTPUTS, 1) == 0; }
 
 bool SegdOutput::prependFile(const std::string& path) {
   logMessage(" ");
@@ -211,11 +206,10 @@ SegdOutput::Tapes SegdOutput::handleFullOutput() {
   FilesPerTape = 0;
   logMessage(" ");
   console_out("Writing double end-of-file to output tape.");
-  if (tlv_weof(units, ALL_OUTPUTS, 2) != 0) {
+  if (!completeOutputTapes(units, 2)) {
     writeError();
     return Tapes::Failed;
   }
-  touched = false;
   if (nextOutputTapes(units, OUTPUT_WORDS) == 0) {
     logMessage(" ");
     logMessage("No more output. Job will end.");
@@ -227,22 +221,12 @@ SegdOutput::Tapes SegdOutput::handleFullOutput() {
   return Tapes::Ready;
 }
 
-bool SegdOutput::finish(bool sparesUntouched) {
+/// The mark of the last field file stands already, unless it failed.
+bool SegdOutput::finish(JobEnd end) {
   const bool ended = endFile();
   if (!isTape()) {
     return sync.wait([](const std::string& path, int reason) { logMessage(diskErrorText(path, reason).c_str()); }) &&
            ended;
   }
-  if (units[1].state != 1 || (sparesUntouched && !touched)) {
-    return ended;
-  }
-  // A prepended file, or a mark that failed, may have left the last block without its own.
-  const bool marked = !markMissing || writeMark();
-  if (!marked || tlv_weof(units, ALL_OUTPUTS, 1) != 0) {
-    return writeError();
-  }
-  if (ended) {
-    logMessage("Wrote double end-of-file.");
-  }
-  return ended;
+  return closeOutputTapes(units, end, 1, logMessage) ? ended : writeError();
 }

@@ -8,6 +8,7 @@
 #include "libkyr/files.h"
 #include "quarlo/segdcopy_log.h"
 #include "quarlo/segycopy_io.h"
+#include "quarlo/tapechange.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 
 /// Largest block that traces are packed into.
@@ -50,8 +51,7 @@ class SegdOutput {
   Tapes handleFullOutput();
   /// Ends a field file that was left unfinished and writes the mark that closes the last tapes. Files are on the disk
   /// then.
-  /// @param sparesUntouched leaves tapes alone that took no block of this job
-  bool finish(bool sparesUntouched);
+  bool finish(JobEnd end);
 
   /// Where the field file in hand is written.
   const std::string& place() const { return outputName; }
@@ -85,7 +85,5 @@ class SegdOutput {
   int LastChannelSet = 0;  // of the traces in the block
   LostOutput gone;         // at a tape
   bool fileIsOpen = false;
-  bool markMissing = false;  // the last block on the tapes has no mark behind it
-  bool touched = false;      // the tapes now loaded hold a block of this job
   bool errorSaid = false;
 };

@@ -429,7 +429,8 @@ bool SegyCopy::nextVolume(int traceNumber) {
     if (inputIsTape() && units->state == 1) {
       tlv_rewind(units, 0);
     }
-    return next == SegyOutput::Volume::Declined ? false : fail();
+    stopped = next == SegyOutput::Volume::Declined;
+    return stopped ? false : fail();
   }
   if (!output.initOutput(input->EbcdicHdr, input->BinaryHdr)) {
     return fail();
@@ -487,7 +488,7 @@ bool SegyCopy::writeSorted(int place) {
 
 void SegyCopy::finish() {
   const int lostBefore = output.lost().traces;
-  if (!output.finish()) {
+  if (!output.finish(failed || stopped ? JobEnd::CutShort : JobEnd::Success)) {
     failed = true;
     if (output.lost().traces > lostBefore) {
       writeFailed();
@@ -497,6 +498,9 @@ void SegyCopy::finish() {
     logFailed();
   }
   logSummary();
+  if (input) {
+    input->tellOfLost();
+  }
   visit.reset();
   if (frame) {
     frame->close();

@@ -266,8 +266,11 @@ SegyItem SegyTapeInput::nextTape() {
   if (nextInputTape(units, INPUT_WORDS) == 0) {
     return SegyItem::End;
   }
+  reader.place.nextTape();
   if (!SgyParams.multipleIn) {
-    tlv_skip_blocks(units, 0, REEL_HEADERS);
+    if (tlv_skip_blocks(units, 0, REEL_HEADERS) == 0) {
+      reader.place.passBlocks(REEL_HEADERS);
+    }
     return SegyItem::Nothing;
   }
   return readEbcdic() ? beginInput() : SegyItem::Failed;

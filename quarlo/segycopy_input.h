@@ -43,6 +43,8 @@ class SegyInput {
   virtual SegyItem next(std::span<const char>* trace) = 0;
   /// How far the job is, in percent; tapes do not know.
   virtual int percent(double /*bytesRead*/) const { return 0; }
+  /// Names what could not be read of tapes.
+  virtual void tellOfLost() const {}
 
   int inputs() const { return begun; }
   int ReelSize() const { return static_cast<int>(EbcdicHdr.size()); }
@@ -94,11 +96,12 @@ class SegyTapeInput : public SegyInput {
   bool readEbcdic() override;
   bool readBinary() override;
   SegyItem next(std::span<const char>* trace) override;
+  void tellOfLost() const override { reader.tellOfLost(); }
 
  private:
   enum class Block { Data, None, Failed };
 
-  int readBlock() { return tlv_tape_read(units, 0, units->ioBuffer, readSize); }
+  int readBlock() { return reader.readOnce(units, units->ioBuffer, readSize); }
   /// The block behind a mark: data are the next file's textual header.
   Block nextBlock();
   SegyItem takeMark();

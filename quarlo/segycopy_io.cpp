@@ -11,7 +11,6 @@
 
 #include "libkyr/files.h"
 #include "libkyr/text.h"
-#include "quarlo/tapechange.h"
 #include "quarlo/tapelib/cons_win.h"
 #include "quarlo/tapelib/diskunit.h"
 
@@ -234,7 +233,6 @@ SegyOutput::SegyOutput(UnitStruct* allUnits, const FileSet& allInputs) : units(a
 }
 
 bool SegyOutput::write(std::span<const char> piece, bool isTrace) {
-  closed = false;
   if (!isTape()) {
     return disk.write(piece, isTrace);
   }
@@ -293,11 +291,10 @@ SegyOutput::Volume SegyOutput::nextFile(int index) {
 }
 
 SegyOutput::Volume SegyOutput::nextTapes() {
-  if (tlv_weof(units, ALL_OUTPUTS, 2) != 0) {
+  if (!completeOutputTapes(units, 2)) {
     xvt_dm_post_error("Error writing eof to output tape");
     return Volume::Failed;
   }
-  closed = true;
   return nextOutputTapes(units, OUTPUT_WORDS) != 0 ? Volume::Ready : Volume::Declined;
 }
 
@@ -317,19 +314,12 @@ bool SegyOutput::separateFiles() {
   return false;
 }
 
-bool SegyOutput::finish() {
-  if (!isTape()) {
-    const bool whole = flush();
-    startSync();
-    return sync.wait([](const std::string& path, int reason) { console_out(diskErrorText(path, reason).c_str()); }) &&
-           whole;
+bool SegyOutput::finish(JobEnd end) {
+  if (isTape()) {
+    return closeOutputTapes(units, end, 2);
   }
-  if (units[1].state != 1 || closed) {
-    return true;
-  }
-  if (tlv_weof(units, ALL_OUTPUTS, 2) != 0) {
-    return false;
-  }
-  console_out("Wrote double end-of-file.");
-  return true;
+  const bool whole = flush();
+  startSync();
+  return sync.wait([](const std::string& path, int reason) { console_out(diskErrorText(path, reason).c_str()); }) &&
+         whole;
 }

@@ -15,6 +15,7 @@
 
 #include "libkyr/disksync.h"
 #include "libkyr/text.h"
+#include "quarlo/tapechange.h"
 #include "quarlo/tapelib/cons_win.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 
@@ -156,7 +157,7 @@ class SegyOutput {
   bool separateFiles();
   /// The end of the last volume: what is buffered, the double mark. Files are on the disk then. @return false when that
   /// could not be done
-  bool finish();
+  bool finish(JobEnd end);
 
  private:
   bool write(std::span<const char> piece, bool isTrace);
@@ -171,8 +172,7 @@ class SegyOutput {
   std::string baseName;  // of the first volume, up to its first "."
   PieceWriter disk;
   DiskSync sync;
-  LostOutput gone;     // at a tape
-  bool closed = true;  // the tapes now loaded are complete, or without a block of this job: they take no closing marks
+  LostOutput gone;  // at a tape
 };
 
 /// The line about a file that could not be written.

@@ -87,3 +87,31 @@ int nextOutputTapes(UnitStruct* units, const TapeChangeWords& words) {
   }
   return 1;
 }
+
+bool completeOutputTapes(UnitStruct* units, int marks) {
+  if (tlv_weof(units, ALL_OUTPUTS, marks) != 0) {
+    return false;
+  }
+  forgetWritten(units);
+  return true;
+}
+
+bool closeOutputTapes(UnitStruct* units, JobEnd end, int marks, void (*tell)(const char* line)) {
+  bool whole = true;
+  bool wrote = false;
+  for (int uNum = 1; uNum <= units->nOutputs; ++uNum) {
+    const UnitStruct& unit = units[uNum];
+    const bool spared = end == JobEnd::CutShort && unit.lastWritten == LW_NOTHING;
+    if (unit.state != 1 || spared || tlv_position_lost(units, uNum)) {
+      continue;
+    }
+    const bool written = tlv_weof(units, uNum, unit.lastWritten == LW_BLOCK ? 2 : marks) == 0;
+    whole = whole && written;
+    wrote = wrote || written;
+  }
+  if (whole && wrote) {
+    tell("Wrote double end-of-file.");
+  }
+  forgetWritten(units);
+  return whole;
+}

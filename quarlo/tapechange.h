@@ -1,4 +1,5 @@
-/// The end-of-tape protocol: how a job gets its next tape. It stands here once; each job brings its own words.
+/// The end-of-tape protocol: how a job gets its next tape, and what it leaves at the end of its output tapes. It stands
+/// here once; each job brings its own words.
 #pragma once
 
 #include "quarlo/tapelib/cons_win.h"
@@ -20,3 +21,19 @@ int nextInputTape(UnitStruct* units, const TapeChangeWords& words);
 /// are unloaded (if so set).
 /// @return 1 when every output has its next tape, 0 when the user declined
 int nextOutputTapes(UnitStruct* units, const TapeChangeWords& words);
+
+/// How a job ends for its output tapes.
+enum class JobEnd {
+  Success,  ///< every tape is closed, also one that took nothing
+  CutShort  ///< failed, stopped, or a further tape declined: a tape that took nothing of this job stays as it is
+};
+
+/// Ends the present output tapes with `marks` filemarks each, before others come: what is on them is complete.
+/// @return false when they could not be written
+bool completeOutputTapes(UnitStruct* units, int marks);
+
+/// Writes the closing filemarks at the end of a job on every open output tape that takes them, and says
+/// "Wrote double end-of-file." when that succeeded. A tape whose position is lost takes none.
+/// @param marks how many; a tape whose last item is a block takes two in any case
+/// @return false after a console line when a mark could not be written
+bool closeOutputTapes(UnitStruct* units, JobEnd end, int marks, void (*tell)(const char* line) = console_out);

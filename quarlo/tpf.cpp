@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 
 #include "libkyr/byteorder.h"
 #include "quarlo/tapelib/cons_win.h"
@@ -12,7 +13,9 @@
 int tpfRead(char* buf, int objSize, int numObj, std::FILE* fPtr) {
   const std::size_t count = std::fread(buf, static_cast<std::size_t>(objSize), static_cast<std::size_t>(numObj), fPtr);
   if (std::ferror(fPtr) != 0) {
+    const int reason = errno;
     xvt_dm_post_error("Read error from disk");
+    errno = reason;
     return -1;
   }
   if (std::feof(fPtr) != 0) {
@@ -56,12 +59,12 @@ bool isFileHeader(const HeaderBytes& bytes) { return loadLe32(bytes.data()) == M
 
 bool Reader::lengthIsSound() const {
   if (current.length < 0) {
-    console_printf("  *** Damaged tape-image file: the block header at byte %.0f announces %d bytes.", position,
+    console_printf("  *** Damaged %s: the block header at byte %.0f announces %d bytes.", kind, position,
                    static_cast<int>(current.length));
     return false;
   }
   if (static_cast<unsigned int>(current.length) > bufferSize) {
-    console_printf("  *** The block at byte %.0f of the tape-image file announces %d bytes;", position,
+    console_printf("  *** The block at byte %.0f of the %s announces %d bytes;", position, kind,
                    static_cast<int>(current.length));
     console_printf("      %u bytes is the current block size limit (set ST_BUFFER to change it).", bufferSize);
     return false;
@@ -69,11 +72,30 @@ bool Reader::lengthIsSound() const {
   return true;
 }
 
+/// After a failed read, with its errno. @return false when nothing went wrong but that the file ends here
+bool Reader::sayReadError() const {
+  const int reason = errno;
+  if (std::ferror(file) == 0) {
+    return false;
+  }
+  const off_t place = ftello(file);
+  console_printf("  *** Error reading the %s \"%s\" at byte %.0f: %s.", kind, name,
+                 place < 0 ? position : static_cast<double>(place), std::strerror(reason));
+  return true;
+}
+
+bool Reader::atEnd() {
+  const int byte = std::getc(file);
+  return byte == EOF ? std::ferror(file) == 0 : std::ungetc(byte, file) == EOF;
+}
+
 Item Reader::next(char* buffer, int* length) {
   *length = 0;
   HeaderBytes bytes{};
   if (tpfRead(bytes.data(), 1, HEADER_SIZE, file) < 0) {
-    console_printf("  *** No whole block header at byte %.0f of the tape-image file.", position);
+    if (!sayReadError()) {
+      console_printf("  *** No whole block header at byte %.0f of the %s.", position, kind);
+    }
     return Item::Failed;
   }
   current = decode(bytes);
@@ -85,8 +107,10 @@ Item Reader::next(char* buffer, int* length) {
     return Item::Failed;
   }
   if (current.length > 0 && tpfRead(buffer, 1, current.length, file) < 0) {
-    console_printf("  *** The block of %d bytes at byte %.0f of the tape-image file is not whole.",
-                   static_cast<int>(current.length), position);
+    if (!sayReadError()) {
+      console_printf("  *** The block of %d bytes at byte %.0f of the %s is not whole.",
+                     static_cast<int>(current.length), position, kind);
+    }
     return Item::Failed;
   }
   *length = current.length;
@@ -100,7 +124,8 @@ double Reader::bytesLeft() {
   do {
     got = std::fread(bytes.data(), 1, bytes.size(), file);
   } while (got == bytes.size() && decode(bytes).isMark());
-  if (got == 0 || fseeko(file, 0, SEEK_END) != 0) {
+  const bool ends = got == 0 && std::ferror(file) == 0;
+  if (ends || fseeko(file, 0, SEEK_END) != 0) {
     return 0;
   }
   return static_cast<double>(ftello(file)) - position;

@@ -44,20 +44,27 @@ enum class Item { Block, Mark, Failed };
 class Reader {
  public:
   /// @param limit size of the buffer that blocks are read into
-  Reader(std::FILE* stream, unsigned int limit) : file(stream), bufferSize(limit) {}
+  /// @param fileName for the messages, which call the file `what`; both outlive this object
+  Reader(std::FILE* stream, unsigned int limit, const char* fileName, const char* what = "tape-image file")
+      : file(stream), bufferSize(limit), name(fileName), kind(what) {}
 
   /// @param buffer receives a block's bytes, @param length their count (0 for a mark)
   Item next(char* buffer, int* length);
   /// The header of what `next` answered last.
   const Header& header() const { return current; }
+  /// Whether the file ends behind the last item, with or without closing marks.
+  bool atEnd();
   /// Bytes of the file behind the last item when data go on there; 0 when only filemarks follow, or nothing.
   double bytesLeft();
 
  private:
   bool lengthIsSound() const;
+  bool sayReadError() const;
 
   std::FILE* file;
   unsigned int bufferSize;
+  const char* name;
+  const char* kind;
   Header current;
   double position = HEADER_SIZE;  // byte position of the item that next() reads
 };

@@ -53,11 +53,10 @@ class ImageOutput {
   bool writeBlock(const char* data, int length, const tpf::Header& from);
   /// Copies a filemark. @return false when the job must fail
   bool copyMark(const tpf::Header& from);
-  /// The marks that end every copy. A tape that a copy cut short has not come to yet is left as it is, or two marks
-  /// would be all that it holds. @return false when they could not be written
-  bool writeClosingMarks(bool cutShort);
+  /// The marks that end every copy. @return false when they could not be written
+  bool writeClosingMarks(JobEnd end);
   /// One mark behind what the present output tapes hold. @return false when it could not be written
-  bool closeTapes();
+  bool closeTapes() { return completeOutputTapes(units, 1); }
   /// Blocks that a full disk took back.
   const tpf::Writer::Lost& lost() const { return disk.lost(); }
   /// The outputs' next tapes. @return false when the user declined
@@ -69,8 +68,6 @@ class ImageOutput {
 
   UnitStruct* units;
   tpf::Writer disk;
-  bool touched = false;  // something was written since the job began
-  bool closed = false;   // the tapes now loaded are complete, or new and without a block: they take no closing marks
 };
 
 bool ImageOutput::begin() {
@@ -83,8 +80,6 @@ bool ImageOutput::begin() {
 }
 
 bool ImageOutput::writeBlock(const char* data, int length, const tpf::Header& from) {
-  closed = false;
-  touched = true;
   if (isTape()) {
     if (length == 0) {
       console_out("  *** A tape cannot hold a block of 0 bytes.");
@@ -127,21 +122,12 @@ bool ImageOutput::writeDiskMark(const tpf::Header& from, bool atOnce) {
 }
 
 bool ImageOutput::copyMark(const tpf::Header& from) {
-  closed = false;
-  touched = true;
   return isTape() ? tlv_weof(units, ALL_OUTPUTS, 1) == 0 : writeDiskMark(from, false);
 }
 
-bool ImageOutput::writeClosingMarks(bool cutShort) {
+bool ImageOutput::writeClosingMarks(JobEnd end) {
   if (isTape()) {
-    if (closed || (cutShort && !touched)) {
-      return true;
-    }
-    if (tlv_weof(units, ALL_OUTPUTS, 2) != 0) {
-      return false;
-    }
-    console_out("Wrote double end-of-file.");
-    return true;
+    return closeOutputTapes(units, end, 2);
   }
   // What is held of the data first: if it does not fit, the marks close what did.
   bool whole = disk.flush() || sayDiskError();
@@ -156,11 +142,6 @@ bool ImageOutput::writeClosingMarks(bool cutShort) {
   }) && whole;
 }
 
-bool ImageOutput::closeTapes() {
-  closed = tlv_weof(units, ALL_OUTPUTS, 1) == 0;
-  return closed;
-}
-
 /// What a file or a tape held. Bytes are kept in single precision, as the progress dialog shows them.
 struct Tally {
   int blocks = 0;
@@ -170,6 +151,10 @@ struct Tally {
   void add(int length) {
     ++blocks;
     bytes += static_cast<float>(length);
+  }
+  void add(const Tally& other) {
+    blocks += other.blocks;
+    bytes += other.bytes;
   }
 };
 
@@ -184,6 +169,8 @@ class ImageCopy {
   /// One item of the input and what follows from it. @return false when the job is over
   virtual bool step() = 0;
   virtual void logSummary() = 0;
+  /// Warnings behind the summary, where people look in the morning.
+  virtual void logLosses() {}
 
   bool copyMark(const tpf::Header& from);
   bool copyBlock(int length, const tpf::Header& from);
@@ -198,6 +185,8 @@ class ImageCopy {
   int nextBlock = 1;  // number of the block to come; the progress dialog shows one less
   float bytes = 0;
   int percent = 0;
+  bool declined = false;    // no further output tape was wanted
+  bool endsInMark = false;  // the copy, as far as it is
 
  private:
   bool failed = false;
@@ -219,7 +208,7 @@ int ImageCopy::run() {
       more = step();
     }
   }
-  if (!output.writeClosingMarks(failed || aborted)) {
+  if (!output.writeClosingMarks(failed || aborted || declined ? JobEnd::CutShort : JobEnd::Success)) {
     failed = true;
   }
   nextBlock -= output.lost().blocks;
@@ -228,6 +217,7 @@ int ImageCopy::run() {
     logFailed();
   }
   logSummary();
+  logLosses();
   frame.close();
   logEnded("Copy");
   return failed ? JOB_FAILED : JOB_OK;
@@ -236,6 +226,7 @@ int ImageCopy::run() {
 /// A mark missing on tape ends the job; one missing on disk has had its box and lets the blocks behind it be saved,
 /// unless blocks before it went with it.
 bool ImageCopy::copyMark(const tpf::Header& from) {
+  endsInMark = true;
   if (output.copyMark(from)) {
     return true;
   }
@@ -245,6 +236,7 @@ bool ImageCopy::copyMark(const tpf::Header& from) {
 
 bool ImageCopy::copyBlock(int length, const tpf::Header& from) {
   marks = 0;
+  endsInMark = false;
   if (!output.writeBlock(units->ioBuffer, length, from)) {
     return fail();
   }
@@ -263,9 +255,11 @@ class TapeCopy : public ImageCopy {
  private:
   bool step() override;
   void logSummary() override;
+  void logLosses() override;
   bool takeMark();
   bool takeBlock(int length);
   bool endOfTape();
+  bool changeOutputs();
   void endOfFile();
   void logTape() const;
 
@@ -275,6 +269,7 @@ class TapeCopy : public ImageCopy {
   int tapes = 0;
   Tally file;
   Tally tape;
+  Tally inNoFile;          // copied from behind the last mark of a tape
   bool blockLost = false;  // a block of this file could not be read
 };
 
@@ -300,13 +295,23 @@ bool TapeCopy::takeMark() {
   if (units->eodMark != 0) {
     marks = EofCount + 1;
   }
+  bool unreadable = false;
   if (marks == 1) {
+    unreadable = blockLost && file.blocks == 0;
     endOfFile();
   }
   if (Concatenate || output.isRaw()) {
     ++marks;
   }
-  return marks < EofCount ? copyMark({}) : endOfTape();
+  if (marks >= EofCount) {
+    return endOfTape();
+  }
+  // Two marks in a row may end the copy for its readers, where the tape had blocks between them.
+  if (unreadable && endsInMark) {
+    console_printf("  ** File %d has no readable block: its filemark follows the one before it on the copy.",
+                   tape.files);
+  }
+  return copyMark({});
 }
 
 void TapeCopy::endOfFile() {
@@ -314,10 +319,6 @@ void TapeCopy::endOfFile() {
   ++files;
   if (PrintFiles) {
     console_printf("    File %d: %6d blocks, %15.0f bytes", tape.files, file.blocks, static_cast<double>(file.bytes));
-  }
-  if (blockLost && file.blocks == 0) {
-    console_printf("  ** File %d has no readable block: its filemark follows the one before it on the copy.",
-                   tape.files);
   }
   blockLost = false;
   file = {};
@@ -336,14 +337,27 @@ bool TapeCopy::takeBlock(int length) {
 bool TapeCopy::endOfTape() {
   logTape();
   ++tapes;
+  inNoFile.add(file);
   const bool more = nextInputTape(units, INPUT_WORDS) != 0;
   file = {};
   tape = {};
   marks = 0;
-  if (!more || !OneForOne || !output.isTape()) {
-    return more;
+  blockLost = false;
+  reader.place.nextTape();
+  return more && (!OneForOne || !output.isTape() || changeOutputs());
+}
+
+bool TapeCopy::changeOutputs() {
+  if (!output.closeTapes()) {
+    return fail();
   }
-  return output.closeTapes() ? output.changeTapes() : fail();
+  endsInMark = false;
+  if (output.changeTapes()) {
+    return true;
+  }
+  declined = true;
+  console_printf("  ** Input tape %d, which is loaded now, was not copied: it has no output tape.", tapes + 1);
+  return false;
 }
 
 void TapeCopy::logTape() const {
@@ -364,11 +378,20 @@ void TapeCopy::logSummary() {
   logBlank();
 }
 
+void TapeCopy::logLosses() {
+  reader.tellOfLost();
+  if (inNoFile.blocks > 0) {
+    console_printf("  ** %d block%s (%.0f bytes) with no filemark behind %s copied, but count%s as no file.",
+                   inNoFile.blocks, plural(inNoFile.blocks), static_cast<double>(inNoFile.bytes),
+                   inNoFile.blocks > 1 ? "them were" : "it was", inNoFile.blocks > 1 ? "" : "s");
+  }
+}
+
 /// One image copy from a tape-image file. Two filemarks in a row end it, whatever EofCount says of tapes.
 class DiskCopy : public ImageCopy {
  public:
   explicit DiskCopy(UnitStruct* allUnits)
-      : ImageCopy(allUnits), input(units->fp, units->ioBufLen), size(GetAFileSize(units->fs)) {}
+      : ImageCopy(allUnits), input(units->fp, units->ioBufLen, units->name), size(GetAFileSize(units->fs)) {}
 
  private:
   bool step() override;

@@ -19,11 +19,19 @@ constexpr TapeChangeWords WORDS = {"Tape finished.", "Magazine finished.", "  "}
 constexpr const char* FAILED_BOX = "Verify failed";
 constexpr const char* FAILED_SEE_CONSOLE_BOX = "Verify failed. See console for details.";
 
+/// What an input shows at one place.
+enum class Shown {
+  Block,
+  Mark,
+  End,  ///< the end of the data
+  Failed
+};
+
 /// One of the two inputs: its items one after another, whatever it is.
 class VerifyInput {
  public:
   VerifyInput(UnitStruct* allUnits, int uNum, int mode)
-      : units(allUnits), number(uNum), file(unit().fp, allUnits->ioBufLen) {
+      : units(allUnits), number(uNum), file(unit().fp, allUnits->ioBufLen, unit().name, name()) {
     const bool limited = isTape() && unit().isM4 != 0 && mode == BLOCK_TYPE_1;
     readSize = limited ? 60000 : static_cast<int>(unit().maxBlockSize);
     if (!isTape()) {
@@ -34,32 +42,22 @@ class VerifyInput {
   UnitStruct& unit() const { return units[number]; }
   bool isTape() const { return unit().type == UT_TAPE; }
   int capacity() const { return readSize; }
+  const char* name() const { return number == 0 ? "first input" : "second input"; }
 
-  /// @param wanted what a tape read asks for, @param length receives the block's bytes, 0 for a mark or the end of data
-  tpf::Item next(int wanted, char* buffer, int* length) {
-    if (!isTape()) {
-      const tpf::Item item = file.next(buffer, length);
-      unit().eofMark = item == tpf::Item::Mark ? 1 : 0;
-      return item;
-    }
-    *length = tlv_tape_read(units, number, buffer, wanted);
-    return *length < 0 ? tpf::Item::Failed : *length == 0 ? tpf::Item::Mark : tpf::Item::Block;
+  /// @param wanted what a tape read asks for, @param length receives the block's bytes, else 0
+  /// @param mayEnd whether a file may end here: elsewhere it ends with two marks, or it is not whole
+  Shown next(int wanted, char* buffer, int* length, bool mayEnd);
+  /// The next tape is in the drive.
+  void begin() {
+    marks = 0;
+    ended = false;
   }
+  /// Warns when blocks follow behind the end of what was compared. A tape is left where it stands, and whatever is met
+  /// there, the comparison is over.
+  void warnIfGoesOn();
 
-  /// Bytes of a disk input that go on here.
-  double bytesLeft() { return file.bytesLeft(); }
-
-  /// Whether blocks follow on a tape behind filemarks.
-  bool goesOn(char* buffer) {
-    constexpr int FILEMARKS_PASSED = 16;
-    for (int mark = 0; mark < FILEMARKS_PASSED && unit().eodMark == 0; ++mark) {
-      const int length = tlv_tape_read(units, number, buffer, readSize);
-      if (length != 0) {
-        return length > 0;
-      }
-    }
-    return false;
-  }
+  int marks = 0;       ///< in a row, as shown last
+  bool ended = false;  ///< its data are at their end
 
  private:
   UnitStruct* units;
@@ -68,13 +66,40 @@ class VerifyInput {
   int readSize = 0;
 };
 
+Shown VerifyInput::next(int wanted, char* buffer, int* length, bool mayEnd) {
+  *length = 0;
+  if (ended || (!isTape() && mayEnd && file.atEnd())) {
+    ended = true;
+    return Shown::End;
+  }
+  tpf::Item item = tpf::Item::Failed;
+  if (!isTape()) {
+    item = file.next(buffer, length);
+    unit().eofMark = item == tpf::Item::Mark ? 1 : 0;
+  } else {
+    *length = tlv_tape_read(units, number, buffer, wanted);
+    ended = *length == 0 && unit().eodMark != 0;
+    item = *length < 0 ? tpf::Item::Failed : *length == 0 ? tpf::Item::Mark : tpf::Item::Block;
+  }
+  if (ended || item == tpf::Item::Failed) {
+    return ended ? Shown::End : Shown::Failed;
+  }
+  marks = item == tpf::Item::Mark ? marks + 1 : 0;
+  return item == tpf::Item::Mark ? Shown::Mark : Shown::Block;
+}
+
+void VerifyInput::warnIfGoesOn() {
+  if (!ended && (isTape() ? tlv_goes_on(units, number, units->ioBuffer) : file.bytesLeft() > 0)) {
+    console_printf("  ** The %s goes on behind its end.", name());
+  }
+}
+
 class Verify {
  public:
   Verify(int mode, UnitStruct* allUnits)
       : units(allUnits),
         first(allUnits, 0, mode),
         second(allUnits, 1, mode),
-        held(allUnits->ioBufLen),
         firstSize(first.isTape() ? 0 : GetAFileSize(allUnits->fs)) {}
   int run();
 
@@ -84,8 +109,10 @@ class Verify {
   bool compare(int length);
   bool takeMark();
   bool endOfFirst();
-  void warnOfRest();
   bool markOnSecond(const char* box);
+  bool endOfSecond();
+  bool endsDiffer(const char* box);
+  void logEnds();
   bool fail() {
     failed = true;
     return false;
@@ -94,12 +121,13 @@ class Verify {
   UnitStruct* units;
   VerifyInput first;
   VerifyInput second;
-  std::vector<char> held;  // the first input's block while the second's is read into the tape buffer
+  std::vector<char> held;    // the first input's block while the second's is read into the tape buffer
+  bool firstIsOpen = false;  // its end of data stands for the other's closing marks
+  bool secondIsOpen = false;
   double firstSize;
   float bytes = 0;
   int percent = 0;
   int blockNumber = 1;
-  int marks = 0;
   bool failed = false;
 };
 
@@ -128,33 +156,37 @@ int Verify::run() {
 
 bool Verify::step() {
   int length = 0;
-  switch (first.next(first.capacity(), units->ioBuffer, &length)) {
-    case tpf::Item::Failed:
+  switch (first.next(first.capacity(), units->ioBuffer, &length, second.ended)) {
+    case Shown::Failed:
       console_out("  *** Error reading from first input");
       return fail();
-    case tpf::Item::Mark:
+    case Shown::Mark:
+    case Shown::End:
       return takeMark();
-    case tpf::Item::Block:
+    case Shown::Block:
       break;
   }
   return takeBlock(length);
 }
 
 bool Verify::takeBlock(int length) {
-  marks = 0;
+  // The second input ended where the first had a mark: that mark did not close the first, then.
+  if (second.ended) {
+    return endsDiffer(FAILED_BOX);
+  }
   if (length > second.capacity()) {
     console_out("  *** Block size of first input is larger than the read capacity");
     console_out("      of the second input device. Cannot continue verify operation.");
     xvt_dm_post_error(FAILED_SEE_CONSOLE_BOX);
     return fail();
   }
-  std::memcpy(held.data(), units->ioBuffer, static_cast<std::size_t>(length));
+  held.assign(units->ioBuffer, units->ioBuffer + length);
   int secondLength = 0;
-  const tpf::Item item = second.next(length, units->ioBuffer, &secondLength);
-  if (item == tpf::Item::Failed) {
+  const Shown shown = second.next(length, units->ioBuffer, &secondLength, false);
+  if (shown == Shown::Failed) {
     return fail();
   }
-  if (item != tpf::Item::Block || secondLength != length) {
+  if (shown != Shown::Block || secondLength != length) {
     console_printf("  *** Block size mismatch between first and second inputs at block number %d.", blockNumber);
     return fail();
   }
@@ -179,24 +211,45 @@ bool Verify::compare(int length) {
 }
 
 bool Verify::takeMark() {
-  ++marks;
-  if (first.isTape() && units->eodMark != 0) {
-    marks = 2;
-  }
-  if (hasCats) {
-    ++marks;
+  if (first.ended || first.marks >= (hasCats ? 1 : 2)) {
+    return endOfFirst();
   }
   // Between the files of a tape a file and a tape that do not follow are told in different boxes.
-  return marks < 2 ? markOnSecond(second.isTape() ? FAILED_BOX : FAILED_SEE_CONSOLE_BOX) : endOfFirst();
+  return markOnSecond(second.isTape() ? FAILED_BOX : FAILED_SEE_CONSOLE_BOX);
 }
 
-/// The second input must show a filemark now. @param box what is said when it does not
+/// The second input must show a filemark now, or the end of its data, which stands for the marks that close the first:
+/// what the first holds next decides. @param box what is said when it does not
 bool Verify::markOnSecond(const char* box) {
   int length = 0;
-  const tpf::Item item = second.next(second.capacity(), units->ioBuffer, &length);
-  if (item == tpf::Item::Mark && second.unit().eofMark != 0) {
-    return true;
+  switch (second.next(second.capacity(), units->ioBuffer, &length, false)) {
+    case Shown::Mark:
+      return true;
+    case Shown::End:
+      secondIsOpen = true;
+      return true;
+    default:
+      return endsDiffer(box);
   }
+}
+
+/// The data of the first input are at their end: what the second holds can only be the marks that close it, two in a
+/// row at most, or nothing.
+bool Verify::endOfSecond() {
+  const int before = second.marks;
+  Shown shown = Shown::Mark;
+  while (shown == Shown::Mark && second.marks < 2) {
+    int length = 0;
+    shown = second.next(second.capacity(), units->ioBuffer, &length, second.marks > 0);
+  }
+  if (shown == Shown::Block || shown == Shown::Failed) {
+    return endsDiffer(FAILED_BOX);
+  }
+  firstIsOpen = second.marks > before;
+  return true;
+}
+
+bool Verify::endsDiffer(const char* box) {
   console_out("  *** EOF read on first input, non-EOF read on second input.");
   console_printf("      Behind block number %d.", blockNumber - 1);
   xvt_dm_post_error("%s", box);
@@ -204,33 +257,27 @@ bool Verify::markOnSecond(const char* box) {
 }
 
 bool Verify::endOfFirst() {
+  // Before the tape may go; concatenated files are left out on purpose.
+  if (!hasCats) {
+    first.warnIfGoesOn();
+  }
   if (first.isTape() && nextInputTape(units, WORDS) != 0) {
-    marks = 0;
+    first.begin();
     return true;
   }
-  if (markOnSecond(FAILED_BOX)) {
-    warnOfRest();
+  if (first.ended ? endOfSecond() : markOnSecond(FAILED_BOX)) {
+    logEnds();
   }
   return false;
 }
 
-/// What was not compared because the first input ended here. The first tape may be unloaded by now; its concatenated
-/// files are left out on purpose.
-void Verify::warnOfRest() {
-  const double firstLeft = first.isTape() || hasCats ? 0 : first.bytesLeft();
-  if (firstLeft > 0) {
-    console_printf("  ** %.0f bytes of the first input behind its last filemark were not compared.", firstLeft);
-  }
-  if (second.isTape()) {
-    if (second.goesOn(units->ioBuffer)) {
-      console_out("  ** The second input goes on behind its last filemark: that was not compared.");
+void Verify::logEnds() {
+  for (const auto& [open, input] : {std::pair(firstIsOpen, &first), std::pair(secondIsOpen, &second)}) {
+    if (open) {
+      console_printf("  ** The %s ends without its closing filemarks.", input->name());
     }
-    return;
   }
-  const double secondLeft = second.bytesLeft();
-  if (secondLeft > 0) {
-    console_printf("  ** %.0f bytes of the second input behind its last filemark were not compared.", secondLeft);
-  }
+  second.warnIfGoesOn();
 }
 
 }  // namespace

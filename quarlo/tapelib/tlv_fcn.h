@@ -155,8 +155,8 @@ void forgetWritten(UnitStruct* aUnit);
 /// Whether an open tape stands elsewhere than at its beginning: by the unit's numbers, or because the driver says so (a
 /// tape keeps its place while it is closed, and the numbers count from 0 after spacing).
 bool tlv_away_from_beginning(const UnitStruct* aUnit, int uNum);
-/// Whether an open tape lost its position (drive reset, cartridge pulled or exchanged): it reads and writes nothing more
-/// until it is rewound, unloaded or opened again.
+/// Whether an open tape lost its position (drive reset, cartridge pulled or exchanged): it reads and writes nothing
+/// more until it is rewound, unloaded or opened again.
 bool tlv_position_lost(const UnitStruct* aUnit, int uNum);
 /// Whether a block, readable or not, follows on an open tape, here or behind one mark. Says nothing, whatever it meets,
 /// and leaves the tape and the unit as they were. `buffer` holds ioBufLen bytes.

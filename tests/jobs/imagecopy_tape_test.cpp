@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "quarlo/tapelib/driver/virtual_drive.h"
 #include "quarlo/unfmtcpy.h"
 #include "tests/jobs/job_fixture.h"
 
@@ -189,16 +190,20 @@ TEST_F(TapeCopyTest, ConcatenateTakesTheFirstFileOfEachTape) {
 TEST_F(TapeCopyTest, OneForOneGivesEachInputTapeItsOwnOutputTape) {
   makeCartridge("in.tap", {A, MARK, MARK});
   makeCartridge("next.tap", {C, MARK, MARK});
-  for (const char* name : {"one.tap", "two.tap", "three.tap", "four.tap"}) {
-    makeCartridge(name, {});
+  makeCartridge("blank.tap", {});
+  const std::vector<std::string> outputs = {"one.tap", "two.tap", "three.tap", "four.tap", "five.tap", "six.tap"};
+  for (const std::string& name : outputs) {
+    makeCartridge(name, {B, B, MARK, MARK});
   }
   load(0, "in.tap");
   load(1, "one.tap");
   load(2, "two.tap");
   setParameters([this](WINDOW parameters) { toolkit.press(parameters, UF_ONE_FOR_ONE); });
   nextInputIs("next.tap");
-  for (const char* name : {"three.tap", "four.tap"}) {
-    const int drive = std::string(name) == "three.tap" ? 1 : 2;
+  nextInputIs("blank.tap");
+  for (std::size_t i = 2; i < outputs.size(); ++i) {
+    const int drive = i % 2 == 0 ? 1 : 2;
+    const std::string name = outputs[i];
     toolkit.onModal(DLG_OUT_CONTINUE, [this, drive, name](WINDOW question) {
       toolkit.press(question, OC_UNLOAD);
       load(drive, name);
@@ -208,11 +213,10 @@ TEST_F(TapeCopyTest, OneForOneGivesEachInputTapeItsOwnOutputTape) {
   }
   copyToTapes({1, 2});
   EXPECT_EQ(status(), "Complete");
-  for (const char* name : {"one.tap", "two.tap"}) {
-    EXPECT_EQ(shortly(tapeIn(name)), shortly((Tape{A, MARK, MARK}))) << name;
-  }
-  for (const char* name : {"three.tap", "four.tap"}) {
-    EXPECT_EQ(shortly(tapeIn(name)), shortly((Tape{C, MARK} + CLOSING))) << name;
+  // The last two took nothing, and what they held is gone all the same.
+  const Tape expected[] = {{A, MARK, MARK}, {C, MARK, MARK}, CLOSING};
+  for (std::size_t i = 0; i < outputs.size(); ++i) {
+    EXPECT_EQ(shortly(tapeIn(outputs[i])), shortly(expected[i / 2])) << outputs[i];
   }
 }
 
@@ -233,6 +237,7 @@ TEST_F(TapeCopyTest, DecliningAnOutputTapeStopsAndLeavesTheFreshCopiesAlone) {
   start();
   EXPECT_EQ(status(), "Complete");
   EXPECT_EQ(count("Wrote double end-of-file."), 0);
+  EXPECT_EQ(count("  ** Input tape 2, which is loaded now, was not copied: it has no output tape."), 1);
   EXPECT_EQ(shortly(tapeIn("one.tap")), shortly((Tape{A, MARK, MARK})));
   EXPECT_EQ(shortly(tapeIn("two.tap")), shortly((Tape{A, MARK, MARK})));
 }
@@ -324,6 +329,62 @@ TEST_F(TapeCopyTest, StartOverUnitsThatAnotherWindowClosedTouchesNothing) {
   EXPECT_EQ(shortly(tapeIn("one.tap")), shortly(Tape{C, MARK, MARK}));
 }
 
+TEST_F(TapeCopyTest, WhatWasLostIsNamedBehindTheSummary) {
+  Tape second = {MARK};
+  std::vector<std::size_t> bad;
+  for (int i = 0; i < 8; ++i) {
+    second.insert(second.end(), {C, A});
+    bad.push_back(second.size() - 1);
+  }
+  makeCartridge("in.tap", {A, MARK, A, MARK, C, MARK, B}, {0, 2, 6});
+  makeCartridge("next.tap", second + Tape{MARK, B}, bad);
+  load(0, "in.tap");
+  nextInputIs("next.tap");
+  copyToDisk();
+  EXPECT_EQ(status(), "Complete");
+  Lines lines = consoleWithoutDates();
+  const auto summary = std::find(lines.begin(), lines.end(), "   2 tapes copied.");
+  ASSERT_NE(summary, lines.end());
+  EXPECT_EQ(Lines(summary + 1, lines.end()),
+            (Lines{" ",
+                   "  ** 11 blocks could not be read: tape 1 file 1 block 1, tape 1 file 2 block 1, tape 1 file 4 "
+                   "block 1, tape 2 file 2 block 2, tape 2 file 2 block 4, tape 2 file 2 block 6, tape 2 file 2 block "
+                   "8, tape 2 file 2 block 10, tape 2 file 2 block 12, tape 2 file 2 block 14 and 1 more.",
+                   "  ** 1 block (7 bytes) with no filemark behind it was copied, but counts as no file.",
+                   "Copy ended at DATE.", " "}));
+  // Neither the first file, whose mark follows none, nor the next tape's, whose own blocks were all readable.
+  std::erase_if(lines, [](const std::string& line) { return line.find("no readable block") == std::string::npos; });
+  EXPECT_EQ(lines, Lines{"  ** File 2 has no readable block: its filemark follows the one before it on the copy."});
+}
+
+// The cartridge of the input, or of the output, is exchanged in mid-job.
+TEST_F(TapeCopyTest, WithThePositionLostTheJobEndsAtOnce) {
+  VirtualDrive::lookEvery(std::chrono::milliseconds(0));
+  for (const int drive : {0, 1}) {
+    makeCartridge("in.tap", {A, B, C, A, B, MARK, MARK});
+    makeCartridge("one.tap", {});
+    makeCartridge("other.tap", {C, MARK, MARK});
+    load(0, "in.tap");
+    load(1, "one.tap");
+    toolkit.onPump = [this, drive, pumps = 0](long) mutable {
+      if (++pumps == 3) {
+        load(drive, "other.tap");
+      }
+    };
+    copyToTapes({1});
+    Lines lines = consoleWithoutDates();
+    std::erase_if(lines, [](const std::string& line) { return line.find("***") != 2; });
+    const std::string name = "drive \"VIRTUAL drive" + std::to_string(drive) + "\"";
+    EXPECT_EQ(lines,
+              (Lines{(drive == 0 ? "  *** Error reading tape on " : "  *** Error writing to tape on ") + name + ".",
+                     "  *** The tape position is lost on " + name + " (drive reset, or cartridge pulled or exchanged).",
+                     "  *** Job Failed."}));
+    EXPECT_EQ(shortly(tapeIn("other.tap")), shortly(Tape{C, MARK, MARK}));
+    EXPECT_EQ(shortly(tapeIn("one.tap")), shortly(drive == 0 ? Tape{A, B} + CLOSING : Tape{A, B}));
+  }
+  VirtualDrive::lookEvery(std::chrono::milliseconds(250));
+}
+
 TEST_F(TapeCopyTest, ATapeThatTheJobHasNotComeToIsNotClosedByMarks) {
   makeCartridge("in.tap", {A, MARK, MARK}, {0});
   makeCartridge("one.tap", {C, MARK, MARK});
@@ -335,6 +396,22 @@ TEST_F(TapeCopyTest, ATapeThatTheJobHasNotComeToIsNotClosedByMarks) {
   start();
   EXPECT_EQ(status(), "Failed");
   EXPECT_EQ(shortly(tapeIn("one.tap")), shortly(Tape{C, MARK, MARK}));
+  EXPECT_EQ(count("Wrote double end-of-file."), 0);
+  units->inputAbort = false;
+  // The second of two outputs does not take the first block.
+  closeCopyDialog();
+  setenv("QUARLO_TAPE_FAULT", "write:2:EIO", 1);
+  setTapeDriver(nullptr);
+  openCopyDialog();
+  makeCartridge("in.tap", {A, MARK, MARK});
+  makeCartridge("two.tap", {C, MARK, MARK});
+  load(0, "in.tap");
+  load(2, "two.tap");
+  copyToTapes({1, 2});
+  unsetenv("QUARLO_TAPE_FAULT");
+  EXPECT_EQ(status(), "Failed");
+  EXPECT_EQ(shortly(tapeIn("one.tap")), shortly(Tape{A} + CLOSING));
+  EXPECT_EQ(shortly(tapeIn("two.tap")), shortly(Tape{C, MARK, MARK}));
 }
 
 TEST_F(TapeCopyTest, ErrorOptionsLeaveTheOtherOptionsAlone) {

@@ -87,6 +87,7 @@ TEST_F(SegyTapeTest, ABadBlockCostsItselfAndSixInARowTheJob) {
   EXPECT_EQ(tapeIn("out.tap"), reel({trace(1), trace(3)}) + CLOSING);
   EXPECT_EQ(count("  *** Error reading from input tape - retrying..."), 5);
   EXPECT_EQ(count("Retries failed. Skipping trace."), 1);
+  EXPECT_TRUE(consoleHas("  ** 1 block could not be read: tape 1 file 1 block 4."));
 
   Tape tape = reel({trace(1, {1, 1, 7, 8})});
   for (int serial = 2; serial < 9; ++serial) {

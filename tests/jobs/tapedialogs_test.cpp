@@ -359,8 +359,8 @@ TEST_F(TapeDialogs, WarnsOnceForEachTapeNotAtItsBeginning) {
   checkBOT(units);
   EXPECT_EQ(toolkit.beeps, 1);
   EXPECT_EQ(units->blockNum, 1);
-  // One block or one file on, the numbers, which count from 0 after spacing, are those of a tape at its beginning; and a
-  // tape that was left elsewhere stands there when it is opened.
+  // One block or one file on, the numbers, which count from 0 after spacing, are those of a tape at its beginning; and
+  // a tape that was left elsewhere stands there when it is opened.
   for (const auto& move : std::initializer_list<std::function<void()>>{[this] { tlv_skip_blocks(units, 0, 1); },
                                                                        [this] { tlv_skip_files(units, 0, 1); },
                                                                        [this] { tlv_tape_open(units, 0); }}) {

@@ -91,6 +91,7 @@ press copy.start
 wait window input-continue 120
 press input-continue.stop
 wait text copy.status "Complete" 30
+expect line console "  ** 1 block could not be read: tape 1 file 1 block 21."
 quit
 SCRIPT
 cp "$QUARLO_SOURCE/tests/vm/hands.sh" hands.sh && chmod +x hands.sh
