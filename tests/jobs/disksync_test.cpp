@@ -40,6 +40,7 @@ class DiskSyncTest : public SegdTest {
  protected:
   ~DiskSyncTest() override {
     atWait = [] {};
+    refused = 0;
   }
 
   /// Runs a job from whatever input is opened to "out/line.sgd", with a healthy disk and with one that refuses each
