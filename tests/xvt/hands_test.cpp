@@ -2,6 +2,7 @@
 #include <X11/Xatom.h>
 #include <X11/keysym.h>
 
+#include <cstdlib>
 #include <iterator>
 
 #include "tests/xvt/core_app.h"
@@ -29,23 +30,15 @@ constexpr RESOURCES kResources = {nullptr, 0, &kTable, 1};
 
 Widget widgetOf(WINDOW control) { return Registry::instance().find<Item>(control)->widget(); }
 
-/// A mouse button goes down in the middle of a control and comes up again.
+/// A mouse button goes down on a control and comes up again.
 void click(WINDOW control, unsigned button) {
-  Widget widget = widgetOf(control);
-  XEvent event{};
-  event.xbutton.display = XtDisplay(widget);
-  event.xbutton.window = XtWindow(widget);
-  event.xbutton.root = RootWindowOfScreen(XtScreen(widget));
-  event.xbutton.time = XtLastTimestampProcessed(XtDisplay(widget));
-  event.xbutton.button = button;
-  event.xbutton.x = event.xbutton.y = 8;
-  event.xbutton.same_screen = True;
-  for (const int type : {ButtonPress, ButtonRelease}) {
-    Frame frame;
-    event.type = type;
-    event.xbutton.state = type == ButtonRelease ? Button1Mask << (button - 1) : 0;
-    XtDispatchEvent(&event);
-  }
+  Position x = 0;
+  Position y = 0;
+  XtTranslateCoords(widgetOf(control), 12, 12, &x, &y);
+  const std::string place = std::to_string(x) + " " + std::to_string(y);
+  const std::string hand = "xdotool mousemove " + place + " click " + std::to_string(button) + " &";
+  EXPECT_EQ(std::system(hand.c_str()), 0);
+  pump(400);
 }
 
 /// Refuses what the owner has been asked for, late as it is.
@@ -192,6 +185,46 @@ TEST(Hands, KeysMeanAButtonOnlyWhereTheyMay) {
       EXPECT_EQ(at, keys.size());
       onTick(nullptr);
     }
+  });
+}
+
+// A field refuses what was typed into it when it is left: its note must not take the click that left it.
+TEST(Hands, AClickIsNotSwallowedAndOneNoteIsUpAtATime) {
+  using Events = std::vector<std::string>;
+  run(kResources, [] {
+    std::size_t notes = 0;
+    RCT box{};
+    const WINDOW window = open(WD_MODELESS, kTable, [](WINDOW, EVENT& event) {
+      if (event.type == E_CONTROL && event.ctl.what == CTL_FOCUS_LOSS) xvt_dm_post_note("Not a number.");
+      return 0L;
+    });
+    const RCT corner{400, 700, 720, 1200};
+    xvt_vobj_move(window, &corner);
+    onTick([&] {
+      const WINDOW note = probe::window("note-box");
+      if (note == NULL_WIN) return;
+      const auto windows = probe::openWindows();
+      notes = std::max<std::size_t>(notes,
+                                    static_cast<std::size_t>(std::count(windows.begin(), windows.end(), "note-box")));
+      xvt_vobj_get_outer_rect(note, &box);
+      EXPECT_EQ(probe::press(probe::control(note, "ok")), std::nullopt);
+    });
+    for (const int target : {2, 4, 5}) {
+      xvt_list_add(ctl(window, 4), -1, "row");
+      EXPECT_EQ(probe::type(ctl(window, 1), "x"), std::nullopt);
+      pump(30);
+      seen().clear();
+      click(ctl(window, target), Button1);
+      pump(50);
+      const std::map<int, Events> expected{
+          {5, {"loss 1", "press 5"}}, {2, {"loss 1", "gain 2"}}, {4, {"loss 1", "select 4"}}};
+      EXPECT_EQ(seen(), expected.at(target));
+    }
+    onTick(nullptr);
+    EXPECT_EQ(notes, 1u);
+    RCT place{};
+    xvt_vobj_get_outer_rect(window, &place);
+    EXPECT_TRUE(box.left > place.left && box.right < place.right && box.top > place.top) << box.left << " " << box.top;
   });
 }
 

@@ -162,6 +162,29 @@ std::shared_ptr<ShellWindow> Application::active() const {
 void Application::setActive(const std::shared_ptr<ShellWindow>& window) {
   active_ = window;
   if (window != task_) edited_ = window;
+  catchUp();
+}
+
+void Application::catchUp() {
+  // A copy: a handler that is told may open or end windows.
+  const auto windows = windows_;
+  for (const auto& window : windows) window->catchUp();
+}
+
+std::shared_ptr<ShellWindow> Application::speaker() const {
+  const auto found = std::find_if(speaking_.rbegin(), speaking_.rend(), [this](const auto& speaking) {
+    const auto window = speaking.lock();
+    return window && window != task_ && window->isVisible() && !window->isDying();
+  });
+  return found == speaking_.rend() ? active() : found->lock();
+}
+
+long Application::deliver(const std::shared_ptr<Window>& window, EVENT& event) {
+  speaking_.push_back(std::dynamic_pointer_cast<ShellWindow>(window));
+  long answer = 0;
+  guarded("event handler", [&] { answer = window->handler(window->handle(), &event); });
+  speaking_.pop_back();
+  return answer;
 }
 
 std::shared_ptr<ShellWindow> Application::editTarget() const {
@@ -236,9 +259,7 @@ void bell() { XBell(app().display(), 0); }
 
 long deliver(const std::shared_ptr<Window>& window, EVENT& event) {
   const auto alive = window;
-  long answer = 0;
-  guarded("event handler", [&] { answer = alive->handler(alive->handle(), &event); });
-  return answer;
+  return app().deliver(alive, event);
 }
 
 }  // namespace runtime

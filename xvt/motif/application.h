@@ -52,6 +52,10 @@ class Application {
   /// The window with the keyboard, else the last that had it and is still shown.
   std::shared_ptr<ShellWindow> active() const;
   void setActive(const std::shared_ptr<ShellWindow>& window);
+  /// The window that a box belongs to that opens or closes now: the one whose handler is running, else the active one.
+  std::shared_ptr<ShellWindow> speaker() const;
+  /// Calls a window's handler; what it opens meanwhile is that window's.
+  long deliver(const std::shared_ptr<Window>& window, EVENT& event);
   /// Where the standard editing commands go: the active window, or the one before it when that is the task window.
   std::shared_ptr<ShellWindow> editTarget() const;
   /// True when something manages windows on this screen.
@@ -62,6 +66,15 @@ class Application {
   void setChoosing(OptionItem* list) { choosing_ = list; }
   /// Takes away the option list that is down, if it is `window`'s; with null, any.
   void stopChoosing(const ShellWindow* window);
+
+  /// A mouse button is down in one of the windows.
+  bool isPressed() const { return pressed_; }
+  void setPressed(bool pressed) { pressed_ = pressed; }
+  /// A whole window is just losing the keyboard.
+  bool isLeavingWindow() const { return leaving_; }
+  void setLeavingWindow(bool leaving) { leaving_ = leaving; }
+  /// Handlers are told which fields were left and entered meanwhile.
+  void catchUp();
 
   void end() { ending_ = true; }
   /// The connection to the display is gone: the application ends by its ordinary way, without a word to the display.
@@ -91,7 +104,10 @@ class Application {
   std::weak_ptr<ShellWindow> edited_;
   OptionItem* choosing_ = nullptr;
   Cursor busy_cursor_ = 0;
+  std::vector<std::weak_ptr<ShellWindow>> speaking_;  ///< whose handlers are running, the innermost last
   int busy_ = 0;
+  bool pressed_ = false;
+  bool leaving_ = false;
   bool ending_ = false;
   bool lost_ = false;
   bool quit_allowed_ = false;

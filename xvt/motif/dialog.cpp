@@ -5,6 +5,7 @@
 #include <Xm/PushB.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "xvt/motif/geometry.h"
 
@@ -186,6 +187,21 @@ void Dialog::dropParts() {
 
 void Dialog::settle() {
   if (edited_ != nullptr) edited_->settle();
+}
+
+bool Dialog::keyboardMoved() {
+  moved_ = app().isPressed() || app().blockerOf(*this);
+  return !moved_;
+}
+
+void Dialog::catchUp() {
+  if (isDying() || app().isPressed() || app().blockerOf(*this)) return;
+  if (app().active().get() != this) return settle();
+  if (!std::exchange(moved_, false)) return;
+  const auto now = std::dynamic_pointer_cast<EditItem>(itemOf(XmGetFocusWidget(shell())));
+  if (edited_ == now.get()) return;
+  settle();
+  if (now && !isDying() && XmGetFocusWidget(shell()) == now->widget()) now->begin(false);
 }
 
 std::shared_ptr<Item> Dialog::flagged(unsigned flag) const {

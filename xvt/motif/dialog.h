@@ -36,6 +36,11 @@ class Dialog final : public ShellWindow {
   /// The field being edited, told by the field itself.
   void setEdited(EditItem* field) { edited_ = field; }
   EditItem* edited() const { return edited_; }
+  /// The keyboard came to a field or left one. True when the handler may be told at once: else it is when the mouse
+  /// button that did it is up again, so that a box that the handler opens does not take the click; and not while a box
+  /// keeps input from the dialog, for then the user has left nothing.
+  bool keyboardMoved();
+  void catchUp() override;
 
  protected:
   void arrangeContents(Extent size) override;
@@ -64,6 +69,7 @@ class Dialog final : public ShellWindow {
   EditItem* edited_ = nullptr;
   const Item* first_focus_ = nullptr;
   bool stale_ = false;
+  bool moved_ = false;  ///< the keyboard has, and the handler does not know
   bool fitted_ = false;
 };
 

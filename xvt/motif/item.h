@@ -143,9 +143,11 @@ class EditItem final : public Item {
   void edit(int command);
   /// The keyboard leaves the field, as far as the handler is told; once for each time it came.
   void settle();
+  /// The keyboard has come to the field.
+  /// @param resumed it never left, but its leaving was told for a button's sake
+  void begin(bool resumed);
 
  private:
-  void begin(bool told);
   bool isEditable() const { return isEnabled() && (line_.flags & IF_READONLY) == 0; }
   bool quiet_ = false;
   bool editing_ = false;

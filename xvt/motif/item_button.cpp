@@ -58,7 +58,7 @@ void ButtonItem::dressPrimary() {
   const Pixel ground = look.pixel(on ? color::primary : color::strip);
   XtVaSetValues(widget_, XmNbackground, ground, XmNforeground, look.pixel(on ? color::paper : color::ink),
                 XmNtopShadowColor, ground, XmNarmColor, on ? look.pixel(color::primaryDark) : ground, XmNborderColor,
-                look.pixel(on ? color::primary : color::border), XmNhighlightColor, look.pixel(color::paper), nullptr);
+                look.pixel(on ? color::primary : color::border), nullptr);
 }
 
 void ButtonItem::setTitle(const std::string& title) {

@@ -32,17 +32,17 @@ EditItem::EditItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : Item(d
   });
   onCallback(widget_, XmNfocusCallback, [this](XtPointer) {
     XtVaSetValues(widget_, XmNcursorPositionVisible, True, nullptr);
-    begin(false);
+    if (dialog_.keyboardMoved()) begin(false);
   });
   onCallback(widget_, XmNlosingFocusCallback, [this](XtPointer) {
     XtVaSetValues(widget_, XmNcursorPositionVisible, False, nullptr);
-    settle();
+    // When the whole window loses the keyboard, the field is left as soon as another of ours has it.
+    if (!app().isLeavingWindow() && dialog_.keyboardMoved()) settle();
   });
   listenForPastes(widget_);
   ready();
 }
 
-/// @param resumed the keyboard never left, but its leaving was told for a button's sake
 void EditItem::begin(bool resumed) {
   if (editing_) return;
   if (dialog_.edited() != nullptr) dialog_.edited()->settle();

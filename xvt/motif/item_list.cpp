@@ -59,7 +59,7 @@ void ListItem::listen() {
   onEvent(widget_, FocusChangeMask, [this](XEvent* event) {
     // The border shows where the keyboard is.
     const bool in = event->type == FocusIn;
-    XtVaSetValues(outer(), XmNborderColor, app().look().pixel(in ? color::primary : color::border), nullptr);
+    XtVaSetValues(outer(), XmNborderColor, app().look().pixel(in ? color::focus : color::border), nullptr);
   });
 }
 

@@ -51,20 +51,68 @@ void takeClick(const XButtonEvent* event) {
   window->takeFocus();
 }
 
+bool isOfShell(const XFocusChangeEvent& event) {
+  Widget widget = XtWindowToWidget(event.display, event.window);
+  return widget != nullptr && XtIsShell(widget) && event.send_event == False;
+}
+
+/// The server also tells the window under the pointer that its shell has the keyboard, which is for none of the
+/// widgets.
+bool isStrayFocus(const XFocusChangeEvent& event) {
+  return event.detail == NotifyPointer && event.send_event == False && !isOfShell(event);
+}
+
+/// Menus open by Alt and a letter when the letter is let go while Alt is down: so it is, whichever goes first.
+void keepAlt(XKeyEvent* event) {
+  static unsigned letter = 0;
+  if (event->type == KeyPress)
+    letter = (event->state & kModifiers) == Mod1Mask ? event->keycode : 0;
+  else if (event->keycode == letter)
+    event->state |= Mod1Mask;
+}
+
+/// Before Xt sees the event. True when it need not.
+bool takeFirst(XEvent* event) {
+  constexpr unsigned buttons = Button1Mask | Button2Mask | Button3Mask;
+  switch (event->type) {
+    case KeyRelease:
+      keepAlt(&event->xkey);
+      return false;
+    case KeyPress:
+      keepAlt(&event->xkey);
+      // The release went elsewhere.
+      if (app().isPressed() && (event->xkey.state & buttons) == 0) {
+        app().setPressed(false);
+        app().catchUp();
+      }
+      return takeKey(&event->xkey);
+    case ButtonPress:
+      takeClick(&event->xbutton);
+      app().setPressed(event->xbutton.button <= 3);
+      return false;
+    case ButtonRelease:
+      app().setPressed(false);
+      return false;
+    default:
+      app().setLeavingWindow(event->type == FocusOut && isOfShell(event->xfocus));
+      return isStrayFocus(event->xfocus);
+  }
+}
+
 Boolean dispatch(XEvent* event) {
   bool taken = false;
-  guarded("key", [&] {
-    if (appIfRunning() == nullptr) return;
-    if (event->type == KeyPress) taken = takeKey(&event->xkey);
-    if (event->type == ButtonPress) takeClick(&event->xbutton);
-  });
-  return taken ? True : nextDispatchers()[event->type](event);
+  guarded("key", [&] { taken = appIfRunning() != nullptr && takeFirst(event); });
+  const Boolean answer = taken ? True : nextDispatchers()[event->type](event);
+  if (appIfRunning() == nullptr) return answer;
+  app().setLeavingWindow(false);
+  if (event->type == ButtonRelease) guarded("release", [] { app().catchUp(); });
+  return answer;
 }
 
 }  // namespace
 
 void installKeys(Display* display) {
-  for (const int type : {KeyPress, ButtonPress}) {
+  for (const int type : {KeyPress, KeyRelease, ButtonPress, ButtonRelease, FocusIn, FocusOut}) {
     XtEventDispatchProc next = XtSetEventDispatcher(display, type, dispatch);
     if (next != dispatch) nextDispatchers()[type] = next;
   }

@@ -76,11 +76,15 @@ void flatColors(XColor* background, XColor* foreground, XColor* select, XColor* 
   const auto dark = [](const XColor& one) { return one.red + one.green + one.blue < 3 * 0x8000; };
   const unsigned short ink = dark(*background) ? 0xffff : 0x1f1f;
   foreground->red = foreground->green = foreground->blue = ink;
-  for (XColor* same : {select, top, bottom}) {
+  for (XColor* same : {top, bottom}) {
     same->red = background->red;
     same->green = background->green;
     same->blue = background->blue;
   }
+  // Of menu titles and lines under the pointer: as the selected rows of lists.
+  select->red = 0xcfcf;
+  select->green = 0xe0e0;
+  select->blue = 0xf3f3;
 }
 
 // Lines with "@N" hold a distance of N pixels at a line height of 16, to be scaled with the font.
@@ -94,7 +98,7 @@ constexpr const char* kResources[] = {
     "*topShadowPixmap: unspecified_pixmap",
     "*bottomShadowPixmap: unspecified_pixmap",
     "*borderColor: #c3cad3",
-    "*highlightColor: #2f6fb3",
+    "*highlightColor: #1f2933",
     "*armColor: #dbe3ec",
     "*selectColor: #2f6fb3",
     "*shadowThickness: 0",
@@ -173,6 +177,7 @@ constexpr const char* kResources[] = {
     "*XmMenuShell.XmRowColumn.marginWidth: 1",
     "*XmMenuShell*XmPushButton.borderWidth: 0",
     "*XmMenuShell*XmPushButton.shadowThickness: 1",
+    "*XmMenuShell*XmPushButton.armColor: #cfe0f3",
     "*XmMenuShell*XmPushButton.marginWidth: @14",
     "*XmMenuShell*XmPushButton.marginHeight: @5",
     "*XmMenuShell*XmPushButton.alignment: alignment_beginning",

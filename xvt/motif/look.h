@@ -23,6 +23,7 @@ constexpr const char* ink = "#1f2933";
 constexpr const char* quiet = "#5f6b7a";
 constexpr const char* faint = "#98a2ae";
 constexpr const char* border = "#c3cad3";
+constexpr const char* focus = "#1f2933";  ///< the ring around what has the keyboard, the same everywhere
 constexpr const char* primary = "#2f6fb3";
 constexpr const char* primaryDark = "#24578d";
 constexpr const char* strip = "#e9ecf0";

@@ -122,19 +122,16 @@ void ShellWindow::setEnabled(bool enabled) {
 
 PNT ShellWindow::findPlace(Extent size, const PNT* wish) const {
   const Extent outer = framed(size, app().hasWindowManager());
-  const auto left = leftPlaces().find(name());
   const int step = app().look().px(8);
+  const auto parent = app().speaker();
+  if (modal_ && parent && parent.get() != this) return placeOver(screenSize(), parent->occupied(), outer, step);
+  const auto left = leftPlaces().find(name());
   if (left != leftPlaces().end()) return onScreen(screenSize(), left->second, outer);
   std::vector<RCT> taken;
-  const ShellWindow* parent = nullptr;
   for (const auto& other : app().windows()) {
     if (other.get() == this || !other->isVisible()) continue;
     taken.push_back(other->occupied());
-    parent = other.get();
   }
-  const auto active = app().active();
-  if (active && active.get() != this) parent = active.get();
-  if (modal_ && parent != nullptr) return placeOver(screenSize(), parent->occupied(), outer, step);
   return placeBeside(screenSize(), taken, outer, wish != nullptr ? *wish : PNT{step, step}, step);
 }
 
@@ -181,7 +178,7 @@ void ShellWindow::popUp() {
   app().stopChoosing(nullptr);
   shown_ = true;
   if (modal_) {
-    const auto parent = app().active();
+    const auto parent = app().speaker();
     if (parent && parent.get() != this && XtIsRealized(parent->shell()))
       XSetTransientForHint(XtDisplay(shell_), XtWindow(shell_), XtWindow(parent->shell()));
   }
@@ -203,7 +200,7 @@ void ShellWindow::popDown() {
     XtUnmapWidget(shell_);
   else
     XtPopdown(shell_);
-  const auto next = app().active();
+  const auto next = app().speaker();
   if (next && !app().hasWindowManager()) next->takeFocus();
 }
 

@@ -47,6 +47,8 @@ class ShellWindow : public Window, public std::enable_shared_from_this<ShellWind
   virtual void refresh() {}
   /// The field that is being edited loses the keyboard, as far as its handler is told.
   virtual void settle() {}
+  /// Tells the handler of fields that the keyboard has left or come to while it could not be told.
+  virtual void catchUp() {}
   /// The window manager's close box.
   void requestClose();
   /// Tells the handler of a control, a command ... of this window. Nothing when it is dying.

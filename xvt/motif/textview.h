@@ -26,7 +26,7 @@ struct TextViewStyle {
   const char* foreground = "#1f2933";
   const char* selectionBackground = "#cfe0f3";
   const char* selectionForeground = "#1f2933";
-  const char* focusRing = "#2f6fb3";
+  const char* focusRing = "#1f2933";
 };
 
 /// Told after the view scrolled or was changed by the user's hands: first visible line, number of lines, horizontal
