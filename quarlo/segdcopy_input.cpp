@@ -306,8 +306,9 @@ bool SegdDiskInput::restIsTrailer() const {
     return true;
   }
   std::vector<char> piece(streamBufferSize);
-  for (double at = position; at < size; at += static_cast<double>(piece.size())) {
-    const auto got = readAt(fileno(units->fp), piece.data(), piece.size(), static_cast<std::uint64_t>(at));
+  const auto end = static_cast<std::uint64_t>(size);
+  for (auto at = static_cast<std::uint64_t>(position); at < end; at += piece.size()) {
+    const auto got = readAt(fileno(units->fp), piece.data(), piece.size(), at);
     if (!got || std::any_of(piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(*got),
                             [](char byte) { return byte != '\0'; })) {
       return false;
