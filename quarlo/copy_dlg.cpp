@@ -18,6 +18,7 @@
 #include "quarlo/tapelib/unitopen.h"
 #include "quarlo/tpf.h"
 #include "quarlo/unfmtcpy.h"
+#include "quarlo/unitdialog.h"
 #include "resources/ids.h"
 
 namespace {
@@ -35,20 +36,18 @@ struct Format {
   int parameters;  // resource of the parameter dialog
   EVENT_HANDLER parametersHandler;
   int (*job)(UnitStruct* units);
-  bool jobClosesInput;
   bool outputIsDirectory;
 };
 
 constexpr Format FORMATS[] = {
-    {"UNFORMATTED", "tpf", "tpf", DLG_UNFORMATTED, NoFmtParam_eh, doImageCopy, false, false},
-    {"SEG Y", "", "sgy", DLG_SEGY, SegyCpy_eh, doSegyCopy, false, false},
-    {"SEG D", "", "sgd", DLG_SEGD, SegdCpy_eh, doSegdCopy, true, true},
+    {"UNFORMATTED", "tpf", "tpf", DLG_UNFORMATTED, NoFmtParam_eh, doImageCopy, false},
+    {"SEG Y", "", "sgy", DLG_SEGY, SegyCpy_eh, doSegyCopy, false},
+    {"SEG D", "", "sgd", DLG_SEGD, SegdCpy_eh, doSegdCopy, true},
 };
 constexpr int UNFORMATTED = 1;
 
 UnitStruct* ioUnit = nullptr;
 int inFileType = UNFORMATTED;  // the chosen format's row plus one
-bool running = false;
 
 const Format& format() { return FORMATS[inFileType - 1]; }
 UnitStruct& input() { return ioUnit[0]; }
@@ -66,20 +65,10 @@ std::string outputLabel() {
                                                           : output().name;
 }
 
-void show(WINDOW dialog, COPY_STATE state, const char* status) {
-  if (!xvt_vobj_is_valid(dialog)) {
-    return;
-  }
-  setCopyState(dialog, state, inputLabel().c_str(), outputLabel().c_str(), input().isM4);
-  setControlText(dialog, CP_STATUS, status);
-}
+bool isReady() { return input().state == 1 && output().state == 1; }
 
-/// After a change of input or output: what is possible now, and word to all who show the units.
-void showChange(WINDOW dialog) {
-  const bool ready = input().state == 1 && output().state == 1;
-  show(dialog, ready ? COPY_READY : COPY_NOT_READY, ready ? "Ready" : "Idle");
-  EVENT event;
-  unitsChanged(&event);
+void showState(WINDOW dialog, COPY_STATE state) {
+  setCopyState(dialog, state, inputLabel().c_str(), outputLabel().c_str(), input().isM4);
 }
 
 // ---- closing ----------------------------------------------------------------------------------------------------
@@ -98,19 +87,19 @@ void rewindOutputs() {
 
 /// The ordinary end of every job's units. @return nonzero when an output reported an error at the last moment
 int closeAfterJob() {
-  if (input().type == UT_TAPE) {
-    if (input().state == 1 && !input().inputNoRewind) {
-      tlv_rewind(ioUnit, 0);
-    }
-    closeInput();
-  } else if (!format().jobClosesInput) {
-    closeInput();
+  if (input().type == UT_TAPE && input().state == 1 && !input().inputNoRewind) {
+    tlv_rewind(ioUnit, 0);
   }
+  closeInput();
   if (output().type == UT_TAPE && !ioUnit->outputNoRewind) {
     rewindOutputs();
   }
   return closeOutput();
 }
+
+UnitDialog theDialog({CP_STATUS, isReady, showState, closeAfterJob});
+
+void showChange(WINDOW dialog) { theDialog.showChange(dialog); }
 
 // ---- choosing ---------------------------------------------------------------------------------------------------
 
@@ -255,46 +244,24 @@ void editErrorOptions(WINDOW /*dialog*/) {
   ioUnit->useMultipleOut = several;
 }
 
-/// Another window changed the units.
-void follow(WINDOW dialog) {
-  if (running) {
-    return;
-  }
-  const bool ready = input().state == 1 && output().state == 1;
-  const bool wasReady = controlText(dialog, CP_STATUS) == "Ready";
-  show(dialog, ready ? COPY_READY : COPY_NOT_READY,
-       wasReady && !ready ? "Idle" : controlText(dialog, CP_STATUS).c_str());
-}
-
 /// From Start to the last word in the dialog. The program, or the dialog, may be asked to go meanwhile: both wait.
 void start(WINDOW dialog) {
   if (format().job == nullptr) {
     notYetBuilt(formatText("The %s copy", format().name).c_str());
     return;
   }
-  if (input().state != 1 || output().state != 1) {
-    showChange(dialog);
-    return;
-  }
-  if (input().type == UT_DISK && !positionInput()) {
+  if (isReady() && input().type == UT_DISK && !positionInput()) {
     closeInput();
+  }
+  if (!isReady()) {
     showChange(dialog);
     return;
   }
   int stopped = 0;
-  const RunningJob job(&stopped);
-  running = true;
-  show(dialog, COPY_RUNNING, "Running");
-  checkBOT(ioUnit);
-  const bool began = stopped == 0;
-  int result = began ? format().job(ioUnit) : JOB_OK;
-  if (closeAfterJob() != 0 && result == JOB_OK) {
-    result = JOB_FAILED;
-  }
-  running = false;
-  show(dialog, COPY_NOT_READY, !began ? "Idle" : result != JOB_OK ? "Failed" : "Complete");
-  EVENT event;
-  unitsChanged(&event);
+  theDialog.run(dialog, &stopped, [&stopped]() -> int {
+    checkBOT(ioUnit);
+    return stopped == 0 ? format().job(ioUnit) : JOB_NOT_BEGUN;
+  });
 }
 
 constexpr ControlAction ACTIONS[] = {
@@ -317,15 +284,7 @@ void create(WINDOW dialog) {
   segdInit();
   constexpr const char* NAMES[] = {FORMATS[0].name, FORMATS[1].name, FORMATS[2].name};
   fillList(dialog, CP_FORMAT, NAMES, 0);
-  show(dialog, COPY_NOT_READY, "Idle");
-}
-
-void close(WINDOW dialog) {
-  if (running) {
-    requestStopOfJobs([dialog] { xvt_vobj_destroy(dialog); });
-  } else {
-    xvt_vobj_destroy(dialog);
-  }
+  theDialog.open(dialog);
 }
 
 /// The units go with the dialog, unless a job still has them in hand: it closes them itself.
@@ -341,14 +300,14 @@ void destroy() {
 
 void control(WINDOW dialog, const EVENT& event) {
   if (isPress(event, CP_CLOSE)) {
-    close(dialog);
+    theDialog.close(dialog);
   } else if (event.ctl.id == CP_FORMAT && event.ctl.what == CTL_SELECT) {
-    if (refuseDuringJob()) {
+    if (theDialog.refuses(dialog)) {
       xvt_list_set_selected(xvt_win_get_ctl(dialog, CP_FORMAT), inFileType - 1, true);
     } else {
       chooseFormat(dialog);
     }
-  } else if (event.ctl.what == CTL_PRESS && !refuseDuringJob()) {
+  } else if (event.ctl.what == CTL_PRESS && !theDialog.refuses(dialog)) {
     runAction(ACTIONS, dialog, event);
   }
 }
@@ -376,10 +335,10 @@ long CopyDialog_eh(WINDOW xdWindow, EVENT* xdEvent) {
       control(xdWindow, *xdEvent);
       break;
     case E_CLOSE:
-      close(xdWindow);
+      theDialog.close(xdWindow);
       break;
     case E_USER:
-      follow(xdWindow);
+      theDialog.follow(xdWindow);
       break;
     case E_DESTROY:
       destroy();

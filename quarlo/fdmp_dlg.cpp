@@ -13,6 +13,7 @@
 #include "libkyr/text.h"
 #include "quarlo/dump_ctl.h"
 #include "quarlo/dump_win.h"
+#include "quarlo/jobframe.h"
 #include "quarlo/shell.h"
 #include "quarlo/tapelib/cons_win.h"
 #include "quarlo/tapelib/controls.h"
@@ -100,8 +101,7 @@ void showFormatted() {
   }
 }
 
-void readPiece(WINDOW dialog) {
-  if (!isOpen()) return;
+void readAndShow(WINDOW dialog) {
   const int result = TheFile->Read(dumpBuf.get(), readBytes);
   nBytesIn = std::max(result, 0);
   if (result < 0) {
@@ -112,6 +112,11 @@ void readPiece(WINDOW dialog) {
     dumpClear(dumpWindow);
     showFormatted();
   }
+}
+
+void readPiece(WINDOW dialog) {
+  if (!isOpen()) return;
+  runGuarded([dialog] { readAndShow(dialog); });
   setCurrent(dialog);
 }
 
@@ -225,8 +230,7 @@ std::string dumpedText() {
   return text;
 }
 
-void saveText(WINDOW /*dialog*/) {
-  if (!chooseFileToSave(&saveFile, "txt", "Save dataset as:")) return;
+void saveChosen() {
   if ((isOpen() || repDlgUp != 0) && isSameFile(saveFile, inputFile))
     return xvt_dm_post_error("This file name is already being used for input. Choose another file name.");
   const std::string text = dumpedText();
@@ -234,6 +238,10 @@ void saveText(WINDOW /*dialog*/) {
   if (!file) return xvt_dm_post_error("Error opening file: %s", saveFile.name);
   const bool written = std::fwrite(text.data(), 1, text.size(), file.get()) == text.size();
   if (!closeFile(file) || !written) xvt_dm_post_error("Error writing to disk file");
+}
+
+void saveText(WINDOW /*dialog*/) {
+  if (chooseFileToSave(&saveFile, "txt", "Save dataset as:")) runGuarded(saveChosen);
 }
 
 // ---- reports ------------------------------------------------------------------------------------------------------
@@ -265,7 +273,7 @@ void showOrHide(WINDOW dialog) {
 }
 
 void close(WINDOW dialog) {
-  if (repDlgUp != 0) return xvt_dm_post_note("A report dialog is open. Close it first.");
+  if (repDlgUp != 0) return tellUser("A report dialog is open. Close it first.");
   xvt_vobj_destroy(dialog);
 }
 

@@ -1,6 +1,42 @@
 #include "quarlo/jobframe.h"
 
+#include <cstdio>
+#include <exception>
+#include <new>
+
+#include "quarlo/tapelib/cons_win.h"
 #include "resources/ids.h"
+
+namespace {
+
+/// @param reason an exception's text; null when memory was wanting
+void sayBroken(const char* reason) noexcept {
+  try {
+    if (reason == nullptr) {
+      console_out("  *** There is not enough memory for this job.");
+    } else {
+      console_printf("  *** Unexpected error: %s.", reason);
+    }
+  } catch (...) {
+    std::fputs("quarlo: a job ended without its last line\n", stderr);
+  }
+}
+
+}  // namespace
+
+bool runGuarded(const std::function<void()>& work) noexcept {
+  try {
+    work();
+    return true;
+  } catch (const std::bad_alloc&) {
+    sayBroken(nullptr);
+  } catch (const std::exception& error) {
+    sayBroken(error.what());
+  } catch (...) {
+    sayBroken("unknown");
+  }
+  return false;
+}
 
 JobFrame::JobFrame(int jobType, int inputType, int* first, int* percent, int* items, long refreshMilliseconds)
     : counters{jobType, inputType, first, percent, items, &abortFlag}, running(&abortFlag) {

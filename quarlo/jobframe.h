@@ -2,12 +2,19 @@
 /// steps. A job's function builds a JobFrame, works while `goOn()` says so, and leaves through its own last lines.
 #pragma once
 
+#include <functional>
+
 #include "quarlo/tapelib/jobstate.h"
 #include "quarlo/tapelib/prog_dlg.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 
 /// Answers of the jobs.
-enum JOB_RESULT : int { JOB_OK = 0, JOB_FAILED = 1, JOB_NO_DIALOG = -1 };
+enum JOB_RESULT : int { JOB_OK = 0, JOB_FAILED = 1, JOB_NO_DIALOG = -1, JOB_NOT_BEGUN = -2 };
+
+/// Does a part of a job that may want more memory than there is, or meet what nobody thought of: an exception becomes a
+/// console line, so that the job goes on to its ordinary end (marks, counts, last lines, units).
+/// @return false after that line
+bool runGuarded(const std::function<void()>& work) noexcept;
 
 class JobFrame {
  public:

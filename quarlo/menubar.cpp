@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "libkyr/launch.h"
+#include "libkyr/text.h"
 #include "quarlo/aboutdlg.h"
 #include "quarlo/ctrl_dlg.h"
 #include "quarlo/main_dlg.h"
@@ -118,7 +119,7 @@ constexpr MenuAction actions[] = {
 
 void startCompanion(int number, const char* executable, const char* displayName) {
   if (*executable == '\0') {
-    xvt_dm_post_note("Companion program %d is not set up in this build.", number);
+    tellUser(formatText("Companion program %d is not set up in this build.", number).c_str());
     return;
   }
   xvt_fsys_save_dir();

@@ -31,6 +31,7 @@ class SegdCopy {
   int run();
 
  private:
+  void work();
   // Everything that answers false has said why, or ends the job as it should.
   bool initLists() const;
   void findTakenFiles();
@@ -95,17 +96,24 @@ int SegdCopy::run() {
   logMessage(" ");
   logMessagef("SEG D copy started at %s.", dateText().c_str());
   logMessage(" ");
-  if (prepare()) {
-    frame.emplace(JOB_SEGD, units->type, &sequence, &percent, &TraceCount);
-    bool more = frame->isOpen() || fail();
-    while (more) {
-      more = goOn() && copyNextFile();
-    }
-  } else {
+  if (!runGuarded([this] { work(); })) {
     fail();
   }
   finish();
   return CopyError;
+}
+
+/// All between the first line and the last ones.
+void SegdCopy::work() {
+  if (!prepare()) {
+    fail();
+    return;
+  }
+  frame.emplace(JOB_SEGD, units->type, &sequence, &percent, &TraceCount);
+  bool more = frame->isOpen() || fail();
+  while (more) {
+    more = goOn() && copyNextFile();
+  }
 }
 
 // ---- before the first field file --------------------------------------------------------------------------------

@@ -49,6 +49,7 @@ class SegyCopy {
   int run();
 
  private:
+  void work();
   // Everything that answers false has said why, or ends the job as it should.
   bool prepare();
   bool findInputs();
@@ -113,23 +114,30 @@ class SegyCopy {
 
 int SegyCopy::run() {
   logStarted("Copy");
-  if (prepare()) {
-    frame.emplace(JOB_SEGY, units->type, &tracesRead, &percent, &tracesWritten);
-    if (!frame->isOpen()) {
-      return JOB_NO_DIALOG;
-    }
-    bool more = copyHeaders();
-    while (more) {
-      more = step();
-    }
-    if (SgyParams.sort && !failed && !stopped) {
-      outputPhase();
-    }
-  } else {
-    failed = !stopped;
+  if (!runGuarded([this] { work(); })) {
+    failed = true;
+  }
+  if (frame && !frame->isOpen()) {
+    return JOB_NO_DIALOG;
   }
   finish();
   return failed ? JOB_FAILED : JOB_OK;
+}
+
+/// All between the first line and the last ones.
+void SegyCopy::work() {
+  if (!prepare()) {
+    failed = !stopped;
+    return;
+  }
+  frame.emplace(JOB_SEGY, units->type, &tracesRead, &percent, &tracesWritten);
+  bool more = frame->isOpen() && copyHeaders();
+  while (more) {
+    more = step();
+  }
+  if (frame->isOpen() && SgyParams.sort && !failed && !stopped) {
+    outputPhase();
+  }
 }
 
 // ---- before the first trace -------------------------------------------------------------------------------------

@@ -1,5 +1,6 @@
 #include "quarlo/task_win.h"
 
+#include "libkyr/text.h"
 #include "quarlo/main_dlg.h"
 #include "quarlo/menubar.h"
 #include "quarlo/shell.h"
@@ -60,8 +61,16 @@ void shutDown() {
   xvt_app_destroy();
 }
 
+/// Asked for once: a job that is stopping already is not asked about again.
+bool mayStopJobs() {
+  if (!jobIsRunning() || stopIsRequested()) return true;
+  return xvt_dm_post_ask("Stop and quit", "Cancel", nullptr, "A job is running. Stop it and quit?") == RESP_DEFAULT;
+}
+
 /// A job in progress first ends as by its stop button: its units and windows are under it until then.
-void closeTask() { requestStopOfJobs(shutDown); }
+void closeTask() {
+  if (mayStopJobs()) requestStopOfJobs(shutDown);
+}
 
 void quit(bool query) {
   if (query) {
@@ -78,7 +87,9 @@ void unitsChanged(EVENT* event) {
   if (gTAnlsWindow != NULL_WIN) xvt_win_dispatch_event(gTAnlsWindow, event);
 }
 
-void notYetBuilt(const char* what) { xvt_dm_post_note("%s is not part of this build yet.", what); }
+void notYetBuilt(const char* what) { 
+  tellUser(formatText("%s is not part of this build yet.", what).c_str());
+ }
 
 long task_eh(WINDOW xdWindow, EVENT* xdEvent) {
   switch (xdEvent->type) {

@@ -8,12 +8,13 @@
 #include "libkyr/text.h"
 #include "quarlo/dump_ctl.h"
 #include "quarlo/dump_win.h"
+#include "quarlo/jobframe.h"
 #include "quarlo/shell.h"
 #include "quarlo/tapelib/cons_win.h"
 #include "quarlo/tapelib/controls.h"
-#include "quarlo/tapelib/jobstate.h"
 #include "quarlo/tapelib/tsel_dlg.h"
 #include "quarlo/tapelib/unitopen.h"
+#include "quarlo/unitdialog.h"
 #include "resources/ids.h"
 
 namespace {
@@ -40,7 +41,6 @@ int blockNumber = 0;
 int blocksLastRead = 0;
 
 int haltDump = 0;
-bool dumping = false;
 
 // Where the lines go.
 WINDOW dumpWindow = NULL_WIN;
@@ -129,21 +129,6 @@ Read readBlock() {
   return Read::FILEMARK;
 }
 
-/// @return blocks and filemarks read. Behind the end of data there is nothing to read on for.
-int dumpBlocks(WINDOW dialog) {
-  int done = 0;
-  for (; done < readBlocks; ++done) {
-    if (getHaltDump(dialog) != 0) {
-      console_out(" Dump halted by user.");
-      break;
-    }
-    const Read result = readBlock();
-    if (result == Read::FAILED || result == Read::END_OF_DATA) break;
-    showBlock(true);
-  }
-  return done;
-}
-
 void tellControlDialog() {
   if (gControlWindow == NULL_WIN) return;
   EVENT changed;
@@ -151,19 +136,43 @@ void tellControlDialog() {
   xvt_win_dispatch_event(gControlWindow, &changed);
 }
 
+/// Behind the end of data there is nothing to read on for.
+int dumpBlocks(WINDOW dialog) {
+  blocksLastRead = 0;
+  for (; blocksLastRead < readBlocks; ++blocksLastRead) {
+    if (getHaltDump(dialog) != 0) {
+      console_out(" Dump halted by user.");
+      break;
+    }
+    const Read result = readBlock();
+    if (result == Read::FAILED || result == Read::END_OF_DATA) break;
+    showBlock(true);
+    tellControlDialog();
+  }
+  return JOB_OK;
+}
+
+bool isTapeOpen() { return ioUnit->state == 1 && ioUnit->type == UT_TAPE; }
+
+void showState(WINDOW dialog, COPY_STATE state) {
+  set_tdmp_state(dialog, state == COPY_NOT_READY ? 0 : 1, ioUnit->name);
+  if (haltDump != 0) enableControl(dialog, TD_HALT, false);
+  enableControl(dialog, TD_REDUMP, state != COPY_RUNNING && blocksLastRead == 1);
+}
+
+/// The tape stays open where it stands: the next dump goes on from there.
+int keepUnits() { return 0; }
+
+UnitDialog theDialog({0, isTapeOpen, showState, keepUnits});
+
 void dump(WINDOW dialog) {
   if (!dumpBuf) return xvt_dm_post_error("Error allocating memory for dump buffer.");
   haltDump = 0;
-  const RunningJob job(&haltDump);
-  dumping = true;
-  beginOutput(dialog);
-  dumpClear(dumpWindow);
-  enableControl(dialog, TD_HALT, true);
-  blocksLastRead = dumpBlocks(dialog);
-  dumping = false;
-  if (!xvt_vobj_is_valid(dialog)) return;
-  enableControl(dialog, TD_REDUMP, blocksLastRead == 1);
-  tellControlDialog();
+  theDialog.run(dialog, &haltDump, [dialog] {
+    beginOutput(dialog);
+    dumpClear(dumpWindow);
+    return dumpBlocks(dialog);
+  });
 }
 
 void redump(WINDOW dialog) {
@@ -174,18 +183,11 @@ void redump(WINDOW dialog) {
 
 // ---- the other buttons ------------------------------------------------------------------------------------------
 
-void showState(WINDOW dialog) {
-  const bool isOpen = ioUnit->state == 1 && ioUnit->type == UT_TAPE;
-  set_tdmp_state(dialog, isOpen ? 1 : 0, ioUnit->name);
-}
-
 void selectDrive(WINDOW dialog) {
   if (!chooseInputDrive(ioUnit)) return;
   closeUnit(ioUnit, 0);
   openChosenDrive(ioUnit, 0);
-  showState(dialog);
-  EVENT changed;
-  unitsChanged(&changed);
+  theDialog.showChange(dialog);
 }
 
 void skip(int count) {
@@ -206,13 +208,7 @@ void showOrHide(WINDOW dialog) {
   setDumpVisible(dialog, styleControls, dumpWindow, &gTDumpIsVisible, gTDumpIsVisible == 0);
 }
 
-void close(WINDOW dialog) {
-  if (dumping) {
-    requestStopOfJobs([dialog] { xvt_vobj_destroy(dialog); });
-  } else {
-    xvt_vobj_destroy(dialog);
-  }
-}
+void close(WINDOW dialog) { theDialog.close(dialog); }
 
 constexpr ControlAction ANY_TIME[] = {{TD_HALT, halt}, {TD_SHOW_WINDOW, showOrHide}, {TD_CLOSE, close}};
 constexpr ControlAction BETWEEN_JOBS[] = {
@@ -257,8 +253,7 @@ void create(WINDOW dialog) {
   if (!showStyle(dialog, styleControls, style)) xvt_dm_post_error("Memory error getting format list");
   xdCheckRadioButton(dialog, TD_TAPE_MODE_1, TD_TAPE_MODE_1, TD_TAPE_MODE_2);
   for (const NumberField& field : FIELDS) showNumber(dialog, field);
-  enableControl(dialog, TD_REDUMP, false);
-  showState(dialog);
+  theDialog.follow(dialog);
   openOutput();
 }
 
@@ -272,7 +267,7 @@ void destroy() {
   }
   dumpWindow = NULL_WIN;
   txtFp.reset();  // every line was flushed when it was written
-  if (!dumping) dumpBuf.reset();
+  if (!theDialog.isRunning()) dumpBuf.reset();
   gTAnlsWindow = NULL_WIN;
   gTAnlsWindowUp = 0;
 }
@@ -286,7 +281,7 @@ void control(WINDOW dialog, const EVENT& event) {
     return;
   }
   if (runAction(ANY_TIME, dialog, event) || event.ctl.what != CTL_PRESS) return;
-  if (!refuseDuringJob()) runAction(BETWEEN_JOBS, dialog, event);
+  if (!theDialog.refuses(dialog)) runAction(BETWEEN_JOBS, dialog, event);
 }
 
 }  // namespace
@@ -337,7 +332,7 @@ long tapeDumpDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
       control(xdWindow, *xdEvent);
       break;
     case E_USER:
-      showState(xdWindow);
+      theDialog.follow(xdWindow);
       break;
     case E_CLOSE:
       close(xdWindow);

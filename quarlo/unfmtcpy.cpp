@@ -198,15 +198,20 @@ int ImageCopy::run() {
   if (!frame.isOpen()) {
     return JOB_NO_DIALOG;
   }
-  bool more = output.begin() || fail();
   bool aborted = false;
-  while (more && !aborted) {
-    aborted = !frame.goOn();
-    if (aborted) {
-      logAborted("Copy");
-    } else {
-      more = step();
+  const bool unbroken = runGuarded([&] {
+    bool more = output.begin() || fail();
+    while (more && !aborted) {
+      aborted = !frame.goOn();
+      if (aborted) {
+        logAborted("Copy");
+      } else {
+        more = step();
+      }
     }
+  });
+  if (!unbroken) {
+    failed = true;
   }
   if (!output.writeClosingMarks(failed || aborted || declined ? JobEnd::CutShort : JobEnd::Success)) {
     failed = true;

@@ -138,9 +138,14 @@ int Verify::run() {
     return JOB_NO_DIALOG;
   }
   bool aborted = false;
-  do {
-    aborted = !frame.goOn();
-  } while (!aborted && step());
+  const bool unbroken = runGuarded([&] {
+    do {
+      aborted = !frame.goOn();
+    } while (!aborted && step());
+  });
+  if (!unbroken) {
+    failed = true;
+  }
   if (aborted) {
     logAborted("Verify");
   } else if (failed) {

@@ -1,6 +1,5 @@
 #include "quarlo/vrfy_dlg.h"
 
-#include "quarlo/copy_dlg.h"
 #include "quarlo/jobframe.h"
 #include "quarlo/shell.h"
 #include "quarlo/tapelib/controls.h"
@@ -9,6 +8,7 @@
 #include "quarlo/tapelib/unitopen.h"
 #include "quarlo/tpf.h"
 #include "quarlo/unfmtcpy.h"
+#include "quarlo/unitdialog.h"
 #include "quarlo/verifyjob.h"
 #include "resources/ids.h"
 
@@ -16,29 +16,15 @@ namespace {
 
 UnitStruct* ioUnit = nullptr;
 int secondBlockType = 0;  // place in the radio group; kept between runs, as hasCats is
-bool running = false;
 
 std::string label(int uNum) { return ioUnit[uNum].state == 1 ? ioUnit[uNum].name : "No input chosen"; }
 
 bool isM4(int uNum) { return ioUnit[uNum].type == UT_TAPE && ioUnit[uNum].isM4 != 0; }
 
-void show(WINDOW dialog, COPY_STATE state, const char* status) {
-  if (!xvt_vobj_is_valid(dialog)) {
-    return;
-  }
+bool isReady() { return ioUnit[0].state == 1 && ioUnit[1].state == 1; }
+
+void showState(WINDOW dialog, COPY_STATE state) {
   set_verify_state(dialog, state, label(0).c_str(), label(1).c_str(), isM4(0) || isM4(1) ? 1 : 0);
-  setControlText(dialog, VF_STATUS, status);
-}
-
-void tellUnitsChanged() {
-  EVENT event;
-  unitsChanged(&event);
-}
-
-void showChange(WINDOW dialog) {
-  const bool ready = ioUnit[0].state == 1 && ioUnit[1].state == 1;
-  show(dialog, ready ? COPY_READY : COPY_NOT_READY, ready ? "Ready" : "Idle");
-  tellUnitsChanged();
 }
 
 /// Closes an input. The second one stands where outputs do: all that is open there goes with it.
@@ -50,11 +36,23 @@ void closeVerifyInput(int uNum) {
   }
 }
 
+int closeAfterRun() {
+  for (int uNum = 0; uNum <= 1; ++uNum) {
+    if (ioUnit[uNum].type == UT_TAPE && ioUnit[uNum].state == 1) {
+      tlv_rewind(ioUnit, uNum);
+    }
+    closeVerifyInput(uNum);
+  }
+  return 0;
+}
+
+UnitDialog theDialog({VF_STATUS, isReady, showState, closeAfterRun});
+
 void chooseTape(WINDOW dialog, int uNum) {
   if (chooseInputDrive(ioUnit, uNum)) {
     closeVerifyInput(uNum);
     openChosenDrive(ioUnit, uNum, true);
-    showChange(dialog);
+    theDialog.showChange(dialog);
   }
 }
 
@@ -76,7 +74,7 @@ void chooseDisk(WINDOW dialog, int uNum, const char* refusal) {
     xvt_dm_post_error("Unrecognized format in file %s", file.name);
     closeVerifyInput(uNum);
   }
-  showChange(dialog);
+  theDialog.showChange(dialog);
 }
 
 void chooseFirstTape(WINDOW dialog) { chooseTape(dialog, 0); }
@@ -88,41 +86,15 @@ void chooseSecondDisk(WINDOW dialog) {
   chooseDisk(dialog, 1, "This file name is already being used for input. Choose another file name.");
 }
 
-/// Another window changed the units.
-void follow(WINDOW dialog) {
-  if (running) {
-    return;
-  }
-  const bool ready = ioUnit[0].state == 1 && ioUnit[1].state == 1;
-  const bool wasReady = controlText(dialog, VF_STATUS) == "Ready";
-  show(dialog, ready ? COPY_READY : COPY_NOT_READY,
-       wasReady && !ready ? "Idle" : controlText(dialog, VF_STATUS).c_str());
-}
-
-void closeAfterRun() {
-  for (int uNum = 0; uNum <= 1; ++uNum) {
-    if (ioUnit[uNum].type == UT_TAPE && ioUnit[uNum].state == 1) {
-      tlv_rewind(ioUnit, uNum);
-    }
-    closeVerifyInput(uNum);
-  }
-}
-
 /// From Start to the last word in the dialog. The program, or the dialog, may be asked to go meanwhile: both wait.
 void start(WINDOW dialog) {
-  if (ioUnit[0].state != 1 || ioUnit[1].state != 1) {
-    showChange(dialog);
+  if (!isReady()) {
+    theDialog.showChange(dialog);
     return;
   }
   int stopped = 0;
-  const RunningJob job(&stopped);
-  running = true;
-  show(dialog, COPY_RUNNING, "Running");
-  const int result = do_verify(secondBlockType != 0 ? BLOCK_TYPE_2 : BLOCK_TYPE_1, ioUnit);
-  closeAfterRun();
-  running = false;
-  show(dialog, COPY_NOT_READY, result != JOB_OK ? "Failed" : "Complete");
-  tellUnitsChanged();
+  theDialog.run(dialog, &stopped,
+                [] { return do_verify(secondBlockType != 0 ? BLOCK_TYPE_2 : BLOCK_TYPE_1, ioUnit); });
 }
 
 constexpr ControlAction ACTIONS[] = {
@@ -137,15 +109,7 @@ void create(WINDOW dialog) {
   ioUnit = getDevPtr();
   xdCheckRadioButton(dialog, VF_BLOCK_TYPE_1 + secondBlockType, VF_BLOCK_TYPE_1, VF_BLOCK_TYPE_2);
   checkControl(dialog, VF_CONCATENATED, hasCats);
-  show(dialog, COPY_NOT_READY, "Idle");
-}
-
-void close(WINDOW dialog) {
-  if (running) {
-    requestStopOfJobs([dialog] { xvt_vobj_destroy(dialog); });
-  } else {
-    xvt_vobj_destroy(dialog);
-  }
+  theDialog.open(dialog);
 }
 
 /// The units go with the dialog, unless a job still has them in hand: it closes them itself.
@@ -155,13 +119,14 @@ void destroy() {
   }
   closeVerifyInput(0);
   closeVerifyInput(1);
-  tellUnitsChanged();
+  EVENT event;
+  unitsChanged(&event);
 }
 
 void control(WINDOW dialog, const EVENT& event) {
   if (isPress(event, VF_CLOSE)) {
-    close(dialog);
-  } else if (event.ctl.what == CTL_PRESS && !refuseDuringJob() &&
+    theDialog.close(dialog);
+  } else if (event.ctl.what == CTL_PRESS && !theDialog.refuses(dialog) &&
              !chooseRadio(dialog, event, VF_BLOCK_TYPE_1, VF_BLOCK_TYPE_2, &secondBlockType) &&
              !toggleFlag(dialog, event, VF_CONCATENATED, &hasCats)) {
     runAction(ACTIONS, dialog, event);
@@ -190,10 +155,10 @@ long VerifyDialog_eh(WINDOW xdWindow, EVENT* xdEvent) {
       control(xdWindow, *xdEvent);
       break;
     case E_CLOSE:
-      close(xdWindow);
+      theDialog.close(xdWindow);
       break;
     case E_USER:
-      follow(xdWindow);
+      theDialog.follow(xdWindow);
       break;
     case E_DESTROY:
       destroy();

@@ -3,6 +3,7 @@
 #include <utility>
 #include <vector>
 
+#include "quarlo/tapelib/cons_win.h"
 #include "xvt/xvt.h"
 
 namespace {
@@ -41,8 +42,16 @@ void requestStopOfJobs(std::function<void()> then) {
   doWhatWaited();
 }
 
+bool stopIsRequested() { return !afterwards.empty(); }
+
+void tellUser(const char* text) {
+  if (!jobIsRunning()) return xvt_dm_post_note("%s", text);
+  xvt_scr_beep();
+  console_out(text);
+}
+
 bool refuseDuringJob() {
   if (!jobIsRunning()) return false;
-  xvt_dm_post_note("A job is running. Stop it or wait for its end first.");
+  tellUser(JOB_IS_RUNNING);
   return true;
 }

@@ -30,6 +30,15 @@ bool jobIsRunning();
 /// is running. Several wishes are carried out in the order in which they came.
 void requestStopOfJobs(std::function<void()> then);
 
+/// Whether something waits for the end of the jobs already.
+bool stopIsRequested();
+
+/// Tells the user something of this program's own: in a note box, or while a job is running with a beep and a console
+/// line, so that a box which nobody answers does not hold the job up.
+void tellUser(const char* text);
+
+constexpr const char* JOB_IS_RUNNING = "A job is running. Stop it or wait for its end first.";
+
 /// For what must not happen to the units in the middle of a job (spacing, unloading, another drive, another job): says
-/// so in a note box and answers true while a job is running.
+/// so as tellUser does and answers true while a job is running.
 bool refuseDuringJob();

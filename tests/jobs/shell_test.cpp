@@ -178,7 +178,14 @@ TEST_F(Shell, ClosingWaitsForTheJobsEnd) {
     const RunningJob outer(&outerFlag);
     {
       const RunningJob inner(&innerFlag);
+      toolkit.answerAsk(RESP_2);
       toolkit.close(TASK_WIN);
+      EXPECT_EQ(outerFlag + innerFlag, 0) << "the user thought better of it";
+      toolkit.answerAsk(RESP_DEFAULT);
+      toolkit.chooseMenu(CMD_QUIT);
+      EXPECT_EQ(toolkit.asks, Lines(2, "A job is running. Stop it and quit?"));
+      toolkit.close(TASK_WIN);
+      EXPECT_EQ(toolkit.asks.size(), 2U) << "it is stopping already";
       EXPECT_EQ(outerFlag, 1);
       EXPECT_EQ(innerFlag, 1);
       EXPECT_NE(units->ioBuffer, nullptr);
@@ -216,8 +223,9 @@ TEST_F(Shell, TapeIsLeftAloneWhileAJobRuns) {
   const RunningJob job(&flag);
   for (const int item : tapeItems) toolkit.chooseMenu(item);
   for (const int button : {3, 4, 5, 6, 16, 23, 24}) toolkit.press(gControlWindow, button);
-  EXPECT_EQ(toolkit.notes.size(), 14U) << "each is refused once";
-  EXPECT_TRUE(newLines().empty());
+  EXPECT_EQ(newLines(), Lines(14, JOB_IS_RUNNING)) << "each is refused once";
+  EXPECT_EQ(toolkit.beeps, 14);
+  EXPECT_TRUE(toolkit.notes.empty()) << "a box would hold the job up";
   EXPECT_EQ(flag, 0);
   EXPECT_EQ(toolkit.opened, (std::vector<int>{DLG_MAIN, DLG_TAPE_CONTROL}));
 }

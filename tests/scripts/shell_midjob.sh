@@ -48,15 +48,20 @@ expect title progress "Unformatted Copy Progress"
 expect text progress.first-label "Bytes copied:"
 expect hidden progress.meter
 screenshot progress "$SHOTS/progress.png"
+mark console
 menu rewind
-wait window note-box 5
-screenshot note-box "$SHOTS/refused.png"
-press note-box.ok
+wait console "A job is running. Stop it or wait for its end first." 5
 menu tape-control
 wait window tape-control 5
+mark console
 press tape-control.skip-blocks
-wait window note-box 5
-press note-box.ok
+wait console "A job is running. Stop it or wait for its end first." 5
+press main.verify
+wait window verify 5
+press verify.first-tape
+expect text verify.status "A job is running. Stop it or wait for its end first."
+expect no-window note-box
+close verify
 expect window progress
 close progress
 wait no-window progress 20
@@ -76,9 +81,19 @@ close copy
 wait no-window copy 20
 wait console "Copy ended at*" 20
 SCRIPT
-  # The program, too.
+  # The program, too, which asks once.
   choose_and_start third
-  echo 'menu quit'
+  cat <<'SCRIPT'
+menu quit
+wait window ask-box 5
+screenshot ask-box "$SHOTS/quit.png"
+press ask-box.second
+wait no-window ask-box 5
+expect window progress
+close task
+wait window ask-box 5
+press ask-box.first
+SCRIPT
 } >"$dir/script"
 "$program" --script "$dir/script"
 grep -q 'Copy ended at' "$dir/work/console.txt"
