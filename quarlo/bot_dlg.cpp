@@ -23,7 +23,12 @@ void createWarning(WINDOW window) {
   setControlText(window, TP_DRIVE, ioUnit[unitNum].name);
 }
 
-void rewind(WINDOW /*window*/) { tlv_rewind(ioUnit, unitNum); }
+void rewind(WINDOW window) {
+  if (tlv_rewind(ioUnit, unitNum) != 0) return;
+  setControlText(window, TP_HEADING, "This tape is at its beginning");
+  setControlText(window, TP_HINT, "The job starts there.");
+  xvt_vobj_set_focus(xvt_win_get_ctl(window, TP_OK));
+}
 
 constexpr ControlAction actions[] = {{TP_OK, xvt_vobj_destroy}, {TP_REWIND, rewind}};
 

@@ -28,6 +28,10 @@ constexpr const char* RAW_EXTENSION = "img";
 
 int doImageCopy(UnitStruct* units) { return units->type == UT_TAPE ? doTapeCopy(units) : doDiskCopy(units); }
 
+constexpr const char* BAD_BLOCKS_SKIPPED = "Otherwise a bad block is tried again five times, then skipped.";
+constexpr const char* BAD_BLOCKS_FAIL =
+    "Otherwise a bad block is tried again five times; the job ends if that is in vain.";
+
 /// A format that can be copied; null functions belong to jobs that this build does not have.
 struct Format {
   const char* name;
@@ -37,12 +41,13 @@ struct Format {
   EVENT_HANDLER parametersHandler;
   int (*job)(UnitStruct* units);
   bool outputIsDirectory;
+  const char* badBlocks;  // what happens to them unless the job stops at once
 };
 
 constexpr Format FORMATS[] = {
-    {"UNFORMATTED", "tpf", "tpf", DLG_UNFORMATTED, NoFmtParam_eh, doImageCopy, false},
-    {"SEG Y", "", "sgy", DLG_SEGY, SegyCpy_eh, doSegyCopy, false},
-    {"SEG D", "", "sgd", DLG_SEGD, SegdCpy_eh, doSegdCopy, true},
+    {"UNFORMATTED", "tpf", "tpf", DLG_UNFORMATTED, NoFmtParam_eh, doImageCopy, false, BAD_BLOCKS_SKIPPED},
+    {"SEG Y", "", "sgy", DLG_SEGY, SegyCpy_eh, doSegyCopy, false, BAD_BLOCKS_SKIPPED},
+    {"SEG D", "", "sgd", DLG_SEGD, SegdCpy_eh, doSegdCopy, true, BAD_BLOCKS_FAIL},
 };
 constexpr int UNFORMATTED = 1;
 
@@ -114,7 +119,7 @@ void openOutputs() {
 }
 
 void chooseInputTape(WINDOW dialog) {
-  if (chooseInputDrive(ioUnit)) {
+  if (theDialog.takes(dialog, chooseInputDrive(ioUnit))) {
     closeInput();
     openChosenDrive(ioUnit, 0);
     showChange(dialog);
@@ -122,7 +127,7 @@ void chooseInputTape(WINDOW dialog) {
 }
 
 void chooseOutputTape(WINDOW dialog) {
-  if (chooseOutputDrives(ioUnit)) {
+  if (theDialog.takes(dialog, chooseOutputDrives(ioUnit))) {
     closeOutput();
     openOutputs();
     showChange(dialog);
@@ -162,12 +167,22 @@ void chooseInputDisk(WINDOW dialog) {
   showChange(dialog);
 }
 
+/// A folder chosen by itself gives its own name to the files that are to come.
+void nameAfterFolder(FILE_SPEC* file) {
+  const std::string_view path = fieldText(file->dir.path);
+  const std::string_view name = path.substr(path.rfind('/') + 1);
+  copyText(file->name, std::string(name.empty() ? "segd" : name) + "." + format().outputExtension);
+}
+
 /// A job that names its output files itself takes the directory of whatever file is chosen, and the beginning of its
-/// files' names. The file is not touched.
+/// files' names. The file is not touched, and need not exist.
 void chooseOutputDirectory(WINDOW dialog) {
   FILE_SPEC file{};
-  if (!chooseFileToOpen(&file, format().outputExtension, "Select any file to define directory")) {
+  if (!chooseFolderByFile(&file, format().outputExtension, "Select any file to define directory")) {
     return;
+  }
+  if (file.name[0] == '\0') {
+    nameAfterFolder(&file);
   }
   closeOutput();
   output().fs = file;
@@ -233,12 +248,19 @@ void editParameters(WINDOW dialog) {
   }
 }
 
+long errorOptions(WINDOW dialog, EVENT* event) {
+  if (event->type == E_CREATE) {
+    setControlText(dialog, ERR_HINT, format().badBlocks);
+  }
+  return ErrorDlg_eh(dialog, event);
+}
+
 /// That dialog edits one word over four flags; the three that are not its own are set again after it.
 void editErrorOptions(WINDOW /*dialog*/) {
   const bool inputStays = ioUnit->inputNoRewind;
   const bool outputStays = ioUnit->outputNoRewind;
   const bool several = ioUnit->useMultipleOut;
-  runModal(DLG_ERROR_OPTIONS, ErrorDlg_eh, &input().inputAbort);
+  runModal(DLG_ERROR_OPTIONS, errorOptions, &input().inputAbort);
   ioUnit->inputNoRewind = inputStays;
   ioUnit->outputNoRewind = outputStays;
   ioUnit->useMultipleOut = several;

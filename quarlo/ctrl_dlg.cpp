@@ -82,7 +82,7 @@ void writeFilemark(WINDOW window) {
 }
 
 void selectDrive(WINDOW window) {
-  if (!chooseInputDrive(ioUnit)) return;
+  if (!tookDrive(chooseInputDrive(ioUnit))) return;
   closeUnit(ioUnit, 0);
   if (openChosenDrive(ioUnit, 0)) {
     resetCounts(window);

@@ -63,6 +63,8 @@ int theReport = 0;
 int repDlgUp = 0;
 ReportRecord reportRecord{};
 
+constexpr const char* AT_END_HINT = "The end of the file: \"Move back\" and \"Move to byte\" lead away from it.";
+
 constexpr NumberField readField = {.control = FD_READ_BYTES, .value = &readBytes, .low = 1, .high = MAX_READ};
 
 bool isOpen() { return TheFile != nullptr; }
@@ -348,6 +350,7 @@ void setCurrent(WINDOW theWindow) {
   const bool atEnd = currentByte >= inputSize;
   const std::string position = !isOpen() ? "" : failed ? "File Error" : atEnd ? "EOF" : formatText("%.0f", currentByte);
   setControlText(theWindow, FD_CURRENT_BYTE, position.c_str());
+  setControlText(theWindow, FD_HINT, isOpen() && atEnd && !failed ? AT_END_HINT : "");
   enableControls(theWindow, {FD_READ, FD_MOVE_FORWARD, FD_REWIND}, isOpen() && repDlgUp == 0 && !failed && !atEnd);
 }
 

@@ -7,10 +7,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <iterator>
 #include <string_view>
 
 #include "libkyr/output.h"
+#include "quarlo/tapelib/homefolder.h"
 #include "quarlo/task_win.h"
 #include "resources/dialogs.h"
 #include "resources/ids.h"
@@ -81,6 +83,8 @@ void enterHome() {
   const char* home = std::getenv("KYRHOME");
   if (home != nullptr && chdir(home) != 0)
     std::fprintf(stderr, "quarlo: KYRHOME \"%s\": %s\n", home, std::strerror(errno));
+  std::error_code unknown;
+  setHomeFolder(std::filesystem::current_path(unknown).string());
 }
 
 }  // namespace

@@ -47,6 +47,10 @@ void startUp(WINDOW window, EVENT* event) {
 }
 
 void unitsHaveChanged(WINDOW window, EVENT* event) {
+  if (event->user.id == UNITS_MOVED) {
+    if (gControlWindow != NULL_WIN) xvt_win_dispatch_event(gControlWindow, event);
+    return;
+  }
   const UnitStruct& input = *getDevPtr();
   enableCommands(window, tapeCommands, input.state == 1 && input.type == UT_TAPE);
   if (gTAnlsWindow != NULL_WIN) xvt_win_dispatch_event(gTAnlsWindow, event);
@@ -87,9 +91,7 @@ void unitsChanged(EVENT* event) {
   if (gTAnlsWindow != NULL_WIN) xvt_win_dispatch_event(gTAnlsWindow, event);
 }
 
-void notYetBuilt(const char* what) { 
-  tellUser(formatText("%s is not part of this build yet.", what).c_str());
- }
+void notYetBuilt(const char* what) { tellUser(formatText("%s is not part of this build yet.", what).c_str()); }
 
 long task_eh(WINDOW xdWindow, EVENT* xdEvent) {
   switch (xdEvent->type) {

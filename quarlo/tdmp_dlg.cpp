@@ -12,6 +12,7 @@
 #include "quarlo/shell.h"
 #include "quarlo/tapelib/cons_win.h"
 #include "quarlo/tapelib/controls.h"
+#include "quarlo/tapelib/homefolder.h"
 #include "quarlo/tapelib/tsel_dlg.h"
 #include "quarlo/tapelib/unitopen.h"
 #include "quarlo/unitdialog.h"
@@ -184,7 +185,7 @@ void redump(WINDOW dialog) {
 // ---- the other buttons ------------------------------------------------------------------------------------------
 
 void selectDrive(WINDOW dialog) {
-  if (!chooseInputDrive(ioUnit)) return;
+  if (!theDialog.takes(dialog, chooseInputDrive(ioUnit))) return;
   closeUnit(ioUnit, 0);
   openChosenDrive(ioUnit, 0);
   theDialog.showChange(dialog);
@@ -236,7 +237,7 @@ void openOutput() {
     dumpWindow = NULL_WIN;
     return;
   }
-  txtFp = openFile("tdump.txt", "w");
+  txtFp = openFile(inHomeFolder("tdump.txt").c_str(), "w");
   if (!txtFp) console_out("  ** Cannot open \"tdump.txt\": the dump goes to its window only.");
 }
 

@@ -26,9 +26,7 @@ void tellUnitsChanged() {
   unitsChanged(&event);
 }
 
-const char* wordFor(int result) {
-  return result == JOB_NOT_BEGUN ? "Idle" : result == JOB_OK ? "Complete" : "Failed";
-}
+const char* wordFor(int result) { return result == JOB_NOT_BEGUN ? "Idle" : result == JOB_OK ? "Complete" : "Failed"; }
 
 }  // namespace
 
@@ -64,6 +62,13 @@ void UnitDialog::follow(WINDOW dialog) {
 }
 
 void UnitDialog::remark(WINDOW dialog, const char* text) const { setControlText(dialog, parts.status, text); }
+
+bool UnitDialog::takes(WINDOW dialog, DriveAnswer answer) const {
+  if (answer == DriveAnswer::None) {
+    remark(dialog, NO_DRIVE_CHOSEN);
+  }
+  return tookDrive(answer);
+}
 
 bool UnitDialog::refuses(WINDOW dialog) const {
   if (!refuseDuringJob()) {

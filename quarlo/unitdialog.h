@@ -5,6 +5,7 @@
 #include <functional>
 #include <string>
 
+#include "quarlo/tapelib/eotopts.h"
 #include "xvt/xvt.h"
 
 /// States of such a dialog's controls.
@@ -36,6 +37,8 @@ class UnitDialog {
   void follow(WINDOW dialog);
   /// Puts a text in place of the status until that is shown anew.
   void remark(WINDOW dialog, const char* text) const;
+  /// What came of a choice of drives: true for a drive; that none was chosen is told in the status text too.
+  bool takes(WINDOW dialog, DriveAnswer answer) const;
   /// As refuseDuringJob, with the reason in the status text too.
   bool refuses(WINDOW dialog) const;
 

@@ -49,7 +49,7 @@ int closeAfterRun() {
 UnitDialog theDialog({VF_STATUS, isReady, showState, closeAfterRun});
 
 void chooseTape(WINDOW dialog, int uNum) {
-  if (chooseInputDrive(ioUnit, uNum)) {
+  if (theDialog.takes(dialog, chooseInputDrive(ioUnit, uNum))) {
     closeVerifyInput(uNum);
     openChosenDrive(ioUnit, uNum, true);
     theDialog.showChange(dialog);
@@ -93,8 +93,7 @@ void start(WINDOW dialog) {
     return;
   }
   int stopped = 0;
-  theDialog.run(dialog, &stopped,
-                [] { return do_verify(secondBlockType != 0 ? BLOCK_TYPE_2 : BLOCK_TYPE_1, ioUnit); });
+  theDialog.run(dialog, &stopped, [] { return do_verify(secondBlockType != 0 ? BLOCK_TYPE_2 : BLOCK_TYPE_1, ioUnit); });
 }
 
 constexpr ControlAction ACTIONS[] = {

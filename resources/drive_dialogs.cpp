@@ -42,6 +42,7 @@ constexpr DLG_ITEM inputDrive[] = {
     ok,
     cancel,
     ui::endOf(),
+    ui::status(DRV_STATUS, "status"),
 };
 
 constexpr DLG_ITEM outputDrive[] = {
@@ -69,6 +70,7 @@ constexpr DLG_ITEM outputDrive[] = {
     ok,
     cancel,
     ui::endOf(),
+    ui::status(DRV_STATUS, "status"),
 };
 
 constexpr DLG_RES dialogs[] = {

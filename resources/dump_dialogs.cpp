@@ -111,7 +111,7 @@ constexpr DLG_ITEM fileDump[] = {
     ui::grid(4),
     ui::label("Current byte:"),
     ui::value(FD_CURRENT_BYTE, "current-byte", POSITION_COLUMNS, "", IF_BOLD),
-    ui::push(FD_REWIND, "rewind", "Re~wind", 0, "Go to the first byte"),
+    ui::push(FD_REWIND, "rewind", "Re~wind", 0, "Go to the first byte; from the end of the file use Move to byte"),
     ui::label(""),
     ui::label("~Bytes per read:"),
     ui::edit(FD_READ_BYTES, "read-bytes", POSITION_COLUMNS, 0, "1 to 65536"),
@@ -126,6 +126,7 @@ constexpr DLG_ITEM fileDump[] = {
     ui::push(FD_MOVE_TO_BYTE, "move-to-byte", "Move to b~yte"),
     ui::label(""),
     ui::endOf(),
+    ui::hint("", FD_HINT, "hint"),
     ui::endOf(),
 
     ui::buttons(),

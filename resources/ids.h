@@ -110,7 +110,7 @@ enum OUT_CONTINUE_CONTROL : int {
   OC_HINT = 11
 };
 
-enum TAPE_POSITION_CONTROL : int { TP_OK = 1, TP_DRIVE = 2, TP_REWIND = 3 };
+enum TAPE_POSITION_CONTROL : int { TP_OK = 1, TP_DRIVE = 2, TP_REWIND = 3, TP_HEADING = 4, TP_HINT = 5 };
 
 /// Of both drive selections; then what each has beside them.
 enum DRIVE_CONTROL : int {
@@ -126,6 +126,7 @@ enum DRIVE_CONTROL : int {
   DRV_OVERRIDE_MODEL = 10,  ///< input
   DRV_MODEL_FAMILY = 11,
   DRV_MODEL_OTHER = 12,
+  DRV_STATUS = 13,
   DRV_MULTIPLE = 20,  ///< output
   DRV_MULTIPLE_LABEL = 21,
   DRV_MULTIPLE_LIST = 22
@@ -143,7 +144,7 @@ enum PROGRESS_CONTROL : int {
   PROG_METER_VALUE = 9
 };
 
-enum ERROR_OPTIONS_CONTROL : int { ERR_STOP_ON_ERROR = 2, ERR_OK = 3, ERR_CANCEL = 4 };
+enum ERROR_OPTIONS_CONTROL : int { ERR_STOP_ON_ERROR = 2, ERR_OK = 3, ERR_CANCEL = 4, ERR_HINT = 5 };
 
 enum COPY_CONTROL : int {
   CP_START = 1,
@@ -232,7 +233,8 @@ enum FILE_DUMP_CONTROL : int {
   FD_START_REPORT = 18,
   FD_SHOW_WINDOW = 19,
   FD_SAVE = 20,
-  FD_CLOSE = 21
+  FD_CLOSE = 21,
+  FD_HINT = 22
 };
 
 /// Settings of the SEG Y copy.

@@ -28,7 +28,7 @@ constexpr DLG_ITEM progress[] = {
 constexpr DLG_ITEM errorOptions[] = {
     ui::card("When the input tape cannot be read"),
     ui::check(ERR_STOP_ON_ERROR, "stop-on-error", "~Stop the job at the first read error"),
-    ui::hint("Otherwise a bad block is tried again five times, then skipped."),
+    ui::hint("Otherwise a bad block is tried again five times, then skipped.", ERR_HINT, "hint"),
     ui::endOf(),
     ui::buttons(),
     ui::glue(),

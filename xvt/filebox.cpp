@@ -22,7 +22,7 @@
 
 namespace {
 
-enum FILE_BOX_CONTROLS : int { FB_FOLDER = 1, FB_UP, FB_FILES, FB_NAME, FB_SHOW, FB_HINT, FB_OK, FB_CANCEL };
+enum FILE_BOX_CONTROLS : int { FB_FOLDER = 1, FB_UP, FB_FILES, FB_NAME, FB_SHOW, FB_HINT, FB_OK, FB_CANCEL, FB_NEW };
 
 constexpr std::array FILE_ITEMS = {
     ui::row(),
@@ -39,6 +39,7 @@ constexpr std::array FILE_ITEMS = {
     ui::endOf(),
     ui::hint("", FB_HINT, "hint"),
     ui::buttons(),
+    ui::push(FB_NEW, "new-folder", "Ne~w folder", 0, "Makes a folder of the name typed above"),
     ui::glue(),
     ui::push(FB_OK, "ok", "~Open", IF_DEFAULT),
     ui::push(FB_CANCEL, "cancel", "Cancel", IF_CANCEL),
@@ -58,6 +59,7 @@ constexpr std::array DIR_ITEMS = {
     ui::endOf(),
     ui::hint("", FB_HINT, "hint"),
     ui::buttons(),
+    ui::push(FB_NEW, "new-folder", "Ne~w folder", 0, "Makes a folder of the name typed above"),
     ui::glue(),
     ui::push(FB_OK, "ok", "~Choose", IF_DEFAULT),
     ui::push(FB_CANCEL, "cancel", "Cancel", IF_CANCEL),
@@ -67,7 +69,9 @@ constexpr std::array DIR_ITEMS = {
 constexpr DLG_RES FILE_TABLE = {0, "file-box", "File", FILE_ITEMS.data(), FILE_ITEMS.size()};
 constexpr DLG_RES DIR_TABLE = {0, "dir-box", "Folder", DIR_ITEMS.data(), DIR_ITEMS.size()};
 
-enum class Purpose { open, save, directory };
+constexpr const char* PLACE_HINT = "Any name will do, free or taken; without one the folder shown is taken.";
+
+enum class Purpose { open, save, place, directory };
 
 /// Where the last box of this run was left.
 std::string& lastDirectory() {
@@ -126,6 +130,7 @@ class FileBox {
   bool goTo(const std::string& path);
   bool goToTypedFolder();
   void goUp();
+  void makeFolder();
   void takeRow();
   void openRow();
   void accept();
@@ -178,6 +183,7 @@ void FileBox::onControl(int id, CTL_ACTION what) {
   if (what == CTL_FOCUS_LOSS) return;
   const bool followsFolder = std::exchange(folderLeft_, false);
   if (id == FB_UP && what == CTL_PRESS) goUp();
+  if (id == FB_NEW && what == CTL_PRESS) makeFolder();
   if (id == FB_FILES && what == CTL_SELECT) takeRow();
   if (id == FB_FILES && what == CTL_DOUBLE) openRow();
   if (id == FB_SHOW && what == CTL_SELECT) fill();
@@ -188,6 +194,8 @@ void FileBox::onControl(int id, CTL_ACTION what) {
 void FileBox::create() {
   if (!title_.empty()) xvt_vobj_set_title(window_, xvt::validUtf8(title_).c_str());
   if (purpose_ == Purpose::save) xvt_vobj_set_title(control(FB_OK), "Save");
+  if (purpose_ == Purpose::open) xvt_vobj_set_visible(control(FB_NEW), false);
+  if (purpose_ == Purpose::place) hint(PLACE_HINT);
   if (purpose_ != Purpose::directory) addTypes();
   nameField_.set(control(FB_NAME), purpose_ == Purpose::save ? proposed_ : "");
   folderField_.set(control(FB_FOLDER), directory_);
@@ -259,6 +267,15 @@ bool FileBox::goToTypedFolder() {
 
 void FileBox::goUp() { goTo(xvt::joinPath(directory_, "..")); }
 
+/// Makes a folder of the typed name and goes there.
+void FileBox::makeFolder() {
+  const std::string name = nameField_.get(control(FB_NAME));
+  if (name.empty()) return hint("Type the new folder's name.");
+  const std::string path = xvt::joinPath(directory_, name);
+  if (mkdir(path.c_str(), 0777) != 0) return hint("Cannot make " + name + ": " + std::strerror(errno));
+  goTo(path);
+}
+
 /// A selected file becomes the name, a selected directory too where names are not to be lost by it.
 void FileBox::takeRow() {
   const int row = xvt_list_get_selected(control(FB_FILES));
@@ -283,6 +300,8 @@ void FileBox::accept() {
   const std::string name = nameField_.get(control(FB_NAME));
   if (purpose_ == Purpose::directory)
     acceptDirectory(name.empty() ? directory_ : xvt::joinPath(directory_, name));
+  else if (name.empty() && purpose_ == Purpose::place)
+    finish(xvt::joinPath(directory_, ""));
   else if (name.empty())
     hint("Type a name, or choose a file in the list.");
   else
@@ -309,7 +328,9 @@ void FileBox::acceptPath(const std::string& typed) {
   if (folder.empty()) return hint("There is no folder " + directory + ".");
   const std::string path = xvt::joinPath(folder, name);
   if (name.size() >= SZ_NAME || folder.size() >= SZ_DIR) return hint("This name is too long.");
-  const std::string refusal = purpose_ == Purpose::open ? refusalToOpen(path) : refusalToSave(path);
+  const std::string refusal = purpose_ == Purpose::open   ? refusalToOpen(path)
+                              : purpose_ == Purpose::save ? refusalToSave(path)
+                                                          : "";
   if (!refusal.empty()) return hint(refusal);
   if (purpose_ == Purpose::save && !mayOverwrite(path)) return;
   if (xvt_vobj_is_valid(window_)) finish(path);
@@ -374,6 +395,10 @@ FL_STATUS xvt_dm_post_file_open(FILE_SPEC* file, const char* title) {
 
 FL_STATUS xvt_dm_post_file_save(FILE_SPEC* file, const char* title) {
   return postFileBox(Purpose::save, file, title, "xvt_dm_post_file_save");
+}
+
+FL_STATUS xvt_dm_post_file_place(FILE_SPEC* file, const char* title) {
+  return postFileBox(Purpose::place, file, title, "xvt_dm_post_file_place");
 }
 
 FL_STATUS xvt_dm_post_dir_sel(DIRECTORY* directory, const char* title) {

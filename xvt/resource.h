@@ -48,7 +48,8 @@ enum ITEM_FLAGS : unsigned {
   IF_RIGHT = 32,     ///< text set to the right
   IF_READONLY = 64,  ///< an edit field that cannot be typed into
   IF_BOLD = 128,
-  IF_MONO = 256  ///< monospaced (lists with columns)
+  IF_MONO = 256,  ///< monospaced (lists with columns)
+  IF_ENTER = 512  ///< a button behind an edit field: Return in that field presses it, and not the default button
 };
 
 /// One line of a dialog's table.

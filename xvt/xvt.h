@@ -343,6 +343,8 @@ FL_STATUS xvt_dm_post_file_open(FILE_SPEC* file, const char* title);
 
 /// Asks for a file to write. As above; a name typed without an extension gets `file->type`; overwriting is asked for.
 FL_STATUS xvt_dm_post_file_save(FILE_SPEC* file, const char* title);
+/// Asks for a place: a folder, by any name in it, free or taken, or by itself, with an empty name then.
+FL_STATUS xvt_dm_post_file_place(FILE_SPEC* file, const char* title);
 
 /// Asks for a directory.
 FL_STATUS xvt_dm_post_dir_sel(DIRECTORY* directory, const char* title);

@@ -11,6 +11,7 @@
 #include "libkyr/nullcheck.h"
 #include "libkyr/process.h"
 #include "quarlo/tapelib/docscroll.h"
+#include "quarlo/tapelib/homefolder.h"
 
 short gConsIsVisible = 1;
 
@@ -72,7 +73,7 @@ void closeLog() {
 void created(WINDOW window) {
   consWindow = window;
   consText = xvt_tx_get(window, kTextField);
-  consFp = std::fopen(kLogName, "we");
+  consFp = std::fopen(inHomeFolder(kLogName).c_str(), "we");
   logFailed = false;
   n1 = 0;
   gConsIsVisible = 1;

@@ -69,6 +69,10 @@ bool isPress(const EVENT& event, int control) {
   return event.type == E_CONTROL && event.ctl.what == CTL_PRESS && event.ctl.id == control;
 }
 
+bool isAction(const EVENT& event) {
+  return event.type == E_CONTROL && event.ctl.what != CTL_FOCUS_GAIN && event.ctl.what != CTL_FOCUS_LOSS;
+}
+
 bool runAction(std::span<const ControlAction> actions, WINDOW dialog, const EVENT& event) {
   const auto found =
       std::ranges::find_if(actions, [&event](const ControlAction& action) { return isPress(event, action.control); });
@@ -115,6 +119,10 @@ bool chooseFileToOpen(FILE_SPEC* file, const char* extension, const char* title)
 
 bool chooseFileToSave(FILE_SPEC* file, const char* extension, const char* title) {
   return chooseFile(xvt_dm_post_file_save, file, extension, title);
+}
+
+bool chooseFolderByFile(FILE_SPEC* file, const char* extension, const char* title) {
+  return chooseFile(xvt_dm_post_file_place, file, extension, title);
 }
 
 bool runModal(int resource, EVENT_HANDLER handler, void* data) {

@@ -35,6 +35,9 @@ struct ControlAction {
 /// True when the event says that this control was pressed.
 bool isPress(const EVENT& event, int control);
 
+/// True when the event says that the user did something, and not only that the keyboard went to a field or left it.
+bool isAction(const EVENT& event);
+
 /// Runs the action of the control that was pressed. @return whether there was one
 bool runAction(std::span<const ControlAction> actions, WINDOW dialog, const EVENT& event);
 
@@ -83,6 +86,8 @@ void fillList(WINDOW dialog, int control, std::span<const char* const> rows, int
 /// unchanged
 bool chooseFileToOpen(FILE_SPEC* file, const char* extension, const char* title);
 bool chooseFileToSave(FILE_SPEC* file, const char* extension, const char* title);
+/// Asks for a folder by any file in it, existing or not, or by itself: the name is empty then.
+bool chooseFolderByFile(FILE_SPEC* file, const char* extension, const char* title);
 
 // ---- dialogs ----------------------------------------------------------------------------------------------------
 

@@ -1,5 +1,6 @@
 #include "quarlo/tapelib/eotopts.h"
 
+#include "quarlo/tapelib/cons_win.h"
 #include "quarlo/tapelib/controls.h"
 #include "resources/ids.h"
 
@@ -40,6 +41,10 @@ void EndOfTapeOptions::store(UnitStruct* unit) const {
   unit->timeout = timeout;
 }
 
+bool EndOfTapeOptions::differFrom(const UnitStruct& unit) const {
+  return unloadAtEot != unit.unloadAtEot || autoLoader != unit.autoMode || timeout != unit.timeout;
+}
+
 void EndOfTapeOptions::enable(WINDOW dialog) const {
   enableControl(dialog, DRV_AUTO_LOAD, unloadAtEot);
   enableControls(dialog, {DRV_WAIT, DRV_WAIT_LABEL, DRV_WAIT_UNIT}, unloadAtEot && autoLoader);
@@ -52,6 +57,16 @@ bool fillDriveList(WINDOW dialog, int control, const UnitStruct* units, int driv
   for (int row = 0; row < drives; ++row)
     if (!xvt_list_add(list, -1, units->theDriveList[row].string)) return false;
   return true;
+}
+
+bool tookDrive(DriveAnswer answer) {
+  if (answer == DriveAnswer::None) console_out(NO_DRIVE_CHOSEN);
+  return answer == DriveAnswer::Chosen;
+}
+
+void askForDrive(WINDOW dialog) {
+  setControlText(dialog, DRV_STATUS, "Choose a drive in the list, or press Cancel.");
+  xvt_scr_beep();
 }
 
 void sayNoDrives() { xvt_dm_post_note("No available drives were found."); }

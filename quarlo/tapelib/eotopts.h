@@ -13,6 +13,8 @@ class EndOfTapeOptions {
   /// Carries out a check box or the wait field. @return whether the event was one of theirs
   bool handle(WINDOW dialog, const EVENT& event);
   void store(UnitStruct* unit) const;
+  /// Whether store would change anything.
+  bool differFrom(const UnitStruct& unit) const;
 
  private:
   /// Each option makes sense only with those before it.
@@ -26,6 +28,17 @@ class EndOfTapeOptions {
 /// Fills a list with the drives as getDriveList has just found them, one row each.
 /// @return false when a row could not be added
 bool fillDriveList(WINDOW dialog, int control, const UnitStruct* units, int drives);
+
+/// What came of a selection of drives. None: OK without one, which stored the options.
+enum class DriveAnswer { Cancelled, None, Chosen };
+
+constexpr const char* NO_DRIVE_CHOSEN = "No drive was chosen; the options are kept.";
+
+/// Whether there is a drive to open. That OK left none, and options only, is a line on the console.
+bool tookDrive(DriveAnswer answer);
+
+/// Says in a selection that a drive is wanted.
+void askForDrive(WINDOW dialog);
 
 /// The note for a machine without tape drives.
 void sayNoDrives();

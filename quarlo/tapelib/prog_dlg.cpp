@@ -126,6 +126,7 @@ long ProgressDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
       break;
     case E_TIMER:
       if (theItems != nullptr) doUpdate(xdWindow, theItems);
+      appMoved();
       break;
     default:
       break;

@@ -76,7 +76,7 @@ void open(WINDOW window) {
 }
 
 void selectDrive(WINDOW window) {
-  if (!chooseContinuationDrive(ioUnit, uNum)) return;
+  if (!tookDrive(chooseContinuationDrive(ioUnit, uNum))) return;
   closeUnit(ioUnit, uNum);
   open(window);
 }
@@ -107,7 +107,7 @@ long tapeOutContinue_eh(WINDOW xdWindow, EVENT* xdEvent) {
       createContinue(xdWindow);
       break;
     case E_CONTROL:
-      showControl(xdWindow, OC_HINT, false);
+      if (isAction(*xdEvent)) showControl(xdWindow, OC_HINT, false);
       runAction(actions, xdWindow, *xdEvent);
       break;
     case E_CLOSE:

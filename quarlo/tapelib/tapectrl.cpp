@@ -93,7 +93,7 @@ void skipBlocks(WINDOW window) {
 }
 
 void selectDrive(WINDOW window) {
-  if (!chooseInputDrive(ioUnit)) return;
+  if (!tookDrive(chooseInputDrive(ioUnit))) return;
   closeUnit(ioUnit, 0);
   open(window);
 }
@@ -110,7 +110,7 @@ constexpr ControlAction actions[] = {
 };
 
 void handleControl(WINDOW window, const EVENT& event) {
-  showControl(window, IC_HINT, false);
+  if (isAction(event)) showControl(window, IC_HINT, false);
   for (const NumberField& field : fields)
     if (readNumber(window, event, field)) return;
   runAction(actions, window, event);

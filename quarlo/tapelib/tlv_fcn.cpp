@@ -286,6 +286,13 @@ void appUpdate(EVENT* xdEvent) {
   xvt_win_dispatch_event(TASK_WIN, xdEvent);
 }
 
+void appMoved() {
+  EVENT moved;
+  moved.type = E_USER;
+  moved.user.id = UNITS_MOVED;
+  xvt_win_dispatch_event(TASK_WIN, &moved);
+}
+
 void xdCheckRadioButton(WINDOW xdWindow, int check, int start, int end) {
   std::vector<WINDOW> group;
   for (int id = start; id <= end; ++id)

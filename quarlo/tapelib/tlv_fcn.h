@@ -173,6 +173,11 @@ int countTapeFiles();
 
 /// Tells the task window (and through it the tape dialogs) that the units changed; `xdEvent` becomes a user event.
 void appUpdate(EVENT* xdEvent);
+
+/// The code of the user event that appMoved sends; appUpdate's is 0.
+constexpr long UNITS_MOVED = 1;
+/// Tells the task window that a job has moved the tapes on, and nothing else of the units has changed.
+void appMoved();
 /// Checks control `check` in the radio group of the controls `start` to `end`.
 void xdCheckRadioButton(WINDOW xdWindow, int check, int start, int end);
 /// Size in bytes of the file, 0 when there is none.

@@ -44,7 +44,7 @@ void loadOptions(WINDOW window) {
 
 void createSelection(WINDOW window) {
   theChoice = static_cast<OutputChoice*>(xvt_vobj_get_data(window));
-  theChoice->chosen = false;
+  theChoice->answer = DriveAnswer::Cancelled;
   ioUnit = theChoice->units;
   isContinue = theChoice->isContinue != 0;
   loadOptions(window);
@@ -58,6 +58,12 @@ void createSelection(WINDOW window) {
   }
   for (const int list : {DRV_LIST, DRV_MULTIPLE_LIST})
     if (!fillDriveList(window, list, ioUnit, drives)) return xvt_dm_post_error("Memory error getting drive list.");
+  xvt_vobj_set_focus(xvt_win_get_ctl(window, visibleList()));
+}
+
+bool optionsTouched() {
+  return nrew != ioUnit->outputNoRewind || (!isContinue && multOut != ioUnit->useMultipleOut) ||
+         atEnd.differFrom(*outputOptions());
 }
 
 /// Stores the selected rows as the outputs to open, in their order.
@@ -67,12 +73,19 @@ bool storeSelection(WINDOW window) {
     xvt_dm_post_error("Memory error getting drive list.");
     return false;
   }
+  const bool chosen = xvt_slist_count(rows) > 0;
+  if (!chosen && !optionsTouched()) {
+    xvt_slist_destroy(rows);
+    askForDrive(window);
+    return false;
+  }
   if (ioUnit->theOutputList != nullptr) xvt_slist_destroy(ioUnit->theOutputList);
   ioUnit->theOutputList = rows;
-  theChoice->chosen = xvt_slist_count(rows) > 0;
+  theChoice->answer = chosen ? DriveAnswer::Chosen : DriveAnswer::None;
   return true;
 }
 
+/// OK without a drive stores the options; where there is nothing to store either, a drive was forgotten.
 void accept(WINDOW window) {
   if (!storeSelection(window)) return;
   ioUnit->outputNoRewind = nrew;
@@ -117,15 +130,17 @@ long selectOut_eh(WINDOW xdWindow, EVENT* xdEvent) {
   return 0;
 }
 
-bool chooseOutputDrives(UnitStruct* units) {
+DriveAnswer chooseOutputDrives(UnitStruct* units) {
   OutputChoice choice = {.units = units, .isContinue = 0, .uNum = ALL_OUTPUTS};
-  return runModal(DLG_OUTPUT_DRIVE, selectOut_eh, &choice) && choice.chosen;
+  runModal(DLG_OUTPUT_DRIVE, selectOut_eh, &choice);
+  return choice.answer;
 }
 
-bool chooseContinuationDrive(UnitStruct* units, int uNum) {
+DriveAnswer chooseContinuationDrive(UnitStruct* units, int uNum) {
   OutputChoice choice = {.units = units, .isContinue = 1, .uNum = uNum};
-  if (!runModal(DLG_OUTPUT_DRIVE, selectOut_eh, &choice) || !choice.chosen) return false;
+  runModal(DLG_OUTPUT_DRIVE, selectOut_eh, &choice);
+  if (choice.answer != DriveAnswer::Chosen) return choice.answer;
   const SLIST list = units->theOutputList;
   units[uNum].theListItem = static_cast<int>(xvt_slist_get_data(list, xvt_slist_get_first(list)));
-  return true;
+  return DriveAnswer::Chosen;
 }

@@ -7,6 +7,7 @@
 
 namespace {
 
+DriveChoice* theChoice = nullptr;
 UnitStruct* ioUnit = nullptr;
 unsigned char unitType = 0;
 bool nrew = false;
@@ -31,17 +32,26 @@ void loadOptions(WINDOW window) {
 }
 
 void createSelection(WINDOW window) {
-  const auto* choice = static_cast<const DriveChoice*>(xvt_vobj_get_data(window));
-  ioUnit = choice->units;
-  unitType = choice->unitNum;
+  theChoice = static_cast<DriveChoice*>(xvt_vobj_get_data(window));
+  ioUnit = theChoice->units;
+  unitType = theChoice->unitNum;
   loadOptions(window);
   ioUnit[unitType].theListItem = -1;
   const int drives = getDriveList(ioUnit);
   fillDriveList(window, DRV_LIST, ioUnit, drives);
+  xvt_vobj_set_focus(xvt_win_get_ctl(window, DRV_LIST));
   if (drives == 0) sayNoDrives();
 }
 
+bool optionsTouched() {
+  return nrew != ioUnit->inputNoRewind || atEnd.differFrom(*ioUnit) || overrideM4 != (ioUnit->overrideM4 != 0) ||
+         (model == MODEL_FAMILY) != (ioUnit->isM4 != 0);
+}
+
+/// OK without a drive stores the options; where there is nothing to store either, a drive was forgotten.
 void accept(WINDOW window) {
+  if (ioUnit[unitType].theListItem < 0 && !optionsTouched()) return askForDrive(window);
+  theChoice->accepted = true;
   ioUnit->inputNoRewind = nrew;
   atEnd.store(ioUnit);
   ioUnit->overrideM4 = overrideM4 ? 1 : 0;
@@ -87,11 +97,11 @@ long select_eh(WINDOW xdWindow, EVENT* xdEvent) {
   return 0;
 }
 
-bool chooseInputDrive(UnitStruct* units, int unitNum) {
+DriveAnswer chooseInputDrive(UnitStruct* units, int unitNum) {
   int& drive = units[unitNum].theListItem;
   const int before = drive;
   DriveChoice choice = {units, static_cast<unsigned char>(unitNum)};
-  if (runModal(DLG_INPUT_DRIVE, select_eh, &choice) && drive >= 0) return true;
+  if (runModal(DLG_INPUT_DRIVE, select_eh, &choice) && drive >= 0) return DriveAnswer::Chosen;
   drive = before;
-  return false;
+  return choice.accepted ? DriveAnswer::None : DriveAnswer::Cancelled;
 }

@@ -126,6 +126,7 @@ TEST_F(FileDumpTest, TheEndAndErrorsRestWhatLeadsForward) {
   toolkit.press(dialog, FD_MOVE_TO_BYTE);
   EXPECT_EQ(position(), "EOF");
   EXPECT_EQ(forwardControls(), "000");
+  EXPECT_NE(toolkit.text(dialog, FD_HINT), "");
   EXPECT_TRUE(toolkit.enabled(dialog, FD_MOVE_BACK));
 
   forgetConsole();
@@ -137,6 +138,7 @@ TEST_F(FileDumpTest, TheEndAndErrorsRestWhatLeadsForward) {
   goTo("999");
   EXPECT_EQ(position(), "999");
   EXPECT_EQ(forwardControls(), "111");
+  EXPECT_EQ(toolkit.text(dialog, FD_HINT), "");
   toolkit.press(dialog, FD_MOVE_FORWARD);
   EXPECT_EQ(position(), "EOF");
 }

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <span>
 
+#include "quarlo/jobframe.h"
 #include "quarlo/menubar.h"
 #include "quarlo/tapelib/jobstate.h"
 #include "tests/jobs/shell_fixture.h"
@@ -228,6 +229,17 @@ TEST_F(Shell, TapeIsLeftAloneWhileAJobRuns) {
   EXPECT_TRUE(toolkit.notes.empty()) << "a box would hold the job up";
   EXPECT_EQ(flag, 0);
   EXPECT_EQ(toolkit.opened, (std::vector<int>{DLG_MAIN, DLG_TAPE_CONTROL}));
+}
+
+TEST_F(Shell, TapeControlFollowsAJob) {
+  startUp();
+  pretendTape();
+  toolkit.chooseMenu(CMD_TAPE_CONTROL);
+  int traces = 0;
+  JobFrame frame(JOB_SEGY, UT_TAPE, &traces, &traces, &traces);
+  units->blockNum = 4711;
+  toolkit.advance(PROGRESS_PERIOD);
+  EXPECT_EQ(toolkit.text(gControlWindow, TC_BLOCK_NUMBER), "4711");
 }
 
 std::string mnemonicOf(const DLG_ITEM& item) {

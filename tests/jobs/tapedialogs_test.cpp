@@ -64,11 +64,11 @@ class TapeDialogs : public ShellTest {
   /// Runs the input selection with `use` as the user.
   bool selectInput(const ToolkitDouble::ModalScript& use) {
     toolkit.onModal(DLG_INPUT_DRIVE, use);
-    return chooseInputDrive(units);
+    return chooseInputDrive(units) == DriveAnswer::Chosen;
   }
   bool selectOutput(const ToolkitDouble::ModalScript& use) {
     toolkit.onModal(DLG_OUTPUT_DRIVE, use);
-    return chooseOutputDrives(units);
+    return chooseOutputDrives(units) == DriveAnswer::Chosen;
   }
   void openInput(const std::string& model) {
     ASSERT_TRUE(selectInput([&](WINDOW d) { toolkit.doubleClick(d, DRV_LIST, rowOf(model)); }));
@@ -141,6 +141,28 @@ TEST_F(TapeDialogs, CancelChoosesNoDriveAndForgetsOptions) {
   EXPECT_EQ(units->theListItem, 2) << "an open drive is found again";
 }
 
+TEST_F(TapeDialogs, OkWithoutADriveStoresTheOptionsOrAsksForOne) {
+  const auto okTwice = [&](WINDOW d) {
+    EXPECT_EQ(toolkit.focus, xvt_win_get_ctl(d, DRV_LIST));
+    toolkit.press(d, DRV_OK);
+    EXPECT_NE(toolkit.text(d, DRV_STATUS), "") << "nothing was touched: a drive was forgotten";
+    toolkit.press(d, DRV_NO_REWIND);
+    toolkit.press(d, DRV_OK);
+  };
+  mark();
+  toolkit.onModal(DLG_INPUT_DRIVE, okTwice);
+  EXPECT_EQ(chooseInputDrive(units), DriveAnswer::None);
+  toolkit.onModal(DLG_OUTPUT_DRIVE, okTwice);
+  EXPECT_EQ(chooseOutputDrives(units), DriveAnswer::None);
+  EXPECT_TRUE(units->inputNoRewind && units->outputNoRewind);
+
+  toolkit.onModal(DLG_INPUT_DRIVE, okTwice);
+  units->inputNoRewind = false;
+  toolkit.chooseMenu(CMD_TAPE_CONTROL);
+  toolkit.press(gControlWindow, TC_SELECT_DRIVE);
+  EXPECT_EQ(newLines(), Lines{NO_DRIVE_CHOSEN});
+}
+
 TEST_F(TapeDialogs, OutputSelectionSwapsItsLists) {
   const bool chosen = selectOutput([&](WINDOW d) {
     EXPECT_TRUE(toolkit.visible(d, DRV_LIST));
@@ -168,12 +190,12 @@ TEST_F(TapeDialogs, ContinuationSelectionLeavesSeveralOutputsAlone) {
     EXPECT_FALSE(toolkit.enabled(d, DRV_MULTIPLE) || toolkit.enabled(d, DRV_MULTIPLE_LABEL));
     toolkit.doubleClick(d, DRV_LIST, 1);
   });
-  EXPECT_TRUE(chooseContinuationDrive(units, 3));
+  EXPECT_EQ(chooseContinuationDrive(units, 3), DriveAnswer::Chosen);
   EXPECT_EQ(units[3].theListItem, 1);
   EXPECT_TRUE(units->useMultipleOut);
 
   toolkit.onModal(DLG_OUTPUT_DRIVE, [&](WINDOW d) { toolkit.press(d, DRV_CANCEL); });
-  EXPECT_FALSE(chooseContinuationDrive(units, 2)) << "an older choice does not count";
+  EXPECT_EQ(chooseContinuationDrive(units, 2), DriveAnswer::Cancelled) << "an older choice does not count";
 }
 
 TEST_F(TapeDialogs, WithoutDrivesTheInputDialogStaysAndTheOutputDialogCloses) {
@@ -181,9 +203,9 @@ TEST_F(TapeDialogs, WithoutDrivesTheInputDialogStaysAndTheOutputDialogCloses) {
   setTapeDriver(std::make_unique<VirtualDriver>(folder.path("empty")));
   selectInput([&](WINDOW d) {
     EXPECT_TRUE(toolkit.rows(d, DRV_LIST).empty());
-    toolkit.press(d, DRV_OK);
+    toolkit.press(d, DRV_CANCEL);
   });
-  EXPECT_FALSE(chooseOutputDrives(units));
+  EXPECT_EQ(chooseOutputDrives(units), DriveAnswer::Cancelled);
   EXPECT_EQ(toolkit.notes, (Lines(2, "No available drives were found.")));
 }
 
@@ -198,7 +220,8 @@ TEST_F(TapeDialogs, InputContinuationOpensTheNextTape) {
     EXPECT_EQ(toolkit.text(d, IC_DRIVE), "VIRTUAL one");
     EXPECT_EQ(toolkit.text(d, IC_STATUS), "Offline");
     EXPECT_EQ(toolkit.text(d, IC_FILE_COUNT), "1");
-    EXPECT_TRUE(toolkit.visible(d, IC_HINT));
+    toolkit.sendControl(xvt_win_get_ctl(d, IC_FILE_COUNT), CTL_FOCUS_GAIN);
+    EXPECT_TRUE(toolkit.visible(d, IC_HINT)) << "the keyboard at opening is no action";
     for (const int control : {1, 3, 4, 10, 11, 6, 7}) EXPECT_FALSE(toolkit.enabled(d, control)) << control;
     toolkit.press(d, IC_OPEN);
     EXPECT_FALSE(toolkit.visible(d, IC_HINT));
@@ -353,6 +376,7 @@ TEST_F(TapeDialogs, WarnsOnceForEachTapeNotAtItsBeginning) {
   toolkit.onModal(DLG_TAPE_POSITION, [&](WINDOW d) {
     EXPECT_EQ(toolkit.text(d, TP_DRIVE), "VIRTUAL one");
     toolkit.press(d, TP_REWIND);
+    EXPECT_EQ(toolkit.text(d, TP_HEADING), "This tape is at its beginning");
     EXPECT_TRUE(xvt_vobj_is_valid(d));
     toolkit.press(d, TP_OK);
   });

@@ -8,6 +8,7 @@
 #include "quarlo/ctrl_dlg.h"
 #include "quarlo/dump_win.h"
 #include "quarlo/shell.h"
+#include "quarlo/tapelib/homefolder.h"
 #include "quarlo/tapelib/jobstate.h"
 #include "quarlo/tdmp_dlg.h"
 #include "tests/jobs/job_fixture.h"
@@ -90,6 +91,18 @@ TEST_F(TapeDumpTest, OpensWithItsFirstSettings) {
   EXPECT_EQ(gTAnlsWindow, NULL_WIN);
   EXPECT_EQ(gTAnlsWindowUp, 0);
   EXPECT_FALSE(xvt_vobj_is_valid(window));
+}
+
+TEST_F(TapeDumpTest, ItsFileStandsWhereTheProgramWasStarted) {
+  toolkit.close(dialog);
+  std::filesystem::remove("tdump.txt");
+  setHomeFolder(folder.path(""));
+  std::filesystem::create_directory("elsewhere");
+  std::filesystem::current_path("elsewhere");
+  openDump();
+  setHomeFolder("");
+  EXPECT_TRUE(std::filesystem::exists(folder.path("tdump.txt")));
+  EXPECT_FALSE(std::filesystem::exists("tdump.txt"));
 }
 
 TEST_F(TapeDumpTest, FormatsAndChoicesGoTogether) {

@@ -480,6 +480,7 @@ ASK_RESPONSE xvt_dm_post_confirm(const char*, const char*, const char* format, .
 FL_STATUS xvt_dm_post_file_open(FILE_SPEC* file, const char* title) { return answerFile(file, title); }
 
 FL_STATUS xvt_dm_post_file_save(FILE_SPEC* file, const char* title) { return answerFile(file, title); }
+FL_STATUS xvt_dm_post_file_place(FILE_SPEC* file, const char* title) { return answerFile(file, title); }
 
 FL_STATUS xvt_dm_post_dir_sel(DIRECTORY* directory, const char* title) {
   std::string path;

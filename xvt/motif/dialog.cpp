@@ -230,9 +230,17 @@ bool Dialog::mnemonic(KeySym key) {
 bool Dialog::returnKey() {
   const auto focused = itemOf(XmGetFocusWidget(shell()));
   if (focused && (focused->kind() == IK_PUSH || focused->kind() == IK_OPTION)) return focused->activate();
-  const auto button = flagged(IF_DEFAULT);
+  const auto own = focused ? buttonOfField(*focused) : nullptr;
+  const auto button = own ? own : flagged(IF_DEFAULT);
   if (button) button->activate();
   return button != nullptr;
+}
+
+/// The button behind an edit field that takes what is typed there.
+std::shared_ptr<Item> Dialog::buttonOfField(const Item& field) const {
+  for (std::size_t at = 0; at + 1 < items_.size(); ++at)
+    if (items_[at].get() == &field && (items_[at + 1]->line().flags & IF_ENTER) != 0) return items_[at + 1];
+  return nullptr;
 }
 
 bool Dialog::escapeKey() {

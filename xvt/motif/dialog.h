@@ -56,6 +56,7 @@ class Dialog final : public ShellWindow {
   Widget createFrame();
   void createRest();
   std::shared_ptr<Item> flagged(unsigned flag) const;
+  std::shared_ptr<Item> buttonOfField(const Item& field) const;
   void startKeyboard();
 
   const DLG_RES* table_ = nullptr;
