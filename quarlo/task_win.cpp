@@ -68,7 +68,7 @@ void shutDown() {
 /// Asked for once: a job that is stopping already is not asked about again.
 bool mayStopJobs() {
   if (!jobIsRunning() || stopIsRequested()) return true;
-  return xvt_dm_post_ask("Stop and quit", "Cancel", nullptr, "A job is running. Stop it and quit?") == RESP_DEFAULT;
+  return xvt_dm_post_confirm("Stop and quit", "Cancel", "A job is running. Stop it and quit?") == RESP_DEFAULT;
 }
 
 /// A job in progress first ends as by its stop button: its units and windows are under it until then.

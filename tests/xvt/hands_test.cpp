@@ -2,6 +2,7 @@
 #include <X11/Xatom.h>
 #include <X11/keysym.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <iterator>
 
@@ -53,6 +54,23 @@ void refuseRequests(Display* owner) {
     XSendEvent(owner, asked.requestor, False, 0, reinterpret_cast<XEvent*>(&answer));
   }
   XFlush(owner);
+}
+
+TEST(Hands, ReturnInAFieldPressesTheButtonThatTakesIt) {
+  static constexpr DLG_ITEM items[] = {ui::edit(1, "count", 10), ui::push(2, "skip", "Skip", IF_ENTER),
+                                       ui::edit(3, "plain", 10), ui::push(4, "go", "Go", IF_DEFAULT)};
+  static constexpr DLG_RES table = {2, "enter", "Enter", items, std::size(items)};
+  run(kResources, [] {
+    const WINDOW window = open(WD_MODELESS, table);
+    for (const int field : {1, 3}) {
+      seen().clear();
+      xvt_vobj_set_focus(ctl(window, field));
+      pump(30);
+      EXPECT_EQ(probe::key(window, "Return"), std::nullopt);
+      EXPECT_EQ(std::ranges::count(seen(), field == 1 ? "press 2" : "press 4"), 1);
+      EXPECT_EQ(std::ranges::count(seen(), field == 1 ? "press 4" : "press 2"), 0);
+    }
+  });
 }
 
 // The intrinsics wait for an answer in the name of the widget that asked.

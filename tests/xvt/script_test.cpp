@@ -41,6 +41,7 @@ enum IDS : int {
   LONG_NOTE,
   DIE,
   SETTINGS,
+  PLACE,
   CMD_TOGGLE = 501,
   CMD_NEVER = 502
 };
@@ -57,6 +58,7 @@ constexpr DLG_ITEM BENCH_ITEMS[] = {
     ui::push(LONG_NOTE, "long-note", "Long note"),
     ui::push(DIE, "die", "Die"),
     ui::push(SETTINGS, "settings", "Settings"),
+    ui::push(PLACE, "place", "Place"),
     ui::endOf(),
     ui::edit(NAME, "name", 20),
     ui::value(MIRROR, "mirror", 30, "Idle"),
@@ -103,6 +105,12 @@ void saySpec(const char* kind, FL_STATUS status, const FILE_SPEC& file) {
   say(std::string(kind) + " " + std::to_string(status) + " " + file.dir.path + " | " + file.name + " | " + file.type);
 }
 
+void placeBox() {
+  FILE_SPEC file{};
+  const FL_STATUS status = xvt_dm_post_file_place(&file, "Place it");
+  saySpec("place", status, file);
+}
+
 void fileBox(bool save) {
   FILE_SPEC file{};
   std::snprintf(file.type, sizeof file.type, "tpf");
@@ -139,6 +147,7 @@ void pressed(int id) {
   if (id == FAIL) xvt_dm_post_error("The tape is torn. It was torn at block %d.", 12);
   if (id == OPEN || id == SAVE) fileBox(id == SAVE);
   if (id == FOLDER) folderBox();
+  if (id == PLACE) placeBox();
   if (id == SETTINGS) settings();
   if (id == MARK) xvt_ctl_set_checked(ctl(MARK), !xvt_ctl_is_checked(ctl(MARK)));
   if (id == LONG_NOTE) xvt_dm_post_note("%s\nand a second line", std::string(500, 'w').c_str());
@@ -430,6 +439,19 @@ TEST_F(Scripts, DriveTheFileBoxes) {
     expect text dir-box.folder $WORK/sub
     press dir-box.ok
     wait console "folder 2 $WORK/sub" 2
+    press bench.place
+    type file-box.name fresh
+    press file-box.new-folder
+    expect text file-box.folder $WORK/sub/fresh
+    press file-box.ok
+    wait console "place 2 $WORK/sub/fresh |  | " 2
+    press bench.place
+    type file-box.name free.sgd
+    press file-box.ok
+    wait console "place 2 $WORK/sub/fresh | free.sgd | " 2
+    press bench.save
+    expect enabled file-box.new-folder
+    press file-box.cancel
     expect no-line console "the directory changed"
     copy-lines console $WORK/lines
   )");
