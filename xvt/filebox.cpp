@@ -195,7 +195,7 @@ void FileBox::create() {
   if (!title_.empty()) xvt_vobj_set_title(window_, xvt::validUtf8(title_).c_str());
   if (purpose_ == Purpose::save) xvt_vobj_set_title(control(FB_OK), "Save");
   if (purpose_ == Purpose::open) xvt_vobj_set_visible(control(FB_NEW), false);
-  if (purpose_ == Purpose::place) hint(PLACE_HINT);
+  if (purpose_ == Purpose::place) xvt_vobj_set_title(control(FB_OK), "Choose");
   if (purpose_ != Purpose::directory) addTypes();
   nameField_.set(control(FB_NAME), purpose_ == Purpose::save ? proposed_ : "");
   folderField_.set(control(FB_FOLDER), directory_);
@@ -224,7 +224,8 @@ std::string FileBox::pattern() const {
 void FileBox::fill() {
   std::vector<xvt::DirectoryEntry> entries;
   const bool read = xvt::readDirectory(directory_, &entries);
-  hint(read ? "" : std::string("This folder cannot be read: ") + std::strerror(errno));
+  hint(read ? (purpose_ == Purpose::place ? PLACE_HINT : "")
+            : std::string("This folder cannot be read: ") + std::strerror(errno));
   const std::string wanted = pattern();
   std::erase_if(entries, [&](const xvt::DirectoryEntry& entry) {
     return !entry.isDirectory && (purpose_ == Purpose::directory || !xvt::matchesPattern(entry.name, wanted));

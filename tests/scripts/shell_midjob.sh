@@ -103,7 +103,7 @@ grep -q 'Copy ended at' "$dir/work/console.txt"
 lost=0
 "$(dirname "$0")/../with-display" bash -c '
   "$0" --script "$1" & job=$!
-  for _ in $(seq 200); do [ -s "$OUT/fourth.tpf" ] && break; sleep 0.1; done
+  for _ in $(seq 200); do [ "$(stat -c %s "$OUT/fourth.tpf" 2>/dev/null || echo 0)" -gt 32 ] && break; sleep 0.1; done
   pkill -KILL -P $PPID Xvfb
   for _ in $(seq 200); do kill -0 $job 2>/dev/null || break; sleep 0.1; done
   wait $job' "$program" "$dir/lost" 2>"$dir/lost.txt" || lost=$?
