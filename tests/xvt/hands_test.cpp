@@ -31,16 +31,17 @@ constexpr RESOURCES kResources = {nullptr, 0, &kTable, 1};
 
 Widget widgetOf(WINDOW control) { return Registry::instance().find<Item>(control)->widget(); }
 
-/// A mouse button goes down on a control and comes up again.
-void click(WINDOW control, unsigned button) {
+/// Real hands, from the corner of a control on; the program goes on meanwhile.
+void hands(WINDOW control, const std::string& what) {
   Position x = 0;
   Position y = 0;
   XtTranslateCoords(widgetOf(control), 12, 12, &x, &y);
-  const std::string place = std::to_string(x) + " " + std::to_string(y);
-  const std::string hand = "xdotool mousemove " + place + " click " + std::to_string(button) + " &";
-  EXPECT_EQ(std::system(hand.c_str()), 0);
+  const std::string line = "xdotool mousemove " + std::to_string(x) + " " + std::to_string(y) + " " + what + " &";
+  EXPECT_EQ(std::system(line.c_str()), 0);
   pump(400);
 }
+
+void click(WINDOW control, unsigned button) { hands(control, "click " + std::to_string(button)); }
 
 /// Refuses what the owner has been asked for, late as it is.
 void refuseRequests(Display* owner) {

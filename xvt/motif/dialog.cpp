@@ -101,8 +101,8 @@ Widget Dialog::createFrame() {
 /// A spot that nobody sees: Motif knows no window without a widget that has the keyboard.
 void Dialog::createRest() {
   rest_ = XtVaCreateManagedWidget("rest", xmDrawingAreaWidgetClass, board(), XmNwidth, 1, XmNheight, 1, XmNmarginWidth,
-                                  0, XmNmarginHeight, 0, XmNtraversalOn, True, XmNnavigationType, XmEXCLUSIVE_TAB_GROUP,
-                                  nullptr);
+                                  0, XmNmarginHeight, 0, XmNtraversalOn, False, XmNnavigationType,
+                                  XmEXCLUSIVE_TAB_GROUP, nullptr);
 }
 
 void Dialog::refreshLeaves(Cell& cell, std::size_t& leaf) {
@@ -153,7 +153,9 @@ void Dialog::startKeyboard() {
     return item->kind() == IK_EDIT && item->isEnabled() && item->isVisible() && (item->line().flags & IF_READONLY) == 0;
   });
   const auto start = first != items_.end() ? *first : flagged(IF_DEFAULT);
-  Widget widget = start ? start->widget() : rest_;
+  const bool usable = start && XtIsSensitive(start->widget()) != False;
+  XtVaSetValues(rest_, XmNtraversalOn, usable ? False : True, nullptr);
+  Widget widget = usable ? start->widget() : rest_;
   if (XmGetFocusWidget(shell()) != widget) XmProcessTraversal(widget, XmTRAVERSE_CURRENT);
 }
 
