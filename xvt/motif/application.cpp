@@ -180,9 +180,10 @@ std::shared_ptr<ShellWindow> Application::speaker() const {
 }
 
 long Application::deliver(const std::shared_ptr<Window>& window, EVENT& event) {
-  speaking_.push_back(std::dynamic_pointer_cast<ShellWindow>(window));
+  const auto alive = std::dynamic_pointer_cast<ShellWindow>(window);
+  speaking_.push_back(alive);
   long answer = 0;
-  guarded("event handler", [&] { answer = window->handler(window->handle(), &event); });
+  guarded("event handler", [&] { answer = alive->handler(alive->handle(), &event); });
   speaking_.pop_back();
   return answer;
 }
@@ -257,10 +258,7 @@ void processPendingEvents() { app().pump().serveIfDue(); }
 void setBusy(bool busy) { app().setBusy(busy); }
 void bell() { XBell(app().display(), 0); }
 
-long deliver(const std::shared_ptr<Window>& window, EVENT& event) {
-  const auto alive = window;
-  return app().deliver(alive, event);
-}
+long deliver(const std::shared_ptr<Window>& window, EVENT& event) { return app().deliver(window, event); }
 
 }  // namespace runtime
 
