@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kTextField = 1;
 constexpr PNT kWishedPlace{30, 375};
-constexpr int kColumns = 122;  // the widest line: an offset and eight floats
+constexpr int kColumns = 80;  // a hexadecimal line, its offset below 10,000,000
 constexpr int kLines = 36;
 
 /// The running paragraph number, one for both windows: lines of one window move it on for the other, and clearing

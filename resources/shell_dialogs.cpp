@@ -5,26 +5,15 @@
 namespace {
 
 constexpr DLG_ITEM mainPanel[] = {
-    ui::card(nullptr),
-    ui::grid(2),
-    ui::span(2, ui::label("Copy", 0, nullptr, IF_BOLD)),
-    ui::push(MAIN_IMAGE_COPY, "image-copy", "~Image copy…", IF_DEFAULT),
-    ui::hint("Tape to disk, disk to tape, tape to tape"),
-    ui::push(MAIN_VERIFY, "verify", "~Verify…"),
-    ui::hint("Compare two copies byte for byte"),
-    ui::push(MAIN_REFORMAT, "reformat", "Data ~reformat…"),
-    ui::hint("From one seismic format to another"),
-    ui::push(MAIN_MERGE, "merge", "~Merge…"),
-    ui::hint("Join suite datasets into one"),
-    ui::span(2, ui::label("Look inside", 0, nullptr, IF_BOLD)),
-    ui::push(MAIN_TAPE_DUMP, "tape-dump", "~Tape dump…"),
-    ui::hint("Blocks of a tape as text or numbers"),
-    ui::push(MAIN_FILE_DUMP, "file-dump", "~File dump…"),
-    ui::hint("Bytes of a file, tests and reports"),
-    ui::push(MAIN_FILE_SCAN, "file-scan", "File ~scan…"),
-    ui::hint("Index a file by its trace headers"),
-    ui::endOf(),
-    ui::endOf(),
+    ui::label("Copy", 0, nullptr, IF_BOLD),
+    ui::push(MAIN_IMAGE_COPY, "image-copy", "~Image copy…", IF_DEFAULT, "Tape to disk, disk to tape, tape to tape"),
+    ui::push(MAIN_VERIFY, "verify", "~Verify…", 0, "Compare two copies byte for byte"),
+    ui::push(MAIN_REFORMAT, "reformat", "Data ~reformat…", 0, "From one seismic format to another"),
+    ui::push(MAIN_MERGE, "merge", "~Merge…", 0, "Join suite datasets into one"),
+    ui::label("Look inside", 0, nullptr, IF_BOLD),
+    ui::push(MAIN_TAPE_DUMP, "tape-dump", "~Tape dump…", 0, "Blocks of a tape as text or numbers"),
+    ui::push(MAIN_FILE_DUMP, "file-dump", "~File dump…", 0, "Bytes of a file, tests and reports"),
+    ui::push(MAIN_FILE_SCAN, "file-scan", "File ~scan…", 0, "Index a file by its trace headers"),
 };
 
 constexpr DLG_ITEM about[] = {

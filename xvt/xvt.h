@@ -180,17 +180,20 @@ enum WIN_TYPE : int {
 
 /// Style bits of a document window.
 enum WIN_FLAGS : unsigned {
-  WSF_SIZE = 1,       ///< can be resized
-  WSF_CLOSE = 2,      ///< has a close box
-  WSF_HSCROLL = 4,    ///< horizontal scroll bar
-  WSF_VSCROLL = 8,    ///< vertical scroll bar
-  WSF_INVISIBLE = 16  ///< starts hidden
+  WSF_SIZE = 1,        ///< can be resized
+  WSF_CLOSE = 2,       ///< has a close box
+  WSF_HSCROLL = 4,     ///< horizontal scroll bar
+  WSF_VSCROLL = 8,     ///< vertical scroll bar
+  WSF_INVISIBLE = 16,  ///< starts hidden
+  WSF_UPPER_LEFT = 32  ///< keeps to the upper left of a small screen: dialogs stand below it, other windows beside it
 };
 
 /// One entry of a window definition: first the window, then what is in it, then an entry of type W_NONE.
 struct WIN_DEF {
   WIN_TYPE type = W_NONE;
-  RCT rct;  ///< for the window: wished place and size on the screen; for a field: in the client area
+  /// For the window: its wished place, in pixels of an ordinary screen, scaled like the fonts; its size, as large as
+  /// its lines need, is not scaled. For a field: in the client area.
+  RCT rct;
   const char* title = nullptr;  ///< the window's title
   int id = 0;                   ///< the text field's number
   XVT_FNTID font = NULL_FNTID;  ///< the text field's font

@@ -21,7 +21,7 @@ constexpr const char* kLogName = "console.txt";
 constexpr int kMenuItem = 1032;
 constexpr int kTextField = 1;
 constexpr PNT kWishedPlace{30, 10};
-constexpr int kColumns = 100;
+constexpr int kColumns = 84;
 constexpr int kLines = 24;
 
 enum USER_CODE : long { TOGGLE = 1, APPEND = 2 };
@@ -123,7 +123,8 @@ void consInit() {
   SetDefaultConsole(console_out);
   consFont = docFont();
   const RCT area = docRectangle(consFont, kWishedPlace, kColumns, kLines);
-  consWin[0] = {W_DOC, area, "Console", 0, NULL_FNTID, WSF_SIZE | WSF_CLOSE | WSF_HSCROLL | WSF_VSCROLL};
+  consWin[0] = {W_DOC, area,       "Console",
+                0,     NULL_FNTID, WSF_SIZE | WSF_CLOSE | WSF_HSCROLL | WSF_VSCROLL | WSF_UPPER_LEFT};
   const RCT field{0, 0, area.bottom - area.top, area.right - area.left};
   consWin[1] = {WC_TEXTEDIT, field, nullptr, kTextField, consFont, 0};
   consWin[2] = {};

@@ -159,8 +159,8 @@ RCT docRectangle(XVT_FNTID font, PNT place, int columns, int lines) {
   xvt_font_get_metrics(font, &leading, &ascent, &descent);
   const int lineHeight = leading + ascent + descent;
   const int width = xvt_font_get_text_width(font, std::string(static_cast<std::size_t>(columns), 'm').c_str(), columns);
-  // A line and a half more each way is for margins and scroll bars.
-  const int extra = lineHeight + lineHeight / 2;
+  // Margins and a scroll bar.
+  const int extra = 2 * lineHeight;
   return {place.v, place.h, place.v + lines * lineHeight + extra, place.h + width + extra};
 }
 

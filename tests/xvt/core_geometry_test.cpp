@@ -121,43 +121,72 @@ bool overlap(const RCT& one, const RCT& other) {
   return one.left < other.right && other.left < one.right && one.top < other.bottom && other.top < one.bottom;
 }
 
-TEST(Placement, WindowsStandBesideEachOtherAsLongAsThereIsRoom) {
-  const Extent screen{1600, 1000};
-  std::vector<RCT> taken;
-  for (const Extent size : {Extent{400, 60}, {620, 300}, {500, 500}, {380, 190}, {400, 430}}) {
-    const PNT place = placeBeside(screen, taken, size, PNT{8, 8}, 8);
-    const RCT now{place.v, place.h, place.v + size.height, place.h + size.width};
-    for (const RCT& other : taken) EXPECT_FALSE(overlap(now, other));
-    EXPECT_GE(place.v, 0);
-    EXPECT_LE(now.bottom, screen.height);
-    EXPECT_LE(now.right, screen.width);
-    taken.push_back(now);
+constexpr int kStep = 8;
+constexpr Extent kConsole{714, 470};
+constexpr Extent kTask{430, 104};
+
+RCT placed(Extent screen, std::vector<Standing>& standing, const WindowWish& wish) {
+  const RCT now = placeWindow(screen, standing, wish, kStep);
+  standing.push_back({now});
+  return now;
+}
+
+WindowWish fixed(Extent screen, Extent size) {
+  return {size, size, belowConsole(screen, kStep), RCT{0, 0, screen.height, screen.width}};
+}
+
+struct Desk {
+  explicit Desk(Extent size) : screen(size) {
+    placed(screen, standing, {kTask, kTask, PNT{8, 8}, RCT{0, 0, screen.height, screen.width}});
+    placed(screen, standing, {kConsole, {270, 140}, PNT{30, 10}, upperLeft(screen)});
+    placed(screen, standing, fixed(screen, {172, 430}));
+  }
+  RCT add(const WindowWish& wish) {
+    for (Standing& one : standing) one.opener = &one == &standing.back();
+    return placed(screen, standing, wish);
+  }
+  RCT addDump() { return add({{694, 690}, {270, 140}, PNT{30, 375}, RCT{0, 0, screen.height, screen.width}}); }
+  int coveredPairs() const {
+    int pairs = 0;
+    for (std::size_t at = 0; at < standing.size(); ++at)
+      for (std::size_t other = 0; other < at; ++other) pairs += overlap(standing[at].place, standing[other].place);
+    return pairs;
+  }
+  Extent screen;
+  std::vector<Standing> standing;
+};
+
+TEST(Placement, NothingIsCoveredAndWhatCanShrinkDoes) {
+  for (const Extent screen : {Extent{1920, 1080}, {1600, 1000}, {1280, 800}, {1024, 768}}) {
+    Desk desk(screen);
+    desk.add(fixed(screen, {545, 430}));
+    const RCT dump = desk.addDump();
+    EXPECT_EQ(desk.coveredPairs(), 0) << screen.width;
+    EXPECT_EQ(dump.right - dump.left == 694 && dump.bottom - dump.top == 690, screen.width >= 1600) << screen.width;
+    for (const Standing& one : desk.standing) {
+      EXPECT_GE(std::min(one.place.top, one.place.left), 0);
+      EXPECT_LE(one.place.bottom, screen.height);
+      EXPECT_LE(one.place.right, screen.width);
+    }
+    const RCT& console = desk.standing[1].place;
+    EXPECT_LT(console.left, 2 * kStep);
+    EXPECT_GE(desk.standing[2].place.top, console.bottom);
+    EXPECT_GT(dump.left, kTask.width);
   }
 }
 
-TEST(Placement, AFullScreenGivesAStaircaseThatStaysOnTheScreen) {
+TEST(Placement, TheOpenerIsCoveredLastAndNoWindowStandsOnAnothersCorner) {
   const Extent screen{800, 600};
-  std::vector<RCT> taken;
-  for (int window = 0; window < 5; ++window) {
-    const PNT place = placeBeside(screen, taken, {600, 400}, PNT{8, 8}, 8);
-    for (const RCT& other : taken) EXPECT_FALSE(other.top == place.v && other.left == place.h);
-    EXPECT_LE(place.v + 400, 600);
-    EXPECT_LE(place.h + 600, 800);
-    taken.push_back(RCT{place.v, place.h, place.v + 400, place.h + 600});
+  Desk desk(screen);
+  for (int window = 0; window < 4; ++window) {
+    const Standing opener = desk.standing.back();
+    const RCT now = desk.add(fixed(screen, {380, 300}));
+    EXPECT_FALSE(window < 2 && overlap(now, opener.place)) << window;
+    for (std::size_t at = 0; at + 1 < desk.standing.size(); ++at)
+      EXPECT_FALSE(desk.standing[at].place.top == now.top && desk.standing[at].place.left == now.left);
+    EXPECT_LE(now.bottom, 600);
+    EXPECT_LE(now.right, 800);
   }
-}
-
-TEST(Placement, AModalBoxDoesNotHideItsParentNorLeaveTheScreen) {
-  const RCT parent{300, 300, 500, 600};
-  const PNT inside = placeOver({1600, 1000}, parent, {200, 100}, 8);
-  EXPECT_EQ(inside.v, 350);
-  EXPECT_EQ(inside.h, 350);
-  const PNT same = placeOver({1600, 1000}, parent, {300, 200}, 8);
-  EXPECT_GT(same.v, parent.top);
-  EXPECT_GT(same.h, parent.left);
-  const PNT corner = placeOver({1600, 1000}, RCT{900, 1500, 1000, 1600}, {700, 500}, 8);
-  EXPECT_EQ(corner.v, 500);
-  EXPECT_EQ(corner.h, 900);
 }
 
 }  // namespace

@@ -141,7 +141,7 @@ void Dialog::openFitted() {
   remeasure();
   stale_ = false;
   fitted_ = true;
-  open(root_.natural, root_.least, nullptr);
+  open(wishFor(root_.natural, dialogPlace(root_.natural)), root_.least);
   startKeyboard();
 }
 

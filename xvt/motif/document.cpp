@@ -74,13 +74,14 @@ void Document::build(const WIN_DEF* definition) {
 
 void Document::openAt(const WIN_DEF& definition) {
   const Look& look = app().look();
-  const PNT wish{definition.rct.top, definition.rct.left};
-  // The wish is in pixels of an ordinary screen; it grows with the font like everything else.
-  const Extent size{std::max(look.px(widthOf(definition.rct)), 8 * look.lineHeight()),
-                    std::max(look.px(heightOf(definition.rct)), 5 * look.lineHeight())};
+  const Extent least{8 * look.lineHeight(), 4 * look.lineHeight()};
+  WindowWish wish =
+      wishFor({std::max(widthOf(definition.rct), least.width), std::max(heightOf(definition.rct), least.height)},
+              PNT{look.px(definition.rct.top), look.px(definition.rct.left)});
+  wish.least = {2 * least.width, least.height};
+  if ((definition.flags & WSF_UPPER_LEFT) != 0) keepToUpperLeft(&wish);
   client_ = {};
-  opened_ = true;
-  open(size, {8 * look.lineHeight(), 5 * look.lineHeight()}, &wish, (definition.flags & WSF_INVISIBLE) == 0);
+  open(wish, least, (definition.flags & WSF_INVISIBLE) == 0);
 }
 
 std::string Document::name() const { return name_; }

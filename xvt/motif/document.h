@@ -62,6 +62,7 @@ class Document final : public ShellWindow {
 
  protected:
   void arrangeContents(Extent size) override;
+  bool wantsFocus() const override { return false; }
   void dropParts() override;
 
  private:
@@ -69,7 +70,6 @@ class Document final : public ShellWindow {
   std::map<int, std::shared_ptr<TextFieldObject>> fields_;
   std::string name_;
   Extent client_;
-  bool opened_ = false;
 };
 
 }  // namespace xvt

@@ -1,6 +1,7 @@
 #include "xvt/motif/shell_window.h"
 
 #include <X11/Shell.h>
+#include <X11/Xatom.h>
 #include <X11/Xutil.h>
 #include <Xm/BulletinB.h>
 #include <Xm/MwmUtil.h>
@@ -33,9 +34,19 @@ Extent screenSize() {
   return {WidthOfScreen(screen), HeightOfScreen(screen)};
 }
 
-Extent framed(Extent size, bool managed) {
-  return managed ? Extent{size.width + 2 * kFrameSide, size.height + kFrameTop + kFrameSide} : size;
+/// What a frame adds to a window.
+Extent frame() {
+  if (!app().hasWindowManager()) return {2, 2};  // our own line
+  return {2 * kFrameSide, kFrameTop + kFrameSide};
 }
+
+Extent framed(Extent size) { return {size.width + frame().width, size.height + frame().height}; }
+
+Extent inside(const RCT& outer) {
+  return {outer.right - outer.left - frame().width, outer.bottom - outer.top - frame().height};
+}
+
+PNT corner(const RCT& rectangle) { return PNT{rectangle.top, rectangle.left}; }
 
 }  // namespace
 
@@ -120,35 +131,67 @@ void ShellWindow::setEnabled(bool enabled) {
 
 // ---- showing ------------------------------------------------------------------------------------------------------
 
-PNT ShellWindow::findPlace(Extent size, const PNT* wish) const {
-  const Extent outer = framed(size, app().hasWindowManager());
-  const int step = app().look().px(8);
-  const auto parent = app().speaker();
-  if (modal_ && parent && parent.get() != this) return placeOver(screenSize(), parent->occupied(), outer, step);
-  const auto left = leftPlaces().find(name());
-  if (left != leftPlaces().end()) return onScreen(screenSize(), left->second, outer);
-  std::vector<RCT> taken;
-  for (const auto& other : app().windows()) {
-    if (other.get() == this || !other->isVisible()) continue;
-    taken.push_back(other->occupied());
-  }
-  return placeBeside(screenSize(), taken, outer, wish != nullptr ? *wish : PNT{step, step}, step);
+Extent ShellWindow::mostSize() {
+  const Extent screen = screenSize();
+  return {screen.width - frame().width, screen.height - frame().height};
 }
 
-void ShellWindow::open(Extent size, Extent least, const PNT* wish, bool show) {
+int ShellWindow::placeStep() { return app().look().px(8); }
+
+PNT ShellWindow::dialogPlace(Extent size) const {
+  const auto from = opener();
+  return modal_ && from ? middleOf(from->occupied(), framed(size)) : belowConsole(screenSize(), placeStep());
+}
+
+WindowWish ShellWindow::wishFor(Extent size, PNT place) {
   const Extent screen = screenSize();
-  size.width = std::clamp(size.width, 1, screen.width);
-  size.height = std::clamp(size.height, 1, screen.height - kFrameTop);
-  place_ = findPlace(size, wish);
-  resizeTo(size, least);
+  return {size, size, place, RCT{0, 0, screen.height, screen.width}};
+}
+
+void ShellWindow::keepToUpperLeft(WindowWish* wish) { wish->bounds = upperLeft(screenSize()); }
+
+/// The window that opens this one, else the newest one.
+std::shared_ptr<ShellWindow> ShellWindow::opener() const {
+  std::shared_ptr<ShellWindow> found = app().speaker();
+  if (found && found.get() != this && found->isVisible()) return found;
+  found = nullptr;
+  for (const auto& other : app().windows())
+    if (other.get() != this && other->isVisible()) found = other;
+  return found;
+}
+
+/// Gives the window its place and size, which are not shown yet.
+void ShellWindow::findPlace(WindowWish wish, Extent smallest) {
+  wish.size = framed(wish.size);
+  wish.least = framed(wish.least);
+  std::vector<Standing> standing;
+  const auto from = opener();
+  for (const auto& other : app().windows())
+    if (other.get() != this && other->isVisible()) standing.push_back({other->occupied(), other == from});
+  const auto left = leftPlaces().find(name());
+  RCT place;
+  if (left != leftPlaces().end()) {
+    const PNT again = onScreen(screenSize(), left->second, wish.size);
+    place = RCT{again.v, again.h, again.v + wish.size.height, again.h + wish.size.width};
+  } else {
+    place = placeWindow(screenSize(), standing, wish, placeStep());
+  }
+  place_ = corner(place);
+  resizeTo(inside(place), smallest);
   XtVaSetValues(shell_, XmNx, static_cast<Position>(place_.h), XmNy, static_cast<Position>(place_.v), nullptr);
+}
+
+void ShellWindow::open(WindowWish wish, Extent smallest, bool show) {
+  wish.size.width = std::clamp(wish.size.width, 1, mostSize().width);
+  wish.size.height = std::clamp(wish.size.height, 1, mostSize().height);
+  findPlace(wish, smallest);
   XtRealizeWidget(shell_);
   hintPlace();
-  arrangeContents(size);
+  arrangeContents(size_);
   if (show) {
     popUp();
   } else {
-    wishLater_ = wish != nullptr ? *wish : place_;
+    wish_later_ = wish;
   }
 }
 
@@ -173,10 +216,18 @@ void ShellWindow::resizeTo(Extent size, Extent least) {
                 static_cast<Dimension>(size.height), nullptr);
 }
 
+/// Tells the window manager to leave the keyboard where it is.
+void ShellWindow::declineFocus() const {
+  const long never = 0;
+  XChangeProperty(XtDisplay(shell_), XtWindow(shell_), XInternAtom(XtDisplay(shell_), "_NET_WM_USER_TIME", False),
+                  XA_CARDINAL, 32, PropModeReplace, reinterpret_cast<const unsigned char*>(&never), 1);
+}
+
 void ShellWindow::popUp() {
   if (shown_) return;
   app().stopChoosing(nullptr);
   shown_ = true;
+  if (!wantsFocus()) declineFocus();
   if (modal_) {
     const auto parent = app().speaker();
     if (parent && parent.get() != this && XtIsRealized(parent->shell()))
@@ -187,7 +238,7 @@ void ShellWindow::popUp() {
   else
     XtPopup(shell_, XtGrabNone);
   showBusy(app().isBusy());
-  takeFocus();
+  if (wantsFocus()) takeFocus();
 }
 
 void ShellWindow::popDown() {
@@ -204,18 +255,18 @@ void ShellWindow::popDown() {
   if (next && !app().hasWindowManager()) next->takeFocus();
 }
 
-void ShellWindow::rememberPlace() {
-  const RCT now = outerRect();
-  place_ = PNT{now.top, now.left};
-}
+void ShellWindow::rememberPlace() { place_ = corner(outerRect()); }
 
 void ShellWindow::setVisible(bool visible) {
   if (visible == shown_ || dying_ || !XtIsRealized(shell_)) return;
   if (!visible) return popDown();
   // A window that was made hidden stands beside what is open when it is first shown, not when it was made.
-  if (wishLater_) place_ = findPlace(size_, &*wishLater_);
-  wishLater_.reset();
-  XtVaSetValues(shell_, XmNx, static_cast<Position>(place_.h), XmNy, static_cast<Position>(place_.v), nullptr);
+  if (wish_later_) {
+    findPlace(*wish_later_, least_);
+  } else {
+    XtVaSetValues(shell_, XmNx, static_cast<Position>(place_.h), XmNy, static_cast<Position>(place_.v), nullptr);
+  }
+  wish_later_.reset();
   hintPlace();
   popUp();
 }
@@ -224,7 +275,7 @@ void ShellWindow::raise() {
   if (dying_ || !XtIsRealized(shell_)) return;
   setVisible(true);
   XRaiseWindow(XtDisplay(shell_), XtWindow(shell_));
-  if (!app().hasWindowManager()) return;
+  if (!app().hasWindowManager() || !wantsFocus()) return;
   XEvent event{};
   event.xclient.type = ClientMessage;
   event.xclient.window = XtWindow(shell_);
@@ -281,7 +332,7 @@ RCT ShellWindow::outerRect() const {
 RCT ShellWindow::occupied() const {
   RCT frame;
   if (shown_ && frameOf(shell_, &frame)) return frame;
-  const Extent outer = framed(size_, app().hasWindowManager());
+  const Extent outer = framed(size_);
   return RCT{place_.v, place_.h, place_.v + outer.height, place_.h + outer.width};
 }
 

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "xvt/motif/application.h"
+#include "xvt/placement.h"
 #include "xvt/runtime.h"
 
 namespace xvt {
@@ -72,8 +73,16 @@ class ShellWindow : public Window, public std::enable_shared_from_this<ShellWind
   /// Takes a shell that exists already.
   void adoptShell(Widget shell, const std::string& title);
   void createBoard();
-  /// First showing: size, least size, a place of its own.
-  void open(Extent size, Extent least, const PNT* wish, bool show = true);
+  /// First showing: a place of its own. All sizes are those of the board; a user may make it as small as `smallest`.
+  void open(WindowWish wish, Extent smallest, bool show = true);
+  /// The largest board that stands on the screen.
+  static Extent mostSize();
+  static int placeStep();
+  PNT dialogPlace(Extent size) const;
+  static WindowWish wishFor(Extent size, PNT place);
+  static void keepToUpperLeft(WindowWish* wish);
+  /// Whether the window gets the keyboard when it is shown; what only shows text leaves it where it is.
+  virtual bool wantsFocus() const { return true; }
   /// The board's size changed.
   virtual void arrangeContents(Extent size) = 0;
   /// The window is about to die: its parts leave the registry.
@@ -84,12 +93,14 @@ class ShellWindow : public Window, public std::enable_shared_from_this<ShellWind
  private:
   void listen();
   void focusChanged(bool in);
+  void declineFocus() const;
   void popUp();
   void popDown();
   void rememberPlace();
   RCT occupied() const;
   void hintPlace() const;
-  PNT findPlace(Extent size, const PNT* wish) const;
+  std::shared_ptr<ShellWindow> opener() const;
+  void findPlace(WindowWish wish, Extent smallest);
 
   Widget shell_ = nullptr;
   Widget board_ = nullptr;
@@ -101,7 +112,7 @@ class ShellWindow : public Window, public std::enable_shared_from_this<ShellWind
   Extent size_;
   Extent least_;
   PNT place_;
-  std::optional<PNT> wishLater_;  ///< of a window that was made hidden and has not been shown yet
+  std::optional<WindowWish> wish_later_;  ///< of a window that was made hidden and has not been shown yet
 };
 
 }  // namespace xvt

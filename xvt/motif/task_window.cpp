@@ -48,7 +48,7 @@ void TaskWindow::create(EVENT_HANDLER event_handler) {
   line_height_ = look.lineHeight() + 2 * look.px(6);
   const Extent size{std::max<int>(wish.width + look.px(24), look.columns(Face::plain, 52)),
                     wish.height + 1 + line_height_};
-  open(size, size, nullptr);
+  open(wishFor(size, PNT{placeStep(), placeStep()}), size);
 }
 
 void TaskWindow::createMenus() {
