@@ -75,6 +75,7 @@ constexpr const char* POINT_HELP = "A corner of the polygon: its value of this k
 
 constexpr DLG_ITEM pointField(int id, const char* name) { return ui::edit(id, name, 14, 0, POINT_HELP); }
 
+#define POLYGON_HEAD ui::label("Point"), ui::label("Primary"), ui::label("Secondary")
 #define POLYGON_ROW(NUMBER, TEXT)                                                 \
   ui::label(TEXT), pointField(PG_FIRST_PRIMARY + (NUMBER)-1, "primary-" #NUMBER), \
       pointField(PG_FIRST_SECONDARY + (NUMBER)-1, "secondary-" #NUMBER)
@@ -110,20 +111,23 @@ constexpr DLG_ITEM POLYGON_ITEMS[] = {
     ui::label("~Number of points", PG_POINTS),
     ui::edit(PG_POINTS, "points", BYTE_COLUMNS, 0, "1 to 10 points can be typed; the polygon closes by itself"),
     ui::endOf(),
+    ui::row(),
     ui::grid(3),
-    ui::label("Point"),
-    ui::label("Primary"),
-    ui::label("Secondary"),
+    POLYGON_HEAD,
     POLYGON_ROW(1, "1"),
     POLYGON_ROW(2, "2"),
     POLYGON_ROW(3, "3"),
     POLYGON_ROW(4, "4"),
     POLYGON_ROW(5, "5"),
+    ui::endOf(),
+    ui::grid(3),
+    POLYGON_HEAD,
     POLYGON_ROW(6, "6"),
     POLYGON_ROW(7, "7"),
     POLYGON_ROW(8, "8"),
     POLYGON_ROW(9, "9"),
     POLYGON_ROW(10, "10"),
+    ui::endOf(),
     ui::endOf(),
     ui::endOf(),
     ui::buttons(),
@@ -133,6 +137,7 @@ constexpr DLG_ITEM POLYGON_ITEMS[] = {
     ui::endOf(),
 };
 
+#undef POLYGON_HEAD
 #undef POLYGON_ROW
 
 constexpr DLG_ITEM LIST_ITEMS[] = {

@@ -459,15 +459,23 @@ void measureDialog(Cell& root, const Spacing& spacing) {
   }
 }
 
-void arrangeDialog(Cell& root, Extent window, const Spacing& spacing) {
+ScrolledPart arrangeDialog(Cell& root, Extent window, const Spacing& spacing, int bar) {
   Cell* status = statusOf(root);
   const int strip = status != nullptr ? status->natural.height : 0;
   if (status != nullptr) status->place = place(0, window.height - strip, window.width, strip);
+  const int missing = std::max(0, root.least.height - window.height);
+  const int width = missing == 0 ? window.width : window.width - bar;
+  const int height = window.height + missing - strip;
   WithoutStatus rest(root);
-  arrangeColumn(
-      root, 0,
-      RCT{spacing.margin, spacing.margin, window.height - strip - spacing.margin, window.width - spacing.margin},
-      spacing);
+  arrangeColumn(root, 0, RCT{spacing.margin, spacing.margin, height - spacing.margin, width - spacing.margin}, spacing);
+  int end = height;
+  if (!root.children.empty() && root.children.back().kind == IK_BUTTONS) {
+    Cell& buttons = root.children.back();
+    end = buttons.place.top - spacing.foot / 2;
+    const int top = buttons.place.top - missing;
+    arrange(buttons, RCT{top, spacing.margin, top + heightOf(buttons.place), window.width - spacing.margin}, spacing);
+  }
+  return {{window.width, end - missing}, {width, end}};
 }
 
 }  // namespace xvt

@@ -61,6 +61,15 @@ void arrange(Cell& cell, const RCT& room, const Spacing& spacing);
 
 /// A whole dialog: a column whose status line (if any) runs along the lower edge, outside the margin.
 void measureDialog(Cell& root, const Spacing& spacing);
-void arrangeDialog(Cell& root, Extent window, const Spacing& spacing);
+
+/// The part of a dialog above its buttons and status line, which scrolls in a window that is lower than its least size.
+struct ScrolledPart {
+  Extent view;      ///< what is seen of it
+  Extent contents;  ///< all of it
+};
+
+/// Places of the scrolled part count from its own corner, those of buttons and status line from the window's; without
+/// scrolling that is the same. @param bar width of a scroll bar
+ScrolledPart arrangeDialog(Cell& root, Extent window, const Spacing& spacing, int bar);
 
 }  // namespace xvt

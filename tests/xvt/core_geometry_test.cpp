@@ -9,6 +9,7 @@ namespace {
 using namespace xvt;
 
 const Spacing kSpacing(16);
+constexpr int kBar = 12;
 
 Cell leaf(ITEM_KIND kind, int width, int height, int baseline, Growth wide = Growth::none) {
   Cell cell;
@@ -96,7 +97,7 @@ Cell dialog() {
 TEST(Layout, TheStatusLineRunsAlongTheEdgeAndButtonsAreEqual) {
   Cell root = dialog();
   measureDialog(root, kSpacing);
-  arrangeDialog(root, root.natural, kSpacing);
+  arrangeDialog(root, root.natural, kSpacing, kBar);
   const Cell& status = root.children[2];
   EXPECT_EQ(status.place.left, 0);
   EXPECT_EQ(status.place.bottom, root.natural.height);
@@ -109,12 +110,27 @@ TEST(Layout, TheStatusLineRunsAlongTheEdgeAndButtonsAreEqual) {
 TEST(Layout, AListTakesMoreRoomAndGivesItBack) {
   Cell root = dialog();
   measureDialog(root, kSpacing);
-  arrangeDialog(root, {root.natural.width + 50, root.natural.height + 70}, kSpacing);
+  arrangeDialog(root, {root.natural.width + 50, root.natural.height + 70}, kSpacing, kBar);
   EXPECT_EQ(height(root.children[0]), 220);
   EXPECT_EQ(width(root.children[0]), root.natural.width + 50 - 2 * kSpacing.margin);
-  arrangeDialog(root, root.least, kSpacing);
+  arrangeDialog(root, root.least, kSpacing, kBar);
   EXPECT_EQ(height(root.children[0]), 60);
   EXPECT_EQ(root.natural.height - root.least.height, 90);
+}
+
+TEST(Layout, InALowWindowAllButTheButtonsAndTheStatusLineScrolls) {
+  Cell root = dialog();
+  measureDialog(root, kSpacing);
+  const ScrolledPart whole = arrangeDialog(root, root.least, kSpacing, kBar);
+  EXPECT_EQ(whole.view.height, whole.contents.height);
+  const ScrolledPart part = arrangeDialog(root, {root.least.width + kBar, root.least.height - 40}, kSpacing, kBar);
+  EXPECT_EQ(part.contents.height, whole.contents.height);
+  EXPECT_EQ(part.contents.width, part.view.width - kBar);
+  EXPECT_EQ(part.view.height, whole.view.height - 40);
+  EXPECT_EQ(height(root.children[0]), 60);
+  EXPECT_GT(root.children[1].place.top, part.view.height);
+  EXPECT_LT(root.children[1].place.bottom, root.children[2].place.top);
+  EXPECT_EQ(root.children[2].place.bottom, root.least.height - 40);
 }
 
 bool overlap(const RCT& one, const RCT& other) {

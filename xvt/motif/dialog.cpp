@@ -3,15 +3,19 @@
 #include <Xm/BulletinB.h>
 #include <Xm/DrawingA.h>
 #include <Xm/PushB.h>
+#include <Xm/ScrolledW.h>
 
 #include <algorithm>
 #include <utility>
 
 #include "xvt/motif/geometry.h"
+#include "xvt/motif/guard.h"
 
 namespace xvt {
 
 namespace {
+
+constexpr int kBar = 12;  // width of a scroll bar, at a line height of 16
 
 bool isContainer(ITEM_KIND kind) { return kind <= IK_STACK; }
 
@@ -29,14 +33,28 @@ void Dialog::build(const DLG_RES& table, bool modal) {
   createShell("dialog", table.title != nullptr ? table.title : "", modal);
   createBoard();
   createRest();
+  createBody();
   root_.kind = IK_COLUMN;
   std::size_t at = 0;
-  root_.children = buildCells(at, board(), IK_COLUMN);
+  root_.children = buildCells(at, body_, IK_COLUMN);
   remeasure();
-  arrangeDialog(root_, root_.natural, app().look().spacing());
-  std::size_t leaf = 0;
-  std::size_t card = 0;
-  applyPlaces(root_, leaf, card);
+  place(root_.natural);
+}
+
+void Dialog::createBody() {
+  scroll_ = XtVaCreateManagedWidget("scroll", xmScrolledWindowWidgetClass, board(), XmNscrollingPolicy, XmAUTOMATIC,
+                                    XmNscrollBarDisplayPolicy, XmAS_NEEDED, XmNborderWidth, 0, XmNbackground,
+                                    app().look().pixel(color::ground), nullptr);
+  body_ = XtVaCreateManagedWidget("body", xmBulletinBoardWidgetClass, scroll_, XmNresizePolicy, XmRESIZE_NONE, nullptr);
+  Widget clip = nullptr;
+  XtVaGetValues(scroll_, XmNclipWindow, &clip, nullptr);
+  if (clip != nullptr) XtVaSetValues(clip, XmNbackground, app().look().pixel(color::ground), nullptr);
+  // A control that gets the keyboard comes into view.
+  onCallback(scroll_, XmNtraverseObscuredCallback, [this](XtPointer call_data) {
+    const auto* call = static_cast<XmTraverseObscuredCallbackStruct*>(call_data);
+    const auto margin = static_cast<Dimension>(app().look().spacing().line);
+    XmScrollVisible(scroll_, call->traversal_destination, margin, margin);
+  });
 }
 
 /// The cells of one container, up to its end.
@@ -44,8 +62,10 @@ std::vector<Cell> Dialog::buildCells(std::size_t& at, Widget parent, ITEM_KIND a
   std::vector<Cell> cells;
   while (at < table_->count && table_->items[at].kind != IK_END) {
     const DLG_ITEM& line = table_->items[at++];
+    const bool foot = line.kind == IK_BUTTONS || line.kind == IK_STATUS;
+    const Widget ground = foot ? board() : parent;
     if (!isContainer(line.kind)) {
-      cells.push_back(leafFor(line, parent, around));
+      cells.push_back(leafFor(line, ground, around));
       continue;
     }
     Cell cell;
@@ -60,7 +80,7 @@ std::vector<Cell> Dialog::buildCells(std::size_t& at, Widget parent, ITEM_KIND a
       inside.push_back(headingFor(line));
     }
     if (card) frames_.push_back(createFrame());
-    for (Cell& child : buildCells(at, card ? frames_.back() : parent, line.kind)) inside.push_back(std::move(child));
+    for (Cell& child : buildCells(at, card ? frames_.back() : ground, line.kind)) inside.push_back(std::move(child));
     cell.children = std::move(inside);
     cells.push_back(std::move(cell));
     if (at < table_->count) ++at;  // the container's end
@@ -89,11 +109,11 @@ Cell Dialog::leafFor(const DLG_ITEM& line, Widget parent, ITEM_KIND around) {
 
 Cell Dialog::headingFor(const DLG_ITEM& card) {
   headings_.push_back(std::make_unique<DLG_ITEM>(headingLine(card.label)));
-  return leafFor(*headings_.back(), board(), IK_COLUMN);
+  return leafFor(*headings_.back(), body_, IK_COLUMN);
 }
 
 Widget Dialog::createFrame() {
-  return XtVaCreateManagedWidget("card", xmBulletinBoardWidgetClass, board(), XmNbackground,
+  return XtVaCreateManagedWidget("card", xmBulletinBoardWidgetClass, body_, XmNbackground,
                                  app().look().pixel(color::paper), XmNborderWidth, 1, XmNborderColor,
                                  app().look().pixel("#d9dee5"), XmNresizePolicy, XmRESIZE_NONE, nullptr);
 }
@@ -130,18 +150,31 @@ void Dialog::applyPlaces(const Cell& cell, std::size_t& leaf, std::size_t& card)
   for (const Cell& child : cell.children) applyPlaces(child, leaf, card);
 }
 
-void Dialog::arrangeContents(Extent size) {
-  arrangeDialog(root_, size, app().look().spacing());
+void Dialog::arrangeContents(Extent size) { place(size); }
+
+/// Gives everything its place in a window of this size.
+void Dialog::place(Extent size) {
+  const ScrolledPart part = arrangeDialog(root_, size, app().look().spacing(), app().look().px(kBar));
+  setPlace(scroll_, RCT{0, 0, part.view.height, part.view.width});
+  XtVaSetValues(body_, XmNwidth, static_cast<Dimension>(std::max(1, part.contents.width)), XmNheight,
+                static_cast<Dimension>(std::max(1, part.contents.height)), nullptr);
   std::size_t leaf = 0;
   std::size_t card = 0;
   applyPlaces(root_, leaf, card);
+}
+
+/// As large as the contents, or as the screen, with a scroll bar.
+Extent Dialog::wanted() const {
+  const Extent most = mostSize();
+  const int bar = root_.least.height > most.height ? app().look().px(kBar) : 0;
+  return {std::min(root_.natural.width + bar, most.width), std::min(root_.natural.height, most.height)};
 }
 
 void Dialog::openFitted() {
   remeasure();
   stale_ = false;
   fitted_ = true;
-  open(wishFor(root_.natural, dialogPlace(root_.natural)), root_.least);
+  open(wishFor(wanted(), dialogPlace(wanted())), root_.least);
   startKeyboard();
 }
 
@@ -164,7 +197,7 @@ void Dialog::refresh() {
   stale_ = false;
   remeasure();
   const Extent now = boardSize();
-  const Extent size{std::max(now.width, root_.natural.width), std::max(now.height, root_.natural.height)};
+  const Extent size{std::max(now.width, wanted().width), std::max(now.height, wanted().height)};
   if (size.width != now.width || size.height != now.height) resizeTo(size, root_.least);
   arrangeContents(size);
 }

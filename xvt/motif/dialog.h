@@ -28,6 +28,8 @@ class Dialog final : public ShellWindow {
   bool downKey() override;
 
   const std::vector<std::shared_ptr<Item>>& items() const { return items_; }
+  /// What a control stands on that is in no card.
+  bool isGround(Widget parent) const { return parent == board() || parent == body_; }
   std::shared_ptr<Item> itemOf(Widget widget) const;
   /// Contents changed their size: laid out anew before events are waited for; the window grows if it must.
   void wantLayout() { stale_ = true; }
@@ -58,7 +60,12 @@ class Dialog final : public ShellWindow {
   std::shared_ptr<Item> flagged(unsigned flag) const;
   std::shared_ptr<Item> buttonOfField(const Item& field) const;
   void startKeyboard();
+  void createBody();
+  Extent wanted() const;
+  void place(Extent size);
 
+  Widget scroll_ = nullptr;  ///< shows as much of the body as there is room for
+  Widget body_ = nullptr;    ///< everything above the buttons and the status line
   const DLG_RES* table_ = nullptr;
   Cell root_;
   std::vector<std::shared_ptr<Item>> items_;         ///< in table order, card headings too

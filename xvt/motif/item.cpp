@@ -100,7 +100,7 @@ Cell Item::leaf(Extent size, int baseline) const {
   return cell;
 }
 
-bool Item::inCard() const { return parent_ != dialog_.board(); }
+bool Item::inCard() const { return !dialog_.isGround(parent_); }
 
 Pixel Item::ground() const { return app().look().pixel(inCard() ? color::paper : color::ground); }
 

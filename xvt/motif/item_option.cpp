@@ -8,6 +8,7 @@
 #include <algorithm>
 
 #include "xvt/motif/dialog.h"
+#include "xvt/motif/geometry.h"
 #include "xvt/motif/guard.h"
 #include "xvt/motif/item.h"
 
@@ -194,10 +195,10 @@ void OptionItem::openList() {
   if (popup_ == nullptr) createList();
   // Realized first, or the list would set the size of its shell.
   XtRealizeWidget(popup_);
-  const RCT place = outerRect();
+  const RCT place = placeOf(widget_);
   Position x = 0;
   Position y = 0;
-  XtTranslateCoords(dialog_.board(), static_cast<Position>(place.left), static_cast<Position>(place.bottom), &x, &y);
+  XtTranslateCoords(parent_, static_cast<Position>(place.left), static_cast<Position>(place.bottom), &x, &y);
   const Look& look = app().look();
   const int rows = std::min(rowCount(), kRowsAtOnce);
   const int height = rows * (look.lineHeight() + look.px(2)) + 2 * look.px(4) + 2;
