@@ -42,7 +42,7 @@ constexpr DLG_ITEM tapeDump[] = {
     ui::endOf(),
     ui::endOf(),
 
-    ui::card("Blocks"),
+    ui::card(nullptr),
     ui::grid(4),
     ui::label("Fi~rst byte:"),
     ui::edit(TD_START_BYTE, "start-byte", NUMBER_COLUMNS, 0, "Counts from 0 in each block"),
@@ -100,14 +100,14 @@ constexpr DLG_ITEM fileDump[] = {
     ui::endOf(),
     ui::endOf(),
 
-    ui::card("Position"),
+    ui::card(nullptr),
     ui::grid(4),
     ui::label("Current byte:"),
     ui::value(FD_CURRENT_BYTE, "current-byte", POSITION_COLUMNS, "", IF_BOLD),
     ui::push(FD_REWIND, "rewind", "Re~wind", 0, "Go to the first byte; from the end of the file use Move to byte"),
     ui::label(""),
     ui::label("~Bytes per read:"),
-    ui::edit(FD_READ_BYTES, "read-bytes", POSITION_COLUMNS, 0, "1 to 65536"),
+    ui::edit(FD_READ_BYTES, "read-bytes", POSITION_COLUMNS, 0, "1 to 65,536"),
     ui::push(FD_READ, "read", "~Read", IF_DEFAULT, "Read the bytes that follow and show them"),
     ui::label(""),
     ui::label("Bytes to mo~ve:"),
@@ -131,8 +131,8 @@ constexpr DLG_ITEM fileDump[] = {
 };
 
 constexpr DLG_RES dialogs[] = {
-    dialogOf(DLG_TAPE_DUMP, "tape-dump", "Tape Dump", tapeDump),
-    dialogOf(DLG_FILE_DUMP, "file-dump", "File Dump", fileDump),
+    dialogOf(DLG_TAPE_DUMP, "tape-dump", "Tape dump", tapeDump),
+    dialogOf(DLG_FILE_DUMP, "file-dump", "File dump", fileDump),
 };
 
 }  // namespace

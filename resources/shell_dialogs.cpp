@@ -20,7 +20,7 @@ constexpr DLG_ITEM about[] = {
     ui::heading("Quarlo"),
     ui::label("Tape and disk input and output for seismic data"),
     ui::row(),
-    ui::label("Version"),
+    ui::label("Version:"),
     ui::value(ABOUT_VERSION, "version", 10, "", IF_BOLD),
     ui::endOf(),
     ui::buttons(),

@@ -1,4 +1,4 @@
-/// Error, note and question boxes: a bold first sentence, the rest below it, the buttons.
+/// Error, note and question boxes: the first sentence, the rest below it, the buttons.
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -44,7 +44,7 @@ std::string fitted(const std::string& text) {
   std::vector<std::string> lines = xvt::wrapped(text, COLUMNS);
   if (lines.size() > MOST_LINES) {
     lines.resize(MOST_LINES);
-    lines.push_back("...");
+    lines.push_back("…");
   }
   return joined(lines);
 }
@@ -97,7 +97,7 @@ std::unique_ptr<BoxTable> makeTable(const Box& box) {
   std::vector<DLG_ITEM>& items = table->items;
   items.push_back(ui::stack());
   items.push_back(ui::column());
-  if (!box.heading.empty()) items.push_back(ui::heading("", BOX_HEADING));
+  if (!box.heading.empty()) items.push_back(ui::label("", BOX_HEADING));
   if (!box.body.empty()) items.push_back(ui::label("", BOX_BODY));
   items.push_back(ui::endOf());
   items.push_back(ui::edit(BOX_TEXT, "text", LEAST_COLUMNS, IF_HIDDEN | IF_READONLY));

@@ -99,8 +99,8 @@ void measureCard(Cell& cell, const Spacing& spacing) {
   cell.wide = most(cell.wide, Growth::willing);
 }
 
-void equalButtons(Cell& cell, const Spacing& spacing) {
-  int widest = spacing.button;
+/// The buttons of a group are equally wide.
+void equalButtons(Cell& cell, int widest) {
   for (const Cell& child : cell.children)
     if (child.kind == IK_PUSH) widest = std::max(widest, child.natural.width);
   for (Cell& child : cell.children)
@@ -112,10 +112,8 @@ int offsetInRow(const Cell& row, const Cell& child) {
 }
 
 void measureRow(Cell& cell, const Spacing& spacing) {
-  if (cell.kind == IK_BUTTONS) {
-    equalButtons(cell, spacing);
-    cell.wide = Growth::willing;
-  }
+  equalButtons(cell, cell.kind == IK_BUTTONS ? spacing.button : 0);
+  if (cell.kind == IK_BUTTONS) cell.wide = Growth::willing;
   for (const Cell& child : cell.children) cell.baseline = std::max(cell.baseline, child.baseline);
   for (std::size_t at = 0; at < cell.children.size(); ++at) {
     const Cell& child = cell.children[at];
@@ -201,6 +199,7 @@ void measureGrid(Cell& cell, const Spacing& spacing) {
   cell.column_widths.assign(columns, 0);
   cell.column_growth.assign(columns, Growth::none);
   std::vector<int> least(columns, 0);
+  equalButtons(cell, 0);
   for (const bool spanning : {false, true})
     forEachLine(cell, [&](std::size_t from, std::size_t to) {
       forEachInLine(std::span(cell.children).subspan(from, to - from), cell.columns,

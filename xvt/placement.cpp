@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
+#include <iterator>
 #include <utility>
 
 namespace xvt {
@@ -134,10 +135,17 @@ RCT placeWindow(Extent screen, const std::vector<Standing>& standing, const Wind
                 std::min(now.size.height, bounds.bottom - bounds.top)};
   }
   choice = leastHiding(whole, standing, now.size, onScreen(screen, wish.place, now.size), step);
+  Windows openers;
+  std::copy_if(standing.begin(), standing.end(), std::back_inserter(openers),
+               [](const Standing& one) { return one.opener; });
+  if (hidden(choice.place, openers) > 0) {
+    const Choice room = bestRoom(whole, openers, now, step);
+    if (room.hides == 0) return room.place;
+  }
   return at(staircase(screen, standing, now.size, PNT{choice.place.top, choice.place.left}, step), now.size);
 }
 
-RCT upperLeft(Extent screen) { return RCT{0, 0, screen.height * 2 / 5, screen.width / 2}; }
+RCT upperLeft(Extent screen) { return RCT{0, 0, screen.height * 3 / 8, screen.width / 2}; }
 
 PNT belowConsole(Extent screen, int step) { return PNT{upperLeft(screen).bottom + step, step}; }
 

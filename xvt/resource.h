@@ -65,7 +65,9 @@ struct DLG_ITEM {
   const char* help;   ///< one line shown while the pointer rests on the item; null for none
 };
 
-/// A dialog.
+/// A dialog. A label with the id of a field is not a control of its own but belongs to the field, as does a label
+/// without id that stands right before the field and has a mnemonic or a colon: they are grey while the field is
+/// disabled.
 struct DLG_RES {
   int id;             ///< resource number
   const char* name;   ///< for scripts, unique among all dialogs
@@ -73,6 +75,15 @@ struct DLG_RES {
   const DLG_ITEM* items;
   std::size_t count;
 };
+
+constexpr bool isField(ITEM_KIND kind) { return kind == IK_EDIT || (kind >= IK_LIST && kind <= IK_OPTION); }
+
+constexpr bool belongsToField(const DLG_RES& table, const DLG_ITEM& label) {
+  if (label.kind != IK_LABEL || label.id == 0) return false;
+  for (std::size_t at = 0; at < table.count; ++at)
+    if (table.items[at].id == label.id && isField(table.items[at].kind)) return true;
+  return false;
+}
 
 enum MENU_KIND : int { MK_MENU, MK_COMMAND, MK_CHECK, MK_SEPARATOR };
 

@@ -80,7 +80,7 @@ Object controlFromTable(const DLG_ITEM& item, WINDOW owner) {
 void addControls(WINDOW dialog, const DLG_RES& table) {
   for (std::size_t at = 0; at < table.count; ++at) {
     const DLG_ITEM& item = table.items[at];
-    if (isContainer(item.kind) || item.id == 0) continue;
+    if (isContainer(item.kind) || item.id == 0 || belongsToField(table, item)) continue;
     const WINDOW control = kit().add(controlFromTable(item, dialog));
     kit().find(dialog)->controls[item.id] = control;
   }

@@ -203,6 +203,8 @@ TEST(Placement, TheOpenerIsCoveredLastAndNoWindowStandsOnAnothersCorner) {
     EXPECT_LE(now.bottom, 600);
     EXPECT_LE(now.right, 800);
   }
+  const RCT opener = desk.standing.back().place;
+  EXPECT_FALSE(overlap(desk.addDump(), opener));
 }
 
 }  // namespace

@@ -548,6 +548,37 @@ TEST(Core, WindowsStandBesideEachOtherAndComeBackWhereTheyWere) {
   });
 }
 
+TEST(Core, WithLargeFontsDocumentsAreAsLargeAsAskedAndTallDialogsScroll) {
+  const std::string settings = testing::TempDir() + "xvt-large-fonts";
+  std::ofstream(settings) << "Xft.dpi: 150\n";
+  setenv("XENVIRONMENT", settings.c_str(), 1);
+  run(kResources, [] {
+    std::vector<DLG_ITEM> items(40, ui::edit(0, nullptr, 10));
+    items.insert(items.end(), {ui::buttons(), ui::push(1, "ok", "OK", IF_DEFAULT), ui::endOf()});
+    const DLG_RES tall{3, "tall", "Tall", items.data(), items.size()};
+    int lost = 0;
+    const WINDOW dialog = open(WD_MODELESS, tall, [&](WINDOW, EVENT& event) {
+      lost += event.type == E_FOCUS && !event.focus.active ? 1 : 0;
+      return 0L;
+    });
+    pump(50);
+    RCT inside, button, place;
+    xvt_vobj_get_client_rect(dialog, &inside);
+    xvt_vobj_get_outer_rect(ctl(dialog, 1), &button);
+    EXPECT_LE(inside.bottom, 1000);
+    EXPECT_LE(button.bottom, inside.bottom);
+    const WIN_DEF definition[] = {{W_DOC, RCT{30, 10, 330, 510}, "Lines", 0, NULL_FNTID, 0}, {}};
+    const WINDOW lines = xvt_win_create_def(definition, TASK_WIN, dispatch, nullptr);
+    pump(50);
+    xvt_vobj_get_outer_rect(lines, &place);
+    EXPECT_EQ(place.right - place.left, 500);
+    EXPECT_EQ(place.bottom - place.top, 300);
+    EXPECT_EQ(lost, 0) << "the keyboard stays in the dialog";
+    xvt_vobj_destroy(dialog);
+  });
+  unsetenv("XENVIRONMENT");
+}
+
 TEST(Core, ADocumentHoldsTextAndScrollBarsOfAnyLength) {
   run(kResources, [] {
     const XVT_FNTID font = xvt_font_create("courier", 12, FS_PLAIN);

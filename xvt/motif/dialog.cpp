@@ -3,6 +3,7 @@
 #include <Xm/BulletinB.h>
 #include <Xm/DrawingA.h>
 #include <Xm/PushB.h>
+#include <Xm/ScrollBar.h>
 #include <Xm/ScrolledW.h>
 
 #include <algorithm>
@@ -37,6 +38,7 @@ void Dialog::build(const DLG_RES& table, bool modal) {
   root_.kind = IK_COLUMN;
   std::size_t at = 0;
   root_.children = buildCells(at, body_, IK_COLUMN);
+  for (const auto& item : items_) enableLabels(*item);
   remeasure();
   place(root_.natural);
 }
@@ -100,11 +102,25 @@ Cell Dialog::leafFor(const DLG_ITEM& line, Widget parent, ITEM_KIND around) {
   const auto item = makeItem(*this, line, parent);
   items_.push_back(item);
   leaves_.push_back(item.get());
-  if (line.id != 0) {
+  if (line.id != 0 && !belongsToField(*table_, line)) {
     Registry::instance().enter(item);
     by_id_[line.id] = item;
   }
   return item->cell();
+}
+
+/// Labels look like their field.
+void Dialog::enableLabels(const Item& field) {
+  if (!isField(field.kind())) return;
+  Item* before = nullptr;
+  for (const auto& item : items_) {
+    const DLG_ITEM& line = item->line();
+    if (line.kind == IK_LABEL && line.id != 0 && line.id == field.line().id) item->setEnabled(field.isEnabled());
+    if (item.get() == &field && before != nullptr && before->kind() == IK_LABEL && before->line().id == 0 &&
+        (before->mnemonic() != 0 || before->title().ends_with(':')))
+      before->setEnabled(field.isEnabled());
+    before = item.get();
+  }
 }
 
 Cell Dialog::headingFor(const DLG_ITEM& card) {
@@ -276,6 +292,20 @@ std::shared_ptr<Item> Dialog::buttonOfField(const Item& field) const {
   for (std::size_t at = 0; at + 1 < items_.size(); ++at)
     if (items_[at].get() == &field && (items_[at + 1]->line().flags & IF_ENTER) != 0) return items_[at + 1];
   return nullptr;
+}
+
+bool Dialog::wheel(Widget over, int lines) {
+  const auto item = itemOf(over);
+  const bool scrolls_itself = item && (item->kind() == IK_LIST || item->kind() == IK_MULTI);
+  Widget bar = nullptr;
+  XtVaGetValues(scroll_, XmNverticalScrollBar, &bar, nullptr);
+  if (bar == nullptr || !XtIsManaged(bar) || scrolls_itself || XtIsSubclass(over, xmScrollBarWidgetClass)) return false;
+  int value = 0, slider = 0, step = 0, page = 0, most = 0;
+  XmScrollBarGetValues(bar, &value, &slider, &step, &page);
+  XtVaGetValues(bar, XmNmaximum, &most, nullptr);
+  const int wanted = std::clamp(value + lines * app().look().lineHeight(), 0, std::max(0, most - slider));
+  if (wanted != value) XmScrollBarSetValues(bar, wanted, slider, step, page, True);
+  return true;
 }
 
 bool Dialog::escapeKey() {

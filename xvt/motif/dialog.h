@@ -24,6 +24,7 @@ class Dialog final : public ShellWindow {
   void settle() override;
   bool mnemonic(KeySym key) override;
   bool returnKey() override;
+  bool wheel(Widget over, int lines) override;
   bool escapeKey() override;
   bool downKey() override;
 
@@ -33,6 +34,7 @@ class Dialog final : public ShellWindow {
   std::shared_ptr<Item> itemOf(Widget widget) const;
   /// Contents changed their size: laid out anew before events are waited for; the window grows if it must.
   void wantLayout() { stale_ = true; }
+  void enableLabels(const Item& field);
   /// Where the keyboard goes when the dialog is shown, if the program has a wish.
   void setFirstFocus(const Item* item) { first_focus_ = item; }
   /// The field being edited, told by the field itself.

@@ -52,6 +52,7 @@ void Item::ready() {
 void Item::setEnabled(bool enabled) {
   enabled_ = enabled;
   XtSetSensitive(outer(), enabled ? True : False);
+  dialog_.enableLabels(*this);
 }
 
 void Item::setVisible(bool visible) {

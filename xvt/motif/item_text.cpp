@@ -34,7 +34,7 @@ TextItem::TextItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : Item(d
   mnemonic_ = line.kind == IK_LABEL ? label.mnemonic : 0;
   const Look& look = app().look();
   const bool status = line.kind == IK_STATUS;
-  const MotifString string(text_);
+  const MotifString string(text_, mnemonic_);
   widget_ = XtVaCreateManagedWidget(
       line.name != nullptr ? line.name : "label", xmLabelWidgetClass, parent, XmNlabelString,
       static_cast<XmString>(string), XmNrenderTable, look.table(faceOf(line)), XmNrecomputeSize, False, XmNalignment,
@@ -94,7 +94,7 @@ void TextItem::show(int width) {
       lines ? text_ : app().look().fitted(faceOf(line_), text_, std::max(1, width - 2 * padding().width));
   if (fitted == shown_) return;
   shown_ = fitted;
-  const MotifString string(shown_);
+  const MotifString string(shown_, mnemonic_);
   XtVaSetValues(widget_, XmNlabelString, static_cast<XmString>(string), nullptr);
   // What is cut can still be read.
   if (line_.help == nullptr) setTooltip(widget_, shown_ == text_ ? std::string() : text_);

@@ -71,6 +71,14 @@ void keepAlt(XKeyEvent* event) {
     event->state |= Mod1Mask;
 }
 
+bool takeWheel(const XButtonEvent* event) {
+  if (event->button != Button4 && event->button != Button5) return false;
+  Widget widget = XtWindowToWidget(event->display, event->window);
+  const auto window = app().windowOf(widget);
+  constexpr int lines = 3;
+  return window && !app().blockerOf(*window) && window->wheel(widget, event->button == Button4 ? -lines : lines);
+}
+
 /// Before Xt sees the event. True when it need not.
 bool takeFirst(XEvent* event) {
   constexpr unsigned buttons = Button1Mask | Button2Mask | Button3Mask;
@@ -89,7 +97,7 @@ bool takeFirst(XEvent* event) {
     case ButtonPress:
       takeClick(&event->xbutton);
       app().setPressed(event->xbutton.button <= 3);
-      return false;
+      return takeWheel(&event->xbutton);
     case ButtonRelease:
       app().setPressed(false);
       return false;

@@ -57,16 +57,23 @@ char* lasting(const char* text) {
   return texts.emplace_back(text).data();
 }
 
-XmRenderTable makeTable(Widget shell, const char* family, int points, bool bold) {
-  std::vector<Arg> args(bold ? 4 : 3);
+constexpr const char* kUnderlined = "underlined";
+
+XmRendition makeRendition(Widget shell, const char* tag, const char* family, int points, bool bold) {
+  std::vector<Arg> args(bold ? 5 : 4);
   XtSetArg(args[0], const_cast<char*>(XmNfontName), lasting(family));
   XtSetArg(args[1], const_cast<char*>(XmNfontType), XmFONT_IS_XFT);
   XtSetArg(args[2], const_cast<char*>(XmNfontSize), points);
-  if (bold) XtSetArg(args[3], const_cast<char*>(XmNfontStyle), lasting("Bold"));
-  XmRendition rendition =
-      XmRenditionCreate(shell, lasting(XmFONTLIST_DEFAULT_TAG), args.data(), static_cast<Cardinal>(args.size()));
-  XmRenderTable table = XmRenderTableAddRenditions(nullptr, &rendition, 1, XmMERGE_REPLACE);
-  XmRenditionFree(rendition);
+  XtSetArg(args[3], const_cast<char*>(XmNunderlineType), tag == kUnderlined ? XmSINGLE_LINE : XmNO_LINE);
+  if (bold) XtSetArg(args[4], const_cast<char*>(XmNfontStyle), lasting("Bold"));
+  return XmRenditionCreate(shell, lasting(tag), args.data(), static_cast<Cardinal>(args.size()));
+}
+
+XmRenderTable makeTable(Widget shell, const char* family, int points, bool bold) {
+  std::array<XmRendition, 2> renditions{makeRendition(shell, XmFONTLIST_DEFAULT_TAG, family, points, bold),
+                                        makeRendition(shell, kUnderlined, family, points, bold)};
+  XmRenderTable table = XmRenderTableAddRenditions(nullptr, renditions.data(), renditions.size(), XmMERGE_REPLACE);
+  for (XmRendition rendition : renditions) XmRenditionFree(rendition);
   keep(table);
   return table;
 }
@@ -211,6 +218,17 @@ std::vector<std::size_t> cuts(const std::string& text) {
 
 MotifString::MotifString(const std::string& text)
     : string_(XmStringGenerate(const_cast<char*>(text.c_str()), nullptr, XmCHARSET_TEXT, nullptr)) {}
+
+MotifString::MotifString(const std::string& text, KeySym mnemonic) : MotifString(text) {
+  const std::size_t at = mnemonic == 0 ? std::string::npos : text.find(static_cast<char>(mnemonic));
+  if (at == std::string::npos) return;
+  const auto part = [&](std::size_t from, std::size_t length, const char* rendition) {
+    return XmStringGenerate(text.substr(from, length).data(), nullptr, XmCHARSET_TEXT, const_cast<char*>(rendition));
+  };
+  XmStringFree(string_);
+  string_ = XmStringConcatAndFree(
+      part(0, at, nullptr), XmStringConcatAndFree(part(at, 1, kUnderlined), part(at + 1, std::string::npos, nullptr)));
+}
 
 void Look::installResources(Display* display) {
   XftFont* font = openFont(display, "sans", kTextSize, false);

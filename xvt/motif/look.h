@@ -37,6 +37,8 @@ constexpr const char* trough = "#eceff3";
 class MotifString {
  public:
   explicit MotifString(const std::string& text);
+  /// With the first of this character underlined, which Motif does for buttons only.
+  MotifString(const std::string& text, KeySym mnemonic);
   ~MotifString() { XmStringFree(string_); }
   MotifString(const MotifString&) = delete;
   MotifString& operator=(const MotifString&) = delete;

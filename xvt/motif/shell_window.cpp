@@ -169,13 +169,12 @@ void ShellWindow::findPlace(WindowWish wish, Extent smallest) {
   for (const auto& other : app().windows())
     if (other.get() != this && other->isVisible()) standing.push_back({other->occupied(), other == from});
   const auto left = leftPlaces().find(name());
-  RCT place;
-  if (left != leftPlaces().end()) {
-    const PNT again = onScreen(screenSize(), left->second, wish.size);
-    place = RCT{again.v, again.h, again.v + wish.size.height, again.h + wish.size.width};
-  } else {
-    place = placeWindow(screenSize(), standing, wish, placeStep());
+  if (!modal_ && left != leftPlaces().end()) {
+    // Back where the user left it, whatever it covers there; but not what it is opened from.
+    wish.place = left->second;
+    std::erase_if(standing, [](const Standing& one) { return !one.opener; });
   }
+  const RCT place = placeWindow(screenSize(), standing, wish, placeStep());
   place_ = corner(place);
   resizeTo(inside(place), smallest);
   XtVaSetValues(shell_, XmNx, static_cast<Position>(place_.h), XmNy, static_cast<Position>(place_.v), nullptr);

@@ -59,6 +59,8 @@ class ShellWindow : public Window, public std::enable_shared_from_this<ShellWind
   /// A character of the keyboard with Alt: true when a control took it.
   virtual bool mnemonic(KeySym) { return false; }
   virtual bool returnKey() { return false; }
+  /// The mouse wheel over a widget, by so many lines; false when the widget itself may have it.
+  virtual bool wheel(Widget, int) { return false; }
   virtual bool escapeKey() { return false; }
   virtual bool downKey() { return false; }
   /// A standard editing command for something that is no Motif text field; false when there is nothing of the kind.
