@@ -123,6 +123,12 @@ PNT onScreen(Extent screen, PNT place, Extent size) {
 }
 
 RCT placeWindow(Extent screen, const std::vector<Standing>& standing, const WindowWish& wish, int step) {
+  const auto holds = [&](const Standing& one) {
+    return one.opener && wish.size.width <= one.place.right - one.place.left &&
+           wish.size.height <= one.place.bottom - one.place.top;
+  };
+  if (wish.is_box && std::any_of(standing.begin(), standing.end(), holds))
+    return at(onScreen(screen, wish.place, wish.size), wish.size);
   const RCT whole{0, 0, screen.height, screen.width};
   WindowWish now = wish;
   Choice choice;

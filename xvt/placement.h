@@ -13,10 +13,11 @@ namespace xvt {
 
 /// What a window asks for.
 struct WindowWish {
-  Extent size;   ///< that it needs
-  Extent least;  ///< that it can do with
-  PNT place;     ///< where it would stand if it were alone
-  RCT bounds;    ///< that it keeps to if it can
+  Extent size;          ///< that it needs
+  Extent least;         ///< that it can do with
+  PNT place;            ///< where it would stand if it were alone
+  RCT bounds;           ///< that it keeps to if it can
+  bool is_box = false;  ///< a question or a note: in the middle of its opener, if that is larger
 };
 
 /// A window that stands already.

@@ -190,7 +190,9 @@ void Dialog::openFitted() {
   remeasure();
   stale_ = false;
   fitted_ = true;
-  open(wishFor(wanted(), dialogPlace(wanted())), root_.least);
+  WindowWish wish = wishFor(wanted(), dialogPlace(wanted()));
+  wish.is_box = isModal() && table_->id == 0;  // the program's own dialogs have numbers
+  open(wish, root_.least);
   startKeyboard();
 }
 
