@@ -26,7 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     return 0;
   }
   (void)std::fseek(file.get(), tpf::HEADER_SIZE, SEEK_SET);
-  tpf::Reader reader(file.get(), LIMIT);
+  tpf::Reader reader(file.get(), LIMIT, "fuzz.tpf");
   std::size_t total = tpf::HEADER_SIZE;
   for (int length = 0; reader.next(buffer.data(), &length) != tpf::Item::Failed;) {
     total += tpf::HEADER_SIZE + static_cast<std::size_t>(length);
