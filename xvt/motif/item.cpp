@@ -65,7 +65,8 @@ void Item::raise() { dialog_.raise(); }
 void Item::takeFocus() {
   if (!dialog_.isVisible()) return dialog_.setFirstFocus(this);
   if (line_.kind == IK_EDIT && dialog_.edited() != this) dialog_.settle();
-  XmProcessTraversal(widget_, XmTRAVERSE_CURRENT);
+  // Going where it is already would be told as leaving and coming back when the pointer is in the window.
+  if (XmGetFocusWidget(dialog_.shell()) != widget_) XmProcessTraversal(widget_, XmTRAVERSE_CURRENT);
 }
 
 RCT Item::clientRect() const {
