@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr int PATH_COLUMNS = 34;
+constexpr int PATH_COLUMNS = 24;
 
 constexpr DLG_ITEM pathValue(int id, const char* name) { return ui::value(id, name, PATH_COLUMNS, "", IF_GROW); }
 
@@ -27,7 +27,7 @@ constexpr DLG_ITEM SEGD_ITEMS[] = {
     ui::grid(3),
     ui::check(SD_LENGTH_OVERRIDE, "override-length-unit", "Set the ~unit of record lengths:", 0,
               "Only for recorders that do not count in tenths of 1.024 s; the wrong unit gives wrong trace lengths"),
-    ui::edit(SD_LENGTH_UNIT, "length-unit", 9, 0, "1.0240 as SEG D has it; 1.0000 when tenths of a second are counted"),
+    ui::edit(SD_LENGTH_UNIT, "length-unit", 6, 0, "1.0240 as SEG D has it; 1.0000 when tenths of a second are counted"),
     ui::label("seconds", SD_LENGTH_UNIT),
     ui::span(3, ui::check(SD_USE_CHANNEL_SETS, "use-channel-sets", "Take t~race lengths from the channel set headers",
                           0, "For channel sets that begin or end within the record, or are sampled more often")),
@@ -36,7 +36,7 @@ constexpr DLG_ITEM SEGD_ITEMS[] = {
     ui::card("Output to disk"),
     ui::row(),
     ui::label("Na~mes begin with:", SD_OUTPUT_NAME),
-    ui::edit(SD_OUTPUT_NAME, "output-name", 12, IF_GROW,
+    ui::edit(SD_OUTPUT_NAME, "output-name", 8, IF_GROW,
              "line makes line_00001.sgd, line_00002.sgd and so on; empty: the chosen file's name"),
     ui::endOf(),
     ui::check(SD_NUMBER_BY_FILE, "number-by-field-file", "~Number files by field file", 0,

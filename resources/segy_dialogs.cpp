@@ -27,7 +27,7 @@ constexpr DLG_ITEM SEGY_ITEMS[] = {
     ui::endOf(),
     ui::card("Sort"),
     ui::check(SY_SORT, "sort", "~Sort the traces"),
-    ui::grid(6),
+    ui::grid(3),
     ui::label("Primary key, b~yte:", SY_PRIMARY_BYTE),
     byteField(SY_PRIMARY_BYTE, "sort-primary-byte"),
     typeField(SY_PRIMARY_TYPE, "sort-primary-type"),

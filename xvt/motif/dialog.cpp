@@ -191,6 +191,7 @@ void Dialog::openFitted() {
   stale_ = false;
   fitted_ = true;
   WindowWish wish = wishFor(wanted(), dialogPlace(wanted()));
+  wish.least = {std::min(root_.least.width, wish.size.width), std::min(root_.least.height, wish.size.height)};
   wish.is_box = isModal() && table_->id == 0;  // the program's own dialogs have numbers
   open(wish, root_.least);
   startKeyboard();
