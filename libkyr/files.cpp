@@ -1,6 +1,7 @@
 #include "libkyr/files.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -31,8 +32,18 @@ int flagsOf(std::string_view mode) {
   const int access = mode.find('+') != std::string_view::npos ? O_RDWR : mode[0] == 'r' ? O_RDONLY : O_WRONLY;
   const int exclusive = mode.find('x') != std::string_view::npos ? O_EXCL : 0;
   if (mode[0] == 'r') return access;
-  return access | O_CREAT | exclusive | (mode[0] == 'a' ? O_APPEND : O_TRUNC);
+  return access | O_CREAT | exclusive | (mode[0] == 'a' ? O_APPEND : 0);
 }
+
+// A file system without locks has nobody who locked the file.
+bool share(int descriptor) {
+  if (flock(descriptor, LOCK_SH | LOCK_NB) == 0 || errno != EWOULDBLOCK) return true;
+  errno = EBUSY;
+  return false;
+}
+
+// What "w" does beyond opening; a pipe or a device cannot be emptied, and need not be.
+bool emptied(int descriptor) { return share(descriptor) && (ftruncate(descriptor, 0) == 0 || errno == EINVAL); }
 
 // Two names of which no file exists yet.
 bool sameNewFile(const std::filesystem::path& a, const std::filesystem::path& b) {
@@ -86,8 +97,9 @@ std::FILE* openStream(const char* path, const char* mode) {
   const int descriptor = ::open(path, flagsOf(mode) | O_NONBLOCK | O_CLOEXEC, newFileMode);
   if (descriptor < 0) return nullptr;
   const int flags = fcntl(descriptor, F_GETFL);
-  std::FILE* const stream =
-      flags >= 0 && fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK) == 0 ? fdopen(descriptor, mode) : nullptr;
+  const bool ready =
+      flags >= 0 && fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK) == 0 && (mode[0] != 'w' || emptied(descriptor));
+  std::FILE* const stream = ready ? fdopen(descriptor, mode) : nullptr;
   if (stream == nullptr) {
     const int reason = errno;
     close(descriptor);
@@ -95,6 +107,8 @@ std::FILE* openStream(const char* path, const char* mode) {
   }
   return stream;
 }
+
+bool keepFromLockers(std::FILE* stream) { return share(fileno(stream)); }
 
 FileHandle openFile(const char* path, const char* mode, std::size_t bufferSize) {
   FileHandle file(openStream(path, mode));

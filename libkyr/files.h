@@ -43,11 +43,16 @@ struct FileCloser {
 /// An open stream, closed at the end of its life. Who writes calls closeFile, to learn what the close had to say.
 using FileHandle = std::unique_ptr<std::FILE, FileCloser>;
 
-/// Opens a file as fopen does, not inherited by started programs, and without waiting for the other side of a pipe.
+/// Opens a file as fopen does, not inherited by started programs, and without waiting for the other side of a pipe. A
+/// mode that empties the file leaves it alone when a job has locked it as its own (see keepFromLockers): errno is
+/// EBUSY.
 /// @return null with errno on a failure
 std::FILE* openStream(const char* path, const char* mode);
 
-/// The same with a buffer of `bufferSize` bytes (0: the C library's). An empty handle, and errno, tell a failure.
+/// As long as the stream is open, no job can lock its file as its own. @return false when one has done so: errno EBUSY
+bool keepFromLockers(std::FILE* stream);
+
+/// openStream with a buffer of `bufferSize` bytes (0: the C library's). An empty handle, and errno, tell a failure.
 FileHandle openFile(const char* path, const char* mode, std::size_t bufferSize = streamBufferSize);
 
 /// Flushes and closes. @return false when an earlier write or the close failed (errno); true for an empty handle

@@ -1,5 +1,6 @@
 #include "quarlo/copy_dlg.h"
 
+#include <cerrno>
 #include <utility>
 
 #include "libkyr/text.h"
@@ -205,7 +206,10 @@ void chooseOutputFile(WINDOW dialog) {
   }
   closeOutput();
   // A job that looks for its inputs at its start may find the chosen file among them: it is emptied by the job, then.
-  const bool opened = (!image && openDiskUnit(&output(), file, "r+b")) || openDiskUnit(&output(), file, "w+b");
+  bool opened = openDiskUnit(&output(), file, image ? "w+b" : "r+b");
+  if (!opened && !image && errno == ENOENT) {
+    opened = openDiskUnit(&output(), file, "w+b");
+  }
   if (!opened) {
     xvt_dm_post_error("Error opening file %s", file.name);
   } else if (image && !raw && !tpf::Writer(output().fp).begin(true)) {

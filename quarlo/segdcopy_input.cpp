@@ -265,7 +265,7 @@ bool SegdDiskInput::isTraceHeader(const char* header) {
   }
   const bool isFirst = !fits;
   if (isFirst) {
-    fits = lengthsFit(SgdParams.useScanHdr);
+    fits = lengthsFit(SgdParams.useScanHdr, false);
   }
   if (!*fits) {
     return complain(position, "the header of trace %d cannot be true; %s.", channelsRead + 1,
@@ -286,8 +286,9 @@ bool SegdDiskInput::isTraceHeader(const char* header) {
 
 /// What is left behind the last trace may be a trailer. Whole traces there mean that lengths were taken wrongly.
 SegdItem SegdDiskInput::endOfTraces() {
-  if (restIsTrailer()) {
-    if (bytesLeft() > 0) {
+  const double least = channelsRead > 0 ? shortestTrace : SEGD_TRACE_HEADER_BYTES + headers.TraceSize;
+  if (restIsTrailer(position, least)) {
+    if (bytesLeft() > 0 && !lengthsFit(SgdParams.useScanHdr, true)) {
       adviseLengths("**");
     }
     return SegdItem::End;
@@ -299,15 +300,17 @@ SegdItem SegdDiskInput::endOfTraces() {
   return SegdItem::Failed;
 }
 
-bool SegdDiskInput::restIsTrailer() const {
-  const double left = bytesLeft();
-  const double least = channelsRead > 0 ? shortestTrace : SEGD_TRACE_HEADER_BYTES + headers.TraceSize;
+bool SegdDiskInput::restIsTrailer(double begin, double least) const {
+  const double left = size - begin;
+  if (left < 0) {
+    return false;
+  }
   if (left < least || left == double{SEGD_BLOCK_BYTES} * headers.trailerBlocks) {
     return true;
   }
   std::vector<char> piece(streamBufferSize);
   const auto end = static_cast<std::uint64_t>(size);
-  for (auto at = static_cast<std::uint64_t>(position); at < end; at += piece.size()) {
+  for (auto at = static_cast<std::uint64_t>(begin); at < end; at += piece.size()) {
     const auto got = readAt(fileno(units->fp), piece.data(), piece.size(), at);
     if (!got || std::any_of(piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(*got),
                             [](char byte) { return byte != '\0'; })) {
@@ -317,9 +320,11 @@ bool SegdDiskInput::restIsTrailer() const {
   return true;
 }
 
-/// Whether the traces, measured one after another in one of the two ways, end with the file or at its trailer.
-bool SegdDiskInput::lengthsFit(bool byChannelSets) const {
+/// Whether the traces, measured one after another in one of the two ways, end with the file or at its trailer;
+/// `exactly` takes none for a trailer that is not announced.
+bool SegdDiskInput::lengthsFit(bool byChannelSets, bool exactly) const {
   SegdHeaders walk = headers;
+  double least = size;
   walk.getRecordSize();
   auto at = static_cast<double>(HeaderRecord.size());
   for (int trace = 0; trace < NumberOfChannels; ++trace) {
@@ -332,15 +337,18 @@ bool SegdDiskInput::lengthsFit(bool byChannelSets) const {
     if (walk.TraceSize < 0) {
       return false;
     }
-    at += traceHeaderBytes(begin.data()) + walk.TraceSize;
+    const double length = traceHeaderBytes(begin.data()) + walk.TraceSize;
+    least = std::min(least, length);
+    at += length;
   }
-  return at == size || at + double{SEGD_BLOCK_BYTES} * headers.trailerBlocks == size;
+  return at == size || at + double{SEGD_BLOCK_BYTES} * headers.trailerBlocks == size ||
+         (!exactly && restIsTrailer(at, least));
 }
 
 /// Names the option that takes lengths the other way, if these fit. @param mark of the line
 void SegdDiskInput::adviseLengths(const char* mark) const {
   const bool other = !SgdParams.useScanHdr;
-  if (units->fp != nullptr && NumberOfChannels > 0 && lengthsFit(other)) {
+  if (units->fp != nullptr && NumberOfChannels > 0 && lengthsFit(other, true)) {
     logMessagef(
         "  %s The lengths %s would fit %s exactly: turn \"Take trace lengths from the channel set headers\" %s.", mark,
         other ? "in the channel set headers" : "of the record", InputFileName.c_str(), other ? "on" : "off");

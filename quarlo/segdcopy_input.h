@@ -83,8 +83,8 @@ class SegdDiskInput : public SegdInput {
   bool measureTrace(std::size_t* headerBytes);
   bool isTraceHeader(const char* header);
   SegdItem endOfTraces();
-  bool restIsTrailer() const;
-  bool lengthsFit(bool byChannelSets) const;
+  bool restIsTrailer(double begin, double least) const;
+  bool lengthsFit(bool byChannelSets, bool exactly) const;
   void adviseLengths(const char* mark) const;
   std::span<const char> zeroed(std::span<const char> trace, std::size_t headerBytes);
   /// Says what is wrong at a 0-based place of the file. @return false

@@ -7,6 +7,7 @@
 #include "libkyr/text.h"
 #include "quarlo/segdcopy_params.h"
 #include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/diskunit.h"
 
 namespace {
 
@@ -76,6 +77,7 @@ bool SegdOutput::openFile(const std::string& path) {
   // The pieces come through a buffer of their own.
   stream = ::openFile(path.c_str(), "wb", 0);
   if (!stream) {
+    sayIfLocked(path);
     logMessagef("  *** Error opening output file %s - job will abort.", path.c_str());
     return false;
   }

@@ -100,21 +100,29 @@ ListLine parse(const char* text) {
     return line;
   }
   const std::string_view word = behind.substr(0, behind.find_first_of(" \t\r\n\v\f"));
+  const auto mayBeMeant = [](std::string_view remark) {
+    return remark.find_first_of("-0123456789") != std::string_view::npos;  // another remark is no loss
+  };
   if (word != "-") {
-    line.lostRest = behind.find_first_of("-0123456789") != std::string_view::npos;  // a remark is no loss
+    line.lostRest = mayBeMeant(behind);
     return line;
   }
   const char* const last = behind.data() + word.size();
   const int end = leadingNumber(last, &rest);
   line.range.end = rest == last ? line.range.start : std::max(line.range.start, end);
+  line.lostRest = mayBeMeant(rest);
   return line;
 }
 
 void warnOfLine(const ListLine& line, int number, const std::string& text, const std::string& path) {
-  if (!line.isNumber || line.lostRest) {
-    logMessagef("  ** Line %d of %s is taken as %d only: %s", number, path.c_str(), line.range.start,
-                text.substr(0, 60).c_str());
+  if (line.isNumber && !line.lostRest) {
+    return;
   }
+  const IntRange range = line.range;
+  const std::string taken =
+      range.start == range.end ? formatText("%d", range.start) : formatText("%d - %d", range.start, range.end);
+  logMessagef("  ** Line %d of %s is taken as %s only: %s", number, path.c_str(), taken.c_str(),
+              text.substr(0, 60).c_str());
 }
 
 int readList(const std::string& path, SortedIntArray* list) {

@@ -268,9 +268,11 @@ SegyItem SegyTapeInput::nextTape() {
   }
   reader.place.nextTape();
   if (!SgyParams.multipleIn) {
-    if (tlv_skip_blocks(units, 0, REEL_HEADERS) == 0) {
-      reader.place.passBlocks(REEL_HEADERS);
+    if (tlv_skip_blocks(units, 0, REEL_HEADERS) != 0) {
+      console_out("  *** The two header blocks of this tape could not be skipped.");
+      return SegyItem::Failed;
     }
+    reader.place.passBlocks(REEL_HEADERS);
     return SegyItem::Nothing;
   }
   return readEbcdic() ? beginInput() : SegyItem::Failed;

@@ -80,7 +80,7 @@ DirectoryFiles listFiles(const DIRECTORY& directory, const char* pattern) {
          element = xvt_slist_get_next(list.get(), element)) {
       const std::string name = xvt_slist_get_text(list.get(), element);
       struct stat facts {};
-      const bool isOther = stat(name.c_str(), &facts) == 0 && !S_ISREG(facts.st_mode);
+      const bool isOther = stat(name.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode);
       if (name != "..") {
         (isOther ? found.others : found.names).push_back(name);
       }

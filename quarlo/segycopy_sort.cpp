@@ -77,7 +77,7 @@ bool SortStore::claim(TempFile* file, const std::string& path, const char* failu
     case TempFile::Claim::Taken:
       return true;
     case TempFile::Claim::InUse:
-      console_printf("  *** %s is in use by another sort: choose a sort file in another directory.", path.c_str());
+      console_printf("  *** %s is in use by another job: choose a sort file in another directory.", path.c_str());
       return false;
     case TempFile::Claim::NoLocks:
       console_printf("  *** %s cannot be locked (%s): choose a sort file on another disk.", path.c_str(),

@@ -13,8 +13,8 @@ constexpr DLG_ITEM autoLoad = ui::check(DRV_AUTO_LOAD, "auto-load", "~Automatic 
                                         "The drive has a stacker or a loader that puts in the next tape by itself");
 constexpr DLG_ITEM waitLabel = ui::label("~Wait before the next tape:", DRV_WAIT_LABEL);
 constexpr DLG_ITEM waitUnit = ui::label("minutes", DRV_WAIT_UNIT);
-constexpr DLG_ITEM ok = ui::push(DRV_OK, "ok", "~OK", IF_DEFAULT);
-constexpr DLG_ITEM cancel = ui::push(DRV_CANCEL, "cancel", "~Cancel", IF_CANCEL);
+constexpr DLG_ITEM ok = ui::push(DRV_OK, "ok", "OK", IF_DEFAULT);
+constexpr DLG_ITEM cancel = ui::push(DRV_CANCEL, "cancel", "Cancel", IF_CANCEL);
 
 constexpr DLG_ITEM inputDrive[] = {
     ui::label("Drives by host and ~id:"),

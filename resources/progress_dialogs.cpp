@@ -32,8 +32,8 @@ constexpr DLG_ITEM errorOptions[] = {
     ui::endOf(),
     ui::buttons(),
     ui::glue(),
-    ui::push(ERR_OK, "ok", "~OK", IF_DEFAULT),
-    ui::push(ERR_CANCEL, "cancel", "~Cancel", IF_CANCEL),
+    ui::push(ERR_OK, "ok", "OK", IF_DEFAULT),
+    ui::push(ERR_CANCEL, "cancel", "Cancel", IF_CANCEL),
     ui::endOf(),
 };
 

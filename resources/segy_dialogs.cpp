@@ -49,7 +49,7 @@ constexpr DLG_ITEM SEGY_ITEMS[] = {
     ui::card("Inputs and outputs"),
     ui::row(),
     ui::check(SY_MULTIPLE_IN, "multiple-inputs", "Several ~inputs", 0,
-              "All *.sgy files of the input's directory, or all SEG Y files on the input tapes"),
+              "All *.sgy files of the input's folder, or all SEG Y files on the input tapes"),
     ui::check(SY_CONCATENATE, "join-inputs", "~Join them into one output", 0,
               "Without this each input gets an output of its own"),
     ui::glue(),
@@ -75,15 +75,17 @@ constexpr const char* POINT_HELP = "A corner of the polygon: its value of this k
 
 constexpr DLG_ITEM pointField(int id, const char* name) { return ui::edit(id, name, 14, 0, POINT_HELP); }
 
-#define POLYGON_HEAD ui::label("Point"), ui::label("Primary"), ui::label("Secondary")
-#define POLYGON_ROW(NUMBER, TEXT)                                                 \
-  ui::label(TEXT), pointField(PG_FIRST_PRIMARY + (NUMBER)-1, "primary-" #NUMBER), \
+#define POLYGON_HEAD                                                            \
+  ui::label("Point", PG_FIRST_PRIMARY), ui::label("Primary", PG_FIRST_PRIMARY), \
+      ui::label("Secondary", PG_FIRST_SECONDARY)
+#define POLYGON_ROW(NUMBER, TEXT)                                                                                \
+  ui::label(TEXT, PG_FIRST_PRIMARY + (NUMBER)-1), pointField(PG_FIRST_PRIMARY + (NUMBER)-1, "primary-" #NUMBER), \
       pointField(PG_FIRST_SECONDARY + (NUMBER)-1, "secondary-" #NUMBER)
 
 constexpr DLG_ITEM POLYGON_ITEMS[] = {
     ui::row(),
     ui::card("Points"),
-    ui::radio(PG_TYPED, "typed", "~Typed below", 0, "The log of kept values goes to the working directory"),
+    ui::radio(PG_TYPED, "typed", "~Typed below", 0, "The log of kept values goes to the folder of the program"),
     ui::radio(PG_FROM_FILE, "from-file", "From a ~file", 0,
               "First the number of points, then a line with both values for each"),
     ui::endOf(),

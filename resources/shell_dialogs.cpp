@@ -25,7 +25,7 @@ constexpr DLG_ITEM about[] = {
     ui::endOf(),
     ui::buttons(),
     ui::glue(),
-    ui::push(ABOUT_OK, "ok", "~OK", IF_DEFAULT | IF_CANCEL),
+    ui::push(ABOUT_OK, "ok", "OK", IF_DEFAULT | IF_CANCEL),
     ui::endOf(),
 };
 

@@ -58,8 +58,8 @@ constexpr DLG_ITEM skipFiles[] = {
     ui::hint(backward),
     ui::buttons(),
     ui::glue(),
-    ui::push(SKIP_OK, "ok", "~OK", IF_DEFAULT),
-    ui::push(SKIP_CANCEL, "cancel", "~Cancel", IF_CANCEL),
+    ui::push(SKIP_OK, "ok", "OK", IF_DEFAULT),
+    ui::push(SKIP_CANCEL, "cancel", "Cancel", IF_CANCEL),
     ui::endOf(),
 };
 
@@ -71,8 +71,8 @@ constexpr DLG_ITEM skipRecords[] = {
     ui::hint(backward),
     ui::buttons(),
     ui::glue(),
-    ui::push(SKIP_OK, "ok", "~OK", IF_DEFAULT),
-    ui::push(SKIP_CANCEL, "cancel", "~Cancel", IF_CANCEL),
+    ui::push(SKIP_OK, "ok", "OK", IF_DEFAULT),
+    ui::push(SKIP_CANCEL, "cancel", "Cancel", IF_CANCEL),
     ui::endOf(),
 };
 
@@ -142,7 +142,7 @@ constexpr DLG_ITEM tapePosition[] = {
     ui::buttons(),
     ui::push(TP_REWIND, "rewind", "~Rewind"),
     ui::glue(),
-    ui::push(TP_OK, "ok", "~OK", IF_DEFAULT | IF_CANCEL),
+    ui::push(TP_OK, "ok", "OK", IF_DEFAULT | IF_CANCEL),
     ui::endOf(),
 };
 

@@ -69,7 +69,8 @@ constexpr std::array DIR_ITEMS = {
 constexpr DLG_RES FILE_TABLE = {0, "file-box", "File", FILE_ITEMS.data(), FILE_ITEMS.size()};
 constexpr DLG_RES DIR_TABLE = {0, "dir-box", "Folder", DIR_ITEMS.data(), DIR_ITEMS.size()};
 
-constexpr const char* PLACE_HINT = "Any name will do, free or taken; without one the folder shown is taken.";
+constexpr const char* PLACE_HINT =
+    "Any name will do, also one that is there already; without a name it is the folder shown.";
 
 enum class Purpose { open, save, place, directory };
 

@@ -136,8 +136,11 @@ bool Player::answerFileBox() {
   probe::Refusal why;
   if (answer.path) why = probe::type(probe::control(box, "name"), *answer.path);
   if (!why) why = probe::press(probe::control(box, answer.path ? "ok" : "cancel"));
-  const bool stillOpen = state_ == State::running && xvt_vobj_is_valid(box) && !xvt_app_is_ending();
-  if (!stillOpen) return true;
+  const auto isOpen = [&] { return state_ == State::running && xvt_vobj_is_valid(box) && !xvt_app_is_ending(); };
+  // A folder's name only goes there; that it is meant itself takes a second press.
+  if (!why && answer.path && isOpen() && shownText(probe::control(box, "name")).empty())
+    why = probe::press(probe::control(box, "ok"));
+  if (!isOpen()) return true;
   const WINDOW hint = probe::control(box, "hint");
   const std::string words = why ? *why : hint != NULL_WIN ? shownText(hint) : "";
   if (!words.empty())

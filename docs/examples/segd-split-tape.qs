@@ -23,12 +23,9 @@ wait window input-drive 5
 select input-drive.drives 0
 press input-drive.ok
 
-# The directory is chosen by any file in it.
-run "touch $OUTPUT/field.sgd"
-answer-file $OUTPUT/field.sgd
+answer-file $OUTPUT
 press copy.output-disk
 wait enabled copy.start 5
-run "rm $OUTPUT/field.sgd"
 
 # One tape; for a stack of them, automatic loading is an option of the drive.
 answer input-continue.stop

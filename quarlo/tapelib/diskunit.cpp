@@ -19,6 +19,14 @@ FileHandle& streamOf(const UnitStruct* unit) {
 
 }  // namespace
 
+void sayIfLocked(const std::string& path) {
+  const int reason = errno;
+  if (reason == EBUSY) {
+    console_printf("  *** %s is a temporary file of a job that runs: choose another output.", path.c_str());
+  }
+  errno = reason;
+}
+
 std::string pathOf(const FILE_SPEC& file) { return joinPath(fieldText(file.dir.path), fieldText(file.name)); }
 
 bool isSameFile(const FILE_SPEC& one, const FILE_SPEC& other) {
@@ -26,11 +34,15 @@ bool isSameFile(const FILE_SPEC& one, const FILE_SPEC& other) {
 }
 
 bool openDiskUnit(UnitStruct* unit, const FILE_SPEC& file, const char* mode) {
+  const bool isInput = std::string_view(mode) == "rb";
   FileHandle stream = openFile(pathOf(file).c_str(), mode);
-  if (!stream) {
+  if (!stream || (!isInput && !keepFromLockers(stream.get()))) {
+    if (!isInput) {
+      sayIfLocked(pathOf(file));
+    }
     return false;
   }
-  if (std::string_view(mode) == "rb" && !fileSize(stream.get())) {
+  if (isInput && !fileSize(stream.get())) {
     errno = EINVAL;
     return false;
   }

@@ -12,6 +12,9 @@ std::string pathOf(const FILE_SPEC& file);
 /// True when both specifications lead to one file, by whatever path.
 bool isSameFile(const FILE_SPEC& one, const FILE_SPEC& other);
 
+/// Says so when an output could not be opened (errno) because a job has locked it as its own.
+void sayIfLocked(const std::string& path);
+
 /// Opens `file` as this unit: fp, fs, name, type, state and, as block limit, the tape buffer's size. The unit must be
 /// closed. What is only read has to be a regular file: a pipe or a device has no size and no places.
 /// @return false with errno when the file could not be opened; the unit is then unchanged

@@ -270,6 +270,9 @@ TEST_F(SegdDiskTest, ChannelSetsThatAreNoNumbersAreWarnedOfWhereTheLengthsFit) {
       consoleHas("  ** a.segd, byte 97: the scan type (0xAB) or channel set (0x01) of trace 1 is no number; the trace "
                  "lengths fit the file, and it is copied."));
   EXPECT_TRUE(lineWith("  ** a.segd, byte 157").empty());  // once for a file
+  writeFile(folder.path("in/a.segd"), bytes + std::string(512, '\0'));
+  EXPECT_EQ(copyFiles(), 0);
+  EXPECT_EQ(out("line_00001.sgd"), bytes);
   writeFile(folder.path("in/a.segd"), bytes.substr(0, bytes.size() - 1));
   EXPECT_EQ(copyFiles(), -1);
   EXPECT_TRUE(

@@ -248,10 +248,14 @@ TEST_F(SegyDiskTest, TemporaryFilesBelongToOneJobAtATime) {
     ASSERT_EQ(flock(fileno(theirs.get()), LOCK_EX), 0);
     EXPECT_EQ(copyFile("in.sgy"), JOB_FAILED);
     EXPECT_TRUE(consoleHas("  *** " + folder.path(byLink ? "links/other.tmp" : name) +
-                           " is in use by another sort: choose a sort file in another directory."));
+                           " is in use by another job: choose a sort file in another directory."));
     EXPECT_EQ(readFile(name), "another program's");
     EXPECT_FALSE(exists("other.tmp"));
     EXPECT_FALSE(exists("links/SegyCopy.idx"));
+    EXPECT_FALSE(openDiskUnit(&units[1], specOf(name), "w+b"));
+    EXPECT_TRUE(
+        consoleHas("  *** " + folder.path(name) + " is a temporary file of a job that runs: choose another output."));
+    EXPECT_EQ(readFile(name), "another program's");
     std::filesystem::remove(name);
   }
 }
@@ -454,7 +458,7 @@ void makePipe(const std::string& path) { ASSERT_EQ(mkfifo(path.c_str(), 0600), 0
 TEST_F(SegyManyTest, NothingToCopyOrAFileThatCannotBeOpened) {
   makePipe(folder.path("pipe"));
   std::filesystem::create_symlink("../pipe", folder.path("in/a0.sgy"));
-  std::filesystem::create_symlink("/dev/null", folder.path("in/dev.sgy"));
+  std::filesystem::create_symlink("nothing", folder.path("in/dev.sgy"));
   std::filesystem::create_directory(folder.path("in/old.sgy"));
   openOutputFile("line.sgy");
   EXPECT_FALSE(openDiskUnit(&units[0], specOf("pipe"), "rb"));
@@ -465,9 +469,9 @@ TEST_F(SegyManyTest, NothingToCopyOrAFileThatCannotBeOpened) {
   for (const char* name : {"a0.sgy", "dev.sgy", "old.sgy"}) {
     EXPECT_EQ(count("  ** " + std::string(name) + " is no regular file and is not copied."), 1);
   }
-  std::filesystem::remove(folder.path("in/b.sgy"));
-  std::filesystem::create_symlink("nowhere", folder.path("in/b.sgy"));
+  toolkit.onPump = [&](long) { std::filesystem::remove(folder.path("in/b.sgy")); };
   EXPECT_EQ(copyFile("in/a.sgy"), JOB_FAILED);
+  toolkit.onPump = nullptr;
   EXPECT_TRUE(consoleHas("***  Error opening file b.sgy"));
   EXPECT_TRUE(consoleHas("1 segy files processed."));
   std::filesystem::create_directory("none");

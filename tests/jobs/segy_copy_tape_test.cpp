@@ -158,6 +158,11 @@ TEST_F(SegyTapeTest, GoesOnWithTheNextReelBehindItsHeaders) {
   EXPECT_EQ(copyTape("out.sgy"), JOB_OK);
   EXPECT_EQ(output(), joined(reel({trace(1), trace(2), trace(5)})));
   EXPECT_EQ(count("2 blocks skipped forward."), 2);
+  loadBoth(reel({trace(1)}) + CLOSING);
+  makeCartridge("two.tap", Tape{MARK} + reel({trace(2)}) + CLOSING);
+  nextInputIs("two.tap");
+  EXPECT_EQ(copyTape("out.sgy"), JOB_FAILED);
+  EXPECT_TRUE(consoleHas("  *** The two header blocks of this tape could not be skipped."));
 }
 
 TEST_F(SegyTapeTest, MagazinesFeedTheInputAndTakeTheVolumes) {
