@@ -20,15 +20,21 @@ long overlap(const RCT& one, const RCT& other) {
   return width > 0 && height > 0 ? width * height : 0;
 }
 
+long hundredths(long pixels, const RCT& of) {
+  const long all = std::max(1L, overlap(of, of));
+  return (100 * pixels + all - 1) / all;
+}
+
 /// What a window there would hide of the others, in pixels; those of a newer window, which is the one in use, count
 /// more, those of the opener more than all others together.
 long hidden(const RCT& place, const Windows& standing) {
-  constexpr long openersWeight = 1'000'000;
+  constexpr long openersWeight = 1'000'000'000;  // for each hundredth, or a few pixels would outweigh all else
   long sum = 0;
   long weight = 0;
   for (const Standing& one : standing) {
     ++weight;
-    sum += (one.opener ? openersWeight : weight * weight) * overlap(place, one.place);
+    const long common = overlap(place, one.place);
+    sum += one.opener ? openersWeight * hundredths(common, one.place) : weight * weight * common;
   }
   return sum;
 }
@@ -62,7 +68,7 @@ struct Choice {
 };
 
 /// Of this size, within these bounds: free before hiding little, near the wish before far from it.
-Choice leastHiding(const RCT& bounds, const Windows& standing, Extent size, PNT wished, int step) {
+Choice leastHidingApart(const RCT& bounds, const Windows& standing, Extent size, PNT wished, int step) {
   const Edges edges(standing);
   std::pair<long, long> least{LONG_MAX, LONG_MAX};
   Choice best{at(wished, size)};
@@ -75,6 +81,14 @@ Choice leastHiding(const RCT& bounds, const Windows& standing, Extent size, PNT 
       best = {place, cost.first};
     }
   return best;
+}
+
+/// The same; windows touch each other where less is hidden then.
+Choice leastHiding(const RCT& bounds, const Windows& standing, Extent size, PNT wished, int step) {
+  const Choice apart = leastHidingApart(bounds, standing, size, wished, step);
+  if (apart.hides == 0) return apart;
+  const Choice touching = leastHidingApart(bounds, standing, size, wished, 0);
+  return touching.hides < apart.hides ? touching : apart;
 }
 
 /// The best free room between the least and the wished size. Width counts twice: a line that is not there can be
