@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "libkyr/text.h"
+#include "quarlo/tapelib/homefolder.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 
 namespace {
@@ -20,11 +21,15 @@ void withControl(WINDOW dialog, int control, Use use) {
 using FileBox = FL_STATUS (*)(FILE_SPEC* file, const char* title);
 
 bool chooseFile(FileBox box, FILE_SPEC* file, const char* extension, const char* title) {
+  // From the first choice on the boxes remember their folder.
+  static bool hasChosen = false;
   FILE_SPEC choice = *file;
   copyText(choice.type, extension);
+  if (!hasChosen && choice.dir.path[0] == '\0') copyText(choice.dir.path, homeFolder());
   const FL_STATUS status = box(&choice, title);
   if (status == FL_BAD) xvt_dm_post_error("Error getting file name.");
   if (status != FL_OK) return false;
+  hasChosen = true;
   *file = choice;
   return true;
 }

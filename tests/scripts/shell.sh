@@ -37,6 +37,14 @@ menu companion-2
 wait window note-box 5
 press note-box.ok
 
+# The first file box shows the folder of the program.
+press main.image-copy
+press copy.input-disk
+wait window file-box 5
+expect like file-box.folder "*/work"
+press file-box.cancel
+close copy
+
 # The main dialog and the console go and come back.
 close main
 wait no-window main 5
