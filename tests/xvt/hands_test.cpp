@@ -31,17 +31,19 @@ constexpr RESOURCES kResources = {nullptr, 0, &kTable, 1};
 
 Widget widgetOf(WINDOW control) { return Registry::instance().find<Item>(control)->widget(); }
 
-/// Real hands, from the corner of a control on; the program goes on meanwhile.
-void hands(WINDOW control, const std::string& what) {
+/// Real hands, with the pointer somewhere; the program goes on meanwhile.
+void hands(int x, int y, const std::string& what, int milliseconds = 400) {
+  const std::string line = "xdotool mousemove " + std::to_string(x) + " " + std::to_string(y) + " " + what + " &";
+  EXPECT_EQ(std::system(line.c_str()), 0);
+  pump(milliseconds);
+}
+
+void click(WINDOW control, unsigned button) {
   Position x = 0;
   Position y = 0;
   XtTranslateCoords(widgetOf(control), 12, 12, &x, &y);
-  const std::string line = "xdotool mousemove " + std::to_string(x) + " " + std::to_string(y) + " " + what + " &";
-  EXPECT_EQ(std::system(line.c_str()), 0);
-  pump(400);
+  hands(x, y, "click " + std::to_string(button));
 }
-
-void click(WINDOW control, unsigned button) { hands(control, "click " + std::to_string(button)); }
 
 /// Refuses what the owner has been asked for, late as it is.
 void refuseRequests(Display* owner) {
@@ -204,6 +206,27 @@ TEST(Hands, KeysMeanAButtonOnlyWhereTheyMay) {
       EXPECT_EQ(at, keys.size());
       onTick(nullptr);
     }
+  });
+}
+
+TEST(Hands, KeysActOnlyWhereTheyWerePressed) {
+  run(kResources, [] {
+    const auto start = [](WINDOW window, EVENT& event) {
+      if (event.type != E_CONTROL || event.ctl.what != CTL_PRESS) return 0L;
+      xvt_vobj_set_enabled(ctl(window, 5), false);
+      open(WD_MODELESS, kPlain);
+      return 0L;
+    };
+    const WINDOW window = open(WD_MODELESS, kTable, start);
+    pump(30);
+    hands(9999, 9999, "keydown alt keydown o sleep 1 keyup o keyup alt", 1500);
+    EXPECT_EQ(std::ranges::count(seen(), "press 5"), 1);  // held, it does not press the next window's button
+    EXPECT_EQ(probe::key(window, "space"), std::nullopt);
+    EXPECT_EQ(std::ranges::count(seen(), "press 6"), 0);  // nor the control after the one that was disabled
+    xvt_list_add(ctl(window, 3), -1, "row");
+    xvt_vobj_set_focus(ctl(window, 3));
+    hands(9999, 9999, "key space sleep 0.3 key Escape sleep 0.3 key space", 1200);
+    EXPECT_NE(app().choosing(), nullptr);  // without a window manager the keyboard comes back from a list
   });
 }
 

@@ -211,6 +211,11 @@ void Dialog::startKeyboard() {
   if (XmGetFocusWidget(shell()) != widget) XmProcessTraversal(widget, XmTRAVERSE_CURRENT);
 }
 
+void Dialog::restKeyboard() {
+  XtVaSetValues(rest_, XmNtraversalOn, True, nullptr);
+  XmProcessTraversal(rest_, XmTRAVERSE_CURRENT);
+}
+
 void Dialog::refresh() {
   if (!stale_ || !fitted_ || isDying()) return;
   stale_ = false;

@@ -35,6 +35,8 @@ class Dialog final : public ShellWindow {
   /// Contents changed their size: laid out anew before events are waited for; the window grows if it must.
   void wantLayout() { stale_ = true; }
   void enableLabels(const Item& field);
+  /// Takes the keyboard from the control that has it; no other control gets it.
+  void restKeyboard();
   /// Where the keyboard goes when the dialog is shown, if the program has a wish.
   void setFirstFocus(const Item* item) { first_focus_ = item; }
   /// The field being edited, told by the field itself.

@@ -51,6 +51,8 @@ void Item::ready() {
 
 void Item::setEnabled(bool enabled) {
   enabled_ = enabled;
+  // Motif would lead the keyboard on to the next control, and keys that are on their way would act there.
+  if (!enabled && dialog_.isVisible() && XmGetFocusWidget(dialog_.shell()) == widget_) dialog_.restKeyboard();
   XtSetSensitive(outer(), enabled ? True : False);
   dialog_.enableLabels(*this);
 }

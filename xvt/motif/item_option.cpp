@@ -183,7 +183,11 @@ void OptionItem::createList() {
   };
   onCallback(list_, XmNbrowseSelectionCallback, chosen);
   onCallback(list_, XmNdefaultActionCallback, chosen);
-  onCallback(popup_, XmNpopdownCallback, [this](XtPointer) { forgetList(); });
+  onCallback(popup_, XmNpopdownCallback, [this](XtPointer) {
+    forgetList();
+    // Without a window manager nobody else gives the keyboard back.
+    if (appIfRunning() != nullptr && !app().hasWindowManager()) dialog_.takeFocus();
+  });
   fillList();
 }
 

@@ -1,5 +1,6 @@
 #include "xvt/motif/keys.h"
 
+#include <X11/XKBlib.h>
 #include <X11/keysym.h>
 
 #include <cstring>
@@ -27,11 +28,42 @@ KeySym lower(KeySym key) { return key >= XK_A && key <= XK_Z ? key - XK_A + XK_a
 
 bool isReturn(KeySym key) { return key == XK_Return || key == XK_KP_Enter; }
 
+/// The key that is down, and the window or the option list in which it was pressed; none for a menu.
+struct HeldKey {
+  unsigned code = 0;
+  WINDOW place = NULL_WIN;
+};
+
+HeldKey& heldKey() {
+  static HeldKey held;
+  return held;
+}
+
+/// A key that is held repeats in the window that it opened, where nobody has pressed it. Once it has been kept from
+/// one window it does nothing until it is let go.
+bool isHeldFromElsewhere(const XKeyEvent& event, WINDOW place) {
+  if (event.send_event != False) return false;  // never held
+  HeldKey& held = heldKey();
+  if (held.code != event.keycode) held = {event.keycode, place};
+  if (place != NULL_WIN && held.place != place) held.place = NULL_WIN;
+  return place != NULL_WIN && held.place == NULL_WIN;
+}
+
+/// The key may have been let go where nobody told us.
+void checkHeldKey(Display* display) {
+  char down[32];
+  XQueryKeymap(display, down);
+  const unsigned code = heldKey().code;
+  if ((down[code / 8 % sizeof down] & (1 << code % 8)) == 0) heldKey() = {};
+}
+
 /// True when the key has done its work and Xt need not see it.
 bool takeKey(XKeyEvent* event) {
-  if (OptionItem* list = app().choosing()) return list->listKey(XLookupKeysym(event, 0)), true;
   Widget widget = XtWindowToWidget(event->display, event->window);
   const auto window = app().windowOf(widget);
+  OptionItem* list = app().choosing();
+  if (isHeldFromElsewhere(*event, list != nullptr ? list->handle() : window ? window->handle() : NULL_WIN)) return true;
+  if (list != nullptr) return list->listKey(XLookupKeysym(event, 0)), true;
   if (!window) return false;  // a menu or a pop-up list: its own keys
   if (app().blockerOf(*window)) return true;
   const KeySym key = lower(XLookupKeysym(event, 0));
@@ -85,6 +117,7 @@ bool takeFirst(XEvent* event) {
   switch (event->type) {
     case KeyRelease:
       keepAlt(&event->xkey);
+      if (event->xkey.keycode == heldKey().code) heldKey() = {};
       return false;
     case KeyPress:
       keepAlt(&event->xkey);
@@ -102,6 +135,7 @@ bool takeFirst(XEvent* event) {
       app().setPressed(false);
       return false;
     default:
+      if (event->type == FocusIn && isOfShell(event->xfocus)) checkHeldKey(event->xfocus.display);
       app().setLeavingWindow(event->type == FocusOut && isOfShell(event->xfocus));
       return isStrayFocus(event->xfocus);
   }
@@ -120,6 +154,7 @@ Boolean dispatch(XEvent* event) {
 }  // namespace
 
 void installKeys(Display* display) {
+  XkbSetDetectableAutoRepeat(display, True, nullptr);  // a key that repeats is not let go in between
   for (const int type : {KeyPress, KeyRelease, ButtonPress, ButtonRelease, FocusIn, FocusOut}) {
     XtEventDispatchProc next = XtSetEventDispatcher(display, type, dispatch);
     if (next != dispatch) nextDispatchers()[type] = next;

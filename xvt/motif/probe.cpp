@@ -68,6 +68,7 @@ void sendKey(Widget focus, KeySym key, unsigned modifiers) {
   Display* display = XtDisplay(focus);
   XEvent event{};
   event.xkey.type = KeyPress;
+  event.xkey.send_event = True;
   event.xkey.display = display;
   event.xkey.window = XtWindow(focus);
   event.xkey.root = RootWindowOfScreen(XtScreen(focus));
