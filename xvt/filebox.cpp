@@ -269,8 +269,9 @@ bool FileBox::goToTypedFolder() {
 
 void FileBox::goUp() { goTo(xvt::joinPath(directory_, "..")); }
 
-/// Makes a folder of the typed name and goes there.
+/// Makes a folder of the typed name and goes there. The next thing to type is a name, whatever came of it.
 void FileBox::makeFolder() {
+  xvt_vobj_set_focus(control(FB_NAME));
   const std::string name = nameField_.get(control(FB_NAME));
   if (name.empty()) return hint("Type the new folder's name.");
   const std::string path = xvt::joinPath(directory_, name);
