@@ -105,7 +105,7 @@ bool closeOutputTapes(UnitStruct* units, JobEnd end, int marks, void (*tell)(con
     if (unit.state != 1 || spared || tlv_position_lost(units, uNum)) {
       continue;
     }
-    const bool written = tlv_weof(units, uNum, unit.lastWritten == LW_BLOCK ? 2 : marks) == 0;
+    const bool written = tlv_weof(units, uNum, unit.lastWritten == LW_MARK ? marks : 2) == 0;
     whole = whole && written;
     wrote = wrote || written;
   }

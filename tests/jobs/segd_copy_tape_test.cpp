@@ -375,7 +375,7 @@ TEST_F(SegdTapeTest, ATapeEndsBehindTheFileThatExceedsTheLimit) {
   nextOutputIs("two.tap");
   EXPECT_EQ(copyFilesToTape("in/f1.segd"), 0);
   EXPECT_EQ(tapeIn("out.tap"), fileOf(1).tape() + fileOf(2).tape() + fileOf(3).tape() + END + END);
-  EXPECT_EQ(tapeIn("two.tap"), Tape{MARK});  // the next tape was accepted and takes the closing mark
+  EXPECT_EQ(tapeIn("two.tap"), (Tape{MARK, MARK}));  // the next tape was accepted and takes the closing marks
 
   SgdParams.byteLimit = 2 * bytes - 1;
   nextOutputIs("two.tap");
