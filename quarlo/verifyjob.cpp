@@ -45,8 +45,8 @@ class VerifyInput {
   const char* name() const { return number == 0 ? "first input" : "second input"; }
 
   /// @param wanted what a tape read asks for, @param length receives the block's bytes, else 0
-  /// @param mayEnd whether a file may end here: elsewhere it ends with two marks, or it is not whole
-  Shown next(int wanted, char* buffer, int* length, bool mayEnd);
+  /// A file ends behind two marks in a row, or it is not whole.
+  Shown next(int wanted, char* buffer, int* length);
   /// The next tape is in the drive.
   void begin() {
     marks = 0;
@@ -66,9 +66,9 @@ class VerifyInput {
   int readSize = 0;
 };
 
-Shown VerifyInput::next(int wanted, char* buffer, int* length, bool mayEnd) {
+Shown VerifyInput::next(int wanted, char* buffer, int* length) {
   *length = 0;
-  if (ended || (!isTape() && mayEnd && file.atEnd())) {
+  if (ended || (!isTape() && marks >= 2 && file.atEnd())) {
     ended = true;
     return Shown::End;
   }
@@ -161,7 +161,7 @@ int Verify::run() {
 
 bool Verify::step() {
   int length = 0;
-  switch (first.next(first.capacity(), units->ioBuffer, &length, second.ended)) {
+  switch (first.next(first.capacity(), units->ioBuffer, &length)) {
     case Shown::Failed:
       console_out("  *** Error reading from first input");
       return fail();
@@ -187,7 +187,7 @@ bool Verify::takeBlock(int length) {
   }
   held.assign(units->ioBuffer, units->ioBuffer + length);
   int secondLength = 0;
-  const Shown shown = second.next(length, units->ioBuffer, &secondLength, false);
+  const Shown shown = second.next(length, units->ioBuffer, &secondLength);
   if (shown == Shown::Failed) {
     return fail();
   }
@@ -227,7 +227,7 @@ bool Verify::takeMark() {
 /// what the first holds next decides. @param box what is said when it does not
 bool Verify::markOnSecond(const char* box) {
   int length = 0;
-  switch (second.next(second.capacity(), units->ioBuffer, &length, false)) {
+  switch (second.next(second.capacity(), units->ioBuffer, &length)) {
     case Shown::Mark:
       return true;
     case Shown::End:
@@ -245,9 +245,12 @@ bool Verify::endOfSecond() {
   Shown shown = Shown::Mark;
   while (shown == Shown::Mark && second.marks < 2) {
     int length = 0;
-    shown = second.next(second.capacity(), units->ioBuffer, &length, second.marks > 0);
+    shown = second.next(second.capacity(), units->ioBuffer, &length);
   }
-  if (shown == Shown::Block || shown == Shown::Failed) {
+  if (shown == Shown::Failed) {
+    return fail();
+  }
+  if (shown == Shown::Block) {
     return endsDiffer(FAILED_BOX);
   }
   firstIsOpen = second.marks > before;

@@ -132,6 +132,19 @@ TEST_F(VerifyTest, UnreadableInputsFailWithTheirOwnLines) {
   EXPECT_EQ(toolkit.errors, Lines{"eof encountered on disk read"});
   EXPECT_EQ(result(), "Failed");
 
+  // A file that ends behind one mark is not whole, against whatever tape.
+  const Tape cut = {block(10, 1), MARK};
+  for (const Tape& tape : {cut, Tape{block(10, 1)}}) {
+    for (const bool cutFirst : {false, true}) {
+      cutFirst ? verify(cut, false, tape, true) : verify(tape, true, cut, false);
+      EXPECT_EQ(result(), "Failed");
+      EXPECT_TRUE(consoleHas("  *** No whole block header at byte 106 of the " +
+                             std::string(cutFirst ? "first input." : "second input.")));
+      EXPECT_EQ(count("  *** Error reading from first input"), cutFirst ? 1 : 0);
+      EXPECT_EQ(count(EOF_LINE), 0);
+    }
+  }
+
   chooseFile(VF_FIRST_DISK, "other.tpf");
   chooseFile(VF_SECOND_DISK, "other.tpf");
   EXPECT_EQ(toolkit.errors.back(), "This file name is already being used for input. Choose another file name.");
