@@ -20,22 +20,34 @@ BlockRead PatientReader::read(UnitStruct* units, char* buffer, int bytes, int* c
     *count = tlv_tape_read(units, 0, buffer, bytes);
   }
   const bool maySkip = mayTryOn() && words.skipping != nullptr;
+  if (maySkip && skippedInARow < SKIPS_IN_A_ROW) {
+    ++skippedInARow;
+    return passOver(units, count);
+  }
   note(units, *count);
   if (*count >= 0) {
     skippedInARow = 0;
     return BlockRead::Done;
   }
-  if (!maySkip) {
-    return BlockRead::Failed;
+  if (maySkip) {
+    words.tell(words.tooMany);
   }
-  if (skippedInARow < SKIPS_IN_A_ROW) {
-    words.tell(words.skipping);
-    stuck = tlv_skip_blocks(units, 0, 1) != 0;
-    ++skippedInARow;
-    return BlockRead::Skipped;
-  }
-  words.tell(words.tooMany);
   return BlockRead::Failed;
+}
+
+/// Skips what could not be read. A filemark stops the skip, and is one to the job though it could not be read.
+BlockRead PatientReader::passOver(UnitStruct* units, int* count) {
+  words.tell(words.skipping);
+  const bool failed = tlv_skip_blocks(units, 0, 1) != 0;
+  if (failed && tlv_stopped_by_mark(units, 0)) {
+    units->eofMark = 1;
+    *count = 0;
+    note(units, *count);
+    return BlockRead::Done;
+  }
+  noteLost();
+  stuck = failed;
+  return BlockRead::Skipped;
 }
 
 /// What a read came to, into the place and the list. With its position lost a tape has no block that could not be read.
@@ -45,14 +57,22 @@ void PatientReader::note(const UnitStruct* units, int count) {
     place.passBlocks(1);
   } else if (count == 0 && units->eofMark != 0) {
     place.passMark();
-  } else if (count < 0 && !stuck && !tlv_position_lost(units, 0)) {
-    place.passBlocks(1);
-    if (++lost <= NAMED) {
-      firstLost.push_back(place.block());
-    }
+  } else if (count < 0 && !tlv_position_lost(units, 0)) {
+    noteLost();
   }
   stuck = stuck && count < 0;
   errno = reason;
+}
+
+/// The block that the tape stands before could not be read. It counts once.
+void PatientReader::noteLost() {
+  if (stuck) {
+    return;
+  }
+  place.passBlocks(1);
+  if (++lost <= NAMED) {
+    firstLost.push_back(place.block());
+  }
 }
 
 void PatientReader::tellOfLost() const {

@@ -77,7 +77,9 @@ class PatientReader {
  private:
   static constexpr int NAMED = 10;
 
+  BlockRead passOver(UnitStruct* units, int* count);
   void note(const UnitStruct* units, int count);
+  void noteLost();
 
   RetryWords words;
   int skippedInARow = 0;

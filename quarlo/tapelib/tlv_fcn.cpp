@@ -257,6 +257,8 @@ bool tlv_away_from_beginning(const UnitStruct* aUnit, int uNum) {
 
 bool tlv_position_lost(const UnitStruct* aUnit, int uNum) { return unixPositionLost(aUnit[uNum]); }
 
+bool tlv_stopped_by_mark(const UnitStruct* aUnit, int uNum) { return unixStoppedByMark(aUnit[uNum]); }
+
 bool tlv_goes_on(const UnitStruct* aUnit, int uNum, char* buffer) {
   const BusyCursor busy;
   return unixGoesOn(aUnit[uNum], buffer);

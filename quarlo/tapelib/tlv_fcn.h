@@ -158,6 +158,9 @@ bool tlv_away_from_beginning(const UnitStruct* aUnit, int uNum);
 /// Whether an open tape lost its position (drive reset, cartridge pulled or exchanged): it reads and writes nothing
 /// more until it is rewound, unloaded or opened again.
 bool tlv_position_lost(const UnitStruct* aUnit, int uNum);
+/// Whether a filemark stopped the skip of blocks forward that just failed: the tape stands behind the mark. False of a
+/// drive that cannot say its position.
+bool tlv_stopped_by_mark(const UnitStruct* aUnit, int uNum);
 /// Whether a block, readable or not, follows on an open tape, here or behind one mark. Says nothing, whatever it meets,
 /// and leaves the tape and the unit as they were. `buffer` holds ioBufLen bytes.
 bool tlv_goes_on(const UnitStruct* aUnit, int uNum, char* buffer);

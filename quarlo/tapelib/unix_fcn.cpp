@@ -404,6 +404,11 @@ bool unixPositionLost(const UnitStruct& unit) {
   return handle != nullptr && handle->isLost();
 }
 
+bool unixStoppedByMark(const UnitStruct& unit) {
+  const TapeHandle* handle = handleOf(unit);
+  return handle != nullptr && handle->isStoppedByMark();
+}
+
 int unixTapeWrite(UnitStruct* aUnit, int uNum, const char* buffer, int bytes) {
   UnitStruct& unit = aUnit[uNum];
   if (bytes < 0 || static_cast<unsigned>(bytes) > unit.maxBlockSize) {

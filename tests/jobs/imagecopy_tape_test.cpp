@@ -103,6 +103,30 @@ TEST_F(TapeCopyTest, ABadBlockCostsItselfOnly) {
   EXPECT_TRUE(consoleHas("   3 blocks copied."));
 }
 
+TEST_F(TapeCopyTest, AMarkThatCannotBeReadIsCopiedAndNoBlockIsLost) {
+  const Tape tape = {A, MARK, B, MARK, C, MARK, A, MARK};
+  makeCartridge("in.tap", tape + Tape{MARK});
+  for (const char* fault : {"read:4:EIO,read:5:EIO,read:6:EIO,read:7:EIO,read:8:EIO,read:9:EIO", "read:2+:EIO"}) {
+    const bool onward = std::string(fault) == "read:2+:EIO";
+    closeCopyDialog();
+    setenv("QUARLO_TAPE_FAULT", fault, 1);
+    setTapeDriver(nullptr);
+    openCopyDialog();
+    load(0, "in.tap");
+    const Tape copy = onward ? Tape{A, MARK, MARK, MARK} : tape;
+    EXPECT_EQ(tpfShortly(copyToDisk()), tpfShortly(tpfImage(copy + CLOSING)));
+    // Marks so passed are of the row of skips.
+    EXPECT_EQ(status(), onward ? "Failed" : "Complete");
+    EXPECT_EQ(count("1 block skipped forward."), onward ? 5 : 1);
+    EXPECT_EQ(count("  *** Error skipping tape block."), onward ? 3 : 1);
+    EXPECT_EQ(
+        count("  ** 3 blocks could not be read: tape 1 file 2 block 1, tape 1 file 3 block 1, tape 1 file 4 block 1."),
+        onward ? 1 : 0);
+    EXPECT_EQ(count("  ** 1 block could not be read: tape 1 file 2 block 2."), 0);
+    unsetenv("QUARLO_TAPE_FAULT");
+  }
+}
+
 TEST_F(TapeCopyTest, ABadBlockBetweenTwoMarksBreaksTheirRow) {
   makeCartridge("in.tap", {A, MARK, B, MARK, C, MARK, MARK}, {2});
   load(0, "in.tap");

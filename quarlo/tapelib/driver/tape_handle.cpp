@@ -196,6 +196,7 @@ void TapeHandle::afterFailedWrite(int error, bool marks) {
 
 int TapeHandle::operate(const mtop& command) {
   const bool regains = command.mt_op == MTREW || command.mt_op == MTOFFL;
+  stopped_ = false;
   if (lost_ && !regains) {
     errno = EIO;
     return -1;
@@ -250,10 +251,11 @@ void TapeHandle::afterSpace(const mtop& command, bool failed) {
     if (at_ >= 0) strange |= isForward(command.mt_op) ? block < at_ : block > at_;
     strange |= at_ > 0 && block == 0 && GMT_BOT(now.mt_gstat) == 0;
   }
-  if (strange)
-    lose();
-  else
-    at_ = block;
+  if (strange) return lose();
+  // Also a tape that has not moved shows a mark before it, at the first block of a file.
+  const bool behindMark = now.mt_blkno == 0 && GMT_EOF(now.mt_gstat) != 0;
+  stopped_ = failed && command.mt_op == MTFSR && behindMark && at_ >= 0 && block > at_;
+  at_ = block;
 }
 
 int TapeHandle::close() { return tapeDriver().close(std::exchange(fd_, 0)); }

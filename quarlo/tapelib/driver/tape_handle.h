@@ -45,6 +45,8 @@ class TapeHandle {
   /// and spacing then fail without reaching the drive until the tape is rewound.
   bool takeNewsOfLoss();
   bool isLost() const { return lost_; }
+  /// The last operation was a space forward over blocks that a filemark stopped: the tape stands behind the mark.
+  bool isStoppedByMark() const { return stopped_; }
 
  private:
   bool move(short operation, int count);
@@ -66,6 +68,7 @@ class TapeHandle {
   bool answers_ = false;  ///< the drive can say its position
   bool passed_ = false;   ///< the tape stands behind a block that failed and could not be stepped back over
   bool lost_ = false;
+  bool stopped_ = false;  ///< see isStoppedByMark
   bool news_ = false;
   bool wrote_ = false;
 };
