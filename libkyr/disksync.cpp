@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <utility>
 
 namespace {
 
@@ -20,16 +21,16 @@ DiskSync::~DiskSync() {
   for (const File& file : files) close(file.descriptor);
 }
 
-void DiskSync::note(bool done, const std::string& path) {
-  if (!done) failures.emplace_back(path, errno);
+void DiskSync::note(bool done, const std::string& path, bool isDirectory) {
+  if (!done) failures.push_back({path, isDirectory, errno});
 }
 
-void DiskSync::add(std::FILE* stream, const std::string& path) {
+void DiskSync::add(int written, const std::string& path) {
   const std::filesystem::path directory = std::filesystem::path(path).parent_path();
   directories.insert(directory.empty() ? "." : directory.string());
-  const int descriptor = fcntl(fileno(stream), F_DUPFD_CLOEXEC, 0);
+  const int descriptor = fcntl(written, F_DUPFD_CLOEXEC, 0);
   if (descriptor < 0) {
-    note(synced(fdatasync(fileno(stream))), path);
+    note(synced(fdatasync(written)), path);
     return;
   }
   // What this cannot do, or fails at, shows in the wait.
@@ -50,10 +51,10 @@ bool DiskSync::wait(const Failed& failed) {
   for (const std::string& path : directories) {
     const int directory = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (directory < 0) continue;  // who may write into it need not be allowed to read it
-    note(synced(fsync(directory)), path);
+    note(synced(fsync(directory)), path, true);
     close(directory);
   }
   directories.clear();
-  for (const auto& [path, reason] : failures) failed(path, reason);
+  for (const Failure& failure : failures) failed(failure);
   return std::exchange(failures, {}).empty();
 }

@@ -7,13 +7,17 @@
 #include <functional>
 #include <set>
 #include <string>
-#include <utility>
 #include <vector>
 
 class DiskSync {
  public:
-  /// Takes what could not be brought to the disk: a file or a directory, and errno.
-  using Failed = std::function<void(const std::string& path, int reason)>;
+  /// What could not be brought to the disk.
+  struct Failure {
+    std::string path;
+    bool isDirectory;
+    int reason;  ///< errno
+  };
+  using Failed = std::function<void(const Failure& failure)>;
 
   DiskSync() = default;
   ~DiskSync();
@@ -21,7 +25,8 @@ class DiskSync {
   DiskSync& operator=(const DiskSync&) = delete;
 
   /// Starts what has been written to a file on its way to the disk. The stream, flushed before, may be closed then.
-  void add(std::FILE* stream, const std::string& path);
+  void add(std::FILE* stream, const std::string& path) { add(fileno(stream), path); }
+  void add(int descriptor, const std::string& path);
   /// Waits for all files, then for the entries of their directories. Pipes and devices count as there.
   /// @return false when something failed
   bool wait(const Failed& failed);
@@ -33,9 +38,9 @@ class DiskSync {
   };
 
   void waitForOldest();
-  void note(bool done, const std::string& path);
+  void note(bool done, const std::string& path, bool isDirectory = false);
 
   std::deque<File> files;  // on their way
   std::set<std::string> directories;
-  std::vector<std::pair<std::string, int>> failures;
+  std::vector<Failure> failures;
 };

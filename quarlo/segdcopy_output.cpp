@@ -8,6 +8,7 @@
 #include "quarlo/segdcopy_params.h"
 #include "quarlo/tapelib/cons_win.h"
 #include "quarlo/tapelib/diskunit.h"
+#include "quarlo/tapelib/loglines.h"
 
 namespace {
 
@@ -227,8 +228,7 @@ SegdOutput::Tapes SegdOutput::handleFullOutput() {
 bool SegdOutput::finish(JobEnd end) {
   const bool ended = endFile();
   if (!isTape()) {
-    return sync.wait([](const std::string& path, int reason) { logMessage(diskErrorText(path, reason).c_str()); }) &&
-           ended;
+    return sync.wait([](const DiskSync::Failure& failure) { logMessage(diskErrorText(failure).c_str()); }) && ended;
   }
   return closeOutputTapes(units, end, 1, logMessage) ? ended : writeError();
 }

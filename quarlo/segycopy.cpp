@@ -502,6 +502,7 @@ void SegyCopy::finish() {
       writeFailed();
     }
   }
+  failed = (store && !store->save()) || failed;
   if (failed) {
     logFailed();
   }

@@ -13,6 +13,7 @@
 #include "libkyr/text.h"
 #include "quarlo/tapelib/cons_win.h"
 #include "quarlo/tapelib/diskunit.h"
+#include "quarlo/tapelib/loglines.h"
 
 namespace {
 
@@ -27,10 +28,6 @@ std::optional<std::pair<dev_t, ino_t>> nodeOf(const std::string& path) {
 }
 
 }  // namespace
-
-std::string diskErrorText(const std::string& name, int reason) {
-  return formatText("  *** Error writing to disk file \"%s\": %s.", name.c_str(), std::strerror(reason));
-}
 
 std::size_t writeAll(int descriptor, const char* data, std::size_t bytes) {
   std::size_t done = 0;
@@ -320,6 +317,5 @@ bool SegyOutput::finish(JobEnd end) {
   }
   const bool whole = flush();
   startSync();
-  return sync.wait([](const std::string& path, int reason) { console_out(diskErrorText(path, reason).c_str()); }) &&
-         whole;
+  return sync.wait([](const DiskSync::Failure& failure) { console_out(diskErrorText(failure).c_str()); }) && whole;
 }

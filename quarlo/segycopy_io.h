@@ -175,8 +175,5 @@ class SegyOutput {
   LostOutput gone;  // at a tape
 };
 
-/// The line about a file that could not be written.
-std::string diskErrorText(const std::string& name, int reason);
-
 /// Writes all of it. @return bytes written, fewer with errno after a failure
 std::size_t writeAll(int descriptor, const char* data, std::size_t bytes);

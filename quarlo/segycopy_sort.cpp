@@ -12,11 +12,13 @@
 #include "libkyr/text.h"
 #include "quarlo/segycopy_params.h"
 #include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/loglines.h"
 
 namespace {
 
 constexpr const char* INDEX_NAME = "SegyCopy.idx";
 constexpr std::size_t BATCH_BYTES = std::size_t{1} << 20;
+constexpr double SECONDS_APART = 60;  // the last writes to both files of a sort, on a disk however busy
 
 std::string absolutePath(const std::string& path) {
   std::error_code failed;
@@ -106,34 +108,40 @@ bool holdsValue(const std::array<char, TRACE_HEADER_BYTES>& header, double value
 }  // namespace
 
 /// What a sort leaves that found no end, one of our own or of a program that was killed: empty files, or a trace file
-/// that begins as its index says.
+/// that begins and ends as its index says and was last written when it was. A trace file that was kept may begin as
+/// another sort's index says, and of the same input end so too.
 bool SortStore::isLeftover() const {
-  if (traceTemp.size() == 0 && indexTemp.size() == 0) {
-    return true;
-  }
-  struct {
-    std::int32_t text;
-    std::int32_t binary;
-    SortItem first;
-  } begin{};
-  static_assert(sizeof begin == 2 * sizeof(std::int32_t) + sizeof(SortItem));
-  const std::size_t got = readAt(indexTemp.descriptor(), &begin, sizeof begin, 0).value_or(0);
-  const double headers = static_cast<double>(begin.text) + begin.binary;
-  const auto bytes = static_cast<double>(traceTemp.size());
-  if (begin.text <= 0 || begin.binary <= 0) {
+  return (traceTemp.size() == 0 && indexTemp.size() == 0) ||
+         (std::abs(std::difftime(traceTemp.written(), indexTemp.written())) <= SECONDS_APART && areOfOneSort());
+}
+
+bool SortStore::areOfOneSort() const {
+  std::array<std::int32_t, 2> lengths{};
+  const int index = indexTemp.descriptor();
+  if (readAt(index, lengths.data(), sizeof lengths, 0) != sizeof lengths || lengths[0] <= 0 || lengths[1] <= 0) {
     return false;
   }
-  if (got < sizeof begin) {
-    return got == 2 * sizeof(std::int32_t) && bytes == headers;
+  const double headers = static_cast<double>(lengths[0]) + lengths[1];
+  const auto bytes = static_cast<double>(traceTemp.size());
+  const std::uint64_t records = (indexTemp.size() - sizeof lengths) / sizeof(SortItem);
+  if (records == 0) {
+    return indexTemp.size() == sizeof lengths && bytes == headers;
   }
-  if (begin.first.offset != headers || begin.first.size <= 0 || headers + begin.first.size > bytes) {
+  SortItem first{};
+  SortItem last{};
+  if (readAt(index, &first, sizeof first, sizeof lengths) != sizeof first ||
+      readAt(index, &last, sizeof last, sizeof lengths + (records - 1) * sizeof last) != sizeof last) {
+    return false;
+  }
+  // Both files are handed to the system in step: one is ahead by what stood in a buffer.
+  const bool endFits = std::abs(bytes - (last.offset + last.size)) <= double{streamBufferSize} + last.size;
+  if (first.offset != headers || first.size <= 0 || headers + first.size > bytes || last.size <= 0 || !endFits) {
     return false;
   }
   std::array<char, TRACE_HEADER_BYTES> header{};
-  const std::size_t wanted = std::min<std::size_t>(header.size(), static_cast<std::size_t>(begin.first.size));
+  const std::size_t wanted = std::min<std::size_t>(header.size(), static_cast<std::size_t>(first.size));
   return readAt(traceTemp.descriptor(), header.data(), wanted, static_cast<std::uint64_t>(headers)) == wanted &&
-         holdsValue(header, begin.first.primary) && holdsValue(header, begin.first.secondary) &&
-         holdsValue(header, begin.first.tertiary);
+         holdsValue(header, first.primary) && holdsValue(header, first.secondary) && holdsValue(header, first.tertiary);
 }
 
 bool SortStore::mayEmpty() const {
@@ -194,6 +202,9 @@ bool SortStore::addTrace(std::span<const char> trace) {
                          HeaderKey{params.sortSecByte, params.sortSecType}.in(trace.data()),
                          params.useTertiary ? HeaderKey{params.sortTerByte, params.sortTerType}.in(trace.data()) : 0.0,
                          traceFile->GetPos(), static_cast<int>(trace.size())};
+  if (unflushed + trace.size() > streamBufferSize && !flush()) {
+    return false;
+  }
   if (kept == INT_MAX || traceFile->Write(trace.data(), item.size) != item.size) {
     console_printf("  *** Error writing sort trace %d to temporary file", kept + 1);
     return false;
@@ -201,11 +212,13 @@ bool SortStore::addTrace(std::span<const char> trace) {
   if (std::fwrite(&item, sizeof item, 1, indexFile.get()) != 1) {
     return say("  *** Error writing to index file");
   }
+  unflushed += trace.size();
   return ++kept > 1 || flush();
 }
 
-/// So much of both files that a killed program's are known again.
+/// In step, so that a killed program's files are known again.
 bool SortStore::flush() {
+  unflushed = 0;
   if (!traceFile->Flush()) {
     console_printf("  *** Error writing sort trace %d to temporary file", std::max(kept, 1));
     return false;
@@ -219,7 +232,11 @@ bool SortStore::reopen() {
   // The buffers' last bytes go to the disk only here.
   if (!traceFile->Close()) {
     console_printf("  *** Error writing sort trace %d to temporary file", std::max(kept, 1));
+    traceFile.reset();
     return false;
+  }
+  if (SgyParams.keepSortFile) {
+    sync.add(traceTemp.descriptor(), traceTemp.path());
   }
   if (!closeFile(indexFile)) {
     return say("  *** Error writing to index file");
@@ -235,6 +252,19 @@ bool SortStore::reopen() {
   }
   traceFileSize = static_cast<off_t>(fileSize(traces.get()).value_or(0));
   return true;
+}
+
+bool SortStore::save() {
+  if (!SgyParams.keepSortFile || traceFile == nullptr) {
+    return true;
+  }
+  if (traceFile->IsValid()) {  // the job ended before its output
+    if (!traceFile->Flush()) {
+      return say(diskErrorText(tracePath, traceFile->Error()).c_str());
+    }
+    sync.add(traceTemp.descriptor(), traceTemp.path());
+  }
+  return sync.wait([](const DiskSync::Failure& failure) { say(diskErrorText(failure).c_str()); });
 }
 
 bool SortStore::readHeader(const char* name, std::vector<char>* header) {

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "libkyr/disksync.h"
 #include "libkyr/files.h"
 #include "quarlo/segycopy_io.h"
 #include "quarlo/segysel_sort.h"
@@ -52,6 +53,8 @@ class SortStore {
 
   /// Ends writing and opens both files for reading.
   bool reopen();
+  /// Waits until a trace file that is to be kept is on the disk.
+  bool save();
   bool readEbcdic(std::vector<char>* header) { return readHeader("EBCDIC", header); }
   bool readBinary(std::vector<char>* header) { return readHeader("binary", header); }
   /// Reads the index and brings it into the order of the keys.
@@ -63,6 +66,7 @@ class SortStore {
 
  private:
   static bool claim(TempFile* file, const std::string& path, const char* failure);
+  bool areOfOneSort() const;
   bool isLeftover() const;
   bool mayEmpty() const;
   bool empty();
@@ -80,8 +84,10 @@ class SortStore {
   std::unique_ptr<LargeFile> traceFile;  // while it is written
   FileHandle indexFile;
   FileHandle traces;  // while it is read
+  DiskSync sync;      // of a trace file that is kept
   off_t traceFileSize = 0;
   off_t headersRead = 0;
+  std::size_t unflushed = 0;  // bytes of traces that an end of the program would lose
   int kept = 0;
   std::vector<SortItem> items;
   std::vector<char> batch;  // traces from place batchFirst on, in output order

@@ -45,6 +45,11 @@ std::uint64_t TempFile::size() const {
   return fstat(file, &facts) == 0 ? static_cast<std::uint64_t>(facts.st_size) : 0;
 }
 
+std::time_t TempFile::written() const {
+  struct stat facts {};
+  return fstat(file, &facts) == 0 ? facts.st_mtime : 0;
+}
+
 TempFile::Claim TempFile::claim(const std::string& path) {
   // Who held the file may have removed it between the opening and the lock.
   constexpr int ATTEMPTS = 20;

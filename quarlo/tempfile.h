@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <ctime>
 #include <string>
 
 /// Locked from before it is emptied until it is removed, so that no second job, of this program or another, takes it
@@ -31,6 +32,8 @@ class TempFile {
 
   int descriptor() const { return file; }
   std::uint64_t size() const;
+  /// When it was last written to, in seconds.
+  std::time_t written() const;
   /// The path without links.
   const std::string& path() const { return place; }
   /// Whether this file still stands at its path.

@@ -103,8 +103,7 @@ bool ImageOutput::writeBlock(const char* data, int length, const tpf::Header& fr
 
 /// The line of a failed disk write. @return false
 bool ImageOutput::sayDiskError() const {
-  const int reason = errno;
-  console_printf("  *** Error writing to disk file \"%s\": %s.", units[1].name, std::strerror(reason));
+  console_out(diskErrorText(units[1].name, errno).c_str());
   return false;
 }
 
@@ -136,10 +135,7 @@ bool ImageOutput::writeClosingMarks(JobEnd end) {
   }
   DiskSync sync;
   sync.add(units[1].fp, pathOf(units[1].fs));
-  return sync.wait([this](const std::string&, int reason) {
-    errno = reason;
-    sayDiskError();
-  }) && whole;
+  return sync.wait([](const DiskSync::Failure& failure) { console_out(diskErrorText(failure).c_str()); }) && whole;
 }
 
 /// What a file or a tape held. Bytes are kept in single precision, as the progress dialog shows them.

@@ -1,7 +1,9 @@
 #include "quarlo/tapelib/loglines.h"
 
+#include <cstring>
 #include <ctime>
 
+#include "libkyr/text.h"
 #include "quarlo/tapelib/cons_win.h"
 
 std::string dateText() {
@@ -32,4 +34,11 @@ void logAborted(const char* job) { console_printf("  *** %s aborted by user at %
 void logFailed() {
   console_out("  *** Job Failed.");
   logBlank();
+}
+
+std::string diskErrorText(const std::string& name, int reason) { return diskErrorText({name, false, reason}); }
+
+std::string diskErrorText(const DiskSync::Failure& failure) {
+  return formatText("  *** Error writing to %s \"%s\": %s.", failure.isDirectory ? "directory" : "disk file",
+                    failure.path.c_str(), std::strerror(failure.reason));
 }

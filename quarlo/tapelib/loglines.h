@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "libkyr/disksync.h"
+
 /// The local date and time as the C library's ctime writes it, without the newline: "Sat Nov 21 03:02:01 2026".
 std::string dateText();
 
@@ -23,3 +25,9 @@ void logAborted(const char* job);
 
 /// "  *** Job Failed." and " "
 void logFailed();
+
+/// The line about a disk file that could not be written. @param reason errno
+std::string diskErrorText(const std::string& name, int reason);
+
+/// The same about what did not reach the disk, a file or the entries of a directory.
+std::string diskErrorText(const DiskSync::Failure& failure);

@@ -17,6 +17,7 @@ namespace {
 
 std::multiset<std::string> waitedFor;
 std::size_t refused = 0;  // the wait that fails, from 1
+std::string refusedKind;
 std::function<void()> atWait = [] {};
 
 int waitFor(int descriptor, long call) {
@@ -24,8 +25,10 @@ int waitFor(int descriptor, long call) {
   const auto path = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor), unseen);
   waitedFor.insert(path.filename().string());
   atWait();
+  if (waitedFor.size() != refused) return static_cast<int>(syscall(call, descriptor));
+  refusedKind = call == SYS_fsync ? "directory" : "disk file";
   errno = EIO;
-  return waitedFor.size() == refused ? -1 : static_cast<int>(syscall(call, descriptor));
+  return -1;
 }
 
 }  // namespace
@@ -55,7 +58,7 @@ class DiskSyncTest : public SegdTest {
       EXPECT_EQ(job() == 0, refused == 0);
       EXPECT_EQ(waitedFor, files);
       EXPECT_EQ(count("  *** Job Failed."), refused == 0 ? 0 : 1);
-      EXPECT_EQ(lineWith("  *** Error writing to disk file \"").empty(), refused == 0);
+      EXPECT_EQ(lineWith("  *** Error writing to " + refusedKind + " \"").empty(), refused == 0);
       EXPECT_TRUE(consoleHas(summary));
     }
   }
@@ -83,6 +86,17 @@ TEST_F(DiskSyncTest, EveryCopyWaitsForItsFilesBeforeItsSummary) {
         return run(doSegyCopy);
       },
       {"line.sgd", "line001.sgy", "out"}, "2 traces written.");
+  SgyParams.multipleOut = false;
+  SgyParams.sort = SgyParams.keepSortFile = true;
+  std::filesystem::create_directory("sorts");
+  copyText(SgyParams.sortDir, folder.path("sorts"));
+  expectWaited(
+      [this] {
+        std::filesystem::remove("sorts/Sort.tmp");
+        openInputFile("in.sgy");
+        return run(doSegyCopy);
+      },
+      {"line.sgd", "out", "Sort.tmp", "sorts"}, "2 traces read.");
 
   makeCartridge("in.tap", {block(100, 1), MARK, MARK});
   for (const int kind : {OF_TPF, OF_RAW}) {

@@ -264,9 +264,9 @@ TEST_F(SegyDiskTest, TemporaryFilesBelongToOneJobAtATime) {
 TEST_F(SegyDiskTest, OnlyLeftoversAreWrittenOverWithoutAQuestion) {
   makeInput(numbered(1, 6));
   sortTraces();
+  std::string left[2];
   for (const long at : {1L, 2L, 5L, 9L}) {
     SCOPED_TRACE(at);
-    std::string left[2];
     pumpsOfJob = 0;
     toolkit.onPump = [&](long) {
       if (++pumpsOfJob == at) {
@@ -295,6 +295,20 @@ TEST_F(SegyDiskTest, OnlyLeftoversAreWrittenOverWithoutAQuestion) {
   }
   EXPECT_EQ(toolkit.asks.size(), 4U * 2 * 2);
   expectNoTemporaryFiles();
+
+  // A file that was kept, of more traces or of the same, beside what is left of another sort.
+  for (const std::string& kept : {left[0] + std::string(140000, '\0'), left[0]}) {
+    writeFile("Sort.tmp", kept);
+    writeFile("SegyCopy.idx", left[1]);
+    if (kept == left[0]) {
+      std::filesystem::last_write_time("Sort.tmp",
+                                       std::filesystem::file_time_type::clock::now() - std::chrono::minutes(2));
+    }
+    toolkit.answerAsk(RESP_2);
+    EXPECT_EQ(copyFile("in.sgy"), JOB_OK);
+    EXPECT_TRUE(consoleHas("  ** " + folder.path("Sort.tmp") + " stays as it is: choose another sort file."));
+    EXPECT_EQ(readFile("Sort.tmp"), kept);
+  }
 }
 
 TEST_F(SegyDiskTest, RefusesToSortSeveralInputsThatAreNotJoined) {
