@@ -50,14 +50,15 @@ BlockRead PatientReader::passOver(UnitStruct* units, int* count) {
   return BlockRead::Skipped;
 }
 
-/// What a read came to, into the place and the list. With its position lost a tape has no block that could not be read.
+/// What a read came to, into the place and the list. With its position lost a tape has no block that could not be read,
+/// and a mark is none.
 void PatientReader::note(const UnitStruct* units, int count) {
   const int reason = errno;
   if (count > 0) {
     place.passBlocks(1);
   } else if (count == 0 && units->eofMark != 0) {
     place.passMark();
-  } else if (count < 0 && !tlv_position_lost(units, 0)) {
+  } else if (count < 0 && !tlv_position_lost(units, 0) && !tlv_failed_at_mark(units, 0)) {
     noteLost();
   }
   stuck = stuck && count < 0;

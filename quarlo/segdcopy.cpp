@@ -376,7 +376,13 @@ void SegdCopy::takeBackLost() {
 }
 
 void SegdCopy::nameUnfinished() {
-  if (unfinished) {
+  if (!unfinished) {
+    return;
+  }
+  if (ChannelCount == input->announcedTraces() && input->bytesLeft() > 0) {
+    logMessagef("  ** Field file %d: %s holds all of its %d announced trace%s, and not the %.0f bytes that follow.",
+                fieldFile, output.place().c_str(), ChannelCount, plural(ChannelCount), input->bytesLeft());
+  } else {
     logMessagef("  ** Field file %d is not complete: %s holds %d trace%s of it.", fieldFile, output.place().c_str(),
                 ChannelCount, plural(ChannelCount));
   }

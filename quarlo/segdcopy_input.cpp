@@ -109,6 +109,7 @@ bool SegdDiskInput::readHeaders() {
   HeaderRecord.clear();
   position = 0;
   channelsRead = 0;
+  firstExtensions = oddTrace = 0;
   fits.reset();
   return readGeneralHeaders() && readChannelSets() &&
          takeHeader(double{SEGD_BLOCK_BYTES} * GenHdr().extendFields, "extended headers") &&
@@ -223,8 +224,8 @@ SegdItem SegdDiskInput::getSegdTrace(std::span<const char>* trace) {
 /// Finds out how long the next trace is. @param headerBytes receives its header's length with the extensions
 bool SegdDiskInput::measureTrace(std::size_t* headerBytes) {
   if (bytesLeft() < SEGD_TRACE_HEADER_BYTES) {
-    return complain(position, "trace %d of %d should follow; the file holds %.0f more byte%s.", channelsRead + 1,
-                    NumberOfChannels, bytesLeft(), bytesLeft() == 1 ? "" : "s");
+    return complain(position, "trace %d of %d should follow; the file holds %.0f more byte%s%s.", channelsRead + 1,
+                    NumberOfChannels, bytesLeft(), bytesLeft() == 1 ? "" : "s", extensionsText().c_str());
   }
   std::span<const char> begin = reader.peek(SEGD_TRACE_HEADER_BYTES);
   if (begin.size() < SEGD_TRACE_HEADER_BYTES || !isTraceHeader(begin.data())) {
@@ -243,6 +244,7 @@ bool SegdDiskInput::measureTrace(std::size_t* headerBytes) {
   if (begin.size() < *headerBytes) {
     return false;
   }
+  noteExtensions(traceHeaderExtensions(begin.data()));
   headers.measureTrace(begin.data(), SgdParams.useScanHdr);
   if (headers.TraceSize < 0) {
     return complain(position, "the channel set of trace %d ends before it begins.", channelsRead + 1);
@@ -251,10 +253,31 @@ bool SegdDiskInput::measureTrace(std::size_t* headerBytes) {
     return complain(position, "the length of trace %d is not known (the sample interval is 0).", channelsRead + 1);
   }
   if (headers.TraceSize > std::min<double>(left, INT_MAX)) {
-    return complain(position, "trace %d should have %.0f bytes of samples; the file holds %.0f more.", channelsRead + 1,
-                    headers.TraceSize, left);
+    return complain(position, "trace %d should have %.0f bytes of samples; the file holds %.0f more%s.",
+                    channelsRead + 1, headers.TraceSize, left, extensionsText().c_str());
   }
   return true;
+}
+
+void SegdDiskInput::noteExtensions(int count) {
+  if (channelsRead == 0) {
+    firstExtensions = count;
+  } else if (oddTrace == 0 && count != firstExtensions) {
+    oddExtensions = count;
+    oddTrace = channelsRead + 1;
+  }
+}
+
+/// What may be wrong where lengths are: a header whose extensions are not there. Headers that agree are above
+/// suspicion.
+std::string SegdDiskInput::extensionsText() const {
+  if (oddTrace == 0 && (firstExtensions == 0 || channelsRead > 1)) {
+    return "";
+  }
+  const int count = oddTrace == 0 ? firstExtensions : oddExtensions;
+  return formatText("; the header of trace %d announces %d extension%s (%d bytes)%s", std::max(oddTrace, 1), count,
+                    plural(count), count * SEGD_BLOCK_BYTES,
+                    oddTrace == 0 ? "" : formatText(", that of trace 1 %d", firstExtensions).c_str());
 }
 
 /// A trace whose length was taken wrongly leaves the reading in the middle of samples. Where the lengths of all traces
@@ -268,10 +291,10 @@ bool SegdDiskInput::isTraceHeader(const char* header) {
     fits = lengthsFit(SgdParams.useScanHdr, false);
   }
   if (!*fits) {
-    return complain(position, "the header of trace %d cannot be true; %s.", channelsRead + 1,
-                    channelsRead == 0
-                        ? "there may be headers that no count announces"
-                        : "traces may have other lengths than the record (see the channel sets' lengths)");
+    return complain(position, "the header of trace %d cannot be true; %s%s.", channelsRead + 1,
+                    channelsRead == 0 ? "there may be headers that no count announces"
+                                      : "traces may have other lengths than the record (see the channel sets' lengths)",
+                    extensionsText().c_str());
   }
   if (isFirst) {
     logMessagef(
@@ -293,8 +316,8 @@ SegdItem SegdDiskInput::endOfTraces() {
     }
     return SegdItem::End;
   }
-  complain(position, "the trace lengths do not fit the file: %.0f bytes follow behind the last of %d trace%s.",
-           bytesLeft(), NumberOfChannels, plural(NumberOfChannels));
+  complain(position, "the trace lengths do not fit the file: %.0f bytes follow behind the last of %d trace%s%s.",
+           bytesLeft(), NumberOfChannels, plural(NumberOfChannels), extensionsText().c_str());
   adviseLengths("***");
   logMessagef("  *** Error reading input file %s - job will abort.", InputFileName.c_str());
   return SegdItem::Failed;

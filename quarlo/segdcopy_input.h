@@ -37,6 +37,8 @@ class SegdInput {
   virtual void closeFile() {}
   /// Bytes of the field file that no header announced.
   virtual double bytesLeft() const { return 0; }
+  /// Traces that the headers of the field file announce; tapes do not say.
+  virtual int announcedTraces() const { return -1; }
   /// Has `act` called before traces that were lent are overwritten.
   virtual void beforeRefill(const std::function<void()>& /*act*/) {}
   /// How far the job is, in percent; tapes do not know.
@@ -71,6 +73,7 @@ class SegdDiskInput : public SegdInput {
   void closeFile() override;
   void beforeRefill(const std::function<void()>& act) override { reader.beforeRefill = act; }
   double bytesLeft() const override { return size - position; }
+  int announcedTraces() const override { return NumberOfChannels; }
   int percent() const override;
 
  private:
@@ -83,6 +86,8 @@ class SegdDiskInput : public SegdInput {
   bool measureTrace(std::size_t* headerBytes);
   bool isTraceHeader(const char* header);
   SegdItem endOfTraces();
+  void noteExtensions(int count);
+  std::string extensionsText() const;
   bool restIsTrailer(double begin, double least) const;
   bool lengthsFit(bool byChannelSets, bool exactly) const;
   void adviseLengths(const char* mark) const;
@@ -99,6 +104,9 @@ class SegdDiskInput : public SegdInput {
   int NumberOfChannels = 0;
   int channelsRead = 0;
   double shortestTrace = 0;  // of those read
+  int firstExtensions = 0;   // that the header of the first trace announces
+  int oddExtensions = 0;     // those of the first trace that announces others
+  int oddTrace = 0;          // its number, from 1; 0: all agree
   std::optional<bool> fits;  // whether the traces' lengths fit the file in hand, once that was asked
   std::vector<char> zeroes;
 };

@@ -49,15 +49,16 @@ bool isNumber(std::string_view text) {
   return std::isfinite(std::strtod(word.c_str(), &end)) && end != word.c_str() && end == word.c_str() + word.size();
 }
 
-/// "10-20" as a range is written, empty for any other word.
-std::string spacedRange(std::string_view word) {
+/// "10-20", or "10-" in front of "20", as a range is written; empty for any other word.
+std::string spacedRange(std::string_view word, std::string_view behind) {
   std::size_t dash = isNumber(word) ? std::string_view::npos : word.find('-', 1);
   for (; dash != std::string_view::npos; dash = word.find('-', dash + 1)) {
     if (isNumber(word.substr(0, dash)) && isNumber(word.substr(dash + 1))) {
       return std::string(word.substr(0, dash)) + " - " + std::string(word.substr(dash + 1));
     }
   }
-  return "";
+  const bool isOpen = word.ends_with('-') && isNumber(word.substr(0, word.size() - 1)) && isNumber(behind);
+  return isOpen ? std::string(word.substr(0, word.size() - 1)) + " - " + std::string(behind) : "";
 }
 
 bool isHeader(std::string_view line) { return line.starts_with('H'); }
@@ -144,12 +145,15 @@ bool parseRange(std::string_view line, bool useSecondary, RangeLine* range) {
   return parseSpan(&words, &range->primary) && (!useSecondary || parseSpan(&words, &range->secondary));
 }
 
-/// The first range of a line that has no blanks around its "-", as it should be written; empty when there is none.
+/// The first range of a line that has not a blank on each side of its "-", as it should be written; empty when there is
+/// none.
 std::string unspacedRange(std::string_view line) {
   Words words(line);
   std::string range;
   while (range.empty() && !words.end()) {
-    range = spacedRange(words.next());
+    const std::string_view word = words.next();
+    Words rest = words;
+    range = spacedRange(word, rest.next());
   }
   return range;
 }

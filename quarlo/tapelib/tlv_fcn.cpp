@@ -259,6 +259,8 @@ bool tlv_position_lost(const UnitStruct* aUnit, int uNum) { return unixPositionL
 
 bool tlv_stopped_by_mark(const UnitStruct* aUnit, int uNum) { return unixStoppedByMark(aUnit[uNum]); }
 
+bool tlv_failed_at_mark(const UnitStruct* aUnit, int uNum) { return unixFailedAtMark(aUnit[uNum]); }
+
 bool tlv_goes_on(const UnitStruct* aUnit, int uNum, char* buffer) {
   const BusyCursor busy;
   return unixGoesOn(aUnit[uNum], buffer);

@@ -161,6 +161,9 @@ bool tlv_position_lost(const UnitStruct* aUnit, int uNum);
 /// Whether a filemark stopped the skip of blocks forward that just failed: the tape stands behind the mark. False of a
 /// drive that cannot say its position.
 bool tlv_stopped_by_mark(const UnitStruct* aUnit, int uNum);
+/// Whether the read that just failed met a filemark, which the tape stands before. False of a drive that cannot say its
+/// position.
+bool tlv_failed_at_mark(const UnitStruct* aUnit, int uNum);
 /// Whether a block, readable or not, follows on an open tape, here or behind one mark. Says nothing, whatever it meets,
 /// and leaves the tape and the unit as they were. `buffer` holds ioBufLen bytes.
 bool tlv_goes_on(const UnitStruct* aUnit, int uNum, char* buffer);

@@ -409,6 +409,11 @@ bool unixStoppedByMark(const UnitStruct& unit) {
   return handle != nullptr && handle->isStoppedByMark();
 }
 
+bool unixFailedAtMark(const UnitStruct& unit) {
+  const TapeHandle* handle = handleOf(unit);
+  return handle != nullptr && handle->failedAtMark();
+}
+
 int unixTapeWrite(UnitStruct* aUnit, int uNum, const char* buffer, int bytes) {
   UnitStruct& unit = aUnit[uNum];
   if (bytes < 0 || static_cast<unsigned>(bytes) > unit.maxBlockSize) {

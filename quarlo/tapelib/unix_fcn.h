@@ -67,10 +67,11 @@ int isM4Drive(const UnitStruct* unit);
 
 int unixTapeRead(UnitStruct* aUnit, int uNum, char* buffer);
 int unixTapeWrite(UnitStruct* aUnit, int uNum, const char* buffer, int bytes);
-/// As tlv_goes_on, tlv_position_lost and tlv_stopped_by_mark; false of a closed unit.
+/// As tlv_goes_on, tlv_position_lost, tlv_stopped_by_mark and tlv_failed_at_mark; false of a closed unit.
 bool unixGoesOn(const UnitStruct& unit, char* buffer);
 bool unixPositionLost(const UnitStruct& unit);
 bool unixStoppedByMark(const UnitStruct& unit);
+bool unixFailedAtMark(const UnitStruct& unit);
 int unixSkipBlocks(UnitStruct* aUnit, int uNum, int count);
 int unixSkipFiles(UnitStruct* aUnit, int uNum, int count);
 int unixSkipEOD(UnitStruct* aUnit, int uNum);

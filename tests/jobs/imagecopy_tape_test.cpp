@@ -106,22 +106,35 @@ TEST_F(TapeCopyTest, ABadBlockCostsItselfOnly) {
 TEST_F(TapeCopyTest, AMarkThatCannotBeReadIsCopiedAndNoBlockIsLost) {
   const Tape tape = {A, MARK, B, MARK, C, MARK, A, MARK};
   makeCartridge("in.tap", tape + Tape{MARK});
-  for (const char* fault : {"read:4:EIO,read:5:EIO,read:6:EIO,read:7:EIO,read:8:EIO,read:9:EIO", "read:2+:EIO"}) {
-    const bool onward = std::string(fault) == "read:2+:EIO";
+  const struct {
+    const char* fault;
+    Tape copy;
+    int skips;
+    int marks;
+    std::string lost;
+  } cases[] = {
+      {"read:4:EIO,read:5:EIO,read:6:EIO,read:7:EIO,read:8:EIO,read:9:EIO", tape, 1, 1, ""},
+      {"read:2+:EIO",
+       {A, MARK, MARK, MARK},
+       5,
+       3,
+       "tape 1 file 2 block 1, tape 1 file 3 block 1, tape 1 file 4 block 1"},
+      // The last of the row is a mark.
+      {"read:1+:EIO", {MARK, MARK}, 5, 2, "tape 1 file 1 block 1, tape 1 file 2 block 1, tape 1 file 3 block 1"},
+  };
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.fault);
     closeCopyDialog();
-    setenv("QUARLO_TAPE_FAULT", fault, 1);
+    setenv("QUARLO_TAPE_FAULT", each.fault, 1);
     setTapeDriver(nullptr);
     openCopyDialog();
     load(0, "in.tap");
-    const Tape copy = onward ? Tape{A, MARK, MARK, MARK} : tape;
-    EXPECT_EQ(tpfShortly(copyToDisk()), tpfShortly(tpfImage(copy + CLOSING)));
+    EXPECT_EQ(tpfShortly(copyToDisk()), tpfShortly(tpfImage(each.copy + CLOSING)));
     // Marks so passed are of the row of skips.
-    EXPECT_EQ(status(), onward ? "Failed" : "Complete");
-    EXPECT_EQ(count("1 block skipped forward."), onward ? 5 : 1);
-    EXPECT_EQ(count("  *** Error skipping tape block."), onward ? 3 : 1);
-    EXPECT_EQ(
-        count("  ** 3 blocks could not be read: tape 1 file 2 block 1, tape 1 file 3 block 1, tape 1 file 4 block 1."),
-        onward ? 1 : 0);
+    EXPECT_EQ(status(), each.lost.empty() ? "Complete" : "Failed");
+    EXPECT_EQ(count("1 block skipped forward."), each.skips);
+    EXPECT_EQ(count("  *** Error skipping tape block."), each.marks);
+    EXPECT_EQ(count("  ** 3 blocks could not be read: " + each.lost + "."), each.lost.empty() ? 0 : 1);
     EXPECT_EQ(count("  ** 1 block could not be read: tape 1 file 2 block 2."), 0);
     unsetenv("QUARLO_TAPE_FAULT");
   }

@@ -230,6 +230,8 @@ TEST_F(SegdDiskTest, WhatFollowsTheLastTraceIsCounted) {
       consoleHas("  *** d.segd, byte 217: the trace lengths do not fit the file: 96 bytes follow behind the last of 2 "
                  "traces."));
   EXPECT_TRUE(consoleHas("   3 field files copied."));
+  EXPECT_TRUE(consoleHas("  ** Field file 1: " + folder.path("out/line_00004.sgd") +
+                         " holds all of its 2 announced traces, and not the 96 bytes that follow."));
 }
 
 /// Samples that are zero pass for trace headers, in either direction of the mistake.
@@ -323,6 +325,12 @@ TEST_F(SegdDiskTest, HeadersThatCannotBeTrueAreNamed) {
       {96 + 9, "\xFF",
        "  *** a.segd, byte 97: the header of trace 1 of 2 announces 255 extensions (8160 bytes); the file holds 100 "
        "more."},
+      {96 + 9, '\x01' + std::string(19, '\0') + '\x64',
+       "  *** a.segd, byte 97: trace 1 should have 400 bytes of samples; the file holds 68 more; the header of trace 1 "
+       "announces 1 extension (32 bytes)."},
+      {96 + 60 + 9, '\x01' + std::string(19, '\0') + '\x64',
+       "  *** a.segd, byte 157: trace 2 should have 400 bytes of samples; the file holds 8 more; the header of trace 2 "
+       "announces 1 extension (32 bytes), that of trace 1 0."},
   };
   for (const auto& each : cases) {
     SCOPED_TRACE(each.line);

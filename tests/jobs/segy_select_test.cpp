@@ -89,8 +89,13 @@ TEST_F(SegySelectTest, AHeaderIsAnEntryOfARangeListAndTheLogSaysSo) {
 TEST_F(SegySelectTest, WhatIsNoListIsRefusedWithItsLine) {
   EXPECT_EQ(refusalOf("1\n\ntwo\n"), "  *** Line 3 of " + listFile() + " holds no number: two");
   EXPECT_EQ(refusalOf("1\n3,4\n"), "  *** Line 2 of " + listFile() + " holds no number: 3,4");
-  for (const auto& [word, range] : std::vector<std::pair<std::string, std::string>>{
-           {"5-7", "5 - 7"}, {"-5-7", "-5 - 7"}, {"5--7", "5 - -7"}, {"1e-1-7", "1e-1 - 7"}, {"3 8.5-9", "8.5 - 9"}}) {
+  for (const auto& [word, range] : std::vector<std::pair<std::string, std::string>>{{"5-7", "5 - 7"},
+                                                                                    {"-5-7", "-5 - 7"},
+                                                                                    {"5--7", "5 - -7"},
+                                                                                    {"1e-1-7", "1e-1 - 7"},
+                                                                                    {"3 8.5-9", "8.5 - 9"},
+                                                                                    {"10- 20", "10 - 20"},
+                                                                                    {"3 5- -4 1", "5 - -4"}}) {
     EXPECT_EQ(
         refusalOf("H 1-2\n" + word + "\n"),
         "  *** Line 2 of " + listFile() + " holds a range without blanks, which is written " + range + ": " + word);

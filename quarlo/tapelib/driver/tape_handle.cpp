@@ -10,6 +10,9 @@ bool isSpace(int operation) {
   return operation == MTFSR || operation == MTBSR || operation == MTFSF || operation == MTBSF || operation == MTEOM;
 }
 
+/// Also a tape that has not moved shows a mark before it, at the first block of a file.
+bool showsMark(const mtget& status) { return status.mt_blkno == 0 && GMT_EOF(status.mt_gstat) != 0; }
+
 bool isForward(int operation) { return operation == MTFSR || operation == MTFSF || operation == MTEOM; }
 
 /// Errors after which there is no cartridge, or no drive, to go on with.
@@ -57,6 +60,7 @@ void TapeHandle::lose() {
 
 TapeAnswer TapeHandle::read(void* buffer, std::size_t size, int& bytes) {
   bytes = 0;
+  unreadableMark_ = false;
   if (lost_ || passed_) {
     errno = EIO;
     return TapeAnswer::FAILED;
@@ -93,10 +97,12 @@ TapeAnswer TapeHandle::afterFailedRead(int error) {
 TapeAnswer TapeHandle::lookAhead() {
   mtget now{};
   const bool passed = move(MTFSR, 1);
-  if (!passed && status(now) >= 0 && GMT_EOD(now.mt_gstat) != 0) return TapeAnswer::END_OF_DATA;
+  const bool stopped = !passed && status(now) >= 0;
+  if (stopped && GMT_EOD(now.mt_gstat) != 0) return TapeAnswer::END_OF_DATA;
   long block = -1;
   const bool asked = ask(block);
   if (asked && block == at_ + 1) {  // over a block, or the mark that stopped the space
+    unreadableMark_ = stopped && showsMark(now);
     move(MTBSR, 1);
     if (!standsAt(at_)) lose();
   } else if (!asked || block != at_) {
@@ -252,9 +258,7 @@ void TapeHandle::afterSpace(const mtop& command, bool failed) {
     strange |= at_ > 0 && block == 0 && GMT_BOT(now.mt_gstat) == 0;
   }
   if (strange) return lose();
-  // Also a tape that has not moved shows a mark before it, at the first block of a file.
-  const bool behindMark = now.mt_blkno == 0 && GMT_EOF(now.mt_gstat) != 0;
-  stopped_ = failed && command.mt_op == MTFSR && behindMark && at_ >= 0 && block > at_;
+  stopped_ = failed && command.mt_op == MTFSR && showsMark(now) && at_ >= 0 && block > at_;
   at_ = block;
 }
 

@@ -47,6 +47,9 @@ class TapeHandle {
   bool isLost() const { return lost_; }
   /// The last operation was a space forward over blocks that a filemark stopped: the tape stands behind the mark.
   bool isStoppedByMark() const { return stopped_; }
+  /// The last read failed at a filemark, which the tape stands before. Not known of a drive that cannot say its
+  /// position.
+  bool failedAtMark() const { return unreadableMark_; }
 
  private:
   bool move(short operation, int count);
@@ -68,7 +71,8 @@ class TapeHandle {
   bool answers_ = false;  ///< the drive can say its position
   bool passed_ = false;   ///< the tape stands behind a block that failed and could not be stepped back over
   bool lost_ = false;
-  bool stopped_ = false;  ///< see isStoppedByMark
+  bool stopped_ = false;         ///< see isStoppedByMark
+  bool unreadableMark_ = false;  ///< see failedAtMark
   bool news_ = false;
   bool wrote_ = false;
 };
