@@ -16,6 +16,7 @@
 #include "quarlo/task_win.h"
 #include "resources/dialogs.h"
 #include "resources/ids.h"
+#include "xvt/offer.h"
 #include "xvt/script.h"
 #include "xvt/xvt.h"
 
@@ -96,6 +97,7 @@ int main(int argc, char** argv) {
   for (const int number : {SIGXFSZ, SIGPIPE}) std::signal(number, SIG_IGN);
   enterHome();
   xvt_res_use(quarloResources());
+  xvt_app_offer_screen();
   const XVT_CONFIG xvt_config = {.menu_bar_ID = MENU_BAR,
                                  .about_box_ID = DLG_ABOUT,
                                  .base_appl_name = "quarlo",

@@ -114,6 +114,7 @@ TEST(Core, WithoutADisplayTheRunFailsWithALine) {
     char name[] = "core-test";
     char* arguments[] = {name, nullptr};
     XVT_CONFIG config;
+    xvt_app_offer_screen();
     testing::internal::CaptureStderr();
     const int status = xvt_app_create(1, arguments, 0, taskMain, &config);
     const std::string said = testing::internal::GetCapturedStderr();

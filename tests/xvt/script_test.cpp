@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "xvt/offer.h"
 #include "xvt/resource.h"
 #include "xvt/script.h"
 #include "xvt/xvt.h"
@@ -198,6 +199,7 @@ long taskHandler(WINDOW window, EVENT* event) {
 
 [[noreturn]] void application(const char* script) {
   xvt_res_use(&TABLES);
+  xvt_app_offer_screen();
   if (script != nullptr && !xvt_script_load(script)) std::exit(2);
   static char name[] = "bench";
   static char* arguments[] = {name, nullptr};

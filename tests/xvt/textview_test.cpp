@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-#include "xvt/motif/textview_store.h"
+#include "xvt/desk/textstore.h"
 
 namespace {
 

@@ -10,20 +10,17 @@
 #include <cstring>
 
 #include "xvt/motif/dialog.h"
-#include "xvt/motif/guard.h"
+#include "xvt/motif/document.h"
+#include "xvt/motif/events.h"
 #include "xvt/motif/keys.h"
-#include "xvt/motif/scrollbars.h"
 #include "xvt/motif/shell_window.h"
-#include "xvt/motif/signals.h"
 #include "xvt/motif/task_window.h"
 #include "xvt/motif/textview.h"
-#include "xvt/script_status.h"
+#include "xvt/offer.h"
 
 namespace xvt {
 
 namespace {
-
-Application* current = nullptr;
 
 /// Texts are UTF-8 whatever the session says, and numbers keep their points.
 String chooseLocale(Display*, String, XtPointer) {
@@ -52,8 +49,8 @@ std::string className(const char* base) {
 
 }  // namespace
 
-Application& app() { return *current; }
-Application* appIfRunning() { return current; }
+Application& app() { return static_cast<Application&>(desk()); }
+Application* appIfRunning() { return static_cast<Application*>(deskIfRunning()); }
 
 bool Application::open(int argc, char** argv) {
   static const bool initialized = [] {
@@ -66,7 +63,7 @@ bool Application::open(int argc, char** argv) {
   XtAppSetWarningHandler(context_, onXtWarning);
   std::vector<char*> arguments(argv, argv + argc);
   arguments.push_back(nullptr);
-  const std::string name = config_.base_appl_name != nullptr ? config_.base_appl_name : "xvt";
+  const std::string name = config().base_appl_name != nullptr ? config().base_appl_name : "xvt";
   display_ = XtOpenDisplay(context_, nullptr, name.c_str(), className(name.c_str()).c_str(), nullptr, 0, &argc,
                            arguments.data());
   if (display_ == nullptr) {
@@ -85,116 +82,37 @@ bool Application::open(int argc, char** argv) {
                             args.data(), static_cast<Cardinal>(args.size()));
   look_ = std::make_unique<Look>(shell_);
   marks_ = std::make_unique<Marks>(display_, look_->px(16));
-  pump_ = std::make_unique<Pump>(context_);
+  useEvents(std::make_unique<XtEvents>(context_));
   busy_cursor_ = XCreateFontCursor(display_, XC_watch);
   installKeys(display_);
-  current = this;
   return true;
 }
 
 Application::~Application() {
-  pump_.reset();
-  if (display_ != nullptr) {
-    marks_.reset();
-    look_.reset();
-    XFreeCursor(display_, busy_cursor_);
-    XSync(display_, False);
-  }
   // Context and connection are left to the end of the process: Xt and Motif keep things by display that they would lose
   // track of, but never give back.
-  if (current == this) current = nullptr;
-}
-
-void Application::run(EVENT_HANDLER handler) {
-  EndSignals signals(context_, [this] { askToQuit(); });
-  task_ = std::make_shared<TaskWindow>();
-  task_->create(handler);
-  EVENT event;
-  event.type = E_CREATE;
-  task_->tell(event);
-  pump_->runUntil([this] { return ending_; });
-  // Newest first; a handler that opens a window now sees it ended too.
-  while (!windows_.empty()) windows_.back()->destroy();
-  if (lost_) return;
-  pump_->reap();
-  task_.reset();
-  pump_->setTick(nullptr);
-  Pump::setFirstTick(nullptr);
+  if (display_ == nullptr) return;
   XtDestroyWidget(shell_);
+  marks_.reset();
+  look_.reset();
+  XFreeCursor(display_, busy_cursor_);
+  XSync(display_, False);
 }
 
-void Application::onLoss(Display*, void* application) {
-  auto* self = static_cast<Application*>(application);
-  if (!self->lost_) std::fputs("xvt: the connection to the display is lost\n", stderr);
-  self->lost_ = self->ending_ = true;
-  // The event loop would look at a closed connection for ever.
-  EndSignals::wake();
-}
+void Application::onLoss(Display*, void* application) { static_cast<Application*>(application)->loseDisplay(); }
 
-void Application::retire(const std::shared_ptr<ShellWindow>& window) {
-  std::erase(windows_, window);
-  pump_->retire(window);
+std::vector<std::shared_ptr<ShellWindow>> Application::shells() const {
+  std::vector<std::shared_ptr<ShellWindow>> found;
+  for (const auto& window : windows()) found.push_back(std::dynamic_pointer_cast<ShellWindow>(window));
+  return found;
 }
 
 std::shared_ptr<ShellWindow> Application::windowOf(Widget widget) const {
   while (widget != nullptr && !XtIsShell(widget)) widget = XtParent(widget);
-  const auto found = std::find_if(windows_.begin(), windows_.end(),
+  const auto all = shells();
+  const auto found = std::find_if(all.begin(), all.end(),
                                   [&](const auto& window) { return window->shell() == widget && widget != nullptr; });
-  return found == windows_.end() ? nullptr : *found;
-}
-
-std::shared_ptr<ShellWindow> Application::blockerOf(const ShellWindow& window) const {
-  for (auto at = windows_.rbegin(); at != windows_.rend() && at->get() != &window; ++at)
-    if ((*at)->isModal() && (*at)->isVisible() && !(*at)->isDying()) return *at;
-  return nullptr;
-}
-
-std::shared_ptr<ShellWindow> Application::active() const {
-  const auto usable = [](const std::shared_ptr<ShellWindow>& window) {
-    return window && window->isVisible() && !window->isDying();
-  };
-  auto last = active_.lock();
-  if (usable(last)) return last;
-  const auto found = std::find_if(windows_.rbegin(), windows_.rend(), usable);
-  return found == windows_.rend() ? nullptr : *found;
-}
-
-void Application::setActive(const std::shared_ptr<ShellWindow>& window) {
-  active_ = window;
-  if (window != task_) edited_ = window;
-  catchUp();
-}
-
-void Application::catchUp() {
-  // A copy: a handler that is told may open or end windows.
-  const auto windows = windows_;
-  for (const auto& window : windows) window->catchUp();
-}
-
-std::shared_ptr<ShellWindow> Application::speaker() const {
-  const auto found = std::find_if(speaking_.rbegin(), speaking_.rend(), [this](const auto& speaking) {
-    const auto window = speaking.lock();
-    return window && window != task_ && window->isVisible() && !window->isDying();
-  });
-  return found == speaking_.rend() ? active() : found->lock();
-}
-
-long Application::deliver(const std::shared_ptr<Window>& window, EVENT& event) {
-  const auto alive = std::dynamic_pointer_cast<ShellWindow>(window);
-  speaking_.push_back(alive);
-  long answer = 0;
-  guarded("event handler", [&] { answer = alive->handler(alive->handle(), &event); });
-  speaking_.pop_back();
-  return answer;
-}
-
-std::shared_ptr<ShellWindow> Application::editTarget() const {
-  const auto edited = edited_.lock();
-  return edited && edited->isVisible() && !edited->isDying() ? edited : active();
-}
-
-void Application::stopChoosing(const ShellWindow* window) {
-  if (choosing_ != nullptr && (window == nullptr || &choosing_->dialog() == window)) choosing_->closeList();
+  return found == all.end() ? nullptr : *found;
 }
 
 bool Application::hasWindowManager() const {
@@ -214,52 +132,23 @@ bool Application::hasWindowManager() const {
   return false;
 }
 
-void Application::askToQuit() {
-  if (ending_ || !task_) return;
-  quit_allowed_ = false;
-  EVENT event;
-  event.type = E_QUIT;
-  event.quit.query = true;
-  task_->tell(event);
-  if (!quit_allowed_ || ending_) return;
-  event.quit.query = false;
-  task_->tell(event);
-  ending_ = true;
-}
-
-void Application::setBusy(bool busy) {
-  const bool was = busy_ > 0;
-  busy_ = std::max(0, busy_ + (busy ? 1 : -1));
-  if (was == (busy_ > 0)) return;
-  for (const auto& window : windows_) window->showBusy(busy_ > 0);
+void Application::busyShown() {
+  for (const auto& window : shells()) window->showBusy(isBusy());
   // What follows is usually a call that blocks: what the user should see meanwhile must be on the screen now.
   TextView::paintAllPending();
   XFlush(display_);
 }
 
-namespace runtime {
-
-int run(int argc, char** argv, EVENT_HANDLER handler, const XVT_CONFIG& config) {
-  auto application = std::make_unique<Application>(config);
-  if (!application->open(argc, argv)) return 1;
-  application->run(handler);
-  if (!application->isLost()) return xvt_script_status();
-  // What is left stays to the end of the process, known as the current one: its own end would speak to the display.
-  static_cast<void>(application.release());
-  return 1;
-}
-
-bool isRunning() { return current != nullptr; }
-bool hasDisplay() { return current == nullptr || !current->isLost(); }
-void end() { app().end(); }
-bool isEnding() { return current != nullptr && current->isEnding(); }
-void allowQuit() { app().allowQuit(); }
-void processPendingEvents() { app().pump().serveIfDue(); }
-void setBusy(bool busy) { app().setBusy(busy); }
-void bell() { XBell(app().display(), 0); }
-
-long deliver(const std::shared_ptr<Window>& window, EVENT& event) { return app().deliver(window, event); }
-
-}  // namespace runtime
+std::shared_ptr<BaseTask> Application::makeTask() { return std::make_shared<TaskWindow>(); }
+std::shared_ptr<BaseDialog> Application::makeDialog() { return std::make_shared<Dialog>(); }
+std::shared_ptr<BaseDocument> Application::makeDocument() { return std::make_shared<Document>(); }
 
 }  // namespace xvt
+
+void xvt_app_offer_screen() {
+  xvt::offerRuntime([](int argc, char** argv, const XVT_CONFIG& config) -> std::unique_ptr<xvt::Desk> {
+    auto application = std::make_unique<xvt::Application>(config);
+    if (!application->open(argc, argv)) return nullptr;
+    return application;
+  });
+}

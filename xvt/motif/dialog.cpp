@@ -7,7 +7,6 @@
 #include <Xm/ScrolledW.h>
 
 #include <algorithm>
-#include <utility>
 
 #include "xvt/motif/geometry.h"
 #include "xvt/motif/guard.h"
@@ -30,7 +29,7 @@ DLG_ITEM headingLine(const char* label) {
 }  // namespace
 
 void Dialog::build(const DLG_RES& table, bool modal) {
-  table_ = &table;
+  setTable(table);
   createShell("dialog", table.title != nullptr ? table.title : "", modal);
   createBoard();
   createRest();
@@ -38,7 +37,7 @@ void Dialog::build(const DLG_RES& table, bool modal) {
   root_.kind = IK_COLUMN;
   std::size_t at = 0;
   root_.children = buildCells(at, body_, IK_COLUMN);
-  for (const auto& item : items_) enableLabels(*item);
+  for (const auto& item : items()) enableLabels(*item);
   remeasure();
   place(root_.natural);
 }
@@ -62,8 +61,8 @@ void Dialog::createBody() {
 /// The cells of one container, up to its end.
 std::vector<Cell> Dialog::buildCells(std::size_t& at, Widget parent, ITEM_KIND around) {
   std::vector<Cell> cells;
-  while (at < table_->count && table_->items[at].kind != IK_END) {
-    const DLG_ITEM& line = table_->items[at++];
+  while (at < table().count && table().items[at].kind != IK_END) {
+    const DLG_ITEM& line = table().items[at++];
     const bool foot = line.kind == IK_BUTTONS || line.kind == IK_STATUS;
     const Widget ground = foot ? board() : parent;
     if (!isContainer(line.kind)) {
@@ -85,7 +84,7 @@ std::vector<Cell> Dialog::buildCells(std::size_t& at, Widget parent, ITEM_KIND a
     for (Cell& child : buildCells(at, card ? frames_.back() : ground, line.kind)) inside.push_back(std::move(child));
     cell.children = std::move(inside);
     cells.push_back(std::move(cell));
-    if (at < table_->count) ++at;  // the container's end
+    if (at < table().count) ++at;  // the container's end
   }
   return cells;
 }
@@ -100,27 +99,9 @@ Cell Dialog::leafFor(const DLG_ITEM& line, Widget parent, ITEM_KIND around) {
     return glue;
   }
   const auto item = makeItem(*this, line, parent);
-  items_.push_back(item);
+  take(item);
   leaves_.push_back(item.get());
-  if (line.id != 0 && !belongsToField(*table_, line)) {
-    Registry::instance().enter(item);
-    by_id_[line.id] = item;
-  }
   return item->cell();
-}
-
-/// Labels look like their field.
-void Dialog::enableLabels(const Item& field) {
-  if (!isField(field.kind())) return;
-  Item* before = nullptr;
-  for (const auto& item : items_) {
-    const DLG_ITEM& line = item->line();
-    if (line.kind == IK_LABEL && line.id != 0 && line.id == field.line().id) item->setEnabled(field.isEnabled());
-    if (item.get() == &field && before != nullptr && before->kind() == IK_LABEL && before->line().id == 0 &&
-        (before->mnemonic() != 0 || before->title().ends_with(':')))
-      before->setEnabled(field.isEnabled());
-    before = item.get();
-  }
 }
 
 Cell Dialog::headingFor(const DLG_ITEM& card) {
@@ -192,23 +173,20 @@ void Dialog::openFitted() {
   fitted_ = true;
   WindowWish wish = wishFor(wanted(), dialogPlace(wanted()));
   wish.least = {std::min(root_.least.width, wish.size.width), std::min(root_.least.height, wish.size.height)};
-  wish.is_box = isModal() && table_->id == 0;  // the program's own dialogs have numbers
+  wish.is_box = isModal() && table().id == 0;  // the program's own dialogs have numbers
   open(wish, root_.least);
   startKeyboard();
 }
 
-/// The keyboard starts where the program wishes, else in the first field, else on the default button. Any other button
-/// is for those who go to it: a key that was meant for the window before does nothing.
 void Dialog::startKeyboard() {
-  const auto first = std::find_if(items_.begin(), items_.end(), [&](const auto& item) {
-    if (first_focus_ != nullptr) return item.get() == first_focus_;
-    return item->kind() == IK_EDIT && item->isEnabled() && item->isVisible() && (item->line().flags & IF_READONLY) == 0;
-  });
-  const auto start = first != items_.end() ? *first : flagged(IF_DEFAULT);
-  const bool usable = start && XtIsSensitive(start->widget()) != False;
-  XtVaSetValues(rest_, XmNtraversalOn, usable ? False : True, nullptr);
-  Widget widget = usable ? start->widget() : rest_;
+  const auto start = std::dynamic_pointer_cast<Item>(firstFocus());
+  XtVaSetValues(rest_, XmNtraversalOn, start ? False : True, nullptr);
+  Widget widget = start ? start->widget() : rest_;
   if (XmGetFocusWidget(shell()) != widget) XmProcessTraversal(widget, XmTRAVERSE_CURRENT);
+}
+
+void Dialog::moveKeyboard(BaseItem& item) {
+  XmProcessTraversal(dynamic_cast<Item&>(item).widget(), XmTRAVERSE_CURRENT);
 }
 
 void Dialog::restKeyboard() {
@@ -226,79 +204,9 @@ void Dialog::refresh() {
   arrangeContents(size);
 }
 
-std::shared_ptr<Control> Dialog::control(int id) const {
-  const auto found = by_id_.find(id);
-  return found == by_id_.end() ? nullptr : found->second;
-}
-
 std::shared_ptr<Item> Dialog::itemOf(Widget widget) const {
-  const auto found =
-      std::find_if(items_.begin(), items_.end(), [&](const auto& item) { return item->widget() == widget; });
-  return found == items_.end() ? nullptr : *found;
-}
-
-void Dialog::dropParts() {
-  for (const auto& [id, item] : by_id_) Registry::instance().leave(item->handle());
-  edited_ = nullptr;
-}
-
-// ---- keys ---------------------------------------------------------------------------------------------------------
-
-void Dialog::settle() {
-  if (edited_ != nullptr) edited_->settle();
-}
-
-bool Dialog::keyboardMoved() {
-  moved_ = app().isPressed() || app().blockerOf(*this);
-  return !moved_;
-}
-
-void Dialog::catchUp() {
-  if (isDying() || app().isPressed() || app().blockerOf(*this)) return;
-  if (app().active().get() != this) return settle();
-  if (!std::exchange(moved_, false)) return;
-  const auto now = std::dynamic_pointer_cast<EditItem>(itemOf(XmGetFocusWidget(shell())));
-  if (edited_ == now.get()) return;
-  settle();
-  if (now && !isDying() && XmGetFocusWidget(shell()) == now->widget()) now->begin(false);
-}
-
-std::shared_ptr<Item> Dialog::flagged(unsigned flag) const {
-  const auto found = std::find_if(items_.begin(), items_.end(), [&](const auto& item) {
-    return item->kind() == IK_PUSH && (item->line().flags & flag) != 0;
-  });
-  return found == items_.end() ? nullptr : *found;
-}
-
-bool Dialog::mnemonic(KeySym key) {
-  const auto lower = [](KeySym one) { return one >= 'A' && one <= 'Z' ? one - 'A' + 'a' : one; };
-  for (std::size_t at = 0; at < items_.size(); ++at) {
-    if (lower(items_[at]->mnemonic()) != key) continue;
-    // A label's mnemonic leads to the field behind it.
-    std::size_t target = at;
-    while (target < items_.size() && items_[target]->kind() <= IK_STATUS) ++target;
-    if (target == items_.size() || !items_[target]->isEnabled() || !items_[target]->isVisible()) continue;
-    const auto item = items_[target];
-    item->takeFocus();
-    if (target == at) item->activate();
-    return true;
-  }
-  return false;
-}
-
-bool Dialog::returnKey() {
-  const auto focused = itemOf(XmGetFocusWidget(shell()));
-  if (focused && (focused->kind() == IK_PUSH || focused->kind() == IK_OPTION)) return focused->activate();
-  const auto own = focused ? buttonOfField(*focused) : nullptr;
-  const auto button = own ? own : flagged(IF_DEFAULT);
-  if (button) button->activate();
-  return button != nullptr;
-}
-
-/// The button behind an edit field that takes what is typed there.
-std::shared_ptr<Item> Dialog::buttonOfField(const Item& field) const {
-  for (std::size_t at = 0; at + 1 < items_.size(); ++at)
-    if (items_[at].get() == &field && (items_[at + 1]->line().flags & IF_ENTER) != 0) return items_[at + 1];
+  for (const auto& item : items())
+    if (auto shown = std::dynamic_pointer_cast<Item>(item); shown->widget() == widget) return shown;
   return nullptr;
 }
 
@@ -315,40 +223,5 @@ bool Dialog::wheel(Widget over, int lines) {
   if (wanted != value) XmScrollBarSetValues(bar, wanted, slider, step, page, True);
   return true;
 }
-
-bool Dialog::escapeKey() {
-  if (!isModal()) return true;
-  if (const auto button = flagged(IF_CANCEL))
-    button->activate();
-  else
-    requestClose();
-  return true;
-}
-
-bool Dialog::downKey() {
-  const auto list = std::dynamic_pointer_cast<ListItem>(itemOf(XmGetFocusWidget(shell())));
-  return list && list->chooseFirst();
-}
-
-namespace runtime {
-
-std::shared_ptr<Window> createDialog(bool modal, const DLG_RES& table, EVENT_HANDLER handler, void* data) {
-  const auto dialog = std::make_shared<Dialog>();
-  dialog->handler = handler;
-  dialog->data = data;
-  app().add(dialog);
-  Registry::instance().enter(dialog);
-  dialog->build(table, modal);
-  EVENT event;
-  event.type = E_CREATE;
-  dialog->tell(event);
-  if (!dialog->isDying()) dialog->openFitted();
-  if (!modal) return dialog;
-  app().pump().runUntil([&] { return dialog->isDying() || app().isEnding(); });
-  dialog->destroy();
-  return dialog;
-}
-
-}  // namespace runtime
 
 }  // namespace xvt

@@ -4,22 +4,11 @@
 
 #include <algorithm>
 
-#include "xvt/base/utf8.h"
 #include "xvt/motif/geometry.h"
 
 namespace xvt {
 
 namespace {
-
-/// What scripts call a window: its title in small letters with "-" for blanks.
-std::string scriptName(const std::string& title) {
-  std::string name = title;
-  for (char& letter : name) {
-    if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
-    if (letter == ' ') letter = '-';
-  }
-  return name;
-}
 
 int widthOf(const RCT& rectangle) { return rectangle.right - rectangle.left; }
 int heightOf(const RCT& rectangle) { return rectangle.bottom - rectangle.top; }
@@ -55,21 +44,15 @@ RCT TextFieldObject::viewRect() const {
   return RCT{top, left, top + view_->viewHeight(), left + view_->viewWidth()};
 }
 
-void Document::build(const WIN_DEF* definition) {
-  const std::string title = validUtf8(definition->title != nullptr ? definition->title : "");
-  name_ = scriptName(title);
+void Document::build(const WIN_DEF& definition) {
+  const std::string title = takeDefinition(definition);
   createShell("document", title, false);
   createBoard();
   XtVaSetValues(board(), XmNbackground, app().look().pixel(color::trough), nullptr);
-  if ((definition->flags & WSF_HSCROLL) != 0) bars_[HSCROLL] = std::make_unique<ScrollBar>(*this, board(), HSCROLL);
-  if ((definition->flags & WSF_VSCROLL) != 0) bars_[VSCROLL] = std::make_unique<ScrollBar>(*this, board(), VSCROLL);
-  client_ = {widthOf(definition->rct), heightOf(definition->rct)};
-  for (const WIN_DEF* part = definition + 1; part->type != W_NONE; ++part) {
-    if (part->type != WC_TEXTEDIT) continue;
-    const auto field = std::make_shared<TextFieldObject>(*this, *part);
-    Registry::instance().enter(field);
-    fields_[part->id] = field;
-  }
+  if ((definition.flags & WSF_HSCROLL) != 0) bars_[HSCROLL] = std::make_unique<ScrollBar>(*this, board(), HSCROLL);
+  if ((definition.flags & WSF_VSCROLL) != 0) bars_[VSCROLL] = std::make_unique<ScrollBar>(*this, board(), VSCROLL);
+  for (const WIN_DEF* part = &definition + 1; part->type != W_NONE; ++part)
+    if (part->type == WC_TEXTEDIT) take(part->id, std::make_shared<TextFieldObject>(*this, *part));
 }
 
 void Document::openAt(const WIN_DEF& definition) {
@@ -80,23 +63,12 @@ void Document::openAt(const WIN_DEF& definition) {
               PNT{look.px(definition.rct.top), look.px(definition.rct.left)});
   wish.least = {2 * least.width, least.height};
   if ((definition.flags & WSF_UPPER_LEFT) != 0) keepToUpperLeft(&wish);
-  client_ = {};
+  forgetClient();
   open(wish, least, (definition.flags & WSF_INVISIBLE) == 0);
 }
 
-std::string Document::name() const { return name_; }
-
-RCT Document::clientRect() const { return RCT{0, 0, client_.height, client_.width}; }
-
-std::shared_ptr<TextField> Document::textField(int id) const {
-  const auto found = fields_.find(id);
-  return found == fields_.end() ? nullptr : found->second;
-}
-
-TextFieldObject* Document::text() const { return fields_.empty() ? nullptr : fields_.begin()->second.get(); }
-
 void Document::paintText() {
-  for (const auto& [id, field] : fields_) field->view().paintIfDue();
+  for (const auto& [id, field] : fields()) std::static_pointer_cast<TextFieldObject>(field)->view().paintIfDue();
 }
 
 void Document::refresh() {
@@ -111,48 +83,15 @@ void Document::arrangeContents(Extent size) {
   const Extent client{std::max(1, size.width - right), std::max(1, size.height - foot)};
   if (bars_[VSCROLL]) setPlace(bars_[VSCROLL]->widget(), RCT{0, client.width, client.height, size.width});
   if (bars_[HSCROLL]) setPlace(bars_[HSCROLL]->widget(), RCT{client.height, 0, size.height, client.width});
-  if (client.width == client_.width && client.height == client_.height) return;
-  client_ = client;
-  EVENT event;
-  event.type = E_SIZE;
-  event.size.width = client.width;
-  event.size.height = client.height;
-  tell(event);
-  event = EVENT{};
-  event.type = E_UPDATE;
-  tell(event);
+  setClient(client);
 }
 
 bool Document::editStandard(int command) {
-  TextFieldObject* field = text();
-  if (field == nullptr) return false;
+  const auto field = std::static_pointer_cast<TextFieldObject>(firstText());
+  if (!field) return false;
   if (command == M_EDIT_COPY) field->view().copy();
   if (command == M_EDIT_SELECT_ALL) field->view().selectAll();
   return true;
 }
-
-void Document::showBusy(bool busy) { ShellWindow::showBusy(busy); }
-
-void Document::dropParts() {
-  for (const auto& [id, field] : fields_) Registry::instance().leave(field->handle());
-}
-
-namespace runtime {
-
-std::shared_ptr<Window> createDocument(const WIN_DEF* definition, EVENT_HANDLER handler, void* data) {
-  const auto document = std::make_shared<Document>();
-  document->handler = handler;
-  document->data = data;
-  app().add(document);
-  Registry::instance().enter(document);
-  document->build(definition);
-  EVENT event;
-  event.type = E_CREATE;
-  document->tell(event);
-  if (!document->isDying()) document->openAt(*definition);
-  return document;
-}
-
-}  // namespace runtime
 
 }  // namespace xvt

@@ -1,9 +1,9 @@
 /// A document window: text fields and scroll bars.
 #pragma once
 
-#include <map>
 #include <memory>
 
+#include "xvt/desk/document.h"
 #include "xvt/motif/font.h"
 #include "xvt/motif/scrollbars.h"
 #include "xvt/motif/shell_window.h"
@@ -41,14 +41,12 @@ class TextFieldObject final : public TextField {
   RCT place_;
 };
 
-class Document final : public ShellWindow {
+class Document final : public ShellWindow, public BaseDocument {
  public:
-  void build(const WIN_DEF* definition);
-  void openAt(const WIN_DEF& definition);
+  void build(const WIN_DEF& definition) override;
+  void openAt(const WIN_DEF& definition) override;
 
-  std::string name() const override;
-  RCT clientRect() const override;
-  std::shared_ptr<TextField> textField(int id) const override;
+  RCT clientRect() const override { return BaseDocument::clientRect(); }
   void paintText() override;
   bool hasScrollBar(SCROLL_TYPE bar) const override { return bars_[bar] != nullptr; }
   void setScrollRange(SCROLL_TYPE bar, COORD low, COORD high) override { bars_[bar]->setRange(low, high); }
@@ -56,20 +54,13 @@ class Document final : public ShellWindow {
   void setScrollPosition(SCROLL_TYPE bar, COORD position) override { bars_[bar]->setPosition(position); }
   void refresh() override;
   bool editStandard(int command) override;
-  void showBusy(bool busy) override;
-  /// The first text field, or null.
-  TextFieldObject* text() const;
 
  protected:
   void arrangeContents(Extent size) override;
   bool wantsFocus() const override { return false; }
-  void dropParts() override;
 
  private:
   std::unique_ptr<ScrollBar> bars_[2];
-  std::map<int, std::shared_ptr<TextFieldObject>> fields_;
-  std::string name_;
-  Extent client_;
 };
 
 }  // namespace xvt

@@ -39,18 +39,12 @@ int XftFontObject::width(std::string_view text) const {
   return extent(display_, font_, validUtf8(text));
 }
 
-namespace runtime {
-
-std::shared_ptr<Font> createFont(bool monospaced, int points, bool bold) {
-  if (appIfRunning() == nullptr) return nullptr;
-  Display* display = app().display();
-  XftFont* font = XftFontOpen(display, DefaultScreen(display), XFT_FAMILY, XftTypeString,
-                              monospaced ? app().look().monospacedFamily() : "sans", XFT_SIZE, XftTypeDouble,
-                              static_cast<double>(points), XFT_WEIGHT, XftTypeInteger,
-                              bold ? XFT_WEIGHT_BOLD : XFT_WEIGHT_MEDIUM, nullptr);
-  return font != nullptr ? std::make_shared<XftFontObject>(display, font) : nullptr;
+std::shared_ptr<Font> Application::createFont(bool monospaced, int points, bool bold) {
+  XftFont* font =
+      XftFontOpen(display_, DefaultScreen(display_), XFT_FAMILY, XftTypeString,
+                  monospaced ? look().monospacedFamily() : "sans", XFT_SIZE, XftTypeDouble, static_cast<double>(points),
+                  XFT_WEIGHT, XftTypeInteger, bold ? XFT_WEIGHT_BOLD : XFT_WEIGHT_MEDIUM, nullptr);
+  return font != nullptr ? std::make_shared<XftFontObject>(display_, font) : nullptr;
 }
-
-}  // namespace runtime
 
 }  // namespace xvt

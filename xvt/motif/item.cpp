@@ -37,38 +37,24 @@ std::shared_ptr<Item> makeItem(Dialog& dialog, const DLG_ITEM& line, Widget pare
   }
 }
 
-Item::Item(Dialog& dialog, const DLG_ITEM& line, Widget parent) : dialog_(dialog), line_(line), parent_(parent) {}
+Item::Item(Dialog& dialog, const DLG_ITEM& line, Widget parent)
+    : BaseItem(dialog, line), dialog_(dialog), parent_(parent) {}
 
 void Item::ready() {
   // Every control is a stop of the Tab key, in the table's order.
-  const bool stop = line_.kind >= IK_EDIT && line_.kind <= IK_OPTION;
+  const bool stop = isStop();
   XtVaSetValues(widget_, XmNnavigationType, stop ? XmEXCLUSIVE_TAB_GROUP : XmNONE, XmNtraversalOn, stop ? True : False,
                 nullptr);
-  if ((line_.flags & IF_DISABLED) != 0) setEnabled(false);
-  if ((line_.flags & IF_HIDDEN) != 0) setVisible(false);
-  if (line_.help != nullptr) setTooltip(widget_, line_.help);
+  if ((line().flags & IF_DISABLED) != 0) setEnabled(false);
+  if ((line().flags & IF_HIDDEN) != 0) setVisible(false);
+  if (line().help != nullptr) setTooltip(widget_, line().help);
 }
 
-void Item::setEnabled(bool enabled) {
-  enabled_ = enabled;
-  // Motif would lead the keyboard on to the next control, and keys that are on their way would act there.
-  if (!enabled && dialog_.isVisible() && XmGetFocusWidget(dialog_.shell()) == widget_) dialog_.restKeyboard();
-  XtSetSensitive(outer(), enabled ? True : False);
-  dialog_.enableLabels(*this);
-}
+void Item::showEnabled() { XtSetSensitive(outer(), isEnabled() ? True : False); }
 
 void Item::setVisible(bool visible) {
-  visible_ = visible;
+  BaseItem::setVisible(visible);
   XtSetMappedWhenManaged(outer(), visible ? True : False);
-}
-
-void Item::raise() { dialog_.raise(); }
-
-void Item::takeFocus() {
-  if (!dialog_.isVisible()) return dialog_.setFirstFocus(this);
-  if (line_.kind == IK_EDIT && dialog_.edited() != this) dialog_.settle();
-  // Going where it is already would be told as leaving and coming back when the pointer is in the window.
-  if (XmGetFocusWidget(dialog_.shell()) != widget_) XmProcessTraversal(widget_, XmTRAVERSE_CURRENT);
 }
 
 RCT Item::clientRect() const {
@@ -86,18 +72,10 @@ PNT Item::frameOrigin(int sign) const {
   return PNT{sign * (frame.top + 1), sign * (frame.left + 1)};
 }
 
-void Item::tell(CTL_ACTION what) {
-  EVENT event;
-  event.type = E_CONTROL;
-  event.ctl.id = line_.id;
-  event.ctl.what = what;
-  dialog_.tell(event);
-}
-
 Cell Item::leaf(Extent size, int baseline) const {
   Cell cell;
-  cell.kind = line_.kind;
-  cell.span = line_.span;
+  cell.kind = line().kind;
+  cell.span = line().span;
   cell.natural = size;
   cell.baseline = baseline;
   cell.wide = growth(Growth::none);
@@ -109,8 +87,8 @@ bool Item::inCard() const { return !dialog_.isGround(parent_); }
 Pixel Item::ground() const { return app().look().pixel(inCard() ? color::paper : color::ground); }
 
 Face Item::face() const {
-  if ((line_.flags & IF_MONO) != 0) return Face::mono;
-  return (line_.flags & IF_BOLD) != 0 ? Face::bold : Face::plain;
+  if ((line().flags & IF_MONO) != 0) return Face::mono;
+  return (line().flags & IF_BOLD) != 0 ? Face::bold : Face::plain;
 }
 
 }  // namespace xvt

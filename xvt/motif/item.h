@@ -8,7 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "xvt/motif/label_text.h"
+#include "xvt/desk/item.h"
+#include "xvt/desk/label_text.h"
 #include "xvt/motif/look.h"
 #include "xvt/runtime.h"
 
@@ -16,24 +17,15 @@ namespace xvt {
 
 class Dialog;
 
-class Item : public Control {
+class Item : public BaseItem {
  public:
   Item(Dialog& dialog, const DLG_ITEM& line, Widget parent);
 
-  ITEM_KIND kind() const override { return line_.kind; }
-  void setTitle(const std::string&) override {}
-  std::string title() const override { return {}; }
-  void setEnabled(bool enabled) override;
-  bool isEnabled() const override { return enabled_; }
   void setVisible(bool visible) override;
-  bool isVisible() const override { return visible_; }
-  void raise() override;
-  void takeFocus() override;
   RCT clientRect() const override;
   RCT outerRect() const override;
   void move(const RCT& rectangle) override { place(rectangle); }
 
-  const DLG_ITEM& line() const { return line_; }
   Dialog& dialog() const { return dialog_; }
   /// The widget that the user acts on.
   Widget widget() const { return widget_; }
@@ -43,19 +35,14 @@ class Item : public Control {
   virtual Cell cell() const = 0;
   /// Gives the item its place, its border included.
   virtual void place(const RCT& room);
-  virtual KeySym mnemonic() const { return 0; }
-  /// Does what a click (or Return, or the mnemonic) does; false if it cannot be clicked.
-  virtual bool activate() { return false; }
-  /// Row `row` as the user selects it, beside the others when `add`; tells the handler.
-  virtual bool choose(int, bool) { return false; }
 
  protected:
   /// To be called by constructors when the widget is there: first state, help line.
   void ready();
-  void tell(CTL_ACTION what);
+  void showEnabled() override;
   /// Size and baseline of one line of text in a frame of this many pixels.
   Cell leaf(Extent size, int baseline) const;
-  Growth growth(Growth otherwise) const { return (line_.flags & IF_GROW) != 0 ? Growth::eager : otherwise; }
+  Growth growth(Growth otherwise) const { return (line().flags & IF_GROW) != 0 ? Growth::eager : otherwise; }
   bool inCard() const;
   /// The corner of the card's inside, in the dialog, times `sign`.
   PNT frameOrigin(int sign) const;
@@ -63,11 +50,8 @@ class Item : public Control {
   Face face() const;
 
   Dialog& dialog_;
-  const DLG_ITEM& line_;
   Widget parent_;
   Widget widget_ = nullptr;
-  bool enabled_ = true;
-  bool visible_ = true;
 };
 
 /// Makes the item that a line of a table asks for (no container, no glue). `parent` is the dialog's board or the frame
@@ -83,14 +67,14 @@ class TextItem final : public Item {
   void setColor(XVT_COLOR color) override;
   Cell cell() const override;
   void place(const RCT& room) override;
-  KeySym mnemonic() const override { return mnemonic_; }
+  Key mnemonic() const override { return mnemonic_; }
 
  private:
   void show(int width);
   Extent padding() const;
   std::string text_;
   std::string shown_;
-  KeySym mnemonic_ = 0;
+  Key mnemonic_ = kNoKey;
 };
 
 class ButtonItem final : public Item {
@@ -100,13 +84,13 @@ class ButtonItem final : public Item {
   std::string title() const override { return text_; }
   void setEnabled(bool enabled) override;
   Cell cell() const override;
-  KeySym mnemonic() const override { return mnemonic_; }
+  Key mnemonic() const override { return mnemonic_; }
   bool activate() override;
 
  private:
   void dressPrimary();
   std::string text_;
-  KeySym mnemonic_ = 0;
+  Key mnemonic_ = kNoKey;
 };
 
 /// Check boxes and radio buttons.
@@ -118,12 +102,12 @@ class MarkItem final : public Item {
   void setChecked(bool checked) override;
   bool isChecked() const override { return checked_; }
   Cell cell() const override;
-  KeySym mnemonic() const override { return mnemonic_; }
+  Key mnemonic() const override { return mnemonic_; }
   bool activate() override;
 
  private:
   std::string text_;
-  KeySym mnemonic_ = 0;
+  Key mnemonic_ = kNoKey;
   bool checked_ = false;
 };
 
@@ -135,22 +119,15 @@ class EditItem final : public Item {
   void setEnabled(bool enabled) override;
   void selectText() override;
   Cell cell() const override;
-  /// Replaces the text as a user would, who stands in the field.
-  void type(const std::string& text);
   /// Puts a text where the cursor stands, in place of a selection around it; tells the handler.
   void insert(const std::string& text);
-  /// Carries out a standard editing command.
-  void edit(int command);
-  /// The keyboard leaves the field, as far as the handler is told; once for each time it came.
-  void settle();
-  /// The keyboard has come to the field.
-  /// @param resumed it never left, but its leaving was told for a button's sake
-  void begin(bool resumed);
+  void edit(int command) override;
+
+ protected:
+  void enterText(const std::string& text) override;
 
  private:
-  bool isEditable() const { return isEnabled() && (line_.flags & IF_READONLY) == 0; }
   bool quiet_ = false;
-  bool editing_ = false;
 };
 
 /// Lists of which one or several rows can be selected.
@@ -170,13 +147,10 @@ class ListItem final : public Item {
   void grow(COORD pixels) override;
   Cell cell() const override;
   bool choose(int row, bool add) override;
-  /// Chooses the first row if none is; false when there is nothing to do.
-  bool chooseFirst();
-  void doubleClick(int row);
 
  private:
   void listen();
-  bool several() const { return line_.kind == IK_MULTI; }
+  bool several() const { return line().kind == IK_MULTI; }
   void showGround();
   std::vector<std::string> rows_;
   std::optional<XVT_COLOR> ground_;  // given by the program, shown while enabled
@@ -202,11 +176,12 @@ class OptionItem final : public Item {
   Cell cell() const override;
   void place(const RCT& room) override;
   bool activate() override;
-  bool choose(int row, bool add) override;
   /// Takes the rows away, if they are down.
-  void closeList();
-  /// A key while they are down.
-  void listKey(KeySym key);
+  void closeList() override;
+
+ protected:
+  int markedRow() const override;
+  void markRow(int row) override;
 
  private:
   void drawArrow();
@@ -215,7 +190,6 @@ class OptionItem final : public Item {
   void openList();
   void forgetList();
   void fillList();
-  void step(int rows);
   std::vector<std::string> rows_;
   int selected_ = -1;
   Widget popup_ = nullptr;

@@ -43,10 +43,7 @@ ButtonItem::ButtonItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : It
                                     XmNmarginWidth, 0, XmNdefaultButtonShadowThickness, 0, nullptr);
   if (mnemonic_ != 0) XtVaSetValues(widget_, XmNmnemonic, mnemonic_, nullptr);
   if ((line.flags & IF_DEFAULT) != 0) dressPrimary();
-  onCallback(widget_, XmNactivateCallback, [this](XtPointer) {
-    dialog_.settle();
-    tell(CTL_PRESS);
-  });
+  onCallback(widget_, XmNactivateCallback, [this](XtPointer) { pressed(); });
   ready();
 }
 
@@ -71,8 +68,8 @@ void ButtonItem::setTitle(const std::string& title) {
 }
 
 void ButtonItem::setEnabled(bool enabled) {
-  Item::setEnabled(enabled);
-  if ((line_.flags & IF_DEFAULT) != 0) dressPrimary();
+  BaseItem::setEnabled(enabled);
+  if ((line().flags & IF_DEFAULT) != 0) dressPrimary();
 }
 
 Cell ButtonItem::cell() const {
@@ -107,8 +104,7 @@ MarkItem::MarkItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : Item(d
   onCallback(widget_, XmNvalueChangedCallback, [this](XtPointer) {
     // The mark is the handler's to set.
     XmToggleButtonSetState(widget_, checked_ ? True : False, False);
-    dialog_.settle();
-    tell(CTL_PRESS);
+    pressed();
   });
   ready();
 }

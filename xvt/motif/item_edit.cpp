@@ -43,21 +43,6 @@ EditItem::EditItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : Item(d
   ready();
 }
 
-void EditItem::begin(bool resumed) {
-  if (editing_) return;
-  if (dialog_.edited() != nullptr) dialog_.edited()->settle();
-  editing_ = true;
-  dialog_.setEdited(this);
-  if (!resumed) tell(CTL_FOCUS_GAIN);
-}
-
-void EditItem::settle() {
-  if (!editing_) return;
-  editing_ = false;
-  if (dialog_.edited() == this) dialog_.setEdited(nullptr);
-  tell(CTL_FOCUS_LOSS);
-}
-
 void EditItem::setTitle(const std::string& text) {
   if (text == title()) return;
   const bool before = quiet_;
@@ -75,8 +60,8 @@ std::string EditItem::title() const {
 }
 
 void EditItem::setEnabled(bool enabled) {
-  Item::setEnabled(enabled);
-  const bool white = enabled && (line_.flags & IF_READONLY) == 0;
+  BaseItem::setEnabled(enabled);
+  const bool white = enabled && (line().flags & IF_READONLY) == 0;
   const Pixel ground = app().look().pixel(white ? color::paper : color::ground);
   XtVaSetValues(widget_, XmNbackground, ground, XmNtopShadowColor, ground, nullptr);
 }
@@ -86,10 +71,7 @@ void EditItem::selectText() {
                           XtLastTimestampProcessed(XtDisplay(widget_)));
 }
 
-void EditItem::type(const std::string& text) {
-  Frame frame;
-  takeFocus();
-  begin(false);
+void EditItem::enterText(const std::string& text) {
   XmTextFieldSetString(widget_, const_cast<char*>(text.c_str()));
   XmTextFieldSetInsertionPosition(widget_, XmTextFieldGetLastPosition(widget_));
 }
@@ -116,7 +98,7 @@ void EditItem::edit(int command) {
 
 Cell EditItem::cell() const {
   const Look& look = app().look();
-  const Extent size{look.columns(face(), std::max(1, line_.columns)) + 2 * (look.px(kFieldWidth) + kFrame),
+  const Extent size{look.columns(face(), std::max(1, line().columns)) + 2 * (look.px(kFieldWidth) + kFrame),
                     look.lineHeight(face()) + 2 * (look.px(kFieldHeight) + kFrame)};
   return leaf(size, look.px(kFieldHeight) + kFrame + look.ascent(face()));
 }

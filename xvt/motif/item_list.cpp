@@ -66,7 +66,7 @@ void ListItem::listen() {
 Widget ListItem::outer() const { return XtParent(widget_); }
 
 void ListItem::setEnabled(bool enabled) {
-  Item::setEnabled(enabled);
+  BaseItem::setEnabled(enabled);
   showGround();
 }
 
@@ -120,11 +120,11 @@ Cell ListItem::cell() const {
   const Look& look = app().look();
   const int row = look.lineHeight(face()) + look.px(kRowGap);
   const int frame = 2 * look.px(kMarginHeight) + 2;
-  const int width = look.columns(face(), std::max(1, line_.columns)) + 2 * look.px(kMarginWidth) + look.px(kBar) + 2;
-  const int height = std::max(row + frame, std::max(1, line_.lines) * row + frame + grown_);
+  const int width = look.columns(face(), std::max(1, line().columns)) + 2 * look.px(kMarginWidth) + look.px(kBar) + 2;
+  const int height = std::max(row + frame, std::max(1, line().lines) * row + frame + grown_);
   Cell cell = leaf({width, height}, 1 + look.px(kMarginHeight) + look.ascent(face()));
   cell.wide = growth(Growth::willing);
-  if ((line_.flags & IF_GROW) != 0) {
+  if ((line().flags & IF_GROW) != 0) {
     cell.tall = Growth::eager;
     cell.least.height = std::min(height, 3 * row + frame);
   }
@@ -132,28 +132,8 @@ Cell ListItem::cell() const {
 }
 
 bool ListItem::choose(int row, bool add) {
-  Frame frame;
-  XmProcessTraversal(widget_, XmTRAVERSE_CURRENT);
-  // As in OptionItem::choose.
-  dialog_.settle();
-  if (dialog_.isDying() || row >= rowCount()) return false;
-  if (several() && !add) XmListDeselectAllItems(widget_);
-  setRowSelected(row, true);
-  XmListSetKbdItemPos(widget_, row + 1);
-  tell(CTL_SELECT);
-  return true;
-}
-
-bool ListItem::chooseFirst() {
-  int* selected = nullptr;
-  int count = 0;
-  XtVaGetValues(widget_, XmNselectedPositions, &selected, XmNselectedPositionCount, &count, nullptr);
-  return count == 0 && rowCount() > 0 && choose(0, false);
-}
-
-void ListItem::doubleClick(int row) {
-  choose(row, false);
-  if (!dialog_.isDying()) tell(CTL_DOUBLE);
+  if (row < rowCount()) XmListSetKbdItemPos(widget_, row + 1);
+  return BaseItem::choose(row, add);
 }
 
 }  // namespace xvt

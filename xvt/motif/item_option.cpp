@@ -72,7 +72,7 @@ void OptionItem::show() {
 
 void OptionItem::setEnabled(bool enabled) {
   if (!enabled) closeList();
-  Item::setEnabled(enabled);
+  BaseItem::setEnabled(enabled);
   const Pixel ground = app().look().pixel(enabled ? color::paper : color::ground);
   XtVaSetValues(widget_, XmNbackground, ground, XmNtopShadowColor, ground, nullptr);
   drawArrow();
@@ -111,7 +111,7 @@ void OptionItem::clearRowSelection() {
 
 Cell OptionItem::cell() const {
   const Look& look = app().look();
-  int text = look.columns(Face::plain, std::max(1, line_.columns));
+  int text = look.columns(Face::plain, std::max(1, line().columns));
   for (const std::string& row : rows_) text = std::max(text, look.textWidth(Face::plain, row));
   text = std::min(text, look.columns(Face::plain, 60));
   const Extent size{text + 2 * (kFrame + look.px(kMarginWidth)) + look.px(kArrowRoom),
@@ -128,21 +128,6 @@ bool OptionItem::activate() {
   if (!isVisible() || XtIsSensitive(widget_) == False) return false;
   openList();
   return true;
-}
-
-bool OptionItem::choose(int row, bool) {
-  Frame frame;
-  // First, for what a handler shows anew when a field is left must not undo the choice.
-  dialog_.settle();
-  if (dialog_.isDying() || row >= rowCount()) return false;
-  setRowSelected(row, true);
-  tell(CTL_SELECT);
-  return true;
-}
-
-void OptionItem::step(int rows) {
-  const int row = std::clamp(selected_ + rows, 0, rowCount() - 1);
-  if (rowCount() > 0 && row != selected_) choose(row, false);
 }
 
 // ---- the list -----------------------------------------------------------------------------------------------------
@@ -219,40 +204,16 @@ void OptionItem::openList() {
   XtPopup(popup_, XtGrabNone);
 }
 
-/// The keyboard belongs to the list while it is up.
-void OptionItem::listKey(KeySym key) {
+int OptionItem::markedRow() const {
   int* rows = nullptr;
   int count = 0;
-  int row = XmListGetSelectedPos(list_, &rows, &count) != False && count > 0 ? rows[0] - 1 : -1;
+  const bool any = XmListGetSelectedPos(list_, &rows, &count) != False && count > 0;
+  const int row = any ? rows[0] - 1 : -1;
   XtFree(reinterpret_cast<char*>(rows));
-  switch (key) {
-    case XK_Up:
-      row = std::max(0, row - 1);
-      break;
-    case XK_Down:
-      row = std::min(rowCount() - 1, row + 1);
-      break;
-    case XK_Home:
-      row = 0;
-      break;
-    case XK_End:
-      row = rowCount() - 1;
-      break;
-    case XK_Return:
-    case XK_KP_Enter:
-    case XK_space:
-      closeList();
-      if (row >= 0) choose(row, false);
-      return;
-    case XK_Escape:
-    case XK_Tab:
-      closeList();
-      return;
-    default:
-      return;
-  }
-  XmListSelectPos(list_, row + 1, False);
+  return row;
 }
+
+void OptionItem::markRow(int row) { XmListSelectPos(list_, row + 1, False); }
 
 void OptionItem::closeList() {
   if (app().choosing() != this) return;

@@ -49,7 +49,7 @@ TextItem::TextItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : Item(d
 
 Extent TextItem::padding() const {
   const Look& look = app().look();
-  return line_.kind == IK_STATUS ? Extent{look.spacing().margin, look.px(6)} : Extent{};
+  return line().kind == IK_STATUS ? Extent{look.spacing().margin, look.px(6)} : Extent{};
 }
 
 void TextItem::setTitle(const std::string& title) {
@@ -59,8 +59,8 @@ void TextItem::setTitle(const std::string& title) {
   show(place.right - place.left);
   // What the program writes into a value may be long or short: it is shown as far as it goes. A label was given its
   // place by its text, and gets another one.
-  const Extent size = app().look().textSize(faceOf(line_), text_);
-  if (line_.kind == IK_VALUE || line_.kind == IK_STATUS) return;
+  const Extent size = app().look().textSize(faceOf(line()), text_);
+  if (line().kind == IK_VALUE || line().kind == IK_STATUS) return;
   if (size.width > place.right - place.left || size.height > place.bottom - place.top) dialog_.wantLayout();
 }
 
@@ -68,14 +68,14 @@ void TextItem::setColor(XVT_COLOR color) { XtVaSetValues(widget_, XmNforeground,
 
 Cell TextItem::cell() const {
   const Look& look = app().look();
-  const Face own = faceOf(line_);
+  const Face own = faceOf(line());
   Extent size = look.textSize(own, text_);
-  const int wished = look.columns(own, line_.columns);
-  if (line_.kind == IK_VALUE) size.width = std::clamp(size.width, wished, std::max(wished, look.columns(own, 56)));
+  const int wished = look.columns(own, line().columns);
+  if (line().kind == IK_VALUE) size.width = std::clamp(size.width, wished, std::max(wished, look.columns(own, 56)));
   size.width = std::max(size.width, wished) + 2 * padding().width;
-  size.height = std::max(size.height, line_.lines * look.lineHeight(own)) + 2 * padding().height;
+  size.height = std::max(size.height, line().lines * look.lineHeight(own)) + 2 * padding().height;
   Cell cell = leaf(size, padding().height + look.ascent(own));
-  const bool elastic = line_.kind == IK_VALUE || line_.kind == IK_HINT || line_.kind == IK_STATUS;
+  const bool elastic = line().kind == IK_VALUE || line().kind == IK_HINT || line().kind == IK_STATUS;
   if (elastic) {
     cell.wide = growth(Growth::willing);
     cell.least.width = std::max(wished, std::min(size.width, look.columns(own, 8)));
@@ -91,13 +91,13 @@ void TextItem::place(const RCT& room) {
 void TextItem::show(int width) {
   const bool lines = text_.find('\n') != std::string::npos;
   const std::string fitted =
-      lines ? text_ : app().look().fitted(faceOf(line_), text_, std::max(1, width - 2 * padding().width));
+      lines ? text_ : app().look().fitted(faceOf(line()), text_, std::max(1, width - 2 * padding().width));
   if (fitted == shown_) return;
   shown_ = fitted;
   const MotifString string(shown_, mnemonic_);
   XtVaSetValues(widget_, XmNlabelString, static_cast<XmString>(string), nullptr);
   // What is cut can still be read.
-  if (line_.help == nullptr) setTooltip(widget_, shown_ == text_ ? std::string() : text_);
+  if (line().help == nullptr) setTooltip(widget_, shown_ == text_ ? std::string() : text_);
 }
 
 // ---- meters and separators ----------------------------------------------------------------------------------------
@@ -139,7 +139,7 @@ void MeterItem::setMeter(int percent) {
 Cell MeterItem::cell() const {
   const Look& look = app().look();
   const int height = look.px(8);
-  Cell cell = leaf({look.columns(Face::plain, std::max(1, line_.columns)), height},
+  Cell cell = leaf({look.columns(Face::plain, std::max(1, line().columns)), height},
                    height / 2 + look.ascent() / 2 - look.px(1));
   cell.wide = growth(Growth::willing);
   return cell;

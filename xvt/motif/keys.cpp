@@ -5,7 +5,6 @@
 
 #include <cstring>
 #include <map>
-#include <string>
 
 #include "xvt/motif/application.h"
 #include "xvt/motif/guard.h"
@@ -18,15 +17,12 @@ namespace xvt {
 namespace {
 
 constexpr unsigned kModifiers = ControlMask | Mod1Mask | ShiftMask;
+static_assert(kControl == ControlMask && kAlt == Mod1Mask && kShift == ShiftMask);
 
 std::map<int, XtEventDispatchProc>& nextDispatchers() {
   static std::map<int, XtEventDispatchProc> next;
   return next;
 }
-
-KeySym lower(KeySym key) { return key >= XK_A && key <= XK_Z ? key - XK_A + XK_a : key; }
-
-bool isReturn(KeySym key) { return key == XK_Return || key == XK_KP_Enter; }
 
 /// The key that is down, and the window or the option list in which it was pressed; none for a menu.
 struct HeldKey {
@@ -61,19 +57,9 @@ void checkHeldKey(Display* display) {
 bool takeKey(XKeyEvent* event) {
   Widget widget = XtWindowToWidget(event->display, event->window);
   const auto window = app().windowOf(widget);
-  OptionItem* list = app().choosing();
+  const BaseItem* list = app().choosing();
   if (isHeldFromElsewhere(*event, list != nullptr ? list->handle() : window ? window->handle() : NULL_WIN)) return true;
-  if (list != nullptr) return list->listKey(XLookupKeysym(event, 0)), true;
-  if (!window) return false;  // a menu or a pop-up list: its own keys
-  if (app().blockerOf(*window)) return true;
-  const KeySym key = lower(XLookupKeysym(event, 0));
-  const unsigned modifiers = event->state & kModifiers;
-  if (app().task() != nullptr && app().task()->shortcut(key, modifiers, *window)) return true;
-  if (modifiers == Mod1Mask && window->mnemonic(key)) return true;
-  if (modifiers != 0) return false;
-  if (isReturn(key)) return window->returnKey();
-  if (key == XK_Down || key == XK_KP_Down) return window->downKey();
-  return key == XK_Escape && window->escapeKey();
+  return app().takeKey(window, XLookupKeysym(event, 0), event->state & kModifiers);
 }
 
 /// Without a window manager nobody else brings a clicked window to the front and gives it the keyboard.
@@ -161,20 +147,25 @@ void installKeys(Display* display) {
   }
 }
 
-bool parseKeys(const char* text, KeySym* key, unsigned* modifiers) {
-  static const std::map<std::string, unsigned> names{{"Ctrl", ControlMask}, {"Alt", Mod1Mask}, {"Shift", ShiftMask}};
-  *modifiers = 0;
-  std::string rest = text;
-  for (std::size_t plus = rest.find('+'); plus != std::string::npos && plus > 0; plus = rest.find('+')) {
-    const auto modifier = names.find(rest.substr(0, plus));
-    if (modifier == names.end()) return false;
-    *modifiers |= modifier->second;
-    rest.erase(0, plus + 1);
-  }
-  if (rest == "Esc") rest = "Escape";
-  *key = lower(XStringToKeysym(rest.c_str()));
-  if (*key == NoSymbol && rest.size() == 1) *key = static_cast<unsigned char>(rest[0]);
-  return *key != NoSymbol;
+void Application::sendKey(BaseWindow& window, Key key, unsigned modifiers) {
+  Widget shell = dynamic_cast<ShellWindow&>(window).shell();
+  Widget focus = XmGetFocusWidget(shell);
+  if (focus == nullptr) focus = shell;
+  XEvent event{};
+  event.xkey.type = KeyPress;
+  event.xkey.send_event = True;
+  event.xkey.display = display_;
+  event.xkey.window = XtWindow(focus);
+  event.xkey.root = RootWindowOfScreen(XtScreen(focus));
+  event.xkey.same_screen = True;
+  event.xkey.time = XtLastTimestampProcessed(display_);
+  event.xkey.state = modifiers;
+  event.xkey.keycode = XKeysymToKeycode(display_, key);
+  if (XkbKeycodeToKeysym(display_, static_cast<KeyCode>(event.xkey.keycode), 0, 0) != key)
+    event.xkey.state |= ShiftMask;
+  XtDispatchEvent(&event);
+  event.xkey.type = KeyRelease;
+  if (XtWindow(focus) != 0) XtDispatchEvent(&event);
 }
 
 }  // namespace xvt

@@ -12,7 +12,6 @@
 
 #include "xvt/motif/geometry.h"
 #include "xvt/motif/guard.h"
-#include "xvt/motif/timers.h"
 #include "xvt/placement.h"
 
 namespace xvt {
@@ -46,12 +45,14 @@ Extent inside(const RCT& outer) {
   return {outer.right - outer.left - frame().width, outer.bottom - outer.top - frame().height};
 }
 
+std::shared_ptr<ShellWindow> speakingShell() { return std::dynamic_pointer_cast<ShellWindow>(app().speaker()); }
+
 PNT corner(const RCT& rectangle) { return PNT{rectangle.top, rectangle.left}; }
 
 }  // namespace
 
 void ShellWindow::createShell(const std::string& widget_name, const std::string& title, bool modal) {
-  modal_ = modal;
+  setModal(modal);
   std::vector<Arg> args(4);
   // Where nothing draws frames, a line shows where one window ends and the next begins.
   XtSetArg(args[2], const_cast<char*>(XmNborderWidth), app().hasWindowManager() ? 0 : 1);
@@ -74,7 +75,7 @@ void ShellWindow::createBoard() {
   board_ = XtVaCreateManagedWidget("board", xmBulletinBoardWidgetClass, shell_, XmNresizePolicy, XmRESIZE_NONE,
                                    XmNdefaultPosition, False, XmNautoUnmanage, False, nullptr);
   onEvent(board_, StructureNotifyMask, [this](XEvent* event) {
-    if (event->type == ConfigureNotify && !dying_) arrangeContents(boardSize());
+    if (event->type == ConfigureNotify && !isDying()) arrangeContents(boardSize());
   });
 }
 
@@ -93,7 +94,7 @@ void ShellWindow::listen() {
 }
 
 void ShellWindow::focusChanged(bool in) {
-  if (dying_) return;
+  if (isDying()) return;
   if (in) {
     // Whoever hands out the keyboard does not know which dialog has the word.
     if (const auto blocker = app().blockerOf(*this)) return blocker->takeFocus();
@@ -105,27 +106,13 @@ void ShellWindow::focusChanged(bool in) {
   tell(event);
 }
 
-void ShellWindow::requestClose() {
-  if (dying_ || app().blockerOf(*this)) return;
-  const auto alive = shared_from_this();
-  settle();
-  EVENT event;
-  event.type = E_CLOSE;
-  tell(event);
-}
-
-void ShellWindow::tell(EVENT event) {
-  if (!dying_) runtime::deliver(shared_from_this(), event);
-}
-
 void ShellWindow::setTitle(const std::string& title) {
-  title_ = title;
+  BaseWindow::setTitle(title);
   XtVaSetValues(shell_, XmNtitle, title.c_str(), XmNiconName, title.c_str(), nullptr);
 }
 
 void ShellWindow::setEnabled(bool enabled) {
-  enabled_ = enabled;
-  if (!enabled) app().stopChoosing(this);
+  BaseWindow::setEnabled(enabled);
   if (board_ != nullptr) XtSetSensitive(board_, enabled ? True : False);
 }
 
@@ -140,7 +127,7 @@ int ShellWindow::placeStep() { return app().look().px(8); }
 
 PNT ShellWindow::dialogPlace(Extent size) const {
   const auto from = opener();
-  return modal_ && from ? middleOf(from->occupied(), framed(size)) : belowConsole(screenSize(), placeStep());
+  return isModal() && from ? middleOf(from->occupied(), framed(size)) : belowConsole(screenSize(), placeStep());
 }
 
 WindowWish ShellWindow::wishFor(Extent size, PNT place) {
@@ -152,10 +139,10 @@ void ShellWindow::keepToUpperLeft(WindowWish* wish) { wish->bounds = upperLeft(s
 
 /// The window that opens this one, else the newest one.
 std::shared_ptr<ShellWindow> ShellWindow::opener() const {
-  std::shared_ptr<ShellWindow> found = app().speaker();
+  auto found = speakingShell();
   if (found && found.get() != this && found->isVisible()) return found;
   found = nullptr;
-  for (const auto& other : app().windows())
+  for (const auto& other : app().shells())
     if (other.get() != this && other->isVisible()) found = other;
   return found;
 }
@@ -166,10 +153,10 @@ void ShellWindow::findPlace(WindowWish wish, Extent smallest) {
   wish.least = framed(wish.least);
   std::vector<Standing> standing;
   const auto from = opener();
-  for (const auto& other : app().windows())
+  for (const auto& other : app().shells())
     if (other.get() != this && other->isVisible()) standing.push_back({other->occupied(), other == from});
   const auto left = leftPlaces().find(name());
-  if (!modal_ && left != leftPlaces().end()) {
+  if (!isModal() && left != leftPlaces().end()) {
     // Back where the user left it, whatever it covers there; but not what it is opened from.
     wish.place = left->second;
     std::erase_if(standing, [](const Standing& one) { return !one.opener; });
@@ -223,12 +210,12 @@ void ShellWindow::declineFocus() const {
 }
 
 void ShellWindow::popUp() {
-  if (shown_) return;
+  if (isVisible()) return;
   app().stopChoosing(nullptr);
-  shown_ = true;
+  setShown(true);
   if (!wantsFocus()) declineFocus();
-  if (modal_) {
-    const auto parent = app().speaker();
+  if (isModal()) {
+    const auto parent = speakingShell();
     if (parent && parent.get() != this && XtIsRealized(parent->shell()))
       XSetTransientForHint(XtDisplay(shell_), XtWindow(shell_), XtWindow(parent->shell()));
   }
@@ -241,11 +228,11 @@ void ShellWindow::popUp() {
 }
 
 void ShellWindow::popDown() {
-  if (!shown_) return;
-  if (app().isLost()) return static_cast<void>(shown_ = false);
+  if (!isVisible()) return;
   app().stopChoosing(this);
   rememberPlace();
-  shown_ = false;
+  if (isDying()) leftPlaces()[name()] = place_;
+  setShown(false);
   if (shell_ == app().shell())
     XtUnmapWidget(shell_);
   else
@@ -257,7 +244,7 @@ void ShellWindow::popDown() {
 void ShellWindow::rememberPlace() { place_ = corner(outerRect()); }
 
 void ShellWindow::setVisible(bool visible) {
-  if (visible == shown_ || dying_ || !XtIsRealized(shell_)) return;
+  if (visible == isVisible() || isDying() || !XtIsRealized(shell_)) return;
   if (!visible) return popDown();
   // A window that was made hidden stands beside what is open when it is first shown, not when it was made.
   if (wish_later_) {
@@ -271,7 +258,7 @@ void ShellWindow::setVisible(bool visible) {
 }
 
 void ShellWindow::raise() {
-  if (dying_ || !XtIsRealized(shell_)) return;
+  if (isDying() || !XtIsRealized(shell_)) return;
   setVisible(true);
   XRaiseWindow(XtDisplay(shell_), XtWindow(shell_));
   if (!app().hasWindowManager() || !wantsFocus()) return;
@@ -286,11 +273,7 @@ void ShellWindow::raise() {
              SubstructureNotifyMask | SubstructureRedirectMask, &event);
 }
 
-void ShellWindow::takeFocus() {
-  if (dying_ || !shown_) return;
-  const auto blocker = app().blockerOf(*this);
-  if (blocker) return blocker->takeFocus();
-  app().setActive(shared_from_this());
+void ShellWindow::grabKeyboard() {
   if (app().hasWindowManager()) return raise();
   XRaiseWindow(XtDisplay(shell_), XtWindow(shell_));
   XSetInputFocus(XtDisplay(shell_), XtWindow(shell_), RevertToPointerRoot, CurrentTime);
@@ -330,7 +313,7 @@ RCT ShellWindow::outerRect() const {
 /// What the window covers. A window manager takes its time: until it has done its work, what it will probably be.
 RCT ShellWindow::occupied() const {
   RCT frame;
-  if (shown_ && frameOf(shell_, &frame)) return frame;
+  if (isVisible() && frameOf(shell_, &frame)) return frame;
   const Extent outer = framed(size_);
   return RCT{place_.v, place_.h, place_.v + outer.height, place_.h + outer.width};
 }
@@ -344,25 +327,7 @@ void ShellWindow::move(const RCT& rectangle) {
 
 // ---- the end ------------------------------------------------------------------------------------------------------
 
-void ShellWindow::destroy() {
-  if (dying_) return;
-  const auto alive = shared_from_this();
-  if (shown_ && !app().isLost()) {
-    rememberPlace();
-    leftPlaces()[name()] = place_;
-  }
-  EVENT event;
-  event.type = E_DESTROY;
-  dying_ = true;
-  popDown();
-  runtime::deliver(alive, event);
-  app().retire(alive);
-  dropTimers(*this);
-  dropParts();
-  Registry::instance().leave(handle());
-}
-
-void ShellWindow::destroyWidgets() {
+void ShellWindow::dissolve() {
   if (shell_ != nullptr && shell_ != app().shell()) XtDestroyWidget(shell_);
   shell_ = board_ = nullptr;
 }

@@ -5,10 +5,10 @@
 #include <chrono>
 #include <vector>
 
+#include "xvt/desk/textstore.h"
 #include "xvt/motif/guard.h"
 #include "xvt/motif/textview.h"
 #include "xvt/motif/textview_metrics.h"
-#include "xvt/motif/textview_store.h"
 
 namespace xvt {
 

@@ -1,4 +1,4 @@
-#include "xvt/motif/signals.h"
+#include "xvt/desk/signals.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <csignal>
 
-#include "xvt/motif/guard.h"
+#include "xvt/desk/events.h"
 
 namespace xvt {
 
@@ -32,18 +32,16 @@ void handle(int signal, void (*handler)(int)) {
 
 }  // namespace
 
-EndSignals::EndSignals(XtAppContext context, std::function<void()> asked) : asked_(std::move(asked)) {
+EndSignals::EndSignals(EventSource& events, std::function<void()> asked) : events_(events), asked_(std::move(asked)) {
   if (pipe2(pipe_ends, O_CLOEXEC | O_NONBLOCK) != 0) return;
-  input_ = XtAppAddInput(context, pipe_ends[0],
-                         reinterpret_cast<XtPointer>(XtInputReadMask),  // NOLINT: Xt wants a number as a pointer
-                         arrived, this);
+  events_.watch(pipe_ends[0], [this] { arrived(); });
   for (const int signal : kSignals) handle(signal, noted);
 }
 
 EndSignals::~EndSignals() {
-  if (input_ == 0) return;
+  if (pipe_ends[0] < 0) return;
   for (const int signal : kSignals) handle(signal, SIG_DFL);
-  XtRemoveInput(input_);
+  events_.unwatch();
   for (int& end : pipe_ends) {
     close(end);
     end = -1;
@@ -57,10 +55,10 @@ void EndSignals::wake() {
   errno = error;
 }
 
-void EndSignals::arrived(XtPointer self, int* source, XtInputId*) {
+void EndSignals::arrived() {
   std::array<char, 16> bytes{};
-  while (read(*source, bytes.data(), bytes.size()) > 0) continue;
-  guarded("signal", static_cast<EndSignals*>(self)->asked_);
+  while (read(pipe_ends[0], bytes.data(), bytes.size()) > 0) continue;
+  asked_();
 }
 
 }  // namespace xvt

@@ -1,11 +1,11 @@
-#include "xvt/motif/timers.h"
+#include "xvt/desk/timers.h"
 
 #include <algorithm>
 #include <chrono>
 #include <map>
 
-#include "xvt/motif/guard.h"
-#include "xvt/motif/shell_window.h"
+#include "xvt/desk/desk.h"
+#include "xvt/desk/window.h"
 
 namespace xvt {
 
@@ -17,23 +17,21 @@ using std::chrono::milliseconds;
 /// Fires again and again, counted from when it should have fired, so that it does not drift.
 class Timer {
  public:
-  Timer(long number, const std::shared_ptr<ShellWindow>& window, long period)
+  Timer(long number, const std::shared_ptr<BaseWindow>& window, long period)
       : number_(number), window_(window), period_(period), next_(Clock::now() + period_) {
     wait();
   }
   ~Timer() {
-    if (id_ != 0) XtRemoveTimeOut(id_);
+    if (deskIfRunning() != nullptr) desk().events().cancelAlarm(alarm_);
   }
   Timer(const Timer&) = delete;
   Timer& operator=(const Timer&) = delete;
-  bool isOf(const ShellWindow& window) const { return window_.lock().get() == &window; }
+  bool isOf(const BaseWindow& window) const { return window_.lock().get() == &window; }
 
  private:
   void wait() {
     const auto left = std::chrono::duration_cast<milliseconds>(next_ - Clock::now()).count();
-    id_ = XtAppAddTimeOut(
-        app().context(), static_cast<unsigned long>(std::max<long>(1, left)),
-        [](XtPointer timer, XtIntervalId*) { guarded("timer", [&] { static_cast<Timer*>(timer)->fire(); }); }, this);
+    alarm_ = desk().events().alarm(std::max<long>(1, left), [this] { fire(); });
   }
   void fire() {
     // The next one first: the handler may destroy this timer, or pump for longer than a period.
@@ -46,10 +44,10 @@ class Timer {
   }
 
   long number_;
-  std::weak_ptr<ShellWindow> window_;
+  std::weak_ptr<BaseWindow> window_;
   milliseconds period_;
   Clock::time_point next_;
-  XtIntervalId id_ = 0;
+  long alarm_ = 0;
 };
 
 std::map<long, std::unique_ptr<Timer>>& timers() {
@@ -59,7 +57,7 @@ std::map<long, std::unique_ptr<Timer>>& timers() {
 
 }  // namespace
 
-void dropTimers(const ShellWindow& window) {
+void dropTimers(const BaseWindow& window) {
   std::erase_if(timers(), [&](const auto& entry) { return entry.second->isOf(window); });
 }
 
@@ -67,7 +65,7 @@ namespace runtime {
 
 long createTimer(const std::shared_ptr<Window>& window, long period) {
   static long numbers = 0;
-  const auto shell = std::dynamic_pointer_cast<ShellWindow>(window);
+  const auto shell = std::dynamic_pointer_cast<BaseWindow>(window);
   if (!shell || shell->isDying()) return 0;
   const long number = ++numbers;
   timers().emplace(number, std::make_unique<Timer>(number, shell, period));

@@ -11,9 +11,8 @@
 #include "xvt/motif/geometry.h"
 #include "xvt/motif/shell_window.h"
 #include "xvt/motif/textview.h"
-#include "xvt/probe.h"
 
-namespace xvt::probe {
+namespace xvt {
 
 namespace {
 
@@ -69,7 +68,7 @@ std::vector<png_byte> pixels(XImage* image) {
 }
 
 /// Writes 8-bit RGB; the simplified interface of libpng keeps its own errors.
-Refusal writePng(const std::string& path, XImage* image) {
+probe::Refusal writePng(const std::string& path, XImage* image) {
   png_image png{};
   png.version = PNG_IMAGE_VERSION;
   png.width = static_cast<png_uint_32>(image->width);
@@ -82,8 +81,7 @@ Refusal writePng(const std::string& path, XImage* image) {
 
 }  // namespace
 
-Refusal screenshot(WINDOW window, const std::string& path) {
-  if (appIfRunning() == nullptr) return "the application is not running";
+probe::Refusal Application::screenshot(WINDOW window, const std::string& path) {
   auto shown = Registry::instance().find<ShellWindow>(window);
   if (window != NULL_WIN && (!shown || !shown->isVisible())) return "the window is not shown";
   if (shown) shown->raise();
@@ -91,12 +89,11 @@ Refusal screenshot(WINDOW window, const std::string& path) {
   if (shown && (shown->isDying() || !shown->isVisible())) return "the window was closed";
   const RCT area = shown ? windowRect(*shown) : screenRect();
   if (area.right <= area.left || area.bottom <= area.top) return "the window is not on the screen";
-  Display* display = app().display();
-  const Image image(XGetImage(display, DefaultRootWindow(display), area.left, area.top,
+  const Image image(XGetImage(display_, DefaultRootWindow(display_), area.left, area.top,
                               static_cast<unsigned>(area.right - area.left),
                               static_cast<unsigned>(area.bottom - area.top), AllPlanes, ZPixmap));
   if (!image) return "the screen cannot be read";
   return writePng(path, image.get());
 }
 
-}  // namespace xvt::probe
+}  // namespace xvt

@@ -1,16 +1,16 @@
 /// The session asks the program to end.
 #pragma once
 
-#include <Xm/Xm.h>
-
 #include <functional>
 
 namespace xvt {
 
+class EventSource;
+
 /// While it lives, SIGTERM, SIGINT and SIGHUP call `asked` from the event loop.
 class EndSignals {
  public:
-  EndSignals(XtAppContext context, std::function<void()> asked);
+  EndSignals(EventSource& events, std::function<void()> asked);
   ~EndSignals();
   EndSignals(const EndSignals&) = delete;
   EndSignals& operator=(const EndSignals&) = delete;
@@ -18,10 +18,10 @@ class EndSignals {
   static void wake();
 
  private:
-  static void arrived(XtPointer self, int* source, XtInputId*);
+  void arrived();
 
+  EventSource& events_;
   std::function<void()> asked_;
-  XtInputId input_ = 0;
 };
 
 }  // namespace xvt

@@ -1,7 +1,7 @@
 /// A label as the tables write it: "~" before its mnemonic, "~~" for a tilde.
 #pragma once
 
-#include <X11/X.h>
+#include "xvt/desk/keys.h"
 
 #include <string>
 
@@ -10,7 +10,7 @@ namespace xvt {
 struct LabelText {
   explicit LabelText(const char* text);
   std::string plain;
-  KeySym mnemonic = 0;
+  Key mnemonic = kNoKey;
 };
 
 }  // namespace xvt

@@ -1,4 +1,4 @@
-#include "xvt/motif/textview_store.h"
+#include "xvt/desk/textstore.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,4 +1,4 @@
-/// What a text view holds: lines in chunks of memory that are never moved, and selections over them. Knows no X.
+/// What a text field holds: lines in chunks of memory that are never moved, and selections over them. Knows no X.
 #pragma once
 
 #include <compare>

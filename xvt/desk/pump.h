@@ -1,8 +1,6 @@
 /// How events get served: the main loop, modal loops and jobs all come here.
 #pragma once
 
-#include <Xm/Xm.h>
-
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -10,10 +8,11 @@
 
 namespace xvt {
 
-class ShellWindow;
+class BaseWindow;
+class Desk;
 
-/// Marks that Xt (or an action of the probe) is somewhere on the call stack, and may still touch any widget when it
-/// comes back: nothing is really destroyed while a frame exists.
+/// Marks that the serving of an event (or an action of the probe) is somewhere on the call stack, and may still touch
+/// any window when it comes back: nothing is really destroyed while a frame exists.
 class Frame {
  public:
   Frame() { ++depth(); }
@@ -28,7 +27,7 @@ class Frame {
 
 class Pump {
  public:
-  explicit Pump(XtAppContext context) : context_(context), tick_(firstTick()) {}
+  explicit Pump(Desk& desk) : desk_(desk), tick_(firstTick()) {}
   ~Pump();
   Pump(const Pump&) = delete;
   Pump& operator=(const Pump&) = delete;
@@ -44,7 +43,7 @@ class Pump {
   /// The tick that an application begins with.
   static void setFirstTick(void (*tick)()) { firstTick() = tick; }
   /// Really destroys the window when no frame exists.
-  void retire(std::shared_ptr<ShellWindow> window);
+  void retire(std::shared_ptr<BaseWindow> window);
   /// Destroys what is retired, if no frame exists.
   void reap();
 
@@ -69,13 +68,13 @@ class Pump {
   void tickIfDue();
   void wakeForTick();
 
-  XtAppContext context_;
+  Desk& desk_;
   void (*tick_)();
   const Done* innermost_ = nullptr;
-  XtIntervalId wake_ = 0;
+  long wake_ = 0;
   Clock::time_point last_serve_;
   Clock::time_point last_tick_;
-  std::vector<std::shared_ptr<ShellWindow>> retired_;
+  std::vector<std::shared_ptr<BaseWindow>> retired_;
 };
 
 }  // namespace xvt

@@ -3,9 +3,9 @@
 
 namespace xvt {
 
-class ShellWindow;
+class BaseWindow;
 
 /// The window's timers die with it.
-void dropTimers(const ShellWindow& window);
+void dropTimers(const BaseWindow& window);
 
 }  // namespace xvt

@@ -1,4 +1,4 @@
-#include "xvt/motif/label_text.h"
+#include "xvt/desk/label_text.h"
 
 #include "xvt/base/utf8.h"
 

@@ -1,8 +1,8 @@
-#include "xvt/motif/pump.h"
+#include "xvt/desk/pump.h"
 
-#include "xvt/motif/application.h"
-#include "xvt/motif/guard.h"
-#include "xvt/motif/shell_window.h"
+#include "xvt/base/guard.h"
+#include "xvt/desk/desk.h"
+#include "xvt/desk/window.h"
 
 namespace xvt {
 
@@ -25,9 +25,7 @@ void (*&Pump::firstTick())() {
   return tick;
 }
 
-Pump::~Pump() {
-  if (wake_ != 0) XtRemoveTimeOut(wake_);
-}
+Pump::~Pump() { desk_.events().cancelAlarm(wake_); }
 
 void Pump::runUntil(const std::function<bool()>& done) {
   const Loop loop(innermost_, done);
@@ -46,40 +44,40 @@ void Pump::serveIfDue() {
 }
 
 void Pump::serve(bool ticks) {
-  if (app().isLost()) return;
+  if (desk_.isLost()) return;
   const auto start = Clock::now();
   prepare();
-  while (!app().isLost() && XtAppPending(context_) != 0) {
+  while (!desk_.isLost() && desk_.events().pending()) {
     processOne();
     if (Clock::now() - start > kServeAtMost) break;
   }
   prepare();
-  if (ticks && !app().isLost()) tickIfDue();
+  if (ticks && !desk_.isLost()) tickIfDue();
   last_serve_ = Clock::now();
 }
 
 void Pump::processOne() {
   {
     Frame frame;
-    XtAppProcessEvent(context_, XtIMAll);
+    desk_.events().serveOne();
   }
   reap();
 }
 
 void Pump::prepare() {
-  if (app().isLost()) return;
+  if (desk_.isLost()) return;
   // A copy: a window that is brought up to date may open or end others.
-  const auto windows = app().windows();
+  const auto windows = desk_.windows();
   for (const auto& window : windows) guarded("refresh", [&] { window->refresh(); });
 }
 
-void Pump::retire(std::shared_ptr<ShellWindow> window) { retired_.push_back(std::move(window)); }
+void Pump::retire(std::shared_ptr<BaseWindow> window) { retired_.push_back(std::move(window)); }
 
 void Pump::reap() {
-  if (!Frame::none() || retired_.empty() || app().isLost()) return;
+  if (!Frame::none() || retired_.empty() || desk_.isLost()) return;
   const auto dead = std::move(retired_);
   retired_.clear();
-  for (const auto& window : dead) window->destroyWidgets();
+  for (const auto& window : dead) window->dissolve();
 }
 
 void Pump::setTick(void (*tick)()) { tick_ = tick; }
@@ -93,8 +91,7 @@ void Pump::tickIfDue() {
 }
 
 void Pump::wakeForTick() {
-  const auto woken = [](XtPointer pump, XtIntervalId*) { static_cast<Pump*>(pump)->wake_ = 0; };
-  wake_ = XtAppAddTimeOut(context_, kServeEvery.count(), woken, this);
+  wake_ = desk_.events().alarm(kServeEvery.count(), [this] { wake_ = 0; });
 }
 
 }  // namespace xvt

@@ -1,0 +1,266 @@
+#include "xvt/desk/desk.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "xvt/base/guard.h"
+#include "xvt/base/report.h"
+#include "xvt/desk/dialog.h"
+#include "xvt/desk/document.h"
+#include "xvt/desk/item.h"
+#include "xvt/desk/signals.h"
+#include "xvt/desk/task.h"
+#include "xvt/script_status.h"
+
+namespace xvt {
+
+namespace {
+
+Desk* current = nullptr;
+
+bool isUsable(const std::shared_ptr<BaseWindow>& window) { return window && window->isVisible() && !window->isDying(); }
+
+}  // namespace
+
+Desk& desk() { return *current; }
+Desk* deskIfRunning() { return current; }
+
+Desk::Desk(const XVT_CONFIG& config) : config_(config) {}
+
+Desk::~Desk() {
+  if (current == this) current = nullptr;
+}
+
+void Desk::useEvents(std::unique_ptr<EventSource> events) {
+  events_ = std::move(events);
+  pump_ = std::make_unique<Pump>(*this);
+  current = this;
+}
+
+void Desk::run(EVENT_HANDLER handler) {
+  EndSignals signals(events(), [this] { askToQuit(); });
+  task_ = makeTask();
+  task_->create(handler);
+  EVENT event;
+  event.type = E_CREATE;
+  task_->tell(event);
+  pump_->runUntil([this] { return ending_; });
+  // Newest first; a handler that opens a window now sees it ended too.
+  while (!windows_.empty()) windows_.back()->destroy();
+  if (lost_) return;
+  pump_->reap();
+  task_.reset();
+  pump_->setTick(nullptr);
+  Pump::setFirstTick(nullptr);
+}
+
+void Desk::loseDisplay() {
+  if (!lost_) std::fputs("xvt: the connection to the display is lost\n", stderr);
+  lost_ = ending_ = true;
+  // The event loop would look at a closed connection for ever.
+  EndSignals::wake();
+}
+
+void Desk::add(const std::shared_ptr<BaseWindow>& window) { windows_.push_back(window); }
+
+void Desk::retire(const std::shared_ptr<BaseWindow>& window) {
+  std::erase(windows_, window);
+  pump_->retire(window);
+}
+
+std::shared_ptr<BaseWindow> Desk::blockerOf(const BaseWindow& window) const {
+  for (auto at = windows_.rbegin(); at != windows_.rend() && at->get() != &window; ++at)
+    if ((*at)->isModal() && isUsable(*at)) return *at;
+  return nullptr;
+}
+
+std::shared_ptr<BaseWindow> Desk::inputKeeper() const {
+  const auto found = std::find_if(windows_.rbegin(), windows_.rend(),
+                                  [](const auto& window) { return window->isModal() && isUsable(window); });
+  return found == windows_.rend() ? nullptr : *found;
+}
+
+std::shared_ptr<BaseWindow> Desk::active() const {
+  auto last = active_.lock();
+  if (isUsable(last)) return last;
+  const auto found = std::find_if(windows_.rbegin(), windows_.rend(), isUsable);
+  return found == windows_.rend() ? nullptr : *found;
+}
+
+void Desk::setActive(const std::shared_ptr<BaseWindow>& window) {
+  active_ = window;
+  if (window != task_) edited_ = window;
+  catchUp();
+}
+
+void Desk::catchUp() {
+  // A copy: a handler that is told may open or end windows.
+  const auto windows = windows_;
+  for (const auto& window : windows) window->catchUp();
+}
+
+std::shared_ptr<BaseWindow> Desk::speaker() const {
+  const auto found = std::find_if(speaking_.rbegin(), speaking_.rend(), [this](const auto& speaking) {
+    const auto window = speaking.lock();
+    return window != task_ && isUsable(window);
+  });
+  return found == speaking_.rend() ? active() : found->lock();
+}
+
+long Desk::deliver(const std::shared_ptr<Window>& window, EVENT& event) {
+  const auto alive = std::dynamic_pointer_cast<BaseWindow>(window);
+  speaking_.push_back(alive);
+  long answer = 0;
+  guarded("event handler", [&] { answer = alive->handler(alive->handle(), &event); });
+  speaking_.pop_back();
+  return answer;
+}
+
+std::shared_ptr<BaseWindow> Desk::editTarget() const {
+  const auto edited = edited_.lock();
+  return isUsable(edited) ? edited : active();
+}
+
+std::shared_ptr<Window> Desk::openDocument(const WIN_DEF& definition, EVENT_HANDLER handler, void* data) {
+  const auto document = makeDocument();
+  document->enter(handler, data);
+  document->build(definition);
+  EVENT event;
+  event.type = E_CREATE;
+  document->tell(event);
+  if (!document->isDying()) document->openAt(definition);
+  return document;
+}
+
+std::shared_ptr<Window> Desk::openDialog(bool modal, const DLG_RES& table, EVENT_HANDLER handler, void* data) {
+  const auto dialog = makeDialog();
+  dialog->enter(handler, data);
+  dialog->build(table, modal);
+  EVENT event;
+  event.type = E_CREATE;
+  dialog->tell(event);
+  if (!dialog->isDying()) dialog->openFitted();
+  if (!modal) return dialog;
+  pump_->runUntil([&] { return dialog->isDying() || ending_; });
+  dialog->destroy();
+  return dialog;
+}
+
+void Desk::stopChoosing(const BaseWindow* window) {
+  if (choosing_ != nullptr && (window == nullptr || choosing_->owner().handle() == window->handle()))
+    choosing_->closeList();
+}
+
+bool Desk::takeKey(const std::shared_ptr<BaseWindow>& window, Key key, unsigned modifiers) {
+  if (choosing_ != nullptr) return choosing_->listKey(key), true;
+  if (!window) return false;  // a menu or a pop-up list: its own keys
+  if (blockerOf(*window)) return true;
+  key = lowerKey(key);
+  if (task_ && task_->shortcut(key, modifiers, *window)) return true;
+  if (modifiers == kAlt && window->mnemonic(key)) return true;
+  if (modifiers != 0) return false;
+  if (isReturn(key)) return window->returnKey();
+  if (key == kDownKey || key == kPadDownKey) return window->downKey();
+  return key == kEscapeKey && window->escapeKey();
+}
+
+void Desk::askToQuit() {
+  if (ending_ || !task_) return;
+  quit_allowed_ = false;
+  EVENT event;
+  event.type = E_QUIT;
+  event.quit.query = true;
+  task_->tell(event);
+  if (!quit_allowed_ || ending_) return;
+  event.quit.query = false;
+  task_->tell(event);
+  ending_ = true;
+}
+
+void Desk::setBusy(bool busy) {
+  const bool was = isBusy();
+  busy_ = std::max(0, busy_ + (busy ? 1 : -1));
+  if (was != isBusy()) busyShown();
+}
+
+// ---- what the check floor asks ------------------------------------------------------------------------------------
+
+namespace {
+
+std::vector<OpenRuntime>& offers() {
+  static std::vector<OpenRuntime> offered;
+  return offered;
+}
+
+BaseTask* taskWith(int command) {
+  BaseTask* task = current != nullptr ? current->task() : nullptr;
+  return task != nullptr && task->hasItem(command) ? task : nullptr;
+}
+
+}  // namespace
+
+void offerRuntime(OpenRuntime open) { offers().push_back(open); }
+
+namespace runtime {
+
+int run(int argc, char** argv, EVENT_HANDLER handler, const XVT_CONFIG& config) {
+  if (offers().empty()) report("xvt_app_create", "no runtime was chosen");
+  std::unique_ptr<Desk> chosen;
+  for (const OpenRuntime open : offers())
+    if (!chosen) chosen = open(argc, argv, config);
+  if (!chosen) return 1;
+  chosen->run(handler);
+  if (!chosen->isLost()) return xvt_script_status();
+  // What is left stays to the end of the process, known as the current one: its own end would speak to the display.
+  static_cast<void>(chosen.release());
+  return 1;
+}
+
+bool isRunning() { return current != nullptr; }
+bool hasDisplay() { return current == nullptr || !current->isLost(); }
+void end() { desk().end(); }
+bool isEnding() { return current != nullptr && current->isEnding(); }
+void allowQuit() { desk().allowQuit(); }
+void processPendingEvents() { desk().pump().serveIfDue(); }
+void setBusy(bool busy) { desk().setBusy(busy); }
+void bell() { desk().bell(); }
+
+std::shared_ptr<Window> createDocument(const WIN_DEF* definition, EVENT_HANDLER handler, void* data) {
+  return desk().openDocument(*definition, handler, data);
+}
+
+std::shared_ptr<Window> createDialog(bool modal, const DLG_RES& table, EVENT_HANDLER handler, void* data) {
+  return desk().openDialog(modal, table, handler, data);
+}
+
+long deliver(const std::shared_ptr<Window>& window, EVENT& event) { return desk().deliver(window, event); }
+
+bool setItemChecked(int command, bool checked) {
+  BaseTask* task = taskWith(command);
+  if (task != nullptr) task->setItemChecked(command, checked);
+  return task != nullptr;
+}
+
+bool setItemEnabled(int command, bool enabled) {
+  BaseTask* task = taskWith(command);
+  if (task != nullptr) task->setItemEnabled(command, enabled);
+  return task != nullptr;
+}
+
+bool isItemChecked(int command) {
+  const BaseTask* task = taskWith(command);
+  return task != nullptr && task->isItemChecked(command);
+}
+
+bool isItemEnabled(int command) {
+  const BaseTask* task = taskWith(command);
+  return task != nullptr && task->isItemEnabled(command);
+}
+
+std::shared_ptr<Font> createFont(bool monospaced, int points, bool bold) {
+  return current != nullptr ? current->createFont(monospaced, points, bold) : nullptr;
+}
+
+}  // namespace runtime
+
+}  // namespace xvt

@@ -1,0 +1,135 @@
+#include "xvt/desk/dialog.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "xvt/desk/desk.h"
+
+namespace xvt {
+
+void BaseDialog::take(const std::shared_ptr<BaseItem>& item) {
+  items_.push_back(item);
+  const DLG_ITEM& line = item->line();
+  if (line.id == 0 || belongsToField(*table_, line)) return;
+  Registry::instance().enter(item);
+  by_id_[line.id] = item;
+}
+
+std::shared_ptr<Control> BaseDialog::control(int id) const {
+  const auto found = by_id_.find(id);
+  return found == by_id_.end() ? nullptr : found->second;
+}
+
+void BaseDialog::dropParts() {
+  for (const auto& [id, item] : by_id_) Registry::instance().leave(item->handle());
+  edited_ = nullptr;
+}
+
+/// Labels look like their field.
+void BaseDialog::enableLabels(const BaseItem& field) {
+  if (!isField(field.kind())) return;
+  BaseItem* before = nullptr;
+  for (const auto& item : items_) {
+    const DLG_ITEM& line = item->line();
+    if (line.kind == IK_LABEL && line.id != 0 && line.id == field.line().id) item->setEnabled(field.isEnabled());
+    if (item.get() == &field && before != nullptr && before->kind() == IK_LABEL && before->line().id == 0 &&
+        (before->mnemonic() != kNoKey || before->title().ends_with(':')))
+      before->setEnabled(field.isEnabled());
+    before = item.get();
+  }
+}
+
+// ---- the keyboard -------------------------------------------------------------------------------------------------
+
+std::shared_ptr<BaseItem> BaseDialog::firstFocus() const {
+  const auto first = std::find_if(items_.begin(), items_.end(), [&](const auto& item) {
+    if (first_focus_ != nullptr) return item.get() == first_focus_;
+    return item->kind() == IK_EDIT && item->isEnabled() && item->isVisible() && (item->line().flags & IF_READONLY) == 0;
+  });
+  const auto start = first != items_.end() ? *first : flagged(IF_DEFAULT);
+  return start && start->isSensitive() ? start : nullptr;
+}
+
+void BaseDialog::settle() {
+  if (edited_ != nullptr) edited_->settle();
+}
+
+bool BaseDialog::keyboardMoved() {
+  moved_ = desk().isPressed() || desk().blockerOf(*this);
+  return !moved_;
+}
+
+void BaseDialog::catchUp() {
+  if (isDying() || desk().isPressed() || desk().blockerOf(*this)) return;
+  if (desk().active().get() != this) return settle();
+  if (!std::exchange(moved_, false)) return;
+  const auto on = focused();
+  const auto now = on && on->kind() == IK_EDIT ? on : nullptr;
+  if (edited_ == now.get()) return;
+  settle();
+  if (now && !isDying() && focused() == now) now->begin(false);
+}
+
+std::shared_ptr<BaseItem> BaseDialog::flagged(unsigned flag) const {
+  const auto found = std::find_if(items_.begin(), items_.end(), [&](const auto& item) {
+    return item->kind() == IK_PUSH && (item->line().flags & flag) != 0;
+  });
+  return found == items_.end() ? nullptr : *found;
+}
+
+bool BaseDialog::mnemonic(Key key) {
+  for (std::size_t at = 0; at < items_.size(); ++at) {
+    if (lowerKey(items_[at]->mnemonic()) != key) continue;
+    // A label's mnemonic leads to the field behind it.
+    std::size_t target = at;
+    while (target < items_.size() && items_[target]->kind() <= IK_STATUS) ++target;
+    if (target == items_.size() || !items_[target]->isEnabled() || !items_[target]->isVisible()) continue;
+    const auto item = items_[target];
+    item->takeFocus();
+    if (target == at) item->activate();
+    return true;
+  }
+  return false;
+}
+
+bool BaseDialog::returnKey() {
+  const auto on = focused();
+  if (on && (on->kind() == IK_PUSH || on->kind() == IK_OPTION)) return on->activate();
+  const auto own = on ? buttonOfField(*on) : nullptr;
+  const auto button = own ? own : flagged(IF_DEFAULT);
+  if (button) button->activate();
+  return button != nullptr;
+}
+
+/// The button behind an edit field that takes what is typed there.
+std::shared_ptr<BaseItem> BaseDialog::buttonOfField(const BaseItem& field) const {
+  for (std::size_t at = 0; at + 1 < items_.size(); ++at)
+    if (items_[at].get() == &field && (items_[at + 1]->line().flags & IF_ENTER) != 0) return items_[at + 1];
+  return nullptr;
+}
+
+bool BaseDialog::escapeKey() {
+  if (!isModal()) return true;
+  if (const auto button = flagged(IF_CANCEL))
+    button->activate();
+  else
+    requestClose();
+  return true;
+}
+
+bool BaseDialog::downKey() {
+  const auto list = focused();
+  if (!list || (list->kind() != IK_LIST && list->kind() != IK_MULTI) || list->rowCount() == 0) return false;
+  for (int row = 0; row < list->rowCount(); ++row)
+    if (list->isRowSelected(row)) return false;
+  return list->choose(0, false);
+}
+
+bool BaseDialog::editStandard(int command) {
+  const auto field = focused();
+  if (!field || field->kind() != IK_EDIT) return false;
+  field->edit(command);
+  return true;
+}
+
+}  // namespace xvt

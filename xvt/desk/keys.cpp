@@ -1,0 +1,78 @@
+#include "xvt/desk/keys.h"
+
+#include <map>
+
+#include "xvt/xvt.h"
+
+namespace xvt {
+
+Key keyNamed(const std::string& name) {
+  static const std::map<std::string, Key> names{{"BackSpace", kBackSpaceKey},
+                                                {"Tab", kTabKey},
+                                                {"Return", kReturnKey},
+                                                {"Escape", kEscapeKey},
+                                                {"Esc", kEscapeKey},
+                                                {"Delete", 0xFFFF},
+                                                {"Insert", 0xFF63},
+                                                {"Home", kHomeKey},
+                                                {"End", kEndKey},
+                                                {"Left", 0xFF51},
+                                                {"Up", kUpKey},
+                                                {"Right", 0xFF53},
+                                                {"Down", kDownKey},
+                                                {"Page_Up", 0xFF55},
+                                                {"Prior", 0xFF55},
+                                                {"Page_Down", 0xFF56},
+                                                {"Next", 0xFF56},
+                                                {"Menu", 0xFF67},
+                                                {"KP_Enter", kPadEnterKey},
+                                                {"KP_Down", kPadDownKey},
+                                                {"space", ' '},
+                                                {"plus", '+'},
+                                                {"minus", '-'},
+                                                {"comma", ','},
+                                                {"period", '.'},
+                                                {"slash", '/'},
+                                                {"asterisk", '*'}};
+  if (name.size() == 1) return lowerKey(static_cast<unsigned char>(name[0]));
+  const auto found = names.find(name);
+  if (found != names.end()) return found->second;
+  constexpr Key firstFunctionKey = 0xFFBE;
+  for (Key number = 1; number <= 12; ++number)
+    if (name == "F" + std::to_string(number)) return firstFunctionKey + number - 1;
+  return kNoKey;
+}
+
+bool parseKeys(const std::string& text, Key* key, unsigned* modifiers) {
+  static const std::map<std::string, unsigned> names{{"Ctrl", kControl}, {"Alt", kAlt}, {"Shift", kShift}};
+  *modifiers = 0;
+  std::string rest = text;
+  for (std::size_t plus = rest.find('+'); plus != std::string::npos && plus > 0; plus = rest.find('+')) {
+    const auto modifier = names.find(rest.substr(0, plus));
+    if (modifier == names.end()) return false;
+    *modifiers |= modifier->second;
+    rest.erase(0, plus + 1);
+  }
+  *key = keyNamed(rest);
+  return *key != kNoKey;
+}
+
+int standardCommandFor(Key key, unsigned modifiers) {
+  if (modifiers != kControl) return 0;
+  switch (key) {
+    case 'x':
+      return M_EDIT_CUT;
+    case 'c':
+      return M_EDIT_COPY;
+    case 'v':
+      return M_EDIT_PASTE;
+    case 'a':
+      return M_EDIT_SELECT_ALL;
+    default:
+      return 0;
+  }
+}
+
+bool isStandardCommand(int command) { return command >= M_EDIT_CUT && command <= M_EDIT_SELECT_ALL; }
+
+}  // namespace xvt
