@@ -16,7 +16,7 @@
 #include "libkyr/byteorder.h"
 #include "libkyr/elfcheck.h"
 #include "libkyr/process.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 #include "quarlo/tprcstep.h"
 

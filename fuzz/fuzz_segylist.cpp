@@ -11,7 +11,7 @@
 #include "libkyr/files.h"
 #include "quarlo/segycopy_params.h"
 #include "quarlo/segysel_list.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/loglines.h"
 
 SgyCopyParams SgyParams{};

@@ -47,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const int fd = memfd_create("cartridge", MFD_CLOEXEC);
   require(fd >= 0 && write(fd, data, size) == static_cast<ssize_t>(size));
   TapFile tape;
-  tape.adopt(FileHandle(fd), true);
+  tape.adopt(Descriptor(fd), true);
   walk(tape, static_cast<off_t>(size));
   // What is written stands there, whatever followed the place.
   tape.rewind();

@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tpf.h"
 #include "xvt/xvt.h"
 

@@ -139,6 +139,40 @@ std::optional<std::size_t> readAt(int descriptor, void* bytes, std::size_t count
   return got;
 }
 
+namespace {
+
+/// `writeSome` gets the bytes that are left and how many are done, and answers as write(2).
+template <typename WriteSome>
+std::size_t writeOn(const void* bytes, std::size_t count, WriteSome writeSome) {
+  const char* const data = static_cast<const char*>(bytes);
+  std::size_t done = 0;
+  while (done < count) {
+    const ssize_t now = writeSome(data + done, count - done, done);
+    if (now > 0) {
+      done += static_cast<std::size_t>(now);
+    } else if (now == 0) {
+      errno = ENOSPC;
+      break;
+    } else if (errno != EINTR) {
+      break;
+    }
+  }
+  return done;
+}
+
+}  // namespace
+
+std::size_t writeAll(int descriptor, const void* bytes, std::size_t count) {
+  return writeOn(bytes, count,
+                 [=](const char* data, std::size_t left, std::size_t) { return write(descriptor, data, left); });
+}
+
+std::size_t writeAllAt(int descriptor, const void* bytes, std::size_t count, std::uint64_t offset) {
+  return writeOn(bytes, count, [=](const char* data, std::size_t left, std::size_t done) {
+    return pwrite(descriptor, data, left, static_cast<off_t>(offset + done));
+  });
+}
+
 bool readTextLine(std::FILE* stream, std::string* line) {
   constexpr std::size_t limit = std::size_t{64} * 1024;
   line->clear();

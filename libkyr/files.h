@@ -62,6 +62,12 @@ bool closeFile(FileHandle& file);
 /// @return bytes, fewer than asked for at the end of the file; nothing, with errno, after an error
 std::optional<std::size_t> readAt(int descriptor, void* bytes, std::size_t count, std::uint64_t offset);
 
+/// Writes all of it at the descriptor's position, or at `offset`, however many calls that takes. A disk that takes
+/// nothing is full: errno is ENOSPC.
+/// @return bytes written, fewer with errno after a failure
+std::size_t writeAll(int descriptor, const void* bytes, std::size_t count);
+std::size_t writeAllAt(int descriptor, const void* bytes, std::size_t count, std::uint64_t offset);
+
 /// Reads the next line without the blanks around it; what a line has beyond 64 KB is passed over.
 /// @return false at the end of the file or on an error
 bool readTextLine(std::FILE* stream, std::string* line);

@@ -54,17 +54,7 @@ std::optional<std::size_t> PartFile::readAt(std::uint64_t offset, unsigned char*
 }
 
 bool PartFile::writeAt(std::uint64_t offset, const unsigned char* bytes, std::size_t count) const {
-  std::size_t done = 0;
-  while (done < count) {
-    const ssize_t now = pwrite(descriptor_, bytes + done, count - done, static_cast<off_t>(offset + done));
-    if (now < 0 && errno == EINTR) continue;
-    if (now <= 0) {
-      errno = now < 0 ? errno : ENOSPC;
-      return false;
-    }
-    done += static_cast<std::size_t>(now);
-  }
-  return true;
+  return writeAllAt(descriptor_, bytes, count, offset) == count;
 }
 
 bool PartFile::cutTo(std::uint64_t size) const { return ftruncate(descriptor_, static_cast<off_t>(size)) == 0; }

@@ -1,28 +1,14 @@
 #include "libkyr/process.h"
 
-#include <cstdio>
 #include <new>
 
 #include "libkyr/datasets.h"
 
-namespace {
-
-void (*defaultConsole)(const char* line) = nullptr;
-
-}  // namespace
-
 ProcessRecord* NewProcessRecord() { return new (std::nothrow) ProcessRecord{}; }
-
-void SetDefaultConsole(void (*consoleLine)(const char* line)) { defaultConsole = consoleLine; }
 
 void ProcessConsole(const ProcessRecord* procRecord, const char* line) {
   auto* const own = procRecord != nullptr ? procRecord->consoleLine : nullptr;
-  if (own != nullptr)
-    own(line);
-  else if (defaultConsole != nullptr)
-    defaultConsole(line);
-  else
-    std::fprintf(stderr, "%s\n", line);
+  (own != nullptr ? own : DefaultConsole)(line);
 }
 
 void SetDevUnit(ProcessRecord* procRecord, UnitStruct* unit) {

@@ -5,6 +5,8 @@
 
 #include <memory>
 
+#include "libkyr/console.h"
+
 struct UnitStruct;   // the device layer's; handed through
 struct KyrDatasets;  // the library's own: the links of a record
 
@@ -19,9 +21,6 @@ struct ProcessRecord {
 /// A new zero-filled record; null when there is no memory. FreeProcessRecord takes it back.
 ProcessRecord* NewProcessRecord();
 
-/// Where lines of records without a console of their own go (a test's, whose record is zero-filled); null, as at
-/// start, is standard error.
-void SetDefaultConsole(void (*consoleLine)(const char* line));
 /// One line to the record's console, or to the default one.
 void ProcessConsole(const ProcessRecord* procRecord, const char* line);
 

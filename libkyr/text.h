@@ -27,6 +27,9 @@ std::string_view fieldText(const char (&field)[N]) {
 /// `text` without the blanks, tabs and line ends around it.
 std::string_view trimText(std::string_view text);
 
+/// The ending of a plural: "s" for counts above one.
+constexpr const char* plural(long long count) { return count > 1 ? "s" : ""; }
+
 /// printf into a string of any length. A format that the C library refuses gives an empty string.
 [[gnu::format(printf, 1, 2)]] std::string formatText(const char* format, ...);
 [[gnu::format(printf, 1, 0)]] std::string formatTextV(const char* format, std::va_list arguments);

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 
 /// A job's own words.

@@ -10,7 +10,6 @@
 #include "quarlo/segdcopy.h"
 #include "quarlo/segy_dlgs.h"
 #include "quarlo/segycopy.h"
-#include "quarlo/shell.h"
 #include "quarlo/tapelib/controls.h"
 #include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/errhandl.h"
@@ -18,8 +17,10 @@
 #include "quarlo/tapelib/tsel_dlg.h"
 #include "quarlo/tapelib/unitopen.h"
 #include "quarlo/tpf.h"
+#include "quarlo/unfmt_dlg.h"
 #include "quarlo/unfmtcpy.h"
 #include "quarlo/unitdialog.h"
+#include "quarlo/windows.h"
 #include "resources/ids.h"
 
 namespace {

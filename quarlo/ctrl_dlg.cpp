@@ -3,12 +3,12 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "quarlo/shell.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/controls.h"
 #include "quarlo/tapelib/jobstate.h"
 #include "quarlo/tapelib/tsel_dlg.h"
 #include "quarlo/tapelib/unitopen.h"
+#include "quarlo/windows.h"
 #include "resources/ids.h"
 
 namespace {

@@ -14,12 +14,12 @@
 #include "quarlo/dump_ctl.h"
 #include "quarlo/dump_win.h"
 #include "quarlo/jobframe.h"
-#include "quarlo/shell.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/controls.h"
 #include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/largefile.h"
 #include "quarlo/tapelib/tlv_fcn.h"
+#include "quarlo/windows.h"
 #include "resources/ids.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <exception>
 #include <new>
 
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "resources/ids.h"
 
 namespace {

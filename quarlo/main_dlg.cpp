@@ -5,9 +5,9 @@
 
 #include "quarlo/copy_dlg.h"
 #include "quarlo/fdmp_dlg.h"
-#include "quarlo/shell.h"
 #include "quarlo/tdmp_dlg.h"
 #include "quarlo/vrfy_dlg.h"
+#include "quarlo/windows.h"
 #include "resources/ids.h"
 
 namespace {

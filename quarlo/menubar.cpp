@@ -9,11 +9,12 @@
 #include "quarlo/ctrl_dlg.h"
 #include "quarlo/main_dlg.h"
 #include "quarlo/sfil_dlg.h"
-#include "quarlo/shell.h"
 #include "quarlo/srec_dlg.h"
 #include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/jobstate.h"
 #include "quarlo/tapelib/tlv_fcn.h"
+#include "quarlo/windows.h"
 #include "resources/ids.h"
 
 namespace {

@@ -5,7 +5,7 @@
 
 #include "libkyr/text.h"
 #include "quarlo/segdhdr.h"
-#include "quarlo/settings_dlg.h"
+#include "quarlo/settings.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 #include "resources/ids.h"
 

@@ -9,8 +9,9 @@
 #include <vector>
 
 #include "quarlo/blockread.h"
+#include "quarlo/inputfiles.h"
+#include "quarlo/piecefile.h"
 #include "quarlo/segdhdr.h"
-#include "quarlo/segycopy_io.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 
 /// What came of asking for the next field file or trace.

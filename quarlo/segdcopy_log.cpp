@@ -7,7 +7,7 @@
 #include "libkyr/files.h"
 #include "libkyr/text.h"
 #include "quarlo/segdcopy_params.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 
 bool Silent = false;
 

@@ -5,9 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "libkyr/disksync.h"
 #include "libkyr/files.h"
+#include "quarlo/inputfiles.h"
+#include "quarlo/piecefile.h"
 #include "quarlo/segdcopy_log.h"
-#include "quarlo/segycopy_io.h"
 #include "quarlo/tapechange.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 

@@ -4,8 +4,6 @@
 
 #include "libkyr/text.h"
 
-const char* const SegdDataTypes[SEGD_KEY_TYPES] = {"1 byte integer", "2 byte integer", "3 byte integer"};
-
 SgdCopyParams SgdParams = {};
 
 void segdInit() {

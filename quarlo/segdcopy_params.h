@@ -4,12 +4,8 @@
 #include <cstdio>
 
 #include "quarlo/path_field.h"
+#include "quarlo/segdhdr.h"
 #include "xvt/xvt.h"
-
-/// Data types of the zero list's key in a trace header, as the dialog names them.
-enum SEGD_KEY_TYPE : int { SEGD_KEY_INT8 = 0, SEGD_KEY_INT16 = 1, SEGD_KEY_INT24 = 2 };
-constexpr int SEGD_KEY_TYPES = 3;
-extern const char* const SegdDataTypes[SEGD_KEY_TYPES];
 
 /// What the field file list means.
 enum SEGD_LIMIT_SENSE : int { SEGD_INCLUDE = 1, SEGD_EXCLUDE = 2 };

@@ -4,8 +4,9 @@
 #include <cmath>
 
 #include "libkyr/byteorder.h"
-#include "quarlo/segdcopy_params.h"
 #include "quarlo/tapelib/seglib.h"
+
+const char* const SegdDataTypes[SEGD_KEY_TYPES] = {"1 byte integer", "2 byte integer", "3 byte integer"};
 
 namespace {
 

@@ -14,6 +14,11 @@ constexpr int SEGD_TRACE_HEADER_BYTES = 20;
 /// Record lengths of general header block 1 count in units of 0.1 x 1.024 s, unless the user knows better.
 constexpr float SEGD_RECORD_LENGTH_UNIT = 102.4F;
 
+/// Data types of a key in a trace header, as the dialog of the zero list names them.
+enum SEGD_KEY_TYPE : int { SEGD_KEY_INT8 = 0, SEGD_KEY_INT16 = 1, SEGD_KEY_INT24 = 2 };
+constexpr int SEGD_KEY_TYPES = 3;
+extern const char* const SegdDataTypes[SEGD_KEY_TYPES];
+
 /// What the general header says of a field file.
 struct segdheader {
   int ffilenum;        ///< field file number; 65535 where block 2 should have it and is not there

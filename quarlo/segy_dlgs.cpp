@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "libkyr/text.h"
-#include "quarlo/settings_dlg.h"
+#include "quarlo/settings.h"
 #include "quarlo/tapelib/controls.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 #include "resources/ids.h"

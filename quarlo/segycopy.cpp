@@ -8,11 +8,11 @@
 #include "libkyr/text.h"
 #include "quarlo/jobframe.h"
 #include "quarlo/segycopy_input.h"
-#include "quarlo/segycopy_io.h"
 #include "quarlo/segycopy_keys.h"
+#include "quarlo/segycopy_output.h"
 #include "quarlo/segycopy_sort.h"
 #include "quarlo/segysel.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/loglines.h"
 

@@ -10,7 +10,7 @@
 #include "quarlo/segycopy_report.h"
 #include "quarlo/segysel.h"
 #include "quarlo/tapechange.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/diskunit.h"
 
 namespace {
@@ -21,11 +21,6 @@ constexpr RetryWords RETRY_WORDS = {"  *** Error reading from input tape - retry
 constexpr TapeChangeWords INPUT_WORDS = {"Tape finished.", "Magazine finished.", "  "};
 
 constexpr int REEL_HEADERS = 2;  // blocks: the text and the binary header
-
-// Fields of the binary reel header: 2-byte integers, positions from 1.
-constexpr HeaderKey SAMPLE_INTERVAL = {17, DT_INT16};
-constexpr HeaderKey SAMPLE_COUNT = {21, DT_INT16};
-constexpr HeaderKey FORMAT_CODE = {25, DT_INT16};
 
 bool assign(std::vector<char>* header, std::span<const char> bytes) {
   header->assign(bytes.begin(), bytes.end());
@@ -38,14 +33,14 @@ int SampleFacts::traceBytes() const { return TRACE_HEADER_BYTES + samples * (for
 
 bool SegyInput::takeBinary(std::span<const char> header) {
   assign(&BinaryHdr, header);
-  if (BinarySize() < FORMAT_CODE.end()) {
+  if (BinarySize() < BINARY_FORMAT_CODE.end()) {
     console_printf("  *** The binary header has %d bytes, too few to say what the traces are.", BinarySize());
     return false;
   }
-  facts.interval = static_cast<int>(SAMPLE_INTERVAL.in(BinaryHdr.data()));
+  facts.interval = static_cast<int>(BINARY_SAMPLE_INTERVAL.in(BinaryHdr.data()));
   // Counts above 32767 exist: the field is then meant without a sign.
-  facts.samples = static_cast<std::uint16_t>(static_cast<int>(SAMPLE_COUNT.in(BinaryHdr.data())));
-  facts.format = static_cast<int>(FORMAT_CODE.in(BinaryHdr.data()));
+  facts.samples = static_cast<std::uint16_t>(static_cast<int>(BINARY_SAMPLE_COUNT.in(BinaryHdr.data())));
+  facts.format = static_cast<int>(BINARY_FORMAT_CODE.in(BinaryHdr.data()));
   return true;
 }
 

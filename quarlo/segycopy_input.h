@@ -7,7 +7,9 @@
 #include <vector>
 
 #include "quarlo/blockread.h"
-#include "quarlo/segycopy_io.h"
+#include "quarlo/inputfiles.h"
+#include "quarlo/piecefile.h"
+#include "quarlo/segybinary.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 
 /// What the binary reel header says of the traces.

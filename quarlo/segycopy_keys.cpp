@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 
 namespace {
 

@@ -1,36 +1,10 @@
-/// The settings of a SEG Y copy and the trace-header keys that they are made of.
-///
-/// A key is a 1-based byte position in the 240-byte trace header and a data type code. All fields are big-endian.
+/// The settings of a SEG Y copy.
 #pragma once
 
-#include <span>
-
 #include "quarlo/path_field.h"
-
-constexpr int EBCDIC_HEADER_BYTES = 3200;
-constexpr int BINARY_HEADER_BYTES = 400;
-constexpr int TRACE_HEADER_BYTES = 240;
+#include "quarlo/tracekey.h"
 
 constexpr int MAX_TYPED_POINTS = 10;
-
-/// Data type codes of header fields.
-enum DATA_TYPE : int { DT_INT8 = 0, DT_INT16 = 1, DT_INT32 = 2, DT_FLOAT32 = 3 };
-
-/// Their names as dialogs and reports show them.
-extern const char* const DataTypes[4];
-
-/// The field at `ptr` as a number; 0.0 for a code that is none. The caller vouches for valueBytes(dataType) bytes.
-double getValue(const char* ptr, int dataType);
-/// Bytes of a field of this type; 0 for a code that is none.
-int valueBytes(int dataType);
-
-struct HeaderKey {
-  int byte;  ///< position of the first byte, from 1
-  int type;  ///< DATA_TYPE
-
-  int end() const { return byte - 1 + valueBytes(type); }  ///< header bytes that the key needs
-  double in(const char* trace) const { return getValue(trace + byte - 1, type); }
-};
 
 /// A range limit by polygon. The primary key is x, the secondary y.
 struct PolyParams {

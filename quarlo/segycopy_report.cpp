@@ -6,9 +6,10 @@
 #include "libkyr/byteorder.h"
 #include "libkyr/files.h"
 #include "libkyr/text.h"
+#include "quarlo/segybinary.h"
 #include "quarlo/segycopy_params.h"
 #include "quarlo/segysel.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/loglines.h"
 
 namespace {
@@ -65,20 +66,7 @@ void reportSort(const SgyCopyParams& params) {
   }
 }
 
-// Places in the binary header, from 0.
-constexpr std::size_t FORMAT_AT = 24;
-constexpr std::size_t BYTE_ORDER_AT = 96;
-constexpr std::size_t REVISION_AT = 300;
-constexpr std::size_t EXTENDED_AT = 304;
 constexpr std::uint32_t BYTE_ORDER_SWAPPED = 0x04030201;
-
-bool isFormatCode(int code) { return code >= 1 && code <= 16; }
-
-/// Bytes of a sample of a format, for codes from 1 on.
-int sampleBytes(int code) {
-  constexpr int BYTES[] = {4, 4, 2, 4, 4, 8, 3, 1, 8, 4, 2, 8, 4, 4, 3, 1};
-  return BYTES[code - 1];
-}
 
 void add(std::string* text, const std::string& fact) { *text += (text->empty() ? "" : ", ") + fact; }
 
@@ -98,24 +86,23 @@ void warnOfUnusualFile(std::span<const char> binaryHeader) {
     return;
   }
   const char* const header = binaryHeader.data();
-  const int format = loadBeInt16(header + FORMAT_AT);
-  const int swappedFormat = loadLeInt16(header + FORMAT_AT);
+  const auto at = [header](const HeaderKey& key) { return header + key.byte - 1; };
+  const int format = loadBeInt16(at(BINARY_FORMAT_CODE));
+  const int swappedFormat = loadLeInt16(at(BINARY_FORMAT_CODE));
   const bool little =
-      loadBe32(header + BYTE_ORDER_AT) == BYTE_ORDER_SWAPPED || (!isFormatCode(format) && isFormatCode(swappedFormat));
+      loadBe32(at(BINARY_BYTE_ORDER)) == BYTE_ORDER_SWAPPED || (!isSegyFormat(format) && isSegyFormat(swappedFormat));
   // Two bytes in revision 2, one number before: in a little-endian file that stands the other way round.
-  const int revision = std::max(static_cast<unsigned char>(header[REVISION_AT]),
-                                static_cast<unsigned char>(little ? header[REVISION_AT + 1] : '\0'));
+  const int revision = std::max(static_cast<unsigned char>(*at(BINARY_REVISION)),
+                                static_cast<unsigned char>(little ? at(BINARY_REVISION)[1] : '\0'));
   // Before revision 1 the place belongs to nobody.
-  const int extended = revision < 1 ? 0
-                       : little     ? loadLeInt16(header + EXTENDED_AT)
-                                    : loadBeInt16(header + EXTENDED_AT);
+  const int extended = revision < 1 ? 0 : little ? loadLeInt16(at(BINARY_EXTENDED)) : loadBeInt16(at(BINARY_EXTENDED));
   std::string facts;
   if (little) {
     add(&facts, "little-endian");
-  } else if (format != 0 && !isFormatCode(format)) {
+  } else if (format != 0 && !isSegyFormat(format)) {
     add(&facts, formatText("unknown sample format %d", format));
-  } else if (format != 0 && format != 3 && sampleBytes(format) != 4) {
-    add(&facts, formatText("samples of %d byte%s", sampleBytes(format), plural(sampleBytes(format))));
+  } else if (format != 0 && format != 3 && segySampleBytes(format) != 4) {
+    add(&facts, formatText("samples of %d byte%s", segySampleBytes(format), plural(segySampleBytes(format))));
   }
   if (revision == 2) {
     add(&facts, "revision 2");

@@ -11,7 +11,7 @@
 
 #include "libkyr/text.h"
 #include "quarlo/segycopy_params.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/loglines.h"
 
 namespace {

@@ -11,8 +11,8 @@
 
 #include "libkyr/disksync.h"
 #include "libkyr/files.h"
-#include "quarlo/segycopy_io.h"
-#include "quarlo/segysel_sort.h"
+#include "quarlo/inputfiles.h"
+#include "quarlo/segysort.h"
 #include "quarlo/tapelib/largefile.h"
 #include "quarlo/tempfile.h"
 

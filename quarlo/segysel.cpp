@@ -7,8 +7,8 @@
 
 #include "libkyr/text.h"
 #include "quarlo/segycopy_params.h"
-#include "quarlo/segysel_sort.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/segysort.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/loglines.h"
 #include "xvt/xvt.h"
 

@@ -12,7 +12,7 @@
 #include "libkyr/files.h"
 #include "libkyr/text.h"
 #include "quarlo/segycopy_params.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/loglines.h"
 
 namespace {

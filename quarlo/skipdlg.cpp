@@ -1,7 +1,7 @@
 #include "quarlo/skipdlg.h"
 
-#include "quarlo/shell.h"
 #include "quarlo/tapelib/controls.h"
+#include "quarlo/windows.h"
 #include "resources/ids.h"
 
 namespace {

@@ -2,7 +2,7 @@
 /// here once; each job brings its own words.
 #pragma once
 
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 
 /// What a job says when tapes are changed in automatic mode; null for no line.

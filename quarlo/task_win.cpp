@@ -1,21 +1,13 @@
 #include "quarlo/task_win.h"
 
-#include "libkyr/text.h"
 #include "quarlo/main_dlg.h"
 #include "quarlo/menubar.h"
-#include "quarlo/shell.h"
 #include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/jobstate.h"
 #include "quarlo/tapelib/tlv_fcn.h"
+#include "quarlo/windows.h"
 #include "resources/ids.h"
-
-WINDOW gMainDialogWindow = NULL_WIN;
-int gMainWindowUp = 0;
-WINDOW gControlWindow = NULL_WIN;
-int gControlWindowUp = 0;
-WINDOW gTAnlsWindow = NULL_WIN;
-int gTAnlsWindowUp = 0;
-int gFAnlsWindowUp = 0;
 
 namespace {
 
@@ -85,13 +77,6 @@ void quit(bool query) {
 }
 
 }  // namespace
-
-void unitsChanged(EVENT* event) {
-  appUpdate(event);
-  if (gTAnlsWindow != NULL_WIN) xvt_win_dispatch_event(gTAnlsWindow, event);
-}
-
-void notYetBuilt(const char* what) { tellUser(formatText("%s is not part of this build yet.", what).c_str()); }
 
 long task_eh(WINDOW xdWindow, EVENT* xdEvent) {
   switch (xdEvent->type) {

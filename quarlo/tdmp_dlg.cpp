@@ -9,13 +9,13 @@
 #include "quarlo/dump_ctl.h"
 #include "quarlo/dump_win.h"
 #include "quarlo/jobframe.h"
-#include "quarlo/shell.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/controls.h"
 #include "quarlo/tapelib/homefolder.h"
 #include "quarlo/tapelib/tsel_dlg.h"
 #include "quarlo/tapelib/unitopen.h"
 #include "quarlo/unitdialog.h"
+#include "quarlo/windows.h"
 #include "resources/ids.h"
 
 namespace {

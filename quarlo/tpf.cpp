@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include "libkyr/byteorder.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "xvt/xvt.h"
 
 int tpfRead(char* buf, int objSize, int numObj, std::FILE* fPtr) {

@@ -11,7 +11,7 @@
 
 #include "libkyr/nullcheck.h"
 #include "libkyr/text.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 
 char DLLDirectory[4] = "lib";

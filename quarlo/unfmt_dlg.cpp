@@ -1,4 +1,4 @@
-// The parameter dialog of the image copy. It edits copies and stores them on OK only.
+#include "quarlo/unfmt_dlg.h"
 
 #include <limits>
 
@@ -8,6 +8,7 @@
 
 namespace {
 
+/// What the dialog edits: stored on OK only.
 struct Parameters {
   int rawOutput = 0;        // place in the radio group
   int secondBlockType = 0;  // place in the radio group

@@ -1,5 +1,7 @@
 #include "quarlo/unfmtcpy.h"
 
+#include "libkyr/text.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -8,7 +10,7 @@
 #include "quarlo/blockread.h"
 #include "quarlo/jobframe.h"
 #include "quarlo/tapechange.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/loglines.h"
 #include "quarlo/tpf.h"

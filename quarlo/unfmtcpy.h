@@ -22,9 +22,6 @@ extern bool PrintFiles;   ///< a console line for every file and tape
 void unfmtInit();
 int getOutFileType();
 
-/// Parameter dialog; data: the address of the input unit's isM4.
-long NoFmtParam_eh(WINDOW xdWindow, EVENT* xdEvent);
-
 /// Image copy from a tape / from a tape-image file positioned behind its file header. @return JOB_RESULT
 int doTapeCopy(UnitStruct* ioUnit);
 int doDiskCopy(UnitStruct* ioUnit);

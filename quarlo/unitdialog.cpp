@@ -3,9 +3,9 @@
 #include <string_view>
 
 #include "quarlo/jobframe.h"
-#include "quarlo/shell.h"
 #include "quarlo/tapelib/controls.h"
 #include "quarlo/tapelib/loglines.h"
+#include "quarlo/windows.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include "quarlo/jobframe.h"
 #include "quarlo/tapechange.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/loglines.h"
 #include "quarlo/tpf.h"
 #include "quarlo/unfmtcpy.h"

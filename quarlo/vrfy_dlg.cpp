@@ -1,7 +1,6 @@
 #include "quarlo/vrfy_dlg.h"
 
 #include "quarlo/jobframe.h"
-#include "quarlo/shell.h"
 #include "quarlo/tapelib/controls.h"
 #include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/tsel_dlg.h"
@@ -10,6 +9,7 @@
 #include "quarlo/unfmtcpy.h"
 #include "quarlo/unitdialog.h"
 #include "quarlo/verifyjob.h"
+#include "quarlo/windows.h"
 #include "resources/ids.h"
 
 namespace {

@@ -1,7 +1,6 @@
 #include "quarlo/tapelib/cons_win.h"
 
 #include <cerrno>
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -9,7 +8,7 @@
 #include <string_view>
 
 #include "libkyr/nullcheck.h"
-#include "libkyr/process.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/docscroll.h"
 #include "quarlo/tapelib/homefolder.h"
 
@@ -83,6 +82,7 @@ void destroyed() {
   if (consWindow == NULL_WIN) return;
   if (gConsIsVisible != 0) setVisible(false);
   closeLog();
+  setConsoleSink(nullptr);
   const WINDOW window = consWindow;
   consWindow = NULL_WIN;
   consText = NULL_TXEDIT;
@@ -111,6 +111,8 @@ void send(EVENT_TYPE type, long code, const char* text) {
   xvt_win_dispatch_event(consWindow, &consEvent);
 }
 
+void append(const char* line) { send(E_USER, APPEND, line); }
+
 void reportNull(const char* name) {
   console_printf("  *** Error allocating memory for %s.", name);
   xvt_dm_post_error("Error allocating memory for %s.", name);
@@ -120,7 +122,6 @@ void reportNull(const char* name) {
 
 void consInit() {
   setNullReport(reportNull);
-  SetDefaultConsole(console_out);
   consFont = docFont();
   const RCT area = docRectangle(consFont, kWishedPlace, kColumns, kLines);
   consWin[0] = {W_DOC, area,       "Console",
@@ -130,35 +131,14 @@ void consInit() {
   consWin[2] = {};
   if (xvt_win_create_def(consWin, TASK_WIN, console_window_eh, nullptr) == NULL_WIN) {
     consWindow = NULL_WIN;
+    setConsoleSink(nullptr);
     xvt_font_destroy(consFont);
     consFont = NULL_FNTID;
     xvt_dm_post_error("Error opening console window");
     return;
   }
+  setConsoleSink(append);
   xvt_tx_set_scroll_callback(consText, consScrollCallback);
-}
-
-void console_out(const char* textStr) {
-  if (textStr != nullptr) send(E_USER, APPEND, textStr);
-}
-
-void console_printf(const char* format, ...) {
-  std::va_list arguments;
-  va_start(arguments, format);
-  char* line = nullptr;
-  const int length = vasprintf(&line, format, arguments);
-  va_end(arguments);
-  if (length < 0) return;
-  console_out(line);
-  std::free(line);
-}
-
-void do_console_out(ProcessRecord* procRecord, const char* textStr) {
-  if (procRecord != nullptr && procRecord->consoleLine != nullptr) procRecord->consoleLine(textStr);
-}
-
-void setConsole(ProcessRecord* procRecord) {
-  if (procRecord != nullptr) procRecord->consoleLine = consWindow != NULL_WIN ? console_out : nullptr;
 }
 
 void raiseConsole() { send(E_USER, TOGGLE, nullptr); }

@@ -3,8 +3,6 @@
 
 #include "xvt/xvt.h"
 
-struct ProcessRecord;
-
 /// 1 while the console is shown.
 extern short gConsIsVisible;
 
@@ -12,15 +10,6 @@ extern short gConsIsVisible;
 /// allocation (NullCheck) is told in a box and a line, and the lines of records without a console of their own come
 /// here.
 void consInit();
-/// Appends one line (without its newline) to the window and to the file; on screen and on disk when it returns. A text
-/// with newlines in it becomes several lines. Without a console the text is dropped.
-void console_out(const char* textStr);
-/// printf into console_out; lines of any length.
-void console_printf(const char* format, ...) XVT_PRINTF(1, 2);
-/// console_out for a format module's job: the line goes to the console that the record was given, or nowhere.
-void do_console_out(ProcessRecord* procRecord, const char* textStr);
-/// Gives a record the console; none while there is none.
-void setConsole(ProcessRecord* procRecord);
 /// Shows a hidden console, hides a shown one.
 void raiseConsole();
 /// Ends the console.

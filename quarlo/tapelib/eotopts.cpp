@@ -1,6 +1,6 @@
 #include "quarlo/tapelib/eotopts.h"
 
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/controls.h"
 #include "resources/ids.h"
 

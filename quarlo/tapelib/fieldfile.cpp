@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "libkyr/text.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 
 int skipThisFile(ProcessRecord* procRecord, const MoreParams* theParams, int fieldFile) {
   // Both limits are excluded: users give the last number that they do not want.

@@ -3,7 +3,7 @@
 #include <utility>
 #include <vector>
 
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "xvt/xvt.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <ctime>
 
 #include "libkyr/text.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 
 std::string dateText() {
   const std::time_t now = std::time(nullptr);

@@ -8,9 +8,6 @@
 /// The local date and time as the C library's ctime writes it, without the newline: "Sat Nov 21 03:02:01 2026".
 std::string dateText();
 
-/// The ending of a plural: "s" for counts above one.
-constexpr const char* plural(long long count) { return count > 1 ? "s" : ""; }
-
 /// The line of one blank that separates.
 void logBlank();
 

@@ -6,7 +6,7 @@
 
 #include "libkyr/process.h"
 #include "libkyr/text.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/jobstate.h"
 

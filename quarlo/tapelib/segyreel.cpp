@@ -6,7 +6,7 @@
 #include "libkyr/files.h"
 #include "libkyr/text.h"
 #include "quarlo/tapelib/charsets.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/diskunit.h"
 
 namespace {

@@ -11,7 +11,7 @@
 #include "libkyr/byteorder.h"
 #include "libkyr/segysamples.h"
 #include "libkyr/text.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/segyencode.h"
 #include "quarlo/tapelib/segyreel.h"

@@ -6,8 +6,9 @@
 #include <thread>
 #include <vector>
 
+#include "libkyr/files.h"
 #include "quarlo/tapelib/autoload.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/unix_fcn.h"
 
@@ -94,7 +95,7 @@ void openOutputs(UnitStruct* units) {
   units[0].nOutputs = slot - 1;
 }
 
-int closeUnit(UnitStruct* units, int uNum, bool keepName) {
+int closeTape(UnitStruct* units, int uNum, bool keepName) {
   UnitStruct& unit = units[uNum];
   const int result = unixTapeClose(units, uNum);
   if (!keepName) unit.name[0] = '\0';
@@ -184,11 +185,11 @@ void tlv_tape_open(UnitStruct* aUnit, int uNum, bool readOnly) {
 }
 
 int tlv_tape_close(UnitStruct* aUnit, int uNum) {
-  if (uNum != ALL_OUTPUTS) return uNum >= 0 && uNum < MAX_UNITS ? closeUnit(aUnit, uNum, aUnit[uNum].unloadAtEot) : -1;
+  if (uNum != ALL_OUTPUTS) return uNum >= 0 && uNum < MAX_UNITS ? closeTape(aUnit, uNum, aUnit[uNum].unloadAtEot) : -1;
   int result = 0;
   // Also a unit that was opened by itself, outside of the row of outputs.
   for (int unit = 1; unit < MAX_UNITS; ++unit)
-    if ((unit <= lastOutput(aUnit) || aUnit[unit].fd != 0) && closeUnit(aUnit, unit, false) != 0) result = -1;
+    if ((unit <= lastOutput(aUnit) || aUnit[unit].fd != 0) && closeTape(aUnit, unit, false) != 0) result = -1;
   aUnit[0].nOutputs = 0;
   return result;
 }
@@ -304,10 +305,4 @@ void xdCheckRadioButton(WINDOW xdWindow, int check, int start, int end) {
   xvt_ctl_check_radio_button(xvt_win_get_ctl(xdWindow, check), group.data(), static_cast<int>(group.size()));
 }
 
-double GetAFileSize(const FILE_SPEC& fs) {
-  xvt_fsys_save_dir();
-  const bool there = fs.dir.path[0] == '\0' || xvt_fsys_set_dir(&fs.dir);
-  const long long size = there ? xvt_fsys_get_file_size(fs.name) : -1;
-  xvt_fsys_restore_dir();
-  return size < 0 ? 0 : static_cast<double>(size);
-}
+double GetAFileSize(const FILE_SPEC& fs) { return static_cast<double>(fileSize(pathOf(fs).c_str()).value_or(0)); }

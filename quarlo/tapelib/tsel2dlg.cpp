@@ -1,6 +1,7 @@
 #include "quarlo/tapelib/tsel2dlg.h"
 
 #include "quarlo/tapelib/controls.h"
+#include "quarlo/tapelib/drives.h"
 #include "quarlo/tapelib/eotopts.h"
 #include "quarlo/tapelib/unix_fcn.h"
 #include "resources/ids.h"

@@ -1,60 +1,20 @@
-/// Access to SCSI tape drives through the driver seam. The unit operations (tlv_fcn.h) are the way in for jobs and
-/// dialogs; this file is theirs, and the drive selection dialogs' getDriveList.
+/// Access to open tapes through the driver seam. The unit operations (tlv_fcn.h) are the way in for jobs and dialogs;
+/// this file is theirs.
 #pragma once
-
-#include <cstddef>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "quarlo/tapelib/driver/driver.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 
-/// A tape drive found at start-up.
-struct DriveEntry {
-  int Adapter;       ///< SCSI host number
-  int Id;            ///< SCSI target id
-  std::string Name;  ///< vendor and model
-};
-
-/// An array of drive entries that owns them.
-class wxEntryArray {
- public:
-  void Add(std::unique_ptr<DriveEntry> entry) { entries_.push_back(std::move(entry)); }
-  /// Inserts before `index`, at the end when there is no such index.
-  void Insert(std::unique_ptr<DriveEntry> entry, std::size_t index);
-  void RemoveAt(std::size_t index);
-  /// Null out of range.
-  DriveEntry* Item(std::size_t index) const { return index < entries_.size() ? entries_[index].get() : nullptr; }
-  /// Index of an entry of this array, -1 when it is not there.
-  int Index(const DriveEntry* entry) const;
-  std::size_t Count() const { return entries_.size(); }
-  void Clear() { entries_.clear(); }
-
- private:
-  std::vector<std::unique_ptr<DriveEntry>> entries_;
-};
-
-extern mtop StCommand;             ///< the operation that doStCommand sends
-extern int StCounter;              ///< retries; cleared on a write-protect failure, never counted
-extern char* TapeBuffer;           ///< the shared tape buffer
-extern int StTimeout;              ///< seconds allowed for the current operation; not enforced
-extern wxEntryArray DriveEntries;  ///< the drives found, in the order found
+extern mtop StCommand;    ///< the operation that doStCommand sends
+extern int StCounter;     ///< retries; cleared on a write-protect failure, never counted
+extern char* TapeBuffer;  ///< the shared tape buffer
+extern int StTimeout;     ///< seconds allowed for the current operation; not enforced
 
 void initUNIX();
 void unInitUNIX(UnitStruct* aUnit);
-/// Fills DriveEntries. @return 1 when the system's list was read, 0 when not
-int findDrives();
-/// Adds the tape drives of a text in the kernel's form ("Host: scsi0 Channel: 00 Id: 00 Lun: 01" ...) to `entries`.
-void parseScsiText(const std::string& text, wxEntryArray& entries);
 /// The tape buffer's size in bytes that a value of ST_BUFFER (KiB, null when unset) asks for, before memory is asked.
 /// Not a number above 0: 32 KiB; above 1 GiB: 1 GiB.
 unsigned int bufferLengthFor(const char* stBuffer);
-
-/// Lists the drives with their present status in unit 0's theDriveList. @return how many
-int getDriveList(UnitStruct* aUnit);
-/// Fills name, address and list line of the entry whose `device` is set. @return 1, or 0 when there is no such drive
-int getScsiAddress(DListStruct* entry, UnitStruct* aUnit);
 
 int unixTapeOpen(UnitStruct* aUnit, const DListStruct& entry, int uNum, bool readOnly = false);
 /// Closes the descriptor and empties devName; no other field changes. @return 0, or -1 when what was written last could

@@ -8,6 +8,7 @@
 
 #include "quarlo/tapelib/driver/fault_driver.h"
 #include "quarlo/tapelib/driver/st_driver.h"
+#include "quarlo/tapelib/drives.h"
 #include "quarlo/tapelib/unix_fcn.h"
 #include "tests/device/bench.h"
 #include "tests/support/test_files.h"

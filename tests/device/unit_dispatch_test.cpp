@@ -9,6 +9,7 @@
 #include "quarlo/tapelib/autoload.h"
 #include "quarlo/tapelib/driver/fault_driver.h"
 #include "quarlo/tapelib/driver/virtual_driver.h"
+#include "quarlo/tapelib/drives.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 #include "quarlo/tapelib/unix_fcn.h"
 #include "tests/device/console_recorder.h"

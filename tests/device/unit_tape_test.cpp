@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "quarlo/tapelib/driver/fault_driver.h"
+#include "quarlo/tapelib/drives.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 #include "quarlo/tapelib/unix_fcn.h"
 #include "tests/device/bench.h"

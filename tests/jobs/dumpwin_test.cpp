@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "quarlo/tapelib/cons_win.h"
+#include "quarlo/tapelib/console.h"
 #include "tests/support/toolkit_double.h"
 
 namespace {

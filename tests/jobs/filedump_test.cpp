@@ -7,8 +7,8 @@
 #include <unistd.h>
 
 #include "quarlo/dump_win.h"
-#include "quarlo/shell.h"
 #include "quarlo/tapelib/controls.h"
+#include "quarlo/windows.h"
 #include "tests/jobs/job_fixture.h"
 
 namespace {

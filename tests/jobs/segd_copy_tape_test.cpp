@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "quarlo/tapelib/drives.h"
 #include "tests/jobs/segd_fixture.h"
 
 namespace {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "quarlo/jobframe.h"
+#include "quarlo/tapelib/drives.h"
 #include "tests/jobs/segy_fixture.h"
 
 namespace {

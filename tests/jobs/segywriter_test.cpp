@@ -2,6 +2,7 @@
 // way out after a failure.
 
 #include "quarlo/tapelib/segywriter.h"
+#include "quarlo/tapelib/console.h"
 
 #include <array>
 #include <climits>

@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "quarlo/ctrl_dlg.h"
-#include "quarlo/shell.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 #include "quarlo/task_win.h"
+#include "quarlo/windows.h"
 #include "resources/dialogs.h"
 #include "resources/ids.h"
 #include "tests/support/test_files.h"

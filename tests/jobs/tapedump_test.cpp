@@ -7,10 +7,10 @@
 
 #include "quarlo/ctrl_dlg.h"
 #include "quarlo/dump_win.h"
-#include "quarlo/shell.h"
 #include "quarlo/tapelib/homefolder.h"
 #include "quarlo/tapelib/jobstate.h"
 #include "quarlo/tdmp_dlg.h"
+#include "quarlo/windows.h"
 #include "tests/jobs/job_fixture.h"
 
 namespace {

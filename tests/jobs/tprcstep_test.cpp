@@ -1,5 +1,6 @@
 // Format modules in the program: found, loaded, asked, run; what is broken is reported and passed over.
 #include "quarlo/tprcstep.h"
+#include "quarlo/tapelib/console.h"
 
 #include <elf.h>
 
@@ -12,6 +13,7 @@
 #include "libkyr/nullcheck.h"
 #include "libkyr/sharedobject.h"
 #include "quarlo/tapelib/diskunit.h"
+#include "quarlo/tapelib/drives.h"
 #include "quarlo/tapelib/jobstate.h"
 #include "quarlo/tapelib/modulecalls.h"
 #include "quarlo/tapelib/unix_fcn.h"

@@ -3,6 +3,7 @@
 
 #include "libkyr/text.h"
 #include "quarlo/tapelib/diskunit.h"
+#include "quarlo/tapelib/drives.h"
 #include "quarlo/tapelib/unix_fcn.h"
 #include "tests/jobs/job_fixture.h"
 

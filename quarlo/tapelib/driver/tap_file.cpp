@@ -9,6 +9,8 @@
 #include <cstring>
 #include <utility>
 
+#include "libkyr/files.h"
+
 namespace {
 
 constexpr std::size_t kBuffer = std::size_t{128} * 1024;
@@ -30,12 +32,12 @@ void storeWord(std::uint32_t value, char* to) {
 
 }  // namespace
 
-FileHandle& FileHandle::operator=(FileHandle&& other) noexcept {
+Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
   std::swap(fd_, other.fd_);
   return *this;
 }
 
-FileHandle::~FileHandle() {
+Descriptor::~Descriptor() {
   if (fd_ >= 0) close(fd_);
 }
 
@@ -49,15 +51,15 @@ int TapFile::open(const std::string& path) {
   if (stat(path.c_str(), &facts) != 0) return errno;
   if (!S_ISREG(facts.st_mode)) return EINVAL;
   const bool tab = (facts.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
-  FileHandle file(tab ? -1 : ::open(path.c_str(), O_RDWR | O_CLOEXEC));
+  Descriptor file(tab ? -1 : ::open(path.c_str(), O_RDWR | O_CLOEXEC));
   const bool writable = file.isOpen();
-  if (!writable) file = FileHandle(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!writable) file = Descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
   if (!file.isOpen()) return errno;
   adopt(std::move(file), writable);
   return 0;
 }
 
-void TapFile::adopt(FileHandle file, bool writable) {
+void TapFile::adopt(Descriptor file, bool writable) {
   struct stat facts {};
   file_ = std::move(file);
   writable_ = writable;
@@ -281,15 +283,9 @@ int TapFile::put(const void* data, std::size_t bytes) {
 }
 
 int TapFile::writeOut(const char* data, std::size_t bytes) {
-  while (bytes > 0) {
-    const ssize_t done = pwrite(file_.get(), data, bytes, pendingStart_);
-    if (done < 0 && errno == EINTR) continue;
-    if (done <= 0) return done < 0 ? errno : EIO;
-    data += done;
-    bytes -= static_cast<std::size_t>(done);
-    pendingStart_ += done;
-  }
-  return 0;
+  const std::size_t done = writeAllAt(file_.get(), data, bytes, static_cast<std::uint64_t>(pendingStart_));
+  pendingStart_ += static_cast<off_t>(done);
+  return done == bytes ? 0 : errno;
 }
 
 int TapFile::flush() {

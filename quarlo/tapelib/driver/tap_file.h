@@ -17,12 +17,12 @@
 #include <vector>
 
 /// A descriptor that closes itself.
-class FileHandle {
+class Descriptor {
  public:
-  explicit FileHandle(int fd = -1) : fd_(fd) {}
-  FileHandle(FileHandle&& other) noexcept : fd_(other.fd_) { other.fd_ = -1; }
-  FileHandle& operator=(FileHandle&& other) noexcept;
-  ~FileHandle();
+  explicit Descriptor(int fd = -1) : fd_(fd) {}
+  Descriptor(Descriptor&& other) noexcept : fd_(other.fd_) { other.fd_ = -1; }
+  Descriptor& operator=(Descriptor&& other) noexcept;
+  ~Descriptor();
   int get() const { return fd_; }
   bool isOpen() const { return fd_ >= 0; }
 
@@ -57,7 +57,7 @@ class TapFile {
   /// Opens a cartridge, read-write if the file allows it. @return 0 or an errno
   int open(const std::string& path);
   /// Takes an open file over, for tests.
-  void adopt(FileHandle file, bool writable);
+  void adopt(Descriptor file, bool writable);
   bool writable() const { return writable_; }
   int fd() const { return file_.get(); }
 
@@ -103,7 +103,7 @@ class TapFile {
   int writeOut(const char* data, std::size_t bytes);
   void cutToWhole();
 
-  FileHandle file_;
+  Descriptor file_;
   bool writable_ = false;
   off_t position_ = 0;
   long number_ = 0;

@@ -1,4 +1,4 @@
-#include "quarlo/settings_dlg.h"
+#include "quarlo/settings.h"
 
 #include <cmath>
 #include <cstdlib>

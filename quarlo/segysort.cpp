@@ -1,4 +1,4 @@
-#include "quarlo/segysel_sort.h"
+#include "quarlo/segysort.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-/// What the shell and the task dialogs share: which windows are up, and how a change of the units is told.
+/// Which windows are up, and how a change of the units is told to them.
 #pragma once
 
 #include "xvt/xvt.h"
