@@ -52,8 +52,11 @@ JobFrame::~JobFrame() { close(); }
 
 bool JobFrame::goOn() {
   xvt_app_process_pending_events();
-  return abortFlag == 0 && !xvt_app_is_ending();
+  stopSeen = stopIsWanted();
+  return !stopSeen;
 }
+
+bool JobFrame::stopIsWanted() const { return abortFlag != 0 || xvt_app_is_ending(); }
 
 void JobFrame::close() {
   if (timer != 0) {

@@ -32,15 +32,21 @@ class JobFrame {
   /// Lets events run. False when the user (or the end of the program) wants the job to stop.
   bool goOn();
 
+  /// True of a stop that goOn() did not see: it came while the job waited for its next tape, and ended that wait.
+  bool stopIsNews() const { return !stopSeen && stopIsWanted(); }
+
   /// Ends the timer and the progress dialog; the destructor does what is left.
   void close();
 
  private:
+  bool stopIsWanted() const;
+
   int abortFlag = 0;
   ProgrStruct counters;
   WINDOW progress = NULL_WIN;  // kept by the dialog itself
   ProgressRecord record{&counters, &progress};
   long timer = 0;
   bool opened = false;
+  bool stopSeen = false;
   RunningJob running;
 };

@@ -114,6 +114,9 @@ void SegdCopy::work() {
   while (more) {
     more = goOn() && copyNextFile();
   }
+  if (frame->stopIsNews()) {
+    goOn();
+  }
 }
 
 // ---- before the first field file --------------------------------------------------------------------------------

@@ -135,6 +135,9 @@ void SegyCopy::work() {
   while (more) {
     more = step();
   }
+  if (frame->stopIsNews()) {
+    goOn();
+  }
   if (frame->isOpen() && SgyParams.sort && !failed && !stopped) {
     outputPhase();
   }

@@ -1,5 +1,6 @@
 #include "quarlo/tapechange.h"
 
+#include "quarlo/tapelib/jobstate.h"
 #include "quarlo/tapelib/tapctrl2.h"
 #include "quarlo/tapelib/tapectrl.h"
 
@@ -21,6 +22,9 @@ int autoLoadInput(UnitStruct* units) {
 /// Asks the operator for a tape of a unit whose magazine is empty; opening by hand reports failures again meanwhile.
 template <typename Ask>
 int askBesideMagazine(UnitStruct* unit, const TapeChangeWords& words, Ask ask) {
+  if (jobIsStopped()) {
+    return 0;
+  }
   unit->autoMode = false;
   say(words, words.magazineFinished);
   say(words, words.afterMagazine);

@@ -14,12 +14,12 @@ struct TapeChangeWords {
 };
 
 /// Unloads (if so set) or autoloads the input and asks for the next tape where none came by itself.
-/// @return 1 when another input tape follows, 0 when not
+/// @return 1 when another input tape follows, 0 when not or when the job was stopped meanwhile
 int nextInputTape(UnitStruct* units, const TapeChangeWords& words);
 
 /// Changes the tapes of all outputs, moving each drive on by one. When the user declines one, the outputs behind it
 /// are unloaded (if so set).
-/// @return 1 when every output has its next tape, 0 when the user declined
+/// @return 1 when every output has its next tape, 0 when the user declined or stopped the job
 int nextOutputTapes(UnitStruct* units, const TapeChangeWords& words);
 
 /// How a job ends for its output tapes.

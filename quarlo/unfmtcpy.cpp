@@ -199,7 +199,7 @@ int ImageCopy::run() {
   bool aborted = false;
   const bool unbroken = runGuarded([&] {
     bool more = output.begin() || fail();
-    while (more && !aborted) {
+    while ((more && !aborted) || frame.stopIsNews()) {
       aborted = !frame.goOn();
       if (aborted) {
         logAborted("Copy");

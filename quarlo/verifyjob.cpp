@@ -141,7 +141,7 @@ int Verify::run() {
   const bool unbroken = runGuarded([&] {
     do {
       aborted = !frame.goOn();
-    } while (!aborted && step());
+    } while (!aborted && (step() || frame.stopIsNews()));
   });
   if (!unbroken) {
     failed = true;
@@ -272,6 +272,9 @@ bool Verify::endOfFirst() {
   if (first.isTape() && nextInputTape(units, WORDS) != 0) {
     first.begin();
     return true;
+  }
+  if (jobIsStopped()) {
+    return false;
   }
   if (first.ended ? endOfSecond() : markOnSecond(FAILED_BOX)) {
     logEnds();

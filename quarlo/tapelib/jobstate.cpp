@@ -42,6 +42,13 @@ void requestStopOfJobs(std::function<void()> then) {
   doWhatWaited();
 }
 
+bool jobIsStopped() {
+  bool stopped = jobIsRunning() && xvt_app_is_ending();
+  for (const RunningJob* job = innermost; job != nullptr; job = job->outer_)
+    stopped = stopped || (job->abortFlag_ != nullptr && *job->abortFlag_ != 0);
+  return stopped;
+}
+
 bool stopIsRequested() { return !afterwards.empty(); }
 
 void tellUser(const char* text) {

@@ -22,6 +22,7 @@ class RunningJob {
   int* abortFlag_;
   RunningJob* outer_;
   friend void requestStopOfJobs(std::function<void()> then);
+  friend bool jobIsStopped();
 };
 
 bool jobIsRunning();
@@ -29,6 +30,10 @@ bool jobIsRunning();
 /// Stops every running job as its stop button does and does `then` when the last of them has ended; at once when none
 /// is running. Several wishes are carried out in the order in which they came.
 void requestStopOfJobs(std::function<void()> then);
+
+/// Whether a running job was told to stop, by its button or by such a wish, or the program ends: what it waits for is
+/// waited for no longer, and nothing is asked.
+bool jobIsStopped();
 
 /// Whether something waits for the end of the jobs already.
 bool stopIsRequested();

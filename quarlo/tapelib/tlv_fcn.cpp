@@ -10,6 +10,7 @@
 #include "quarlo/tapelib/autoload.h"
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/diskunit.h"
+#include "quarlo/tapelib/jobstate.h"
 #include "quarlo/tapelib/unix_fcn.h"
 
 namespace {
@@ -130,11 +131,16 @@ int noOutput() {
   return -1;
 }
 
-void waitMinutes(int minutes) {
+/// Lets events run meanwhile. @return false when the job was stopped
+bool waitMinutes(int minutes) {
   using Clock = std::chrono::steady_clock;  // a clock that is set while waiting must not prolong the wait
+  constexpr auto kStep = std::chrono::milliseconds(50);
   const auto end = Clock::now() + std::clamp(minutes, 0, 60) * minuteLength;
-  while (Clock::now() < end)
-    std::this_thread::sleep_for(std::min<Clock::duration>(end - Clock::now(), std::chrono::milliseconds(100)));
+  while (Clock::now() < end && !jobIsStopped()) {
+    std::this_thread::sleep_for(std::min<Clock::duration>(end - Clock::now(), kStep));
+    xvt_app_process_pending_events();
+  }
+  return !jobIsStopped();
 }
 
 /// Changes the tape of one unit. An empty drive raises no box, whatever the unit's own mode.
@@ -145,8 +151,7 @@ bool changeTape(UnitStruct* units, int uNum) {
   const bool mode = unit.autoMode;
   unit.autoMode = true;
   if (unit.fd != 0) tlv_unload(units, uNum);
-  if (!unit.hasAutoLoader) waitMinutes(minutes);
-  tlv_tape_open(units, uNum);
+  if (unit.hasAutoLoader || waitMinutes(minutes)) tlv_tape_open(units, uNum);
   unit.autoMode = mode;
   return unit.state != 0;
 }

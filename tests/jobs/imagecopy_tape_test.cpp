@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "quarlo/tapelib/autoload.h"
 #include "quarlo/tapelib/driver/virtual_drive.h"
 #include "quarlo/unfmtcpy.h"
 #include "tests/jobs/job_fixture.h"
@@ -311,6 +312,24 @@ TEST_F(TapeCopyTest, AMagazineIsCopiedToItsEnd) {
   EXPECT_EQ(count("Magazine finished"), 1);
   EXPECT_EQ(count("  "), 1);
   EXPECT_TRUE(toolkit.errors.empty());
+  // A stop ends the wait for the loader, which may have more, and asks nothing.
+  setAutoLoadMinute(std::chrono::milliseconds(300));
+  units[0].timeout = 9;
+  makeCartridge("in.tap", {A, MARK, MARK});
+  toolkit.onPump = [this](long) {
+    if (units[0].state == 0) {
+      toolkit.press(toolkit.dialog(DLG_PROGRESS), PROG_STOP);
+    }
+  };
+  load(0, "in.tap");
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(tpfShortly(copyToDisk()), tpfShortly(tpfImage(Tape{A, MARK} + CLOSING)));
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
+  EXPECT_EQ(count("  *** Copy aborted by user at DATE."), 1);
+  EXPECT_EQ(count("Magazine finished"), 0);
+  toolkit.onPump = nullptr;
+  setAutoLoadMinute(std::chrono::minutes(1));
+  units[0].timeout = 0;
   units[0].autoMode = false;
   units[0].unloadAtEot = false;
 }
