@@ -29,6 +29,7 @@ constexpr const char* usage =
     "Tape and disk input and output for seismic data.\n"
     "\n"
     "  --script FILE   play a script against the windows; the exit status tells how it went\n"
+    "  --headless      play the script without a screen\n"
     "  --help          show this text\n"
     "  --version       show the version\n"
     "  -display NAME and the other options of X programs\n"
@@ -60,8 +61,14 @@ int show(const char* text) {
   return endOfOutput("quarlo", EXIT_SUCCESS, EXIT_FAILURE);
 }
 
+/// Where the windows are to stand.
+struct Run {
+  bool scripted = false;
+  bool headless = false;
+};
+
 /// Does the arguments' work so far as it is not the toolkit's. @return -1 to go on, else the exit status
-int readArguments(int argc, char** argv) {
+int readArguments(int argc, char** argv, Run* run) {
   for (int n = 1; n < argc; ++n) {
     const std::string_view argument = argv[n];
     const auto* known = std::ranges::find(xOptions, argument, &XOption::name);
@@ -70,13 +77,23 @@ int readArguments(int argc, char** argv) {
     if (argument == "--script") {
       if (++n == argc) return refuse("no file after", "--script");
       if (!xvt_script_load(argv[n])) return EXIT_USAGE;
+      run->scripted = true;
+    } else if (argument == "--headless") {
+      run->headless = true;
     } else if (known == std::end(xOptions)) {
       return refuse("unknown option", argv[n]);
     } else if (known->hasValue && ++n == argc) {
       return refuse("no value after", argv[n - 1]);
     }
   }
+  if (run->headless && !run->scripted) return refuse("no --script beside", "--headless");
   return -1;
+}
+
+/// A script needs no screen: it is played without one where that is wished, or where none can be had.
+void offerRuntimes(const Run& run) {
+  if (!run.headless) xvt_app_offer_screen();
+  if (run.scripted) xvt_app_offer_headless();
 }
 
 /// Goes to the suite's directory, so that relative paths in every dialog count from there.
@@ -91,13 +108,14 @@ void enterHome() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const int status = readArguments(argc, argv);
+  Run run;
+  const int status = readArguments(argc, argv, &run);
   if (status >= 0) return status;
   // A file that may not grow, or a pipe that nobody reads, is an error of the write, told in its job's words.
   for (const int number : {SIGXFSZ, SIGPIPE}) std::signal(number, SIG_IGN);
   enterHome();
   xvt_res_use(quarloResources());
-  xvt_app_offer_screen();
+  offerRuntimes(run);
   const XVT_CONFIG xvt_config = {.menu_bar_ID = MENU_BAR,
                                  .about_box_ID = DLG_ABOUT,
                                  .base_appl_name = "quarlo",

@@ -497,7 +497,7 @@ PLAYERS = {
         ("script night.qs", night_fails),
         ("", lambda: night_leaves_out(None)),
         ("quarlo --script", night_runs),
-        ("xvfb-run", night_runs),
+        ("quarlo --headless", night_runs),
         ("wait window main", stays_open),
         ("answer-file", overwrites),
         ("press copy.input-disk", by_hand),

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "xvt/offer.h"
+#include "tests/xvt/offered.h"
 #include "xvt/probe.h"
 #include "xvt/resource.h"
 #include "xvt/xvt.h"
@@ -122,7 +122,7 @@ inline void run(
   if (child == 0) {
     body() = std::move(work);
     xvt_res_use(&resources);
-    xvt_app_offer_screen();
+    offerTested();
     XVT_CONFIG config;
     config.menu_bar_ID = 1000;
     config.base_appl_name = "core-test";

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "xvt/offer.h"
+#include "tests/xvt/offered.h"
 #include "xvt/resource.h"
 #include "xvt/script.h"
 #include "xvt/xvt.h"
@@ -199,7 +199,7 @@ long taskHandler(WINDOW window, EVENT* event) {
 
 [[noreturn]] void application(const char* script) {
   xvt_res_use(&TABLES);
-  xvt_app_offer_screen();
+  offerTested();
   if (script != nullptr && !xvt_script_load(script)) std::exit(2);
   static char name[] = "bench";
   static char* arguments[] = {name, nullptr};
@@ -508,7 +508,8 @@ TEST_F(Scripts, SayWhereAndWhyTheyFailed) {
     fails(
         "patience 0\n" + statement + "\n", 2,
         (statement.starts_with("key") ? "key Hyper+x" : statement.substr(0, statement.find(' ', 12))) + ": " + reason);
-  fails("patience 0\nscreenshot bench /nowhere/x.png\n", 2, "screenshot: /nowhere/x.png: No such file or directory");
+  fails("patience 0\nscreenshot bench /nowhere/x.png\n", 2,
+        isHeadless() ? "screenshot: there is no screen" : "screenshot: /nowhere/x.png: No such file or directory");
   fails(
       "press bench.ask\nwait window ask-box 5\npatience 0\nclose bench\n", 4,
       "close bench: \"bench\" is kept from input by \"ask-box\"; ask-box keeps input: \"The output tape is not empty. "
@@ -528,6 +529,7 @@ TEST_F(Scripts, SayWhereAndWhyTheyFailed) {
 }
 
 TEST_F(Scripts, LeaveAPictureOfTheirFailure) {
+  if (isHeadless()) GTEST_SKIP() << "there is no screen";
   setenv("QUARLO_SCRIPT_SHOT", fs::relative(root_ / "shot.png").c_str(), 1);
   fails("patience 0\nexpect window nothing\n", 2, "there is no window");
   unsetenv("QUARLO_SCRIPT_SHOT");

@@ -1,7 +1,9 @@
 #include "xvt/desk/desk.h"
 
 #include <algorithm>
+#include <clocale>
 #include <cstdio>
+#include <cstdlib>
 
 #include "xvt/base/guard.h"
 #include "xvt/base/report.h"
@@ -24,6 +26,16 @@ bool isUsable(const std::shared_ptr<BaseWindow>& window) { return window && wind
 
 Desk& desk() { return *current; }
 Desk* deskIfRunning() { return current; }
+
+std::string programName(const XVT_CONFIG& config) {
+  return config.base_appl_name != nullptr && *config.base_appl_name != '\0' ? config.base_appl_name : "xvt";
+}
+
+void useSessionLocale() {
+  std::setlocale(LC_ALL, "");
+  if (MB_CUR_MAX == 1) std::setlocale(LC_CTYPE, "C.UTF-8");
+  std::setlocale(LC_NUMERIC, "C");
+}
 
 Desk::Desk(const XVT_CONFIG& config) : config_(config) {}
 
@@ -206,8 +218,11 @@ namespace runtime {
 int run(int argc, char** argv, EVENT_HANDLER handler, const XVT_CONFIG& config) {
   if (offers().empty()) report("xvt_app_create", "no runtime was chosen");
   std::unique_ptr<Desk> chosen;
-  for (const OpenRuntime open : offers())
-    if (!chosen) chosen = open(argc, argv, config);
+  for (const OpenRuntime open : offers()) {
+    chosen = open(argc, argv, config);
+    if (chosen) break;
+    if (open != offers().back()) std::fprintf(stderr, "%s: going on without a screen\n", programName(config).c_str());
+  }
   if (!chosen) return 1;
   chosen->run(handler);
   if (!chosen->isLost()) return xvt_script_status();

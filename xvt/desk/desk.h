@@ -123,6 +123,12 @@ Desk& desk();
 /// The same, or null.
 Desk* deskIfRunning();
 
+/// What the program is called in lines of its own.
+std::string programName(const XVT_CONFIG& config);
+
+/// Texts are UTF-8 whatever the session says, and numbers keep their points.
+void useSessionLocale();
+
 /// Opens a runtime; null after a line on standard error when it cannot be had here.
 using OpenRuntime = std::unique_ptr<Desk> (*)(int argc, char** argv, const XVT_CONFIG& config);
 /// Hands a runtime to xvt_app_create, which takes the first that opens, in the order of these calls.

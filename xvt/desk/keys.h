@@ -22,6 +22,7 @@ constexpr Key kPadDownKey = 0xFF99;
 enum KEY_MODIFIERS : unsigned { kShift = 1, kControl = 4, kAlt = 8 };
 
 inline bool isReturn(Key key) { return key == kReturnKey || key == kPadEnterKey; }
+inline Key upperKey(Key key) { return key >= 'a' && key <= 'z' ? key - 'a' + 'A' : key; }
 inline Key lowerKey(Key key) { return key >= 'A' && key <= 'Z' ? key - 'A' + 'a' : key; }
 
 /// The key of a name such as "Return", "F5", "q"; kNoKey when there is none.

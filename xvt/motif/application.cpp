@@ -22,11 +22,8 @@ namespace xvt {
 
 namespace {
 
-/// Texts are UTF-8 whatever the session says, and numbers keep their points.
 String chooseLocale(Display*, String, XtPointer) {
-  std::setlocale(LC_ALL, "");
-  if (MB_CUR_MAX == 1) std::setlocale(LC_CTYPE, "C.UTF-8");
-  std::setlocale(LC_NUMERIC, "C");
+  useSessionLocale();
   return std::setlocale(LC_ALL, nullptr);
 }
 
@@ -41,8 +38,7 @@ int onXError(Display* display, XErrorEvent* error) {
 
 void onXtWarning(String message) { std::fprintf(stderr, "xvt: %s\n", message); }
 
-std::string className(const char* base) {
-  std::string name = base != nullptr && *base != '\0' ? base : "xvt";
+std::string className(std::string name) {
   if (name[0] >= 'a' && name[0] <= 'z') name[0] = static_cast<char>(name[0] - 'a' + 'A');
   return name;
 }
@@ -63,9 +59,9 @@ bool Application::open(int argc, char** argv) {
   XtAppSetWarningHandler(context_, onXtWarning);
   std::vector<char*> arguments(argv, argv + argc);
   arguments.push_back(nullptr);
-  const std::string name = config().base_appl_name != nullptr ? config().base_appl_name : "xvt";
-  display_ = XtOpenDisplay(context_, nullptr, name.c_str(), className(name.c_str()).c_str(), nullptr, 0, &argc,
-                           arguments.data());
+  const std::string name = programName(config());
+  display_ =
+      XtOpenDisplay(context_, nullptr, name.c_str(), className(name).c_str(), nullptr, 0, &argc, arguments.data());
   if (display_ == nullptr) {
     const char* wanted = std::getenv("DISPLAY");
     std::fprintf(stderr, "%s: cannot open the display \"%s\"\n", name.c_str(), wanted != nullptr ? wanted : "");
@@ -78,8 +74,8 @@ bool Application::open(int argc, char** argv) {
   std::vector<Arg> args(2);
   XtSetArg(args[0], const_cast<char*>(XmNdeleteResponse), XmDO_NOTHING);
   XtSetArg(args[1], const_cast<char*>(XmNmappedWhenManaged), False);
-  shell_ = XtAppCreateShell(name.c_str(), className(name.c_str()).c_str(), applicationShellWidgetClass, display_,
-                            args.data(), static_cast<Cardinal>(args.size()));
+  shell_ = XtAppCreateShell(name.c_str(), className(name).c_str(), applicationShellWidgetClass, display_, args.data(),
+                            static_cast<Cardinal>(args.size()));
   look_ = std::make_unique<Look>(shell_);
   marks_ = std::make_unique<Marks>(display_, look_->px(16));
   useEvents(std::make_unique<XtEvents>(context_));
