@@ -1,0 +1,110 @@
+#!/usr/bin/env bash
+# The same scripts on the screen and without one: tests/scripts/runtimes.sh PROGRAM
+# What they print, the consoles, and every file they leave must be the same, dates and durations aside.
+set -eu
+here=$(cd "$(dirname "$0")" && pwd)
+export PATH="$(dirname "$(realpath "$1")"):$PATH" PYTHONPATH="$here" PYTHONDONTWRITEBYTECODE=1
+dir=$(mktemp -d)
+trap 'rm -rf "$dir"' EXIT
+
+cat >"$dir/copies.qs" <<'SCRIPT'
+wait window main 10
+press main.image-copy
+press copy.input-tape
+wait window input-drive 5
+select input-drive.drives 0
+dump-windows
+key input-drive Return
+answer-file tape.tpf
+press copy.output-disk
+press copy.parameters
+type unformatted.eof-count "3"
+key unformatted Tab
+dump-windows
+key unformatted Escape
+answer input-continue.stop
+press copy.start
+wait console "Copy ended at *" 60
+expect text copy.status "Complete"
+
+# And back, onto a cartridge that is not empty: the box asks first.
+press copy.input-disk
+dump-windows
+type file-box.folder "$PWD"
+press file-box.ok
+select file-box.files "tape.tpf"
+press file-box.ok
+press copy.output-tape
+select output-drive.drives 1
+press output-drive.ok
+mark
+press copy.start
+wait console "Copy ended at *" 60
+dump-windows
+close copy
+
+press main.verify
+press verify.first-tape
+select input-drive.drives "  0:0 *"
+press input-drive.ok
+answer-file tape.tpf
+press verify.second-disk
+answer input-continue.stop
+press verify.start
+wait console "Verify ended at *" 60
+dump-windows
+close verify
+
+press main.tape-dump
+press tape-dump.select-drive
+select input-drive.drives 1
+press input-drive.ok
+press tape-dump.dump
+wait line tape-dump-window "*" 10
+type tape-dump.skip-blocks 2
+press tape-dump.skip-forward
+select tape-dump.format "EBCDIC"
+press tape-dump.redump
+dump-windows
+copy-lines tape-dump-window tape-dump.txt
+close tape-dump
+
+answer-file tape.tpf
+press main.file-dump
+press file-dump.open-file
+type file-dump.go-to-byte 300
+press file-dump.move-to-byte
+press file-dump.read
+key file-dump Alt+m
+dump-windows
+copy-lines console lines.txt
+menu quit
+SCRIPT
+
+# play NAME OPTION ...: everything that is left stands in NAME, with what was printed.
+play() {
+  local name=$1
+  shift
+  mkdir "$dir/work" && cd "$dir/work"
+  python3 -c 'import line; line.make("line.sgy")'
+  printf '1003\n1010 - 1012\n' >inlines.txt
+  tapetool make-drive drives one two
+  rm drives/*.tap
+  tapetool sample drives/one.tap
+  tapetool sample drives/two.tap
+  cp "$here"/../../docs/examples/*.qs "$dir/copies.qs" .
+  export QUARLO_VIRTUAL_DRIVES=drives INPUT=line.sgy LIST=inlines.txt OUTPUT=part.sgy
+  export SORTED=sorted.sgy VOLUMES=cdp.sgy PART_SIZE=0.001
+  for script in copies segy-copy segy-sorted-split; do
+    quarlo "$@" --script "$script.qs" >>printed 2>&1 || { cat printed; exit 1; }
+    cat console.txt >>consoles.txt
+  done
+  sed -i -E 's/[A-Z][a-z]{2} [A-Z][a-z]{2} +[0-9]+ [0-9:]{8} [0-9]{4}/DATE/' printed ./*.txt
+  cd "$dir" && mv work "$name"
+}
+
+play screen
+play headless --headless
+diff -r "$dir/screen" "$dir/headless"
+[ "$(ls "$dir/screen" | wc -l)" -gt 12 ]
+echo "runtimes: all as expected"
