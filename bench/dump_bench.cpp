@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "bench/measure.h"
-#include "quarlo/dumpformat.h"
+#include "quarlo/dump/dumpformat.h"
 #include "tests/support/test_files.h"
 
 namespace {

@@ -4,10 +4,10 @@
 #include <fstream>
 
 #include "bench/measure.h"
-#include "quarlo/copy_dlg.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/copy/copy_dlg.h"
+#include "quarlo/copy/vrfy_dlg.h"
+#include "quarlo/tapelib/dialogs/cons_win.h"
 #include "quarlo/tapelib/driver/driver.h"
-#include "quarlo/vrfy_dlg.h"
 #include "resources/dialogs.h"
 #include "resources/ids.h"
 #include "tests/support/tap_images.h"

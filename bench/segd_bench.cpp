@@ -6,11 +6,11 @@
 
 #include "bench/measure.h"
 #include "libkyr/text.h"
-#include "quarlo/segdcopy.h"
-#include "quarlo/tapelib/cons_win.h"
+#include "quarlo/segdcopy/segdcopy.h"
+#include "quarlo/tapelib/dialogs/cons_win.h"
 #include "quarlo/tapelib/diskunit.h"
 #include "resources/dialogs.h"
-#include "tests/jobs/segd_fixture.h"
+#include "tests/segdcopy/segd_fixture.h"
 #include "tests/support/test_files.h"
 #include "tests/support/toolkit_double.h"
 

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "quarlo/dumpformat.h"
+#include "quarlo/dump/dumpformat.h"
 
 namespace {
 

@@ -16,9 +16,9 @@
 #include "libkyr/byteorder.h"
 #include "libkyr/elfcheck.h"
 #include "libkyr/process.h"
+#include "quarlo/common/tprcstep.h"
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/tlv_fcn.h"
-#include "quarlo/tprcstep.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 
 #include "fuzz/whole_job.h"
 #include "libkyr/text.h"
-#include "quarlo/segdcopy.h"
+#include "quarlo/segdcopy/segdcopy.h"
 #include "quarlo/tapelib/diskunit.h"
 
 namespace {

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <vector>
 
-#include "quarlo/segdcopy_params.h"
-#include "quarlo/segdhdr.h"
+#include "quarlo/segdcopy/segdcopy_params.h"
+#include "quarlo/tapelib/formats/segdhdr.h"
 
 SgdCopyParams SgdParams = {};
 

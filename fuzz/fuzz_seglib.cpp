@@ -8,7 +8,7 @@
 
 #include "libkyr/byteorder.h"
 #include "libkyr/ibmfloat.h"
-#include "quarlo/tapelib/seglib.h"
+#include "quarlo/tapelib/formats/seglib.h"
 
 namespace {
 

@@ -10,9 +10,9 @@
 
 #include "fuzz/whole_job.h"
 #include "libkyr/text.h"
-#include "quarlo/jobframe.h"
-#include "quarlo/segycopy.h"
+#include "quarlo/segycopy/segycopy.h"
 #include "quarlo/tapelib/diskunit.h"
+#include "quarlo/tapelib/frame/jobframe.h"
 #include "tests/support/segy_files.h"
 
 namespace {

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "quarlo/tapelib/segyencode.h"
-#include "quarlo/tapelib/segyformat_text.h"
+#include "quarlo/tapelib/formats/segyencode.h"
+#include "quarlo/tapelib/formats/segyformat_text.h"
 
 namespace {
 

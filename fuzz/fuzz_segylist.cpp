@@ -9,10 +9,10 @@
 #include <string>
 
 #include "libkyr/files.h"
-#include "quarlo/segycopy_params.h"
-#include "quarlo/segysel_list.h"
+#include "quarlo/segycopy/segycopy_params.h"
+#include "quarlo/segycopy/segysel_list.h"
 #include "quarlo/tapelib/console.h"
-#include "quarlo/tapelib/loglines.h"
+#include "quarlo/tapelib/frame/loglines.h"
 
 SgyCopyParams SgyParams{};
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "quarlo/tapelib/console.h"
-#include "quarlo/tpf.h"
+#include "quarlo/tapelib/formats/tpf.h"
 #include "xvt/xvt.h"
 
 void console_out(const char* /*textStr*/) {}

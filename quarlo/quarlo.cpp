@@ -12,12 +12,12 @@
 #include <string_view>
 
 #include "libkyr/output.h"
+#include "quarlo/shell/task_win.h"
 #include "quarlo/tapelib/homefolder.h"
-#include "quarlo/task_win.h"
 #include "resources/dialogs.h"
 #include "resources/ids.h"
 #include "xvt/offer.h"
-#include "xvt/script.h"
+#include "xvt/script/script.h"
 #include "xvt/xvt.h"
 
 namespace {

@@ -20,6 +20,9 @@ using Refusal = std::optional<std::string>;
 /// Called by every pump (main loop, modal loops, xvt_app_process_pending_events) when the display has been served; at
 /// most every few milliseconds. Null takes it away. The tick may run handlers; pumps inside them tick again.
 void setTick(void (*tick)());
+/// Asked when the application has ended by its ordinary way: the answer is what xvt_app_create answers. Null takes it
+/// away: 0.
+void setVerdict(int (*verdict)());
 
 /// The open window with this name: a dialog's resource name (the newest of that name), "task" for the task window, or a
 /// document window's title in lower case with "-" for blanks ("console", "tape-dump-window"). NULL_WIN if not open.

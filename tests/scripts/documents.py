@@ -440,6 +440,12 @@ def rooms(text):
         assert os.path.isdir(os.path.join(ROOT, name)), name
 
 
+def arrows(text):
+    table = open(os.path.join(ROOT, ".ci/fences"), encoding="utf-8").read()
+    for name in re.findall(r"[\w]+(?:/\w+)?(?=[\s,<|;]|$)", re.sub(r"xvt/probe\.h|quarlo\.cpp| on ", " ", text)):
+        assert re.search(rf'^    "(quarlo/|quarlo/tapelib/)?{name}":', table, re.M), name
+
+
 def prints_288(text):
     assert run(text) == "288\n"
 
@@ -483,14 +489,14 @@ PLAYERS = {
         ("g++ ", module_commands),
         ("int TMainPhase", By("tests/scripts/documents.py")),
         ("cp build", modules_are_copied),
-        ("# interval", By("tests/jobs/tprcstep_test.cpp")),
+        ("# interval", By("tests/common/tprcstep_test.cpp")),
     ],
     "docs/format-segy-description.md": [
-        ("Quarlo SEG Y format", By("tests/jobs/segyformat_test.cpp")),
-        ("mine.txt, line 12", By("tests/jobs/segyformat_test.cpp")),
+        ("Quarlo SEG Y format", By("tests/formats/segyformat_test.cpp")),
+        ("mine.txt, line 12", By("tests/formats/segyformat_test.cpp")),
     ],
     "docs/format-tpf.md": [("00000000", tape_image)],
-    "docs/hacking.md": [("quarlo/ ", rooms)],
+    "docs/hacking.md": [("quarlo/ ", rooms), ("libkyr | ", arrows)],
     "docs/libkyr.md": [("const ProcessRecordPtr", library_calls), ("SetNumberOfOutputs", library_calls)],
     "docs/scripts.md": [
         ("# one cartridge", night),

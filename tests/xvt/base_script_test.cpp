@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "xvt/base/script_parse.h"
+#include "xvt/script/script_parse.h"
 
 using xvt::script::ParseError;
 using xvt::script::Statement;

@@ -1,8 +1,8 @@
 // Layout and placement: no display is needed.
 #include <gtest/gtest.h>
 
-#include "xvt/layout.h"
-#include "xvt/placement.h"
+#include "xvt/layout/layout.h"
+#include "xvt/layout/placement.h"
 
 namespace {
 

@@ -15,7 +15,7 @@
 
 #include "tests/xvt/offered.h"
 #include "xvt/resource.h"
-#include "xvt/script.h"
+#include "xvt/script/script.h"
 #include "xvt/xvt.h"
 
 namespace fs = std::filesystem;

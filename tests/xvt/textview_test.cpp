@@ -1,7 +1,7 @@
 // The text view as its user meets it: on a real display, by events, and through a second client's eyes.
 #include <gtest/gtest.h>  // before X11, which has a macro None
 
-#include "xvt/motif/textview.h"
+#include "xvt/motif/textview/textview.h"
 
 #include <X11/Xatom.h>
 #include <X11/keysym.h>

@@ -12,7 +12,6 @@
 #include "xvt/desk/item.h"
 #include "xvt/desk/signals.h"
 #include "xvt/desk/task.h"
-#include "xvt/script_status.h"
 
 namespace xvt {
 
@@ -204,12 +203,16 @@ std::vector<OpenRuntime>& offers() {
   return offered;
 }
 
+int (*verdict)() = nullptr;
+
 BaseTask* taskWith(int command) {
   BaseTask* task = current != nullptr ? current->task() : nullptr;
   return task != nullptr && task->hasItem(command) ? task : nullptr;
 }
 
 }  // namespace
+
+void probe::setVerdict(int (*ask)()) { verdict = ask; }
 
 void offerRuntime(OpenRuntime open) { offers().push_back(open); }
 
@@ -225,7 +228,7 @@ int run(int argc, char** argv, EVENT_HANDLER handler, const XVT_CONFIG& config) 
   }
   if (!chosen) return 1;
   chosen->run(handler);
-  if (!chosen->isLost()) return xvt_script_status();
+  if (!chosen->isLost()) return verdict != nullptr ? verdict() : 0;
   // What is left stays to the end of the process, known as the current one: its own end would speak to the display.
   static_cast<void>(chosen.release());
   return 1;

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "xvt/desk/window.h"
-#include "xvt/layout.h"
+#include "xvt/layout/layout.h"
 
 namespace xvt {
 

@@ -15,7 +15,7 @@
 #include "xvt/motif/keys.h"
 #include "xvt/motif/shell_window.h"
 #include "xvt/motif/task_window.h"
-#include "xvt/motif/textview.h"
+#include "xvt/motif/textview/textview.h"
 #include "xvt/offer.h"
 
 namespace xvt {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "xvt/desk/dialog.h"
-#include "xvt/layout.h"
+#include "xvt/layout/layout.h"
 #include "xvt/motif/item.h"
 #include "xvt/motif/shell_window.h"
 

@@ -7,7 +7,7 @@
 #include "xvt/motif/font.h"
 #include "xvt/motif/scrollbars.h"
 #include "xvt/motif/shell_window.h"
-#include "xvt/motif/textview.h"
+#include "xvt/motif/textview/textview.h"
 
 namespace xvt {
 

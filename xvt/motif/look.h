@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "xvt/layout.h"
+#include "xvt/layout/layout.h"
 #include "xvt/xvt.h"
 
 namespace xvt {

@@ -10,7 +10,7 @@
 #include "xvt/motif/application.h"
 #include "xvt/motif/geometry.h"
 #include "xvt/motif/shell_window.h"
-#include "xvt/motif/textview.h"
+#include "xvt/motif/textview/textview.h"
 
 namespace xvt {
 

@@ -10,9 +10,9 @@
 #include <algorithm>
 #include <map>
 
+#include "xvt/layout/placement.h"
 #include "xvt/motif/geometry.h"
 #include "xvt/motif/guard.h"
-#include "xvt/placement.h"
 
 namespace xvt {
 

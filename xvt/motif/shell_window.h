@@ -8,8 +8,8 @@
 #include <string>
 
 #include "xvt/desk/window.h"
+#include "xvt/layout/placement.h"
 #include "xvt/motif/application.h"
-#include "xvt/placement.h"
 #include "xvt/runtime.h"
 
 namespace xvt {

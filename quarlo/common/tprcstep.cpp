@@ -1,0 +1,288 @@
+#include "quarlo/common/tprcstep.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <exception>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "libkyr/nullcheck.h"
+#include "libkyr/text.h"
+#include "quarlo/tapelib/console.h"
+#include "quarlo/tapelib/tlv_fcn.h"
+
+char DLLDirectory[4] = "lib";
+
+int itDoesInputParm = 0;
+int itInputsDisk = 0;
+int itInputsTape = 0;
+int itDoesOutputParm = 0;
+int itOutputsDisk = 0;
+int itOutputsTape = 0;
+
+namespace {
+
+constexpr const char* cannotLoad = "Error opening shared object : %s ";
+constexpr const char* identifierEntry = "GetTuDllIdentifier";
+
+/// Every entry that a module may have.
+constexpr const char* entryNames[] = {
+    identifierEntry,    "AllocInputMemory",  "DestroyInputMemory",  "GetInputDefaultParameters",
+    "PostInputDialog",  "AllocOutputMemory", "DestroyOutputMemory", "GetOutputDefaultParameters",
+    "PostOutputDialog", "TInitialPhase",     "TMainPhase",          "TFinalPhase"};
+
+/// Room that a module finds for its display name: more than it may use.
+constexpr std::size_t nameRoom = 4096;
+
+void reportOnConsole(const char* dllName, const std::string& reason) {
+  console_printf(cannotLoad, dllName);
+  console_printf("  ** %s", reason.c_str());
+}
+
+void reportInBox(const char* dllName, const std::string& reason) {
+  reportOnConsole(dllName, reason);
+  xvt_dm_post_error(cannotLoad, dllName);
+}
+
+/// Loads a module and works with it; says so when it cannot be loaded.
+template <typename Work>
+void withModule(const char* dllName, Work work) {
+  ProcessingStep step(dllName);
+  if (step.loadFailed != 0)
+    reportInBox(dllName, step.whyNot());
+  else
+    work(step);
+}
+
+/// A block of the size that a module asked for, or null after a report.
+int* parameterBlock(const char* dllName, int size, const char* what) {
+  if (size < 0 || size > largestParameterBlock) {
+    console_printf("  *** Format module %s asks for a parameter block of %d bytes.", dllName, size);
+    xvt_dm_post_error("Format module %s asks for a parameter block of %d bytes.", dllName, size);
+    return nullptr;
+  }
+  // A module without parameters has a block too: a null pointer stands for a failure.
+  void* block = std::calloc(1, static_cast<std::size_t>(std::max(size, 1)));
+  NullCheck(block, what);
+  return static_cast<int*>(block);
+}
+
+/// Goes to the directory that holds "lib": the one that KYRHOME names, else the one of the start.
+void goHome() {
+  xvt_fsys_set_dir_startup();
+  const char* home = std::getenv("KYRHOME");
+  DIRECTORY directory{};
+  if (home != nullptr && xvt_fsys_convert_str_to_dir(home, &directory)) xvt_fsys_set_dir(&directory);
+}
+
+using Names = std::vector<std::string>;
+
+/// The files that could be modules; the working directory is the home directory again afterwards.
+Names moduleFiles() {
+  goHome();
+  Names names;
+  DIRECTORY directory{};
+  if (!xvt_fsys_convert_str_to_dir(DLLDirectory, &directory) || !xvt_fsys_set_dir(&directory)) return names;
+  SLIST files = xvt_fsys_list_files("io*.so", false);
+  goHome();
+  if (files == nullptr) return names;
+  for (SLIST_ELT file = xvt_slist_get_first(files); file != nullptr; file = xvt_slist_get_next(files, file))
+    names.emplace_back(xvt_slist_get_text(files, file));
+  xvt_slist_destroy(files);
+  return names;
+}
+
+/// Whether the module can be loaded and names itself; says so when not.
+bool isUsable(const std::string& name) {
+  ProcessingStep step(name.c_str());
+  DllList row{};
+  if (step.loadFailed != 0) {
+    reportOnConsole(name.c_str(), step.whyNot());
+    return false;
+  }
+  if (step.GetTuDllIdentifier(row.menuName, &row.uniqueId) != 0) return true;
+  if (step.hasEntry(identifierEntry))
+    console_printf("  ** Format module %s does not name itself. It is not used.", name.c_str());
+  else
+    console_printf("  ** Format module %s has no entry \"%s\". It is not used.", name.c_str(), identifierEntry);
+  return false;
+}
+
+struct Freer {
+  void operator()(void* memory) const { std::free(memory); }
+};
+using Rows = std::unique_ptr<DllList[], Freer>;
+
+/// Fills the rows. @return how many; 0 after a report when a module cannot be loaded any more
+int fillRows(const Names& names, DllList* rows) {
+  int count = 0;
+  for (const std::string& name : names) {
+    ProcessingStep step(name.c_str());
+    if (step.loadFailed != 0) {
+      reportInBox(name.c_str(), step.whyNot());
+      return 0;
+    }
+    DllList& row = rows[count];
+    if (step.GetTuDllIdentifier(row.menuName, &row.uniqueId) == 0) continue;
+    copyText(row.name, name);
+    ++count;
+  }
+  return count;
+}
+
+}  // namespace
+
+ProcessingStep::ProcessingStep(const char* name) {
+  std::string file = name;
+  if (file.ends_with('\n')) file.pop_back();
+  copyText(DLLFileName.type, "DLL");
+  const bool fits = copyText(DLLFileName.name, formatText("%s/%s", DLLDirectory, file.c_str()));
+  if (fits)
+    aConnectionID = KyrLoadDLL(&DLLFileName, &reason, entryNames);
+  else
+    reason = "its name is too long";
+  loadFailed = aConnectionID == nullptr ? 1 : 0;
+}
+
+ProcessingStep::~ProcessingStep() { KyrUnloadDLL(aConnectionID); }
+
+void* ProcessingStep::find(const char* entry) {
+  // A name that was not part of the trial is not looked up: that may be what a damaged module dies of.
+  if (std::ranges::find(entryNames, std::string_view(entry)) == std::end(entryNames)) return nullptr;
+  copyText(aSymbol, entry);
+  return KyrFindSymbol(aSymbol, aConnectionID);
+}
+
+template <typename Work>
+int ProcessingStep::guarded(Work work) const {
+  try {
+    return work();
+  } catch (const std::exception& problem) {
+    console_printf("  *** Format module %s failed in %s: %s", DLLFileName.name, aSymbol, problem.what());
+  } catch (...) {
+    console_printf("  *** Format module %s failed in %s.", DLLFileName.name, aSymbol);
+  }
+  return -1;
+}
+
+template <typename... Arguments>
+int ProcessingStep::call(const char* entry, Arguments... arguments) {
+  const auto function = reinterpret_cast<void (*)(Arguments...)>(find(entry));
+  if (function == nullptr) return -1;
+  return guarded([&] {
+    function(arguments...);
+    return 0;
+  });
+}
+
+template <typename... Arguments>
+int ProcessingStep::phase(const char* entry, Arguments... arguments) {
+  const auto function = reinterpret_cast<int (*)(Arguments...)>(find(entry));
+  if (function != nullptr) return guarded([&] { return function(arguments...); });
+  console_printf("  *** Format module %s has no entry \"%s\".", DLLFileName.name, entry);
+  return -1;
+}
+
+int ProcessingStep::GetTuDllIdentifier(char* theName, int* uniqueId) {
+  std::vector<char> room(nameRoom, '\0');
+  const int result = call(identifierEntry, room.data(), uniqueId);
+  room.back() = '\0';
+  copyText(theName, sizeof DllList::menuName, room.data());
+  return result == 0 ? 1 : 0;
+}
+
+int ProcessingStep::AllocInputMemory(int* size) {
+  *size = 0;
+  return call("AllocInputMemory", size);
+}
+
+int ProcessingStep::DestroyInputMemory(int* params) { return call("DestroyInputMemory", params); }
+
+int ProcessingStep::GetInputDefaultParameters(int* params, int* paramDlg, int* disk, int* tape) {
+  return call("GetInputDefaultParameters", params, paramDlg, disk, tape);
+}
+
+int ProcessingStep::PostInputDialog(int* params) { return call("PostInputDialog", params); }
+
+int ProcessingStep::AllocOutputMemory(int* size) {
+  *size = 0;
+  return call("AllocOutputMemory", size);
+}
+
+int ProcessingStep::DestroyOutputMemory(int* params) { return call("DestroyOutputMemory", params); }
+
+int ProcessingStep::GetOutputDefaultParameters(int* params, int* paramDlg, int* disk, int* tape) {
+  return call("GetOutputDefaultParameters", params, paramDlg, disk, tape);
+}
+
+int ProcessingStep::PostOutputDialog(int* params) { return call("PostOutputDialog", params); }
+
+int ProcessingStep::InitialPhase(ProcessRecord* params, int* inputParams, int* outputParams) {
+  setConsole(params);
+  SetDevUnit(params, getDevPtr());
+  return phase("TInitialPhase", params, inputParams, outputParams);
+}
+
+int ProcessingStep::MainPhase(ProcessRecord* params) { return phase("TMainPhase", params); }
+
+int ProcessingStep::FinalPhase(ProcessRecord* params) { return phase("TFinalPhase", params); }
+
+int findDlls(DllList** theList) {
+  *theList = nullptr;
+  Names names = moduleFiles();
+  std::erase_if(names, [](const std::string& name) { return !isUsable(name); });
+  if (names.empty()) return 0;
+  Rows rows(static_cast<DllList*>(std::calloc(names.size() + 1, sizeof(DllList))));
+  if (!NullCheck(rows.get(), "theList")) return 0;
+  const int count = fillRows(names, rows.get());
+  if (count == 0) return 0;
+  *theList = rows.release();
+  return count;
+}
+
+void allocateInput(const char* dllName, int** inputFmt) {
+  *inputFmt = nullptr;
+  withModule(dllName, [&](ProcessingStep& step) {
+    int size = 0;
+    step.AllocInputMemory(&size);
+    *inputFmt = parameterBlock(dllName, size, "inputFmt");
+  });
+}
+
+void destroyInput(const char* dllName, int* inputFmt) {
+  if (inputFmt == nullptr) return;
+  withModule(dllName, [&](ProcessingStep& step) { step.DestroyInputMemory(inputFmt); });
+}
+
+void selectInput(const char* dllName, int* inputFmt) {
+  if (inputFmt == nullptr) return;
+  withModule(dllName, [&](ProcessingStep& step) {
+    itDoesInputParm = itInputsDisk = itInputsTape = 0;
+    step.GetInputDefaultParameters(inputFmt, &itDoesInputParm, &itInputsDisk, &itInputsTape);
+  });
+}
+
+void allocateOutput(const char* dllName, int** outputFmt) {
+  *outputFmt = nullptr;
+  withModule(dllName, [&](ProcessingStep& step) {
+    int size = 0;
+    step.AllocOutputMemory(&size);
+    *outputFmt = parameterBlock(dllName, size, "outputFmt");
+  });
+}
+
+void destroyOutput(const char* dllName, int* outputFmt) {
+  if (outputFmt == nullptr) return;
+  withModule(dllName, [&](ProcessingStep& step) { step.DestroyOutputMemory(outputFmt); });
+}
+
+void selectOutput(const char* dllName, int* outputFmt) {
+  if (outputFmt == nullptr) return;
+  withModule(dllName, [&](ProcessingStep& step) {
+    itDoesOutputParm = itOutputsDisk = itOutputsTape = 0;
+    step.GetOutputDefaultParameters(outputFmt, &itDoesOutputParm, &itOutputsDisk, &itOutputsTape);
+  });
+}

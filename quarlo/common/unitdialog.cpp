@@ -1,0 +1,113 @@
+#include "quarlo/common/unitdialog.h"
+
+#include <string_view>
+
+#include "quarlo/common/windows.h"
+#include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/frame/jobframe.h"
+#include "quarlo/tapelib/frame/loglines.h"
+
+namespace {
+
+/// Holds a flag for as long as it lives.
+class Held {
+ public:
+  explicit Held(bool* heldFlag) : flag(heldFlag) { *flag = true; }
+  ~Held() { *flag = false; }
+  Held(const Held&) = delete;
+  Held& operator=(const Held&) = delete;
+
+ private:
+  bool* flag;
+};
+
+void tellUnitsChanged() {
+  EVENT event;
+  unitsChanged(&event);
+}
+
+const char* wordFor(int result) { return result == JOB_NOT_BEGUN ? "Idle" : result == JOB_OK ? "Complete" : "Failed"; }
+
+}  // namespace
+
+void UnitDialog::show(WINDOW dialog, COPY_STATE state) const {
+  if (!xvt_vobj_is_valid(dialog)) {
+    return;
+  }
+  parts.showState(dialog, state);
+  remark(dialog, word);
+}
+
+void UnitDialog::showUnits(WINDOW dialog) const { show(dialog, parts.ready() ? COPY_READY : COPY_NOT_READY); }
+
+void UnitDialog::open(WINDOW dialog) {
+  word = "Idle";
+  show(dialog, COPY_NOT_READY);
+}
+
+void UnitDialog::showChange(WINDOW dialog) {
+  word = parts.ready() ? "Ready" : "Idle";
+  showUnits(dialog);
+  tellUnitsChanged();
+}
+
+void UnitDialog::follow(WINDOW dialog) {
+  if (running) {
+    return;
+  }
+  if (!parts.ready() && word == std::string_view("Ready")) {
+    word = "Idle";
+  }
+  showUnits(dialog);
+}
+
+void UnitDialog::remark(WINDOW dialog, const char* text) const { setControlText(dialog, parts.status, text); }
+
+bool UnitDialog::takes(WINDOW dialog, DriveAnswer answer) const {
+  if (answer == DriveAnswer::None) {
+    remark(dialog, NO_DRIVE_CHOSEN);
+  }
+  return tookDrive(answer);
+}
+
+bool UnitDialog::refuses(WINDOW dialog) const {
+  if (!refuseDuringJob()) {
+    return false;
+  }
+  remark(dialog, JOB_IS_RUNNING);
+  return true;
+}
+
+void UnitDialog::run(WINDOW dialog, int* stopFlag, const std::function<int()>& job) {
+  const RunningJob place(stopFlag);  // what waits for the job's end comes behind all else of it
+  int result = JOB_FAILED;
+  {
+    const Held held(&running);
+    word = "Running";
+    const bool through = runGuarded([&] {
+      show(dialog, COPY_RUNNING);
+      result = job();
+    });
+    if (!through) {
+      runGuarded(logFailed);
+    }
+    int atEnd = JOB_FAILED;
+    runGuarded([&] { atEnd = parts.endUnits(); });
+    if (atEnd != 0 && result == JOB_OK) {
+      result = JOB_FAILED;
+    }
+  }
+  word = wordFor(result);
+  runGuarded([&] {
+    showUnits(dialog);
+    tellUnitsChanged();
+  });
+}
+
+void UnitDialog::close(WINDOW dialog) const {
+  if (running) {
+    requestStopOfJobs([dialog] { xvt_vobj_destroy(dialog); });
+  } else {
+    xvt_vobj_destroy(dialog);
+  }
+}

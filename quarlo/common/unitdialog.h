@@ -1,0 +1,61 @@
+/// What the dialogs have in common that run jobs on units: the status text, what is possible now, and one owner of the
+/// run, which puts all of it back whatever becomes of the job.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "quarlo/tapelib/dialogs/eotopts.h"
+#include "xvt/xvt.h"
+
+/// States of such a dialog's controls.
+enum COPY_STATE : int {
+  COPY_NOT_READY = 0,  ///< inputs and outputs can be chosen, Start is disabled
+  COPY_READY = 1,
+  COPY_RUNNING = 2  ///< nothing can be chosen or started
+};
+
+/// What tells one such dialog from another.
+struct UnitDialogParts {
+  int status;                                          ///< control of the status text; 0 where the dialog has none
+  bool (*ready)();                                     ///< whether a job could start on the units as they are
+  void (*showState)(WINDOW dialog, COPY_STATE state);  ///< enables what fits, and shows the units
+  int (*endUnits)();  ///< the units' end behind every run; nonzero when the last of an output was lost
+};
+
+class UnitDialog {
+ public:
+  constexpr explicit UnitDialog(const UnitDialogParts& dialogParts) : parts(dialogParts) {}
+
+  bool isRunning() const { return running; }
+
+  /// A newly opened dialog: "Idle".
+  void open(WINDOW dialog);
+  /// After a choice made here: "Ready" or "Idle", and word to all who show the units.
+  void showChange(WINDOW dialog);
+  /// Another window changed the units.
+  void follow(WINDOW dialog);
+  /// Puts a text in place of the status until that is shown anew.
+  void remark(WINDOW dialog, const char* text) const;
+  /// What came of a choice of drives: true for a drive; that none was chosen is told in the status text too.
+  bool takes(WINDOW dialog, DriveAnswer answer) const;
+  /// As refuseDuringJob, with the reason in the status text too.
+  bool refuses(WINDOW dialog) const;
+
+  /// Runs a job, from "Running" to "Complete" or "Failed". An exception that leaves the job is told in a console line
+  /// and is a failure. Behind the job its units are ended, and what waited for the end of jobs is done.
+  /// @param stopFlag as for RunningJob
+  /// @param job answers JOB_OK, or JOB_NOT_BEGUN to end "Idle"; all else is a failure
+  void run(WINDOW dialog, int* stopFlag, const std::function<int()>& job);
+
+  /// Destroys the dialog; a job that it runs is stopped first.
+  void close(WINDOW dialog) const;
+
+ private:
+  void show(WINDOW dialog, COPY_STATE state) const;
+  void showUnits(WINDOW dialog) const;
+
+  UnitDialogParts parts;
+  const char* word = "Idle";
+  bool running = false;
+};

@@ -1,0 +1,20 @@
+#include "quarlo/common/windows.h"
+
+#include "libkyr/text.h"
+#include "quarlo/tapelib/jobstate.h"
+#include "quarlo/tapelib/tlv_fcn.h"
+
+WINDOW gMainDialogWindow = NULL_WIN;
+int gMainWindowUp = 0;
+WINDOW gControlWindow = NULL_WIN;
+int gControlWindowUp = 0;
+WINDOW gTAnlsWindow = NULL_WIN;
+int gTAnlsWindowUp = 0;
+int gFAnlsWindowUp = 0;
+
+void unitsChanged(EVENT* event) {
+  appUpdate(event);
+  if (gTAnlsWindow != NULL_WIN) xvt_win_dispatch_event(gTAnlsWindow, event);
+}
+
+void notYetBuilt(const char* what) { tellUser(formatText("%s is not part of this build yet.", what).c_str()); }

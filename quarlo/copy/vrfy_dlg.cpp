@@ -1,0 +1,169 @@
+#include "quarlo/copy/vrfy_dlg.h"
+
+#include "quarlo/common/unitdialog.h"
+#include "quarlo/common/windows.h"
+#include "quarlo/copy/unfmtcpy.h"
+#include "quarlo/copy/verifyjob.h"
+#include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/dialogs/tsel_dlg.h"
+#include "quarlo/tapelib/diskunit.h"
+#include "quarlo/tapelib/formats/tpf.h"
+#include "quarlo/tapelib/frame/jobframe.h"
+#include "quarlo/tapelib/unitopen.h"
+#include "resources/ids.h"
+
+namespace {
+
+UnitStruct* ioUnit = nullptr;
+int secondBlockType = 0;  // place in the radio group; kept between runs, as hasCats is
+
+std::string label(int uNum) { return ioUnit[uNum].state == 1 ? ioUnit[uNum].name : "No input chosen"; }
+
+bool isM4(int uNum) { return ioUnit[uNum].type == UT_TAPE && ioUnit[uNum].isM4 != 0; }
+
+bool isReady() { return ioUnit[0].state == 1 && ioUnit[1].state == 1; }
+
+void showState(WINDOW dialog, COPY_STATE state) {
+  set_verify_state(dialog, state, label(0).c_str(), label(1).c_str(), isM4(0) || isM4(1) ? 1 : 0);
+}
+
+/// Closes an input. The second one stands where outputs do: all that is open there goes with it.
+void closeVerifyInput(int uNum) {
+  if (uNum == 1 && ioUnit[1].type == UT_TAPE) {
+    tlv_tape_close(ioUnit, ALL_OUTPUTS);
+  } else {
+    closeUnit(ioUnit, uNum);
+  }
+}
+
+int closeAfterRun() {
+  for (int uNum = 0; uNum <= 1; ++uNum) {
+    if (ioUnit[uNum].type == UT_TAPE && ioUnit[uNum].state == 1) {
+      tlv_rewind(ioUnit, uNum);
+    }
+    closeVerifyInput(uNum);
+  }
+  return 0;
+}
+
+UnitDialog theDialog({VF_STATUS, isReady, showState, closeAfterRun});
+
+void chooseTape(WINDOW dialog, int uNum) {
+  if (theDialog.takes(dialog, chooseInputDrive(ioUnit, uNum))) {
+    closeVerifyInput(uNum);
+    openChosenDrive(ioUnit, uNum, true);
+    theDialog.showChange(dialog);
+  }
+}
+
+void chooseDisk(WINDOW dialog, int uNum, const char* refusal) {
+  FILE_SPEC file{};
+  if (!chooseFileToOpen(&file, "tpf", "Open Disk File")) {
+    return;
+  }
+  const UnitStruct& other = ioUnit[1 - uNum];
+  if (other.type == UT_DISK && other.state == 1 && isSameFile(file, other.fs)) {
+    xvt_dm_post_error("%s", refusal);
+    return;
+  }
+  closeVerifyInput(uNum);
+  tpf::HeaderBytes bytes{};
+  if (!openDiskUnit(&ioUnit[uNum], file, "rb")) {
+    xvt_dm_post_error("Error opening file %s", file.name);
+  } else if (std::fread(bytes.data(), 1, bytes.size(), ioUnit[uNum].fp) < bytes.size() || !tpf::isFileHeader(bytes)) {
+    xvt_dm_post_error("Unrecognized format in file %s", file.name);
+    closeVerifyInput(uNum);
+  }
+  theDialog.showChange(dialog);
+}
+
+void chooseFirstTape(WINDOW dialog) { chooseTape(dialog, 0); }
+void chooseSecondTape(WINDOW dialog) { chooseTape(dialog, 1); }
+void chooseFirstDisk(WINDOW dialog) {
+  chooseDisk(dialog, 0, "This file is already being used for other input. Choose another file.");
+}
+void chooseSecondDisk(WINDOW dialog) {
+  chooseDisk(dialog, 1, "This file name is already being used for input. Choose another file name.");
+}
+
+/// From Start to the last word in the dialog. The program, or the dialog, may be asked to go meanwhile: both wait.
+void start(WINDOW dialog) {
+  if (!isReady()) {
+    theDialog.showChange(dialog);
+    return;
+  }
+  int stopped = 0;
+  theDialog.run(dialog, &stopped, [] { return do_verify(secondBlockType != 0 ? BLOCK_TYPE_2 : BLOCK_TYPE_1, ioUnit); });
+}
+
+constexpr ControlAction ACTIONS[] = {
+    {VF_START, start},
+    {VF_FIRST_TAPE, chooseFirstTape},
+    {VF_FIRST_DISK, chooseFirstDisk},
+    {VF_SECOND_TAPE, chooseSecondTape},
+    {VF_SECOND_DISK, chooseSecondDisk},
+};
+
+void create(WINDOW dialog) {
+  ioUnit = getDevPtr();
+  xdCheckRadioButton(dialog, VF_BLOCK_TYPE_1 + secondBlockType, VF_BLOCK_TYPE_1, VF_BLOCK_TYPE_2);
+  checkControl(dialog, VF_CONCATENATED, hasCats);
+  theDialog.open(dialog);
+}
+
+/// The units go with the dialog, unless a job still has them in hand: it closes them itself.
+void destroy() {
+  if (jobIsRunning()) {
+    return;
+  }
+  closeVerifyInput(0);
+  closeVerifyInput(1);
+  EVENT event;
+  unitsChanged(&event);
+}
+
+void control(WINDOW dialog, const EVENT& event) {
+  if (isPress(event, VF_CLOSE)) {
+    theDialog.close(dialog);
+  } else if (event.ctl.what == CTL_PRESS && !theDialog.refuses(dialog) &&
+             !chooseRadio(dialog, event, VF_BLOCK_TYPE_1, VF_BLOCK_TYPE_2, &secondBlockType) &&
+             !toggleFlag(dialog, event, VF_CONCATENATED, &hasCats)) {
+    runAction(ACTIONS, dialog, event);
+  }
+}
+
+}  // namespace
+
+void set_verify_state(WINDOW theWindow, int newState, const char* str1, const char* str2, int m4) {
+  const bool idle = newState != COPY_RUNNING;
+  enableControls(theWindow, {VF_FIRST_TAPE, VF_FIRST_DISK, VF_SECOND_TAPE, VF_SECOND_DISK, VF_CONCATENATED}, idle);
+  enableControls(theWindow, {VF_BLOCK_TYPE_1, VF_BLOCK_TYPE_2}, idle && m4 != 0);
+  enableControl(theWindow, VF_START, newState == COPY_READY);
+  if (idle) {
+    setControlText(theWindow, VF_FIRST_NAME, str1);
+    setControlText(theWindow, VF_SECOND_NAME, str2);
+  }
+}
+
+long VerifyDialog_eh(WINDOW xdWindow, EVENT* xdEvent) {
+  switch (xdEvent->type) {
+    case E_CREATE:
+      create(xdWindow);
+      break;
+    case E_CONTROL:
+      control(xdWindow, *xdEvent);
+      break;
+    case E_CLOSE:
+      theDialog.close(xdWindow);
+      break;
+    case E_USER:
+      theDialog.follow(xdWindow);
+      break;
+    case E_DESTROY:
+      destroy();
+      break;
+    default:
+      break;
+  }
+  return 0;
+}

@@ -1,0 +1,408 @@
+#include "quarlo/dump/fdmp_dlg.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "libkyr/files.h"
+#include "libkyr/text.h"
+#include "quarlo/common/dump_win.h"
+#include "quarlo/common/windows.h"
+#include "quarlo/dump/dump_ctl.h"
+#include "quarlo/tapelib/console.h"
+#include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/diskunit.h"
+#include "quarlo/tapelib/frame/jobframe.h"
+#include "quarlo/tapelib/largefile.h"
+#include "quarlo/tapelib/tlv_fcn.h"
+#include "resources/ids.h"
+
+namespace {
+
+constexpr int FILE_DUMP = 1;  // to dumpInit: anything but TAPE_DUMP
+WINDOW fileDumpDialog = NULL_WIN;
+
+constexpr DumpControls styleControls = {FD_FORMAT,     FD_SIGNED,        FD_UNSIGNED,
+                                        FD_BIG_ENDIAN, FD_LITTLE_ENDIAN, FD_SHOW_WINDOW};
+constexpr int MAX_READ = 65536;
+constexpr int INITIAL_BYTES = 1024;
+/// Whole numbers up to here, eight petabytes, are exact in a double.
+constexpr double EXACT = 9007199254740992.0;
+
+constexpr ReportDialog dumpReports[] = {
+    {"Trace Kills Report", 0, nullptr}, {"A/D Converter Test", 0, nullptr}, {"Crossfeed Test", 0, nullptr},
+    {"THD Test", 0, nullptr},           {"EIN Test", 0, nullptr},           {"DC Offset Test", 0, nullptr},
+    {"Dynamic Range Test", 0, nullptr}, {"Impulse Resp. Test", 0, nullptr}, {"Gain Accuracy Test", 0, nullptr},
+    {"Gain Step Test", 0, nullptr},
+};
+constexpr int REPORTS = static_cast<int>(std::size(dumpReports));
+
+// The file. Positions and sizes are whole numbers of bytes, kept as doubles.
+std::unique_ptr<LargeFile> TheFile;
+FILE_SPEC inputFile{};
+FILE_SPEC saveFile{};
+double inputSize = 0;  // as it was opened
+double currentByte = 0;
+double seekBytes = INITIAL_BYTES;
+double goToByte = 0;
+int readBytes = INITIAL_BYTES;
+
+// The piece read last.
+std::unique_ptr<char[]> dumpBuf;
+int nBytesIn = 0;
+
+DumpStyle style;
+WINDOW dumpWindow = NULL_WIN;
+
+int theReport = 0;
+int repDlgUp = 0;
+ReportRecord reportRecord{};
+
+constexpr const char* AT_END_HINT = "The end of the file: \"Move back\" and \"Move to byte\" lead away from it.";
+
+constexpr NumberField readField = {.control = FD_READ_BYTES, .value = &readBytes, .low = 1, .high = MAX_READ};
+
+bool isOpen() { return TheFile != nullptr; }
+
+bool isDataset() {
+  constexpr std::string_view extension = ".kyr";
+  return isOpen() && std::string_view(inputFile.name).ends_with(extension);
+}
+
+// ---- the piece as text --------------------------------------------------------------------------------------------
+
+void showPiece(int nBytes, DUMP_FORMAT format) {
+  const int count = std::clamp(nBytes, 0, nBytesIn);
+  if (count == 0) return;
+  DumpStyle asked = style;
+  asked.format = format;
+  const long lines = formatDump({dumpBuf.get(), static_cast<std::size_t>(count)}, 0, asked,
+                                [](const char* text) { dumpOut(text, dumpWindow); });
+  if (lines > 0) dumpOut(" ", dumpWindow);
+}
+
+void showFormatted() {
+  switch (style.format) {
+    case DF_HEX:
+      return fileHexDump(nBytesIn);
+    case DF_ASCII:
+    case DF_EBCDIC:
+      return fileTextDump(nBytesIn);
+    case DF_SHORT:
+      return fileShortDump(nBytesIn);
+    case DF_LONG:
+      return fileLongDump(nBytesIn);
+    case DF_IBM_FLOAT:
+    case DF_IEEE_FLOAT:
+      return fileFloatDump(nBytesIn);
+  }
+}
+
+void readAndShow(WINDOW dialog) {
+  const int result = TheFile->Read(dumpBuf.get(), readBytes);
+  nBytesIn = std::max(result, 0);
+  if (result < 0) {
+    xvt_dm_post_error("Read error from disk");
+  } else {
+    console_printf("Read %d bytes", result);
+    if (gFDumpIsVisible == 0) setDumpVisible(dialog, styleControls, dumpWindow, &gFDumpIsVisible, true);
+    dumpClear(dumpWindow);
+    showFormatted();
+  }
+}
+
+void readPiece(WINDOW dialog) {
+  if (!isOpen()) return;
+  runGuarded([dialog] { readAndShow(dialog); });
+  setCurrent(dialog);
+}
+
+// ---- the position -------------------------------------------------------------------------------------------------
+
+/// @return whether the file now stands there; if not, a console line says so
+bool seek(WINDOW dialog, double offset, int whence) {
+  if (!isOpen()) return false;
+  const bool moved = TheFile->Seek(offset, whence);
+  if (!moved) console_out("  *** Error moving file pointer.");
+  setCurrent(dialog);
+  return moved;
+}
+
+void moveBack(WINDOW dialog) {
+  if (seek(dialog, -seekBytes, SEEK_CUR)) console_printf("Moved back %.0f bytes.", seekBytes);
+}
+
+void moveForward(WINDOW dialog) {
+  if (seek(dialog, seekBytes, SEEK_CUR)) console_printf("Moved forward %.0f bytes.", seekBytes);
+}
+
+void rewindFile(WINDOW dialog) {
+  if (seek(dialog, 0, SEEK_SET)) console_out("Rewound file.");
+}
+
+void moveToByte(WINDOW dialog) {
+  if (seek(dialog, goToByte, SEEK_SET)) console_printf("Moved to byte %.0f.", goToByte);
+}
+
+void showBytes(WINDOW dialog, int control, double bytes) {
+  setControlText(dialog, control, formatText("%.0f", bytes).c_str());
+}
+
+/// The whole number that a text begins with, within the limits; 0 for none.
+double parseBytes(const std::string& text, double low, double high) {
+  const double number = std::strtod(text.c_str(), nullptr);
+  if (std::isnan(number)) return 0;
+  return std::trunc(std::clamp(number, low, high)) + 0.0;  // no "-0"
+}
+
+void readSeekBytes(WINDOW dialog) {
+  seekBytes = std::abs(parseBytes(controlText(dialog, FD_SEEK_BYTES), -EXACT, EXACT));
+  showBytes(dialog, FD_SEEK_BYTES, seekBytes);
+}
+
+void readGoToByte(WINDOW dialog) {
+  goToByte = parseBytes(controlText(dialog, FD_GO_TO_BYTE), 0, inputSize);
+  showBytes(dialog, FD_GO_TO_BYTE, goToByte);
+}
+
+void readReadBytes(WINDOW dialog, const EVENT& event) {
+  if (parseNumber(controlText(dialog, FD_READ_BYTES).c_str(), {}) > MAX_READ)
+    xvt_dm_post_note("Maximum bytes per read is %d.", MAX_READ);
+  if (xvt_vobj_is_valid(dialog)) readNumber(dialog, event, readField);
+}
+
+/// Takes over a field that the user leaves. @return whether it was one
+bool leaveField(WINDOW dialog, const EVENT& event) {
+  if (event.ctl.what != CTL_FOCUS_LOSS) return false;
+  switch (event.ctl.id) {
+    case FD_READ_BYTES:
+      readReadBytes(dialog, event);
+      return true;
+    case FD_SEEK_BYTES:
+      readSeekBytes(dialog);
+      return true;
+    case FD_GO_TO_BYTE:
+      readGoToByte(dialog);
+      return true;
+    default:
+      return false;
+  }
+}
+
+// ---- files --------------------------------------------------------------------------------------------------------
+
+void showFile(WINDOW dialog) {
+  setControlText(dialog, FD_FILE, isOpen() || repDlgUp != 0 ? inputFile.name : "No file selected");
+  setDlgState(dialog, repDlgUp);
+}
+
+/// @return false when it cannot be opened; the file that was open then stays so
+bool openInput(const FILE_SPEC& file) {
+  auto opened = std::make_unique<LargeFile>(pathOf(file).c_str(), "rb");
+  if (!opened->IsValid()) return false;
+  TheFile = std::move(opened);
+  inputFile = file;
+  inputSize = TheFile->GetSize();
+  nBytesIn = 0;
+  return true;
+}
+
+void chooseInput(WINDOW dialog) {
+  FILE_SPEC file = inputFile;
+  if (!chooseFileToOpen(&file, "", "Open Input Disk File")) return;
+  if (openInput(file)) {
+    console_printf("Opened file %s.", file.name);
+  } else {
+    xvt_dm_post_error("Error opening file: %s", file.name);
+  }
+  readGoToByte(dialog);
+  showFile(dialog);
+}
+
+std::string dumpedText() {
+  std::string text;
+  if (!xvt_vobj_is_valid(dumpWindow)) return text;
+  text.resize(getTextLength(dumpWindow));
+  dumpTextGet(dumpWindow, text.data());
+  return text;
+}
+
+void saveChosen() {
+  if ((isOpen() || repDlgUp != 0) && isSameFile(saveFile, inputFile))
+    return xvt_dm_post_error("This file name is already being used for input. Choose another file name.");
+  const std::string text = dumpedText();
+  FileHandle file = openFile(pathOf(saveFile).c_str(), "w");
+  if (!file) return xvt_dm_post_error("Error opening file: %s", saveFile.name);
+  const bool written = std::fwrite(text.data(), 1, text.size(), file.get()) == text.size();
+  if (!closeFile(file) || !written) xvt_dm_post_error("Error writing to disk file");
+}
+
+void saveText(WINDOW /*dialog*/) {
+  if (chooseFileToSave(&saveFile, "txt", "Save dataset as:")) runGuarded(saveChosen);
+}
+
+// ---- reports ------------------------------------------------------------------------------------------------------
+
+void startChosenReport(WINDOW dialog) { startReport(dialog, dumpReports[theReport]); }
+
+void chooseReport(WINDOW dialog) {
+  const int row = xvt_list_get_selected(xvt_win_get_ctl(dialog, FD_REPORTS));
+  if (row >= 0 && row < REPORTS) theReport = row;
+}
+
+/// The file comes back from a report where it was left.
+void reportEnded(WINDOW dialog) {
+  if (repDlgUp != 0 || reportRecord.windowIsUp == nullptr) return;
+  reportRecord.windowIsUp = nullptr;
+  const double place = currentByte;
+  if (openInput(inputFile)) {
+    TheFile->Seek(place, SEEK_SET);
+  } else {
+    xvt_dm_post_error("Error opening file: %s", inputFile.name);
+  }
+  showFile(dialog);
+}
+
+// ---- events -------------------------------------------------------------------------------------------------------
+
+void showOrHide(WINDOW dialog) {
+  setDumpVisible(dialog, styleControls, dumpWindow, &gFDumpIsVisible, gFDumpIsVisible == 0);
+}
+
+void close(WINDOW dialog) {
+  if (repDlgUp != 0) return tellUser("A report dialog is open. Close it first.");
+  xvt_vobj_destroy(dialog);
+}
+
+constexpr ControlAction ACTIONS[] = {
+    {FD_OPEN, chooseInput},
+    {FD_READ, readPiece},
+    {FD_MOVE_BACK, moveBack},
+    {FD_MOVE_FORWARD, moveForward},
+    {FD_REWIND, rewindFile},
+    {FD_MOVE_TO_BYTE, moveToByte},
+    {FD_START_REPORT, startChosenReport},
+    {FD_SHOW_WINDOW, showOrHide},
+    {FD_SAVE, saveText},
+    {FD_CLOSE, close},
+};
+
+void control(WINDOW dialog, const EVENT& event) {
+  if (leaveField(dialog, event) || chooseStyle(dialog, event, styleControls, &style)) return;
+  if (event.ctl.id == FD_REPORTS && event.ctl.what == CTL_SELECT) return chooseReport(dialog);
+  runAction(ACTIONS, dialog, event);
+}
+
+/// The dump window's close box has hidden it: the button offers to show it again.
+void windowHidden() { nameShowButton(fileDumpDialog, styleControls, gFDumpIsVisible != 0); }
+
+void create(WINDOW dialog) {
+  gFAnlsWindowUp = 1;
+  fileDumpDialog = dialog;
+  onDumpHidden(FILE_DUMP, windowHidden);
+  style = DumpStyle{};
+  readBytes = INITIAL_BYTES;
+  seekBytes = INITIAL_BYTES;
+  goToByte = currentByte = inputSize = 0;
+  theReport = repDlgUp = nBytesIn = 0;
+  reportRecord.windowIsUp = nullptr;
+  dumpBuf = std::make_unique<char[]>(MAX_READ);
+  const WINDOW window = dumpInit(FILE_DUMP);
+  dumpWindow = window == -1 ? NULL_WIN : window;
+  if (!showStyle(dialog, styleControls, style)) xvt_dm_post_error("Memory error getting format list");
+  initRepList(dialog);
+  showNumber(dialog, readField);
+  showBytes(dialog, FD_SEEK_BYTES, seekBytes);
+  showBytes(dialog, FD_GO_TO_BYTE, goToByte);
+  showFile(dialog);
+}
+
+void destroy() {
+  onDumpHidden(FILE_DUMP, nullptr);
+  if (dumpWindow != NULL_WIN) {
+    EVENT end;
+    end.type = E_DESTROY;
+    xvt_win_dispatch_event(dumpWindow, &end);
+  }
+  dumpWindow = NULL_WIN;
+  TheFile.reset();
+  dumpBuf.reset();
+  nBytesIn = 0;
+  gFAnlsWindowUp = 0;
+}
+
+}  // namespace
+
+void fileHexDump(int nBytes) { showPiece(nBytes, DF_HEX); }
+void fileTextDump(int nBytes) { showPiece(nBytes, style.format == DF_EBCDIC ? DF_EBCDIC : DF_ASCII); }
+void fileShortDump(int nBytes) { showPiece(nBytes, DF_SHORT); }
+void fileLongDump(int nBytes) { showPiece(nBytes, DF_LONG); }
+void fileFloatDump(int nBytes) { showPiece(nBytes, style.format == DF_IBM_FLOAT ? DF_IBM_FLOAT : DF_IEEE_FLOAT); }
+
+void setCurrent(WINDOW theWindow) {
+  const bool failed = isOpen() && TheFile->Error() != 0;
+  if (isOpen()) currentByte = TheFile->GetPos();
+  const bool atEnd = currentByte >= inputSize;
+  const std::string position = !isOpen() ? "" : failed ? "File Error" : atEnd ? "EOF" : formatText("%.0f", currentByte);
+  setControlText(theWindow, FD_CURRENT_BYTE, position.c_str());
+  setControlText(theWindow, FD_HINT, isOpen() && atEnd && !failed ? AT_END_HINT : "");
+  enableControls(theWindow, {FD_READ, FD_MOVE_FORWARD, FD_REWIND}, isOpen() && repDlgUp == 0 && !failed && !atEnd);
+}
+
+void setDlgState(WINDOW theDlg, int reportDlgIsUp) {
+  const bool idle = reportDlgIsUp == 0;
+  enableControl(theDlg, FD_OPEN, idle);
+  enableControls(theDlg, {FD_READ_BYTES, FD_SEEK_BYTES, FD_GO_TO_BYTE, FD_MOVE_BACK, FD_MOVE_TO_BYTE},
+                 idle && isOpen());
+  enableControls(theDlg, {FD_REPORTS, FD_START_REPORT}, idle && isDataset());
+  setCurrent(theDlg);
+}
+
+void initRepList(WINDOW theWindow) {
+  const char* names[REPORTS];
+  std::ranges::transform(dumpReports, names, &ReportDialog::name);
+  fillList(theWindow, FD_REPORTS, names, theReport);
+  if (xvt_list_count(xvt_win_get_ctl(theWindow, FD_REPORTS)) != REPORTS)
+    xvt_dm_post_error("Memory error getting report list.");
+}
+
+void startReport(WINDOW theWindow, const ReportDialog& report) {
+  if (!isOpen()) return;
+  if (report.handler == nullptr) return notYetBuilt(formatText("The %s", report.name).c_str());
+  reportRecord = {inputFile, dumpWindow, theWindow, &repDlgUp};
+  TheFile.reset();
+  repDlgUp = 1;
+  showFile(theWindow);
+  if (xvt_dlg_create_res(WD_MODELESS, report.resource, report.handler, &reportRecord) != NULL_WIN) return;
+  xvt_dm_post_error("Error opening report dialog");
+  repDlgUp = 0;
+  reportEnded(theWindow);
+}
+
+long FileDumpDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
+  switch (xdEvent->type) {
+    case E_CREATE:
+      create(xdWindow);
+      break;
+    case E_CONTROL:
+      control(xdWindow, *xdEvent);
+      break;
+    case E_USER:
+      reportEnded(xdWindow);
+      break;
+    case E_CLOSE:
+      close(xdWindow);
+      break;
+    case E_DESTROY:
+      destroy();
+      break;
+    default:
+      break;
+  }
+  return 0;
+}

@@ -1,0 +1,348 @@
+#include "quarlo/dump/tdmp_dlg.h"
+
+#include <memory>
+#include <new>
+#include <string>
+
+#include "libkyr/files.h"
+#include "libkyr/text.h"
+#include "quarlo/common/dump_win.h"
+#include "quarlo/common/unitdialog.h"
+#include "quarlo/common/windows.h"
+#include "quarlo/dump/dump_ctl.h"
+#include "quarlo/tapelib/console.h"
+#include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/dialogs/tsel_dlg.h"
+#include "quarlo/tapelib/frame/jobframe.h"
+#include "quarlo/tapelib/homefolder.h"
+#include "quarlo/tapelib/unitopen.h"
+#include "resources/ids.h"
+
+namespace {
+
+constexpr DumpControls styleControls = {TD_FORMAT,     TD_SIGNED,        TD_UNSIGNED,
+                                        TD_BIG_ENDIAN, TD_LITTLE_ENDIAN, TD_SHOW_WINDOW};
+constexpr int tapeModes[] = {0x1000001, 0x2000002};
+constexpr int UNREAD = -1;  // no block to show again: none was read, or the last read failed
+
+UnitStruct* ioUnit = nullptr;
+
+// Settings.
+DumpStyle style;
+int readBlocks = 1;  // blocks of one Dump
+int skipBlocks = 1;
+int startByte = 0;
+int dumpBytes = 1024;
+int tapeMode = tapeModes[0];  // kept for the user; nothing here depends on it
+
+// The block read last, in memory of its own: other jobs use the units' buffer.
+std::unique_ptr<char[]> dumpBuf;
+int nBytesIn = UNREAD;
+int blockNumber = 0;
+int blocksLastRead = 0;
+
+int haltDump = 0;
+
+// Where the lines go.
+WINDOW dumpWindow = NULL_WIN;
+FileHandle txtFp;
+bool fileGivenUp = false;  // after its first failure in a dump
+
+constexpr NumberField FIELDS[] = {
+    {.control = TD_READ_BLOCKS, .value = &readBlocks, .absolute = true},
+    {.control = TD_SKIP_BLOCKS, .value = &skipBlocks, .absolute = true},
+    {.control = TD_START_BYTE, .value = &startByte},
+    {.control = TD_DUMP_BYTES, .value = &dumpBytes},
+};
+
+// ---- output -----------------------------------------------------------------------------------------------------
+
+void outToFile(const char* lines, std::FILE* fp) {
+  if (!fileGivenUp) fileGivenUp = !filePrint(lines, fp);
+}
+
+void outToBoth(const char* lines, std::FILE* fp) {
+  outToFile(lines, fp);
+  dumpOut(lines, dumpWindow);
+}
+
+void showBytes(const char* readBuf, int nBytes, std::FILE* fp, DUMP_FORMAT format) {
+  const DumpRange range = dumpRange(format, nBytes, startByte, dumpBytes);
+  if (range.count == 0) return;
+  DumpStyle asked = style;
+  asked.format = format;
+  const long lines = formatDump({readBuf + range.first, static_cast<std::size_t>(range.count)}, range.first, asked,
+                                [fp](const char* text) { outToBoth(text, fp); });
+  if (lines == 0) return;
+  outToFile("\n\n", fp);
+  dumpOut(" ", dumpWindow);
+}
+
+void showFormatted() {
+  std::FILE* fp = txtFp.get();
+  switch (style.format) {
+    case DF_HEX:
+      return do_hex(dumpBuf.get(), nBytesIn, fp, ioUnit);
+    case DF_ASCII:
+    case DF_EBCDIC:
+      return do_text(dumpBuf.get(), nBytesIn, fp, style.format, ioUnit);
+    case DF_SHORT:
+      return do_hword(dumpBuf.get(), nBytesIn, fp, ioUnit);
+    case DF_LONG:
+      return do_fword(dumpBuf.get(), nBytesIn, fp, ioUnit);
+    case DF_IBM_FLOAT:
+    case DF_IEEE_FLOAT:
+      return do_float(dumpBuf.get(), nBytesIn, fp, style.format, ioUnit);
+  }
+}
+
+/// What was read last, with its heading.
+void showBlock(bool onConsole) {
+  const std::string heading = nBytesIn == 0 ? "End of File" : formatText("Block %d, %d bytes", blockNumber, nBytesIn);
+  if (onConsole) console_out(heading.c_str());
+  outToBoth(heading.c_str(), txtFp.get());
+  showFormatted();
+}
+
+/// Each dump tries its file anew.
+void beginOutput(WINDOW dialog) {
+  fileGivenUp = false;
+  if (txtFp) std::clearerr(txtFp.get());
+  if (gTDumpIsVisible == 0) setDumpVisible(dialog, styleControls, dumpWindow, &gTDumpIsVisible, true);
+}
+
+// ---- reading ----------------------------------------------------------------------------------------------------
+
+enum class Read { BLOCK, FILEMARK, END_OF_DATA, FAILED };
+
+Read readBlock() {
+  nBytesIn = tlv_tape_read(ioUnit, 0, dumpBuf.get(), static_cast<int>(ioUnit->maxBlockSize));
+  if (nBytesIn < 0) return Read::FAILED;
+  if (nBytesIn > 0) {
+    blockNumber = ioUnit->blockNum - 1;
+    return Read::BLOCK;
+  }
+  if (ioUnit->eodMark != 0) {
+    nBytesIn = UNREAD;
+    return Read::END_OF_DATA;
+  }
+  ioUnit->fileNum++;
+  return Read::FILEMARK;
+}
+
+void tellControlDialog() {
+  if (gControlWindow == NULL_WIN) return;
+  EVENT changed;
+  changed.type = E_USER;
+  xvt_win_dispatch_event(gControlWindow, &changed);
+}
+
+/// Behind the end of data there is nothing to read on for.
+int dumpBlocks(WINDOW dialog) {
+  blocksLastRead = 0;
+  for (; blocksLastRead < readBlocks; ++blocksLastRead) {
+    if (getHaltDump(dialog) != 0) {
+      console_out(" Dump halted by user.");
+      break;
+    }
+    const Read result = readBlock();
+    if (result == Read::FAILED || result == Read::END_OF_DATA) break;
+    showBlock(true);
+    tellControlDialog();
+  }
+  return JOB_OK;
+}
+
+bool isTapeOpen() { return ioUnit->state == 1 && ioUnit->type == UT_TAPE; }
+
+void showState(WINDOW dialog, COPY_STATE state) {
+  set_tdmp_state(dialog, state == COPY_NOT_READY ? 0 : 1, ioUnit->name);
+  if (haltDump != 0) enableControl(dialog, TD_HALT, false);
+  enableControl(dialog, TD_REDUMP, state != COPY_RUNNING && blocksLastRead == 1);
+}
+
+/// The tape stays open where it stands: the next dump goes on from there.
+int keepUnits() { return 0; }
+
+UnitDialog theDialog({0, isTapeOpen, showState, keepUnits});
+
+void dump(WINDOW dialog) {
+  if (!dumpBuf) return xvt_dm_post_error("Error allocating memory for dump buffer.");
+  haltDump = 0;
+  theDialog.run(dialog, &haltDump, [dialog] {
+    beginOutput(dialog);
+    dumpClear(dumpWindow);
+    return dumpBlocks(dialog);
+  });
+}
+
+void redump(WINDOW dialog) {
+  if (nBytesIn == UNREAD) return;
+  beginOutput(dialog);
+  showBlock(false);
+}
+
+// ---- the other buttons ------------------------------------------------------------------------------------------
+
+void selectDrive(WINDOW dialog) {
+  if (!theDialog.takes(dialog, chooseInputDrive(ioUnit))) return;
+  closeUnit(ioUnit, 0);
+  openChosenDrive(ioUnit, 0);
+  theDialog.showChange(dialog);
+}
+
+void skip(int count) {
+  const RunningJob job(nullptr);
+  tlv_skip_blocks(ioUnit, 0, count);
+  tellControlDialog();
+}
+
+void skipBack(WINDOW /*dialog*/) { skip(-skipBlocks); }
+void skipForward(WINDOW /*dialog*/) { skip(skipBlocks); }
+
+void halt(WINDOW dialog) {
+  haltDump = 1;
+  enableControl(dialog, TD_HALT, false);
+}
+
+void showOrHide(WINDOW dialog) {
+  setDumpVisible(dialog, styleControls, dumpWindow, &gTDumpIsVisible, gTDumpIsVisible == 0);
+}
+
+void close(WINDOW dialog) { theDialog.close(dialog); }
+
+constexpr ControlAction ANY_TIME[] = {{TD_HALT, halt}, {TD_SHOW_WINDOW, showOrHide}, {TD_CLOSE, close}};
+constexpr ControlAction BETWEEN_JOBS[] = {
+    {TD_SELECT_DRIVE, selectDrive}, {TD_DUMP, dump}, {TD_REDUMP, redump}, {TD_SKIP_BACK, skipBack},
+    {TD_SKIP_FORWARD, skipForward},
+};
+
+// ---- events -----------------------------------------------------------------------------------------------------
+
+void initSettings() {
+  style = DumpStyle{};
+  readBlocks = skipBlocks = 1;
+  startByte = 0;
+  dumpBytes = 1024;
+  tapeMode = tapeModes[0];
+  nBytesIn = UNREAD;
+  blocksLastRead = 0;
+  haltDump = 0;
+}
+
+void openOutput() {
+  fileGivenUp = false;
+  dumpWindow = dumpInit(TAPE_DUMP);
+  if (dumpWindow == -1) {
+    dumpWindow = NULL_WIN;
+    return;
+  }
+  txtFp = openFile(inHomeFolder("tdump.txt").c_str(), "w");
+  if (!txtFp) console_out("  ** Cannot open \"tdump.txt\": the dump goes to its window only.");
+}
+
+/// The dump window's close box has hidden it: the button offers to show it again.
+void windowHidden() { nameShowButton(gTAnlsWindow, styleControls, gTDumpIsVisible != 0); }
+
+void create(WINDOW dialog) {
+  gTAnlsWindow = dialog;
+  onDumpHidden(TAPE_DUMP, windowHidden);
+  gTAnlsWindowUp = 1;
+  ioUnit = getDevPtr();
+  initSettings();
+  dumpBuf.reset(new (std::nothrow) char[ioUnit->ioBufLen]);
+  if (!showStyle(dialog, styleControls, style)) xvt_dm_post_error("Memory error getting format list");
+  xdCheckRadioButton(dialog, TD_TAPE_MODE_1, TD_TAPE_MODE_1, TD_TAPE_MODE_2);
+  for (const NumberField& field : FIELDS) showNumber(dialog, field);
+  theDialog.follow(dialog);
+  openOutput();
+}
+
+void destroy() {
+  onDumpHidden(TAPE_DUMP, nullptr);
+  haltDump = 1;  // a dump that is still running sees it at its next block
+  if (dumpWindow != NULL_WIN) {
+    EVENT end;
+    end.type = E_DESTROY;
+    xvt_win_dispatch_event(dumpWindow, &end);
+  }
+  dumpWindow = NULL_WIN;
+  txtFp.reset();  // every line was flushed when it was written
+  if (!theDialog.isRunning()) dumpBuf.reset();
+  gTAnlsWindow = NULL_WIN;
+  gTAnlsWindowUp = 0;
+}
+
+void control(WINDOW dialog, const EVENT& event) {
+  for (const NumberField& field : FIELDS)
+    if (readNumber(dialog, event, field)) return;
+  if (chooseStyle(dialog, event, styleControls, &style)) return;
+  if (int mode = 0; chooseRadio(dialog, event, TD_TAPE_MODE_1, TD_TAPE_MODE_2, &mode)) {
+    tapeMode = tapeModes[mode];
+    return;
+  }
+  if (runAction(ANY_TIME, dialog, event) || event.ctl.what != CTL_PRESS) return;
+  if (!theDialog.refuses(dialog)) runAction(BETWEEN_JOBS, dialog, event);
+}
+
+}  // namespace
+
+void set_tdmp_state(WINDOW theWindow, int newState, const char* str) {
+  enableControls(theWindow, {TD_HALT, TD_DUMP, TD_SKIP_BACK, TD_SKIP_FORWARD}, newState != 0);
+  setControlText(theWindow, TD_DRIVE, newState != 0 ? str : "No drive selected");
+}
+
+int getHaltDump(WINDOW /*theWindow*/) {
+  xvt_app_process_pending_events();
+  return haltDump != 0 || xvt_app_is_ending() ? 1 : 0;
+}
+
+void do_hex(const char* readBuf, int nBytes, std::FILE* fp, UnitStruct* /*ioUnit*/) {
+  showBytes(readBuf, nBytes, fp, DF_HEX);
+}
+
+void do_text(const char* readBuf, int nBytes, std::FILE* fp, int textType, UnitStruct* /*ioUnit*/) {
+  showBytes(readBuf, nBytes, fp, textType == DF_EBCDIC ? DF_EBCDIC : DF_ASCII);
+}
+
+void do_hword(const char* readBuf, int nBytes, std::FILE* fp, UnitStruct* /*ioUnit*/) {
+  showBytes(readBuf, nBytes, fp, DF_SHORT);
+}
+
+void do_fword(const char* readBuf, int nBytes, std::FILE* fp, UnitStruct* /*ioUnit*/) {
+  showBytes(readBuf, nBytes, fp, DF_LONG);
+}
+
+void do_float(const char* readBuf, int nBytes, std::FILE* fp, int floatType, UnitStruct* /*ioUnit*/) {
+  showBytes(readBuf, nBytes, fp, floatType == DF_IBM_FLOAT ? DF_IBM_FLOAT : DF_IEEE_FLOAT);
+}
+
+bool filePrint(const char* dumpStr, std::FILE* fp) {
+  if (fp == nullptr) return true;
+  if (std::fputs(dumpStr, fp) >= 0 && std::fputc('\n', fp) != EOF && std::fflush(fp) == 0) return true;
+  xvt_dm_post_error("Error writing to disk file");
+  return false;
+}
+
+long tapeDumpDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
+  switch (xdEvent->type) {
+    case E_CREATE:
+      create(xdWindow);
+      break;
+    case E_CONTROL:
+      control(xdWindow, *xdEvent);
+      break;
+    case E_USER:
+      theDialog.follow(xdWindow);
+      break;
+    case E_CLOSE:
+      close(xdWindow);
+      break;
+    case E_DESTROY:
+      destroy();
+      break;
+    default:
+      break;
+  }
+  return 0;
+}

@@ -1,0 +1,506 @@
+#include "quarlo/segdcopy/segdcopy_input.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cerrno>
+#include <climits>
+#include <cstdarg>
+#include <new>
+#include <utility>
+
+#include "libkyr/files.h"
+#include "libkyr/text.h"
+#include "quarlo/segdcopy/segdcopy_log.h"
+#include "quarlo/segdcopy/segdcopy_params.h"
+#include "quarlo/segdcopy/segdlist.h"
+#include "quarlo/tapelib/diskunit.h"
+#include "quarlo/tapelib/frame/loglines.h"
+#include "quarlo/tapelib/frame/tapechange.h"
+
+namespace {
+
+// No block of a field file is passed over.
+constexpr RetryWords RETRY_WORDS = {"  ** Tape read error - retrying...", nullptr, nullptr, logMessage};
+constexpr TapeChangeWords INPUT_WORDS = {"Tape finished.", "Magazine finished.", "  ", logMessage};
+constexpr int M4_READ = 60000;
+constexpr int LABEL_BYTES = 128;
+constexpr int TWO_BLOCKS = 2 * SEGD_BLOCK_BYTES;
+
+/// `text` with what a shell pattern would take as its own put behind backslashes.
+std::string literalPattern(std::string_view text) {
+  std::string pattern;
+  for (const char letter : text) {
+    if (std::string_view("*?[]\\").find(letter) != std::string_view::npos) {
+      pattern += '\\';
+    }
+    pattern += letter;
+  }
+  return pattern;
+}
+
+int keyOf(std::span<const char> trace) {
+  return getHeaderField(trace.data(), SgdParams.trcLimByte, SgdParams.trcLimType);
+}
+
+}  // namespace
+
+// ---- disk -------------------------------------------------------------------------------------------------------
+
+DirectoryFiles listSegdFiles(const FILE_SPEC& file) {
+  const std::string_view name = fieldText(file.name);
+  const std::size_t dot = name.rfind('.');
+  const std::string_view extension = dot == std::string_view::npos ? "" : name.substr(dot + 1);
+  return listFiles(file.dir, ("*." + literalPattern(extension)).c_str());
+}
+
+SegdDiskInput::SegdDiskInput(UnitStruct* allUnits, std::vector<std::string> names)
+    : SegdInput(allUnits), files(std::move(names)), directory(allUnits->fs.dir) {}
+
+int SegdDiskInput::percent() const {
+  return files.empty() ? 0 : static_cast<int>(100 * static_cast<double>(next) / static_cast<double>(files.size()));
+}
+
+bool SegdDiskInput::complain(double place, const char* format, ...) const {
+  std::va_list arguments;
+  va_start(arguments, format);
+  const std::string what = formatTextV(format, arguments);
+  va_end(arguments);
+  logMessagef("  *** %s, byte %.0f: %s", InputFileName.c_str(), place + 1, what.c_str());
+  return false;
+}
+
+SegdItem SegdDiskInput::getFieldFile() {
+  if (next == files.size()) {
+    return SegdItem::End;
+  }
+  InputFileName = files[next++];
+  if (!open()) {
+    logMessagef("  *** Error opening input file %s - job will abort.", InputFileName.c_str());
+    return SegdItem::Failed;
+  }
+  if (!readHeaders()) {
+    logMessagef("  *** Error reading input file %s - job will abort.", InputFileName.c_str());
+    return SegdItem::Failed;
+  }
+  return SegdItem::Data;
+}
+
+bool SegdDiskInput::open() {
+  closeFile();
+  FILE_SPEC file{};
+  file.dir = directory;
+  if (!copyText(file.name, InputFileName) || !openDiskUnit(units, file, "rb")) {
+    return false;
+  }
+  reader.begin(units->fp);
+  size = static_cast<double>(fileSize(units->fp).value_or(0));
+  return true;
+}
+
+void SegdDiskInput::closeFile() { closeDiskUnit(units); }
+
+bool SegdDiskInput::skipFile(int /*fieldFile*/) {
+  closeFile();
+  return true;
+}
+
+bool SegdDiskInput::readHeaders() {
+  HeaderRecord.clear();
+  position = 0;
+  channelsRead = 0;
+  firstExtensions = oddTrace = 0;
+  fits.reset();
+  return readGeneralHeaders() && readChannelSets() &&
+         takeHeader(double{SEGD_BLOCK_BYTES} * GenHdr().extendFields, "extended headers") &&
+         takeHeader(double{SEGD_BLOCK_BYTES} * GenHdr().externalFields, "external headers") && sampleSizeIsKnown();
+}
+
+/// Appends the next bytes of the file to the header record.
+bool SegdDiskInput::takeHeader(double bytes, const char* what) {
+  if (bytes > bytesLeft()) {
+    return complain(position, "%.0f bytes of %s should follow; the file holds %.0f more.", bytes, what, bytesLeft());
+  }
+  const std::span<const char> piece = reader.take(static_cast<std::size_t>(bytes));
+  HeaderRecord.insert(HeaderRecord.end(), piece.begin(), piece.end());
+  position += static_cast<double>(piece.size());
+  return static_cast<double>(piece.size()) == bytes;
+}
+
+bool SegdDiskInput::readGeneralHeaders() {
+  if (!takeHeader(SEGD_BLOCK_BYTES, "general header")) {
+    return false;
+  }
+  if (const int bad = badGeneralHeaderByte(HeaderRecord.data()); bad != 0) {
+    return complain(bad - 1, "the general header cannot be true (0x%02X is no number of blocks).",
+                    static_cast<unsigned char>(HeaderRecord[static_cast<std::size_t>(bad) - 1]));
+  }
+  headers.getGenHeader(HeaderRecord.data());
+  if (!takeHeader(double{SEGD_BLOCK_BYTES} * (GenHdr().genHeaders - 1), "general headers")) {
+    return false;
+  }
+  if (GenHdr().genHeaders > 1) {
+    headers.getOptGenHeaders(HeaderRecord.data() + SEGD_BLOCK_BYTES);
+  }
+  headers.getGenHdrSamples();
+  headers.getRecordSize();
+  return true;
+}
+
+bool SegdDiskInput::readChannelSets() {
+  const double begin = position;
+  if (!takeHeader(headers.scanHeaderBytes(), "channel sets and skew blocks")) {
+    return false;
+  }
+  const std::span<const char> blocks = std::span(HeaderRecord).subspan(static_cast<std::size_t>(begin));
+  for (int i = 0; i < headers.TotalChannelSets(); ++i) {
+    const std::ptrdiff_t at = std::ptrdiff_t{SEGD_BLOCK_BYTES} * i;
+    // Behind the first scan type skew blocks may be taken for descriptors: they hold what they hold.
+    if (GenHdr().skewFields > 0 && i >= GenHdr().channelSets) {
+      break;
+    }
+    if (const int bad = badScanHeaderByte(blocks.data() + at); bad != 0) {
+      return complain(begin + static_cast<double>(at) + bad - 1,
+                      "channel set descriptor %d cannot be true (0x%02X in its number of channels).", i + 1,
+                      static_cast<unsigned char>(blocks.data()[at + bad - 1]));
+    }
+  }
+  headers.getScanHeaders(blocks);
+  NumberOfChannels = headers.NumberOfChannels();
+  return true;
+}
+
+/// What the lengths of traces are made of; of no matter where there are no traces.
+bool SegdDiskInput::sampleSizeIsKnown() {
+  if (NumberOfChannels == 0) {
+    return true;
+  }
+  const segdheader& header = GenHdr();
+  if (header.bPS == 0) {
+    return complain(2, "SEG D format code %d is unknown, and no file came before: the size of a sample is not known.",
+                    header.fmtCode);
+  }
+  if (!isSegdFormat(header.fmtCode)) {
+    logMessagef("  ** %s: SEG D format code %d is unknown; samples are taken as %g bytes, as in the file before.",
+                InputFileName.c_str(), header.fmtCode, static_cast<double>(header.bPS));
+  }
+  if (header.sampInt == 0) {
+    logMessagef("  ** %s, byte 23: the sample interval is 0; only trace header extensions tell how long traces are.",
+                InputFileName.c_str());
+  }
+  return true;
+}
+
+SegdItem SegdDiskInput::getSegdTrace(std::span<const char>* trace) {
+  if (channelsRead == NumberOfChannels) {
+    return endOfTraces();
+  }
+  std::size_t headerBytes = 0;
+  if (measureTrace(&headerBytes)) {
+    const std::size_t bytes = headerBytes + static_cast<std::size_t>(headers.TraceSize);
+    try {
+      *trace = reader.take(bytes);
+    } catch (const std::bad_alloc&) {
+      complain(position, "not enough memory for a trace of %zu bytes.", bytes);
+      *trace = {};
+    }
+    if (trace->size() == bytes) {
+      const auto length = static_cast<double>(bytes);
+      shortestTrace = channelsRead == 0 ? length : std::min(shortestTrace, length);
+      position += length;
+      ++channelsRead;
+      traceIsLent = true;
+      if (SgdParams.zeroTraces && traceInZeroRange(keyOf(*trace))) {
+        *trace = zeroed(*trace, headerBytes);
+      }
+      return SegdItem::Data;
+    }
+  }
+  adviseLengths("***");
+  logMessagef("  *** Error reading input file %s - job will abort.", InputFileName.c_str());
+  return SegdItem::Failed;
+}
+
+/// Finds out how long the next trace is. @param headerBytes receives its header's length with the extensions
+bool SegdDiskInput::measureTrace(std::size_t* headerBytes) {
+  if (bytesLeft() < SEGD_TRACE_HEADER_BYTES) {
+    return complain(position, "trace %d of %d should follow; the file holds %.0f more byte%s%s.", channelsRead + 1,
+                    NumberOfChannels, bytesLeft(), bytesLeft() == 1 ? "" : "s", extensionsText().c_str());
+  }
+  std::span<const char> begin = reader.peek(SEGD_TRACE_HEADER_BYTES);
+  if (begin.size() < SEGD_TRACE_HEADER_BYTES || !isTraceHeader(begin.data())) {
+    return false;
+  }
+  *headerBytes = static_cast<std::size_t>(traceHeaderBytes(begin.data()));
+  const double left = bytesLeft() - static_cast<double>(*headerBytes);
+  if (left < 0) {
+    const int extensions = traceHeaderExtensions(begin.data());
+    return complain(position,
+                    "the header of trace %d of %d announces %d extensions (%d bytes); the file holds %.0f more.",
+                    channelsRead + 1, NumberOfChannels, extensions, extensions * SEGD_BLOCK_BYTES,
+                    bytesLeft() - SEGD_TRACE_HEADER_BYTES);
+  }
+  begin = reader.peek(*headerBytes);
+  if (begin.size() < *headerBytes) {
+    return false;
+  }
+  noteExtensions(traceHeaderExtensions(begin.data()));
+  headers.measureTrace(begin.data(), SgdParams.useScanHdr);
+  if (headers.TraceSize < 0) {
+    return complain(position, "the channel set of trace %d ends before it begins.", channelsRead + 1);
+  }
+  if (GenHdr().sampInt == 0 && headers.TraceSize == 0) {
+    return complain(position, "the length of trace %d is not known (the sample interval is 0).", channelsRead + 1);
+  }
+  if (headers.TraceSize > std::min<double>(left, INT_MAX)) {
+    return complain(position, "trace %d should have %.0f bytes of samples; the file holds %.0f more%s.",
+                    channelsRead + 1, headers.TraceSize, left, extensionsText().c_str());
+  }
+  return true;
+}
+
+void SegdDiskInput::noteExtensions(int count) {
+  if (channelsRead == 0) {
+    firstExtensions = count;
+  } else if (oddTrace == 0 && count != firstExtensions) {
+    oddExtensions = count;
+    oddTrace = channelsRead + 1;
+  }
+}
+
+/// What may be wrong where lengths are: a header whose extensions are not there. Headers that agree are above
+/// suspicion.
+std::string SegdDiskInput::extensionsText() const {
+  if (oddTrace == 0 && (firstExtensions == 0 || channelsRead > 1)) {
+    return "";
+  }
+  const int count = oddTrace == 0 ? firstExtensions : oddExtensions;
+  return formatText("; the header of trace %d announces %d extension%s (%d bytes)%s", std::max(oddTrace, 1), count,
+                    plural(count), count * SEGD_BLOCK_BYTES,
+                    oddTrace == 0 ? "" : formatText(", that of trace 1 %d", firstExtensions).c_str());
+}
+
+/// A trace whose length was taken wrongly leaves the reading in the middle of samples. Where the lengths of all traces
+/// fit the file it is a header all the same, whatever its recorder writes there.
+bool SegdDiskInput::isTraceHeader(const char* header) {
+  if (canBeTraceHeader(header)) {
+    return true;
+  }
+  const bool isFirst = !fits;
+  if (isFirst) {
+    fits = lengthsFit(SgdParams.useScanHdr, false);
+  }
+  if (!*fits) {
+    return complain(position, "the header of trace %d cannot be true; %s%s.", channelsRead + 1,
+                    channelsRead == 0 ? "there may be headers that no count announces"
+                                      : "traces may have other lengths than the record (see the channel sets' lengths)",
+                    extensionsText().c_str());
+  }
+  if (isFirst) {
+    logMessagef(
+        "  ** %s, byte %.0f: the scan type (0x%02X) or channel set (0x%02X) of trace %d is no number; the trace "
+        "lengths "
+        "fit the file, and it is copied.",
+        InputFileName.c_str(), position + 1, static_cast<unsigned char>(header[2]),
+        static_cast<unsigned char>(header[3]), channelsRead + 1);
+  }
+  return true;
+}
+
+/// What is left behind the last trace may be a trailer. Whole traces there mean that lengths were taken wrongly.
+SegdItem SegdDiskInput::endOfTraces() {
+  const double least = channelsRead > 0 ? shortestTrace : SEGD_TRACE_HEADER_BYTES + headers.TraceSize;
+  if (restIsTrailer(position, least)) {
+    if (bytesLeft() > 0 && !lengthsFit(SgdParams.useScanHdr, true)) {
+      adviseLengths("**");
+    }
+    return SegdItem::End;
+  }
+  complain(position, "the trace lengths do not fit the file: %.0f bytes follow behind the last of %d trace%s%s.",
+           bytesLeft(), NumberOfChannels, plural(NumberOfChannels), extensionsText().c_str());
+  adviseLengths("***");
+  logMessagef("  *** Error reading input file %s - job will abort.", InputFileName.c_str());
+  return SegdItem::Failed;
+}
+
+bool SegdDiskInput::restIsTrailer(double begin, double least) const {
+  const double left = size - begin;
+  if (left < 0) {
+    return false;
+  }
+  if (left < least || left == double{SEGD_BLOCK_BYTES} * headers.trailerBlocks) {
+    return true;
+  }
+  std::vector<char> piece(streamBufferSize);
+  const auto end = static_cast<std::uint64_t>(size);
+  for (auto at = static_cast<std::uint64_t>(begin); at < end; at += piece.size()) {
+    const auto got = readAt(fileno(units->fp), piece.data(), piece.size(), at);
+    if (!got || std::any_of(piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(*got),
+                            [](char byte) { return byte != '\0'; })) {
+      return false;
+    }
+  }
+  return true;
+}
+
+/// Whether the traces, measured one after another in one of the two ways, end with the file or at its trailer;
+/// `exactly` takes none for a trailer that is not announced.
+bool SegdDiskInput::lengthsFit(bool byChannelSets, bool exactly) const {
+  SegdHeaders walk = headers;
+  double least = size;
+  walk.getRecordSize();
+  auto at = static_cast<double>(HeaderRecord.size());
+  for (int trace = 0; trace < NumberOfChannels; ++trace) {
+    std::array<char, SEGD_TRACE_HEADER_BYTES + SEGD_BLOCK_BYTES> begin{};
+    const auto got = readAt(fileno(units->fp), begin.data(), begin.size(), static_cast<std::uint64_t>(at));
+    if (got.value_or(0) < SEGD_TRACE_HEADER_BYTES) {
+      return false;
+    }
+    walk.measureTrace(begin.data(), byChannelSets);
+    if (walk.TraceSize < 0) {
+      return false;
+    }
+    const double length = traceHeaderBytes(begin.data()) + walk.TraceSize;
+    least = std::min(least, length);
+    at += length;
+  }
+  return at == size || at + double{SEGD_BLOCK_BYTES} * headers.trailerBlocks == size ||
+         (!exactly && restIsTrailer(at, least));
+}
+
+/// Names the option that takes lengths the other way, if these fit. @param mark of the line
+void SegdDiskInput::adviseLengths(const char* mark) const {
+  const bool other = !SgdParams.useScanHdr;
+  if (units->fp != nullptr && NumberOfChannels > 0 && lengthsFit(other, true)) {
+    logMessagef(
+        "  %s The lengths %s would fit %s exactly: turn \"Take trace lengths from the channel set headers\" %s.", mark,
+        other ? "in the channel set headers" : "of the record", InputFileName.c_str(), other ? "on" : "off");
+  }
+}
+
+/// The trace with its samples zero.
+std::span<const char> SegdDiskInput::zeroed(std::span<const char> trace, std::size_t headerBytes) {
+  traceIsLent = false;
+  zeroes.assign(trace.begin(), trace.end());
+  std::fill(zeroes.begin() + static_cast<std::ptrdiff_t>(headerBytes), zeroes.end(), '\0');
+  return zeroes;
+}
+
+// ---- tape -------------------------------------------------------------------------------------------------------
+
+namespace {
+
+/// A storage unit label: its sequence number, then an identifier that begins with a letter. A header of the same length
+/// is none, be it one by its format code or by its own counts.
+bool isTapeLabel(std::span<const char> block) {
+  return block.size() == LABEL_BYTES && block[3] != '\0' && block[3] != 'P' &&
+         std::isalpha(static_cast<unsigned char>(block[4])) != 0 && !isGeneralHeader(block.data()) &&
+         announcedHeaderBytes(block.data()) != LABEL_BYTES;
+}
+
+}  // namespace
+
+SegdTapeInput::SegdTapeInput(UnitStruct* allUnits)
+    : SegdInput(allUnits),
+      MaxRead(allUnits->isM4 != 0 ? M4_READ : static_cast<int>(allUnits->maxBlockSize)),
+      reader(RETRY_WORDS) {}
+
+/// @return bytes, 0 at a mark or the end of data (Eof tells which), -1 after a line
+int SegdTapeInput::getTapeBlock() {
+  int bytes = 0;
+  if (reader.read(units, units->ioBuffer, MaxRead, &bytes) == BlockRead::Failed) {
+    if (errno == ENOMEM) {
+      const unsigned limit = units->isM4 != 0 ? std::min(M4_READ_LIMIT, units->maxBlockSize) : units->maxBlockSize;
+      logMessagef("  *** A block on the input tape is longer than the limit of %u bytes%s", limit,
+                  limitAdvice(*units, limit));
+    }
+    logMessage("  *** Error reading input tape - job will abort.");
+  }
+  if (bytes == 0) {
+    Eof = units->eodMark != 0 ? 2 : Eof + 1;
+  }
+  return bytes;
+}
+
+SegdItem SegdTapeInput::getFieldFile() {
+  while (true) {
+    // Behind the end of the recorded data there is nothing to read.
+    const int bytes = Eof < 2 ? getTapeBlock() : 0;
+    if (bytes < 0) {
+      return SegdItem::Failed;
+    }
+    if (bytes == 0) {
+      // The skip went over the mark behind the skipped file.
+      if (Eof >= (SkippedLastFile ? 1 : 2) && !handleInputEOT()) {
+        return SegdItem::End;
+      }
+      continue;
+    }
+    Eof = 0;
+    SkippedLastFile = false;
+    if (!isTapeLabel({units->ioBuffer, static_cast<std::size_t>(bytes)})) {
+      takeHeader(bytes);
+      return SegdItem::Data;
+    }
+  }
+}
+
+void SegdTapeInput::takeHeader(int bytes) {
+  units->eofMark = 0;
+  HeaderRecord.assign(units->ioBuffer, units->ioBuffer + bytes);
+  std::vector<char> blocks(HeaderRecord.begin(), HeaderRecord.begin() + std::min(bytes, TWO_BLOCKS));
+  blocks.resize(TWO_BLOCKS);
+  if (bytes < SEGD_BLOCK_BYTES) {
+    logMessagef(
+        "  ** The field file begins with a block of %d byte%s, which is no SEG D header; it is copied as it is.", bytes,
+        bytes == 1 ? "" : "s");
+  }
+  const bool isFirst = GenHdr().genHeaders == 0;
+  headers.getGenHeader(blocks.data());
+  if (GenHdr().genHeaders > 1 && bytes >= TWO_BLOCKS) {
+    headers.getOptGenHeaders(blocks.data() + SEGD_BLOCK_BYTES);
+  }
+  if (isFirst && !isSegdFormat(GenHdr().fmtCode)) {
+    logMessagef("  ** SEG D format code %d is unknown; blocks are copied as they are.", GenHdr().fmtCode);
+  }
+}
+
+SegdItem SegdTapeInput::getSegdTrace(std::span<const char>* trace) {
+  const int bytes = getTapeBlock();
+  if (bytes <= 0) {
+    return bytes == 0 ? SegdItem::End : SegdItem::Failed;
+  }
+  *trace = {units->ioBuffer, static_cast<std::size_t>(bytes)};
+  return SegdItem::Data;
+}
+
+bool SegdTapeInput::skipFile(int fieldFile) {
+  SkippedLastFile = true;
+  if (tlv_skip_files(units, 0, 1) == 0) {
+    reader.place.passMark();
+    return true;
+  }
+  // A tape may end without a mark behind its last file.
+  if (!tlv_position_lost(units, 0) && tlv_tape_read(units, 0, units->ioBuffer, MaxRead) == 0 && units->eodMark != 0) {
+    Eof = 2;
+    return true;
+  }
+  logMessagef("  *** Error skipping field file %d on input tape - job will abort.", fieldFile);
+  return false;
+}
+
+bool SegdTapeInput::handleInputEOT() {
+  logMessage(" ");
+  logMessagef("End of input tape %d", TapesCopied++);
+  if (nextInputTape(units, INPUT_WORDS) == 0) {
+    return false;
+  }
+  tape = TapesCopied;
+  reader.place.nextTape();
+  logMessage(" ");
+  logMessagef("Start of input tape %d", tape);
+  Eof = 0;
+  units->eofMark = 0;
+  SkippedLastFile = false;
+  return true;
+}

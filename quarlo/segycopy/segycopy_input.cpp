@@ -1,0 +1,274 @@
+#include "quarlo/segycopy/segycopy_input.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "libkyr/byteorder.h"
+#include "libkyr/files.h"
+#include "libkyr/text.h"
+#include "quarlo/segycopy/segycopy_params.h"
+#include "quarlo/segycopy/segycopy_report.h"
+#include "quarlo/segycopy/segysel.h"
+#include "quarlo/tapelib/console.h"
+#include "quarlo/tapelib/diskunit.h"
+#include "quarlo/tapelib/frame/tapechange.h"
+
+namespace {
+
+constexpr RetryWords RETRY_WORDS = {"  *** Error reading from input tape - retrying...",
+                                    "Retries failed. Skipping trace.",
+                                    "  *** Too many sequential bad blocks. Aborting."};
+constexpr TapeChangeWords INPUT_WORDS = {"Tape finished.", "Magazine finished.", "  "};
+
+constexpr int REEL_HEADERS = 2;  // blocks: the text and the binary header
+
+bool assign(std::vector<char>* header, std::span<const char> bytes) {
+  header->assign(bytes.begin(), bytes.end());
+  return true;
+}
+
+}  // namespace
+
+int SampleFacts::traceBytes() const { return TRACE_HEADER_BYTES + samples * (format == 3 ? 2 : 4); }
+
+bool SegyInput::takeBinary(std::span<const char> header) {
+  assign(&BinaryHdr, header);
+  if (BinarySize() < BINARY_FORMAT_CODE.end()) {
+    console_printf("  *** The binary header has %d bytes, too few to say what the traces are.", BinarySize());
+    return false;
+  }
+  facts.interval = static_cast<int>(BINARY_SAMPLE_INTERVAL.in(BinaryHdr.data()));
+  // Counts above 32767 exist: the field is then meant without a sign.
+  facts.samples = static_cast<std::uint16_t>(static_cast<int>(BINARY_SAMPLE_COUNT.in(BinaryHdr.data())));
+  facts.format = static_cast<int>(BINARY_FORMAT_CODE.in(BinaryHdr.data()));
+  return true;
+}
+
+// ---- disk -------------------------------------------------------------------------------------------------------
+
+DirectoryFiles listSegyFiles(const DIRECTORY& directory, const std::string& outputPath) {
+  DirectoryFiles found = listFiles(directory, "*.sgy");
+  std::erase_if(found.names, [&](const std::string& name) {
+    return sameFile(joinPath(fieldText(directory.path), name).c_str(), outputPath.c_str());
+  });
+  return found;
+}
+
+SegyDiskInput::SegyDiskInput(UnitStruct* allUnits, std::vector<std::string> files)
+    : SegyInput(allUnits), TheList(std::move(files)) {}
+
+bool SegyDiskInput::open() {
+  if (!TheList.empty()) {
+    return openListed();
+  }
+  if (units->fp == nullptr) {
+    console_printf("***  Error opening file %s", units->name);
+    return false;
+  }
+  reader.begin(units->fp);
+  size = static_cast<double>(fileSize(units->fp).value_or(0));
+  begun = 1;
+  return true;
+}
+
+/// Opens the next file of the list as unit 0.
+bool SegyDiskInput::openListed() {
+  const std::string& name = TheList[static_cast<std::size_t>(begun)];
+  closeDiskUnit(units);
+  FILE_SPEC file = units->fs;
+  if (!copyText(file.name, name) || !openDiskUnit(units, file, "rb")) {
+    console_printf("***  Error opening file %s", name.c_str());
+    return false;
+  }
+  ++begun;
+  console_printf("Input file %d: %s", begun, name.c_str());
+  reader.begin(units->fp);
+  size = static_cast<double>(fileSize(units->fp).value_or(0));
+  return true;
+}
+
+bool SegyDiskInput::readEbcdic() {
+  const auto header = reader.take(EBCDIC_HEADER_BYTES);
+  if (header.size() < EBCDIC_HEADER_BYTES) {
+    console_out("  *** Error reading EBCDIC header from input file.");
+    return false;
+  }
+  return assign(&EbcdicHdr, header);
+}
+
+bool SegyDiskInput::readBinary() {
+  const auto header = reader.take(BINARY_HEADER_BYTES);
+  if (header.size() < BINARY_HEADER_BYTES) {
+    console_out("  *** Error reading binary header from input file.");
+    return false;
+  }
+  if (!takeBinary(header)) {
+    return false;
+  }
+  warnOfUnusualFile(BinaryHdr);
+  // Joined inputs are all read with the first one's trace length.
+  if (begun > 1 && SgyParams.concatInputs) {
+    return true;
+  }
+  traceBytes = static_cast<std::size_t>(facts.traceBytes());
+  return traceLengthIsSound();
+}
+
+bool SegyDiskInput::traceLengthIsSound() {
+  const double data = size - EBCDIC_HEADER_BYTES - BINARY_HEADER_BYTES;
+  if (facts.samples == 0) {
+    console_printf("  *** The binary header of \"%s\" announces traces of 0 samples.", units->name);
+    return false;
+  }
+  if (data > 0 && data < static_cast<double>(traceBytes)) {
+    console_printf(
+        "  *** The binary header of \"%s\" announces %d samples a trace (%zu bytes); the file holds %.0f bytes of "
+        "data.",
+        units->name, facts.samples, traceBytes, data);
+    return false;
+  }
+  return true;
+}
+
+SegyItem SegyDiskInput::next(std::span<const char>* trace) {
+  *trace = reader.take(traceBytes);
+  if (trace->size() == traceBytes) {
+    return SegyItem::Trace;
+  }
+  if (reader.failed()) {
+    console_out("  *** Error reading trace from input file.");
+    return SegyItem::Failed;
+  }
+  return endOfFile(trace->size());
+}
+
+SegyItem SegyDiskInput::endOfFile(std::size_t left) {
+  if (left > 0) {
+    console_printf("  ** The last %zu bytes of \"%s\" are no whole trace and are not copied.", left, units->name);
+  }
+  if (TheList.empty()) {
+    return SegyItem::End;
+  }
+  if (static_cast<std::size_t>(begun) == TheList.size()) {
+    console_out("");
+    return SegyItem::End;
+  }
+  return openListed() && readEbcdic() && readBinary() ? SegyItem::NewInput : SegyItem::Failed;
+}
+
+int SegyDiskInput::percent(double bytesRead) const {
+  const double share = TheList.empty() ? (size > 0 ? bytesRead / size : 0)
+                                       : static_cast<double>(begun - 1) / static_cast<double>(TheList.size());
+  return static_cast<int>(std::min(100.0, share * 100));
+}
+
+// ---- tape -------------------------------------------------------------------------------------------------------
+
+SegyTapeInput::SegyTapeInput(UnitStruct* allUnits)
+    : SegyInput(allUnits),
+      readSize(units->isM4 != 0 ? 60000 : static_cast<int>(units->maxBlockSize)),
+      reader(RETRY_WORDS) {}
+
+bool SegyTapeInput::readHeader(const char* name, std::vector<char>* header) {
+  const int bytes = readBlock();
+  if (bytes == 0) {
+    console_printf("  *** EOF encountered while reading %s header from input tape.", name);
+  }
+  if (bytes < 0) {
+    console_printf("  *** Error reading %s header from input tape.", name);
+  }
+  return bytes > 0 && assign(header, {units->ioBuffer, static_cast<std::size_t>(bytes)});
+}
+
+bool SegyTapeInput::readEbcdic() {
+  begun = std::max(begun, 1);
+  return readHeader("EBCDIC", &EbcdicHdr);
+}
+
+bool SegyTapeInput::readBinary() {
+  std::vector<char> header;
+  if (!readHeader("binary", &header) || !takeBinary(header)) {
+    return false;
+  }
+  warnOfUnusualFile(BinaryHdr);
+  return true;
+}
+
+SegyItem SegyTapeInput::next(std::span<const char>* trace) {
+  int bytes = 0;
+  switch (reader.read(units, units->ioBuffer, readSize, &bytes)) {
+    case BlockRead::Skipped:
+      return SegyItem::Nothing;
+    case BlockRead::Failed:
+      console_out("  *** Error reading trace from input tape.");
+      if (SgyParams.rangeLimit) {
+        console_printf("    Previous trace primary header value   = %.4lf.", Primary);
+      }
+      if (SgyParams.rangeLimit && !limitsByPolygon(SgyParams) && SgyParams.listParams.useSec) {
+        console_printf("    Previous trace secondary header value = %.4lf.", Secondary);
+      }
+      return SegyItem::Failed;
+    case BlockRead::Done:
+      break;
+  }
+  if (bytes == 0) {
+    return takeMark();
+  }
+  units->eofMark = 0;
+  *trace = {units->ioBuffer, static_cast<std::size_t>(bytes)};
+  return SegyItem::Trace;
+}
+
+SegyTapeInput::Block SegyTapeInput::nextBlock() {
+  // Behind the end of the recorded data there is nothing to read.
+  const int bytes = units->eodMark != 0 ? 0 : readBlock();
+  EbcdicHdr.clear();
+  if (bytes < 0) {
+    console_out("  *** Error reading EBCDIC header from input tape.");
+    return Block::Failed;
+  }
+  if (bytes == 0) {
+    return Block::None;
+  }
+  assign(&EbcdicHdr, {units->ioBuffer, static_cast<std::size_t>(bytes)});
+  return Block::Data;
+}
+
+SegyItem SegyTapeInput::takeMark() {
+  if (!SgyParams.multipleIn) {
+    return nextTape();
+  }
+  switch (nextBlock()) {
+    case Block::Failed:
+      return SegyItem::Failed;
+    case Block::None:
+      return nextTape();
+    case Block::Data:
+      break;
+  }
+  return beginInput();
+}
+
+/// Joined inputs count as one.
+SegyItem SegyTapeInput::beginInput() {
+  if (!SgyParams.concatInputs) {
+    ++begun;
+  }
+  return readBinary() ? SegyItem::NewInput : SegyItem::Failed;
+}
+
+SegyItem SegyTapeInput::nextTape() {
+  if (nextInputTape(units, INPUT_WORDS) == 0) {
+    return SegyItem::End;
+  }
+  reader.place.nextTape();
+  if (!SgyParams.multipleIn) {
+    if (tlv_skip_blocks(units, 0, REEL_HEADERS) != 0) {
+      console_out("  *** The two header blocks of this tape could not be skipped.");
+      return SegyItem::Failed;
+    }
+    reader.place.passBlocks(REEL_HEADERS);
+    return SegyItem::Nothing;
+  }
+  return readEbcdic() ? beginInput() : SegyItem::Failed;
+}

@@ -1,0 +1,342 @@
+#include "quarlo/segycopy/segycopy_sort.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <new>
+
+#include "libkyr/text.h"
+#include "quarlo/segycopy/segycopy_params.h"
+#include "quarlo/tapelib/console.h"
+#include "quarlo/tapelib/frame/loglines.h"
+
+namespace {
+
+constexpr const char* INDEX_NAME = "SegyCopy.idx";
+constexpr std::size_t BATCH_BYTES = std::size_t{1} << 20;
+constexpr double SECONDS_APART = 60;  // the last writes to both files of a sort, on a disk however busy
+
+std::string absolutePath(const std::string& path) {
+  std::error_code failed;
+  const std::string whole = std::filesystem::absolute(path, failed).string();
+  return failed ? path : whole;
+}
+
+bool say(const char* line) {
+  console_out(line);
+  return false;
+}
+
+bool refuse(const std::string& path) {
+  console_printf("  *** %s is used by this job already and cannot be a temporary file.", path.c_str());
+  return false;
+}
+
+}  // namespace
+
+// ---- making the files -------------------------------------------------------------------------------------------
+
+SortStore::~SortStore() {
+  traceFile.reset();
+  indexFile.reset();
+  traces.reset();
+  if (SgyParams.keepSortFile) {
+    traceTemp.keep();
+  }
+}
+
+SortStore::Created SortStore::create(FileSet* taken) {
+  tracePath = absolutePath(joinPath(fieldText(SgyParams.sortDir), fieldText(SgyParams.sortFile)));
+  indexPath = absolutePath(joinPath(fieldText(SgyParams.sortDir), INDEX_NAME));
+  for (const std::string& path : {tracePath, indexPath}) {
+    if (taken->holds(path)) {
+      refuse(path);
+      return Created::Failed;
+    }
+  }
+  if (sameFile(tracePath.c_str(), indexPath.c_str())) {
+    refuse(tracePath);
+    return Created::Failed;
+  }
+  if (!claim(&traceTemp, tracePath, formatText("  *** Error creating temporary file %s.", tracePath.c_str()).c_str()) ||
+      !claim(&indexTemp, indexPath, "  *** Error creating SegyCopy.idx file.")) {
+    return Created::Failed;
+  }
+  if (!isLeftover() && !mayEmpty()) {
+    return Created::Declined;
+  }
+  taken->add(tracePath);
+  taken->add(indexPath);
+  return empty() ? Created::Ready : Created::Failed;
+}
+
+bool SortStore::claim(TempFile* file, const std::string& path, const char* failure) {
+  switch (file->claim(path)) {
+    case TempFile::Claim::Taken:
+      return true;
+    case TempFile::Claim::InUse:
+      console_printf("  *** %s is in use by another job: choose a sort file in another directory.", path.c_str());
+      return false;
+    case TempFile::Claim::NoLocks:
+      console_printf("  *** %s cannot be locked (%s): choose a sort file on another disk.", path.c_str(),
+                     std::strerror(errno));
+      return false;
+    case TempFile::Claim::Failed:
+      break;
+  }
+  return say(failure);
+}
+
+namespace {
+
+/// Whether some field of a trace header, of whatever place and type, holds a value; no key at all counts as held.
+bool holdsValue(const std::array<char, TRACE_HEADER_BYTES>& header, double value) {
+  for (int type = DT_INT8; type <= DT_FLOAT32; ++type) {
+    for (HeaderKey key{1, type}; key.end() <= TRACE_HEADER_BYTES; ++key.byte) {
+      if (key.in(header.data()) == value) {
+        return true;
+      }
+    }
+  }
+  return value == 0.0 || std::isnan(value);
+}
+
+}  // namespace
+
+/// What a sort leaves that found no end, one of our own or of a program that was killed: empty files, or a trace file
+/// that begins and ends as its index says and was last written when it was. A trace file that was kept may begin as
+/// another sort's index says, and of the same input end so too.
+bool SortStore::isLeftover() const {
+  return (traceTemp.size() == 0 && indexTemp.size() == 0) ||
+         (std::abs(std::difftime(traceTemp.written(), indexTemp.written())) <= SECONDS_APART && areOfOneSort());
+}
+
+bool SortStore::areOfOneSort() const {
+  std::array<std::int32_t, 2> lengths{};
+  const int index = indexTemp.descriptor();
+  if (readAt(index, lengths.data(), sizeof lengths, 0) != sizeof lengths || lengths[0] <= 0 || lengths[1] <= 0) {
+    return false;
+  }
+  const double headers = static_cast<double>(lengths[0]) + lengths[1];
+  const auto bytes = static_cast<double>(traceTemp.size());
+  const std::uint64_t records = (indexTemp.size() - sizeof lengths) / sizeof(SortItem);
+  if (records == 0) {
+    return indexTemp.size() == sizeof lengths && bytes == headers;
+  }
+  SortItem first{};
+  SortItem last{};
+  if (readAt(index, &first, sizeof first, sizeof lengths) != sizeof first ||
+      readAt(index, &last, sizeof last, sizeof lengths + (records - 1) * sizeof last) != sizeof last) {
+    return false;
+  }
+  // Both files are handed to the system in step: one is ahead by what stood in a buffer.
+  const bool endFits = std::abs(bytes - (last.offset + last.size)) <= double{streamBufferSize} + last.size;
+  if (first.offset != headers || first.size <= 0 || headers + first.size > bytes || last.size <= 0 || !endFits) {
+    return false;
+  }
+  std::array<char, TRACE_HEADER_BYTES> header{};
+  const std::size_t wanted = std::min<std::size_t>(header.size(), static_cast<std::size_t>(first.size));
+  return readAt(traceTemp.descriptor(), header.data(), wanted, static_cast<std::uint64_t>(headers)) == wanted &&
+         holdsValue(header, first.primary) && holdsValue(header, first.secondary) && holdsValue(header, first.tertiary);
+}
+
+bool SortStore::mayEmpty() const {
+  std::string names;
+  for (const TempFile* file : {&traceTemp, &indexTemp}) {
+    names += file->size() > 0 ? file->path() + "\n" : "";
+  }
+  const bool both = traceTemp.size() > 0 && indexTemp.size() > 0;
+  if (xvt_dm_post_confirm("Overwrite", "Cancel",
+                          "%s here before and %s not left over from a sort that was cut off:\n%sOverwrite %s?",
+                          both ? "These files were" : "This file was", both ? "are" : "is", names.c_str(),
+                          both ? "them" : "it") == RESP_DEFAULT) {
+    return true;
+  }
+  console_printf("  ** %s stays as it is: choose another sort file.",
+                 traceTemp.size() > 0 ? tracePath.c_str() : indexPath.c_str());
+  return false;
+}
+
+bool SortStore::empty() {
+  if (traceTemp.empty()) {
+    traceFile = std::make_unique<LargeFile>(traceTemp.path().c_str(), "r+b");
+  }
+  if (traceFile == nullptr || !traceFile->IsValid() || !traceTemp.isInPlace()) {
+    console_printf("  *** Error creating temporary file %s.", tracePath.c_str());
+    return false;
+  }
+  if (indexTemp.empty()) {
+    indexFile = openFile(indexTemp.path().c_str(), "r+b");
+  }
+  return (indexFile != nullptr && indexTemp.isInPlace()) || say("  *** Error creating SegyCopy.idx file.");
+}
+
+// ---- writing ----------------------------------------------------------------------------------------------------
+
+bool SortStore::addHeader(const std::vector<char>& header, const char* traceFileError, const char* indexError) {
+  const int bytes = static_cast<int>(header.size());
+  if (traceFile->Write(header.data(), bytes) != bytes) {
+    return say(traceFileError);
+  }
+  return std::fwrite(&bytes, sizeof bytes, 1, indexFile.get()) == 1 || say(indexError);
+}
+
+bool SortStore::addEbcdic(const std::vector<char>& header) {
+  return addHeader(header, "  *** Error writing EBCDIC header to temporary file.",
+                   "  *** Error writing to index file.");
+}
+
+bool SortStore::addBinary(const std::vector<char>& header) {
+  return addHeader(header, "  *** Error writing binary header to temporary file",
+                   "  *** Error writing to index file") &&
+         flush();
+}
+
+bool SortStore::addTrace(std::span<const char> trace) {
+  const SgyCopyParams& params = SgyParams;
+  const SortItem item = {HeaderKey{params.sortPrimByte, params.sortPrimType}.in(trace.data()),
+                         HeaderKey{params.sortSecByte, params.sortSecType}.in(trace.data()),
+                         params.useTertiary ? HeaderKey{params.sortTerByte, params.sortTerType}.in(trace.data()) : 0.0,
+                         traceFile->GetPos(), static_cast<int>(trace.size())};
+  if (unflushed + trace.size() > streamBufferSize && !flush()) {
+    return false;
+  }
+  if (kept == INT_MAX || traceFile->Write(trace.data(), item.size) != item.size) {
+    console_printf("  *** Error writing sort trace %d to temporary file", kept + 1);
+    return false;
+  }
+  if (std::fwrite(&item, sizeof item, 1, indexFile.get()) != 1) {
+    return say("  *** Error writing to index file");
+  }
+  unflushed += trace.size();
+  return ++kept > 1 || flush();
+}
+
+/// In step, so that a killed program's files are known again.
+bool SortStore::flush() {
+  unflushed = 0;
+  if (!traceFile->Flush()) {
+    console_printf("  *** Error writing sort trace %d to temporary file", std::max(kept, 1));
+    return false;
+  }
+  return std::fflush(indexFile.get()) == 0 || say("  *** Error writing to index file");
+}
+
+// ---- reading ----------------------------------------------------------------------------------------------------
+
+bool SortStore::reopen() {
+  // The buffers' last bytes go to the disk only here.
+  if (!traceFile->Close()) {
+    console_printf("  *** Error writing sort trace %d to temporary file", std::max(kept, 1));
+    traceFile.reset();
+    return false;
+  }
+  if (SgyParams.keepSortFile) {
+    sync.add(traceTemp.descriptor(), traceTemp.path());
+  }
+  if (!closeFile(indexFile)) {
+    return say("  *** Error writing to index file");
+  }
+  traces = openFile(traceTemp.path().c_str(), "rb", 0);
+  if (!traces || !traceTemp.isInPlace()) {
+    console_printf("  *** Error opening temporary file %s.", tracePath.c_str());
+    return false;
+  }
+  indexFile = openFile(indexTemp.path().c_str(), "rb");
+  if (!indexFile || !indexTemp.isInPlace()) {
+    return say("  *** Error opening SegyCopy.idx file.");
+  }
+  traceFileSize = static_cast<off_t>(fileSize(traces.get()).value_or(0));
+  return true;
+}
+
+bool SortStore::save() {
+  if (!SgyParams.keepSortFile || traceFile == nullptr) {
+    return true;
+  }
+  if (traceFile->IsValid()) {  // the job ended before its output
+    if (!traceFile->Flush()) {
+      return say(diskErrorText(tracePath, traceFile->Error()).c_str());
+    }
+    sync.add(traceTemp.descriptor(), traceTemp.path());
+  }
+  return sync.wait([](const DiskSync::Failure& failure) { say(diskErrorText(failure).c_str()); });
+}
+
+bool SortStore::readHeader(const char* name, std::vector<char>* header) {
+  int bytes = 0;
+  if (std::fread(&bytes, sizeof bytes, 1, indexFile.get()) == 1 && bytes >= 0 && bytes <= traceFileSize - headersRead) {
+    header->resize(static_cast<std::size_t>(bytes));
+    if (readAt(fileno(traces.get()), header->data(), header->size(), static_cast<std::uint64_t>(headersRead)) ==
+        header->size()) {
+      headersRead += bytes;
+      return true;
+    }
+  }
+  console_printf("  *** Error reading %s header from temporary file", name);
+  return false;
+}
+
+bool SortStore::sortIndex() {
+  const auto count = static_cast<std::size_t>(kept);
+  try {
+    items.resize(count);
+  } catch (const std::bad_alloc&) {
+    return say("  *** Not enough memory for the index of the traces.");
+  }
+  if (std::fread(items.data(), sizeof(SortItem), count, indexFile.get()) != count) {
+    return say("  *** Error reading from index file");
+  }
+  segySort(reinterpret_cast<char*>(items.data()), kept, sizeof(SortItem));
+  return true;
+}
+
+const SortItem& SortStore::itemAt(int place) const {
+  return items[static_cast<std::size_t>(SgyParams.reverseSort ? kept - 1 - place : place)];
+}
+
+/// The index has been on disk, where anything may happen to it.
+bool SortStore::isSound(const SortItem& item) const {
+  const double offset = item.offset;
+  return item.size > 0 && offset >= 0 && offset + item.size <= static_cast<double>(traceFileSize);
+}
+
+/// Fills the batch from `place` on. Traces that lie one after another are read in one piece.
+bool SortStore::loadFrom(int place) {
+  batch.clear();
+  batchFirst = place;
+  batchPlace = 0;
+  int next = place;
+  while (next < kept && (next == place || batch.size() + static_cast<std::size_t>(itemAt(next).size) <= BATCH_BYTES)) {
+    const SortItem& first = itemAt(next);
+    if (!isSound(first)) {
+      break;
+    }
+    std::size_t bytes = 0;
+    do {
+      bytes += static_cast<std::size_t>(itemAt(next).size);
+      ++next;
+    } while (next < kept && isSound(itemAt(next)) && itemAt(next).offset == first.offset + static_cast<double>(bytes) &&
+             batch.size() + bytes + static_cast<std::size_t>(itemAt(next).size) <= BATCH_BYTES);
+    const std::size_t before = batch.size();
+    batch.resize(before + bytes);
+    if (readAt(fileno(traces.get()), batch.data() + before, bytes, static_cast<std::uint64_t>(first.offset)) != bytes) {
+      return false;
+    }
+  }
+  batchEnd = next;
+  return next > place;
+}
+
+std::span<const char> SortStore::trace(int place) {
+  if ((place < batchFirst || place >= batchEnd) && !loadFrom(place)) {
+    return {};
+  }
+  const std::span<const char> piece(batch.data() + batchPlace, static_cast<std::size_t>(itemAt(place).size));
+  batchPlace += piece.size();
+  return piece;
+}

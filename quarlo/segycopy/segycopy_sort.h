@@ -1,0 +1,97 @@
+/// The temporary files of a sorted SEG Y copy (layout: docs/segy-copy.md): the traces that are kept, one after another
+/// behind the reel headers, and an index record for each.
+#pragma once
+
+#include <sys/types.h>
+
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "libkyr/disksync.h"
+#include "libkyr/files.h"
+#include "quarlo/segycopy/segysort.h"
+#include "quarlo/tapelib/frame/inputfiles.h"
+#include "quarlo/tapelib/frame/tempfile.h"
+#include "quarlo/tapelib/largefile.h"
+
+/// An index record: key values of a trace and where it lies in the temporary trace file. It stands in the index file as
+/// it does in memory.
+#pragma pack(push, 4)
+struct SortItem {
+  double primary;
+  double secondary;
+  double tertiary;
+  double offset;  ///< bytes
+  int size;       ///< bytes
+};
+#pragma pack(pop)
+static_assert(sizeof(SortItem) == THREE_KEY_BYTES);
+
+class SortStore {
+ public:
+  enum class Created {
+    Ready,
+    Declined,  ///< a file that stands there is not to be written over
+    Failed
+  };
+
+  SortStore() = default;
+  /// Deletes what create() made: the index, and the trace file unless it is to be kept.
+  ~SortStore();
+  SortStore(const SortStore&) = delete;
+  SortStore& operator=(const SortStore&) = delete;
+
+  /// Makes both files, at paths that hold wherever the job goes, and locks them. Files that stand there and are not
+  /// left over from a sort are asked about. What did not come about has been said, here and below.
+  /// @param taken files that must not be overwritten; receives both
+  Created create(FileSet* taken);
+  bool addEbcdic(const std::vector<char>& header);
+  bool addBinary(const std::vector<char>& header);
+  bool addTrace(std::span<const char> trace);
+
+  /// Ends writing and opens both files for reading.
+  bool reopen();
+  /// Waits until a trace file that is to be kept is on the disk.
+  bool save();
+  bool readEbcdic(std::vector<char>* header) { return readHeader("EBCDIC", header); }
+  bool readBinary(std::vector<char>* header) { return readHeader("binary", header); }
+  /// Reads the index and brings it into the order of the keys.
+  bool sortIndex();
+  int count() const { return kept; }
+  /// The trace at place `place` (from 0) of the output, valid until the next call; places are asked for in order.
+  /// Empty when it could not be read.
+  std::span<const char> trace(int place);
+
+ private:
+  static bool claim(TempFile* file, const std::string& path, const char* failure);
+  bool areOfOneSort() const;
+  bool isLeftover() const;
+  bool mayEmpty() const;
+  bool empty();
+  bool flush();
+  bool addHeader(const std::vector<char>& header, const char* traceFileError, const char* indexError);
+  bool readHeader(const char* name, std::vector<char>* header);
+  const SortItem& itemAt(int place) const;
+  bool isSound(const SortItem& item) const;
+  bool loadFrom(int place);
+
+  std::string tracePath;
+  std::string indexPath;
+  TempFile traceTemp;
+  TempFile indexTemp;
+  std::unique_ptr<LargeFile> traceFile;  // while it is written
+  FileHandle indexFile;
+  FileHandle traces;  // while it is read
+  DiskSync sync;      // of a trace file that is kept
+  off_t traceFileSize = 0;
+  off_t headersRead = 0;
+  std::size_t unflushed = 0;  // bytes of traces that an end of the program would lose
+  int kept = 0;
+  std::vector<SortItem> items;
+  std::vector<char> batch;  // traces from place batchFirst on, in output order
+  int batchFirst = 0;
+  int batchEnd = 0;
+  std::size_t batchPlace = 0;
+};

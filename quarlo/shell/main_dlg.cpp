@@ -1,0 +1,107 @@
+#include "quarlo/shell/main_dlg.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "quarlo/common/windows.h"
+#include "quarlo/copy/copy_dlg.h"
+#include "quarlo/copy/vrfy_dlg.h"
+#include "quarlo/dump/fdmp_dlg.h"
+#include "quarlo/dump/tdmp_dlg.h"
+#include "resources/ids.h"
+
+namespace {
+
+/// What a button opens. Handlers keep their state in statics, so a dialog that is open already is raised instead.
+struct JobButton {
+  int control;
+  int resource;
+  EVENT_HANDLER handler;  ///< null: not built yet
+  const char* name;       ///< the job in words, for that case
+  const char* failure;
+  const int* up;      ///< while this is set the button does nothing; null for none
+  bool followsUnits;  ///< is told when the units change
+};
+
+constexpr JobButton buttons[] = {
+    {MAIN_TAPE_DUMP, DLG_TAPE_DUMP, tapeDumpDlg_eh, "Tape dump", "Error opening Tape Analysis dialog", &gTAnlsWindowUp,
+     false},
+    {MAIN_IMAGE_COPY, DLG_COPY, CopyDialog_eh, "Image copy", "Error opening Image Copy dialog", nullptr, true},
+    {MAIN_REFORMAT, DLG_REFORMAT, nullptr, "Data reformat", "Error opening Data Reformat dialog", nullptr, false},
+    // Named after the copy on purpose: both are the image copy's dialogs to those who read the message.
+    {MAIN_VERIFY, DLG_VERIFY, VerifyDialog_eh, "Verify", "Error opening Image Copy dialog", nullptr, true},
+    {MAIN_MERGE, DLG_MERGE, nullptr, "Dataset merge", "Error opening Kyr File Merge dialog", nullptr, false},
+    {MAIN_FILE_DUMP, DLG_FILE_DUMP, FileDumpDlg_eh, "File dump", "Error opening File Analysis dialog", &gFAnlsWindowUp,
+     false},
+    {MAIN_FILE_SCAN, DLG_FILE_SCAN, nullptr, "File scan", "Error opening File Scan dialog", nullptr, false},
+};
+
+WINDOW openDialogs[std::size(buttons)] = {};
+
+void openJob(std::size_t place) {
+  const JobButton& button = buttons[place];
+  if (button.up != nullptr && *button.up != 0) return;
+  if (button.handler == nullptr) return notYetBuilt(button.name);
+  WINDOW& dialog = openDialogs[place];
+  if (xvt_vobj_is_valid(dialog)) {
+    xvt_vobj_raise(dialog);
+    xvt_vobj_set_focus(dialog);
+    return;
+  }
+  dialog = xvt_dlg_create_res(WD_MODELESS, button.resource, button.handler, nullptr);
+  if (dialog == NULL_WIN) xvt_dm_post_error("%s", button.failure);
+}
+
+}  // namespace
+
+void tellJobDialogs(EVENT* event) {
+  for (std::size_t place = 0; place < std::size(buttons); ++place)
+    if (buttons[place].followsUnits && xvt_vobj_is_valid(openDialogs[place]))
+      xvt_win_dispatch_event(openDialogs[place], event);
+}
+
+namespace {
+
+void pressButton(const EVENT& event) {
+  if (event.ctl.what != CTL_PRESS) return;
+  const auto* found = std::ranges::find(buttons, event.ctl.id, &JobButton::control);
+  if (found != std::end(buttons)) openJob(static_cast<std::size_t>(found - buttons));
+}
+
+void mainDialogGone() {
+  gMainWindowUp = 0;
+  gMainDialogWindow = NULL_WIN;
+}
+
+}  // namespace
+
+long MainDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
+  switch (xdEvent->type) {
+    case E_CREATE:
+      gMainWindowUp = 1;
+      break;
+    case E_CONTROL:
+      pressButton(*xdEvent);
+      break;
+    case E_CLOSE:
+      xvt_vobj_destroy(xdWindow);
+      mainDialogGone();
+      break;
+    case E_DESTROY:
+      mainDialogGone();
+      break;
+    default:
+      break;
+  }
+  return 0;
+}
+
+void openMainDialog() {
+  if (gMainWindowUp != 0) {
+    xvt_vobj_raise(gMainDialogWindow);
+    xvt_vobj_set_focus(gMainDialogWindow);
+    return;
+  }
+  gMainDialogWindow = xvt_dlg_create_res(WD_MODELESS, DLG_MAIN, MainDlg_eh, nullptr);
+  gMainWindowUp = gMainDialogWindow != NULL_WIN ? 1 : 0;
+}

@@ -1,0 +1,46 @@
+#include "quarlo/shell/skipdlg.h"
+
+#include "quarlo/common/windows.h"
+#include "quarlo/tapelib/dialogs/controls.h"
+#include "resources/ids.h"
+
+namespace {
+
+int skipCount = 1;
+constexpr NumberField countField = {.control = SKIP_COUNT, .value = &skipCount};
+
+void accept(WINDOW window, SkipOperation skip) {
+  skip(getDevPtr(), 0, skipCount);
+  if (gControlWindow != NULL_WIN) {
+    EVENT changed;
+    changed.type = E_USER;
+    xvt_win_dispatch_event(gControlWindow, &changed);
+  }
+  xvt_vobj_destroy(window);
+}
+
+void handleControl(WINDOW window, const EVENT& event, SkipOperation skip) {
+  if (readNumber(window, event, countField)) return;
+  if (isPress(event, SKIP_OK)) return accept(window, skip);
+  if (isPress(event, SKIP_CANCEL)) xvt_vobj_destroy(window);
+}
+
+}  // namespace
+
+long skipDialogEvent(WINDOW window, const EVENT& event, SkipOperation skip) {
+  switch (event.type) {
+    case E_CREATE:
+      skipCount = 1;
+      showNumber(window, countField);
+      break;
+    case E_CONTROL:
+      handleControl(window, event, skip);
+      break;
+    case E_CLOSE:
+      xvt_vobj_destroy(window);
+      break;
+    default:
+      break;
+  }
+  return 0;
+}

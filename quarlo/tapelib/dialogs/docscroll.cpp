@@ -1,0 +1,196 @@
+#include "quarlo/tapelib/dialogs/docscroll.h"
+
+#include <algorithm>
+#include <climits>
+#include <string>
+
+namespace {
+
+/// Pixels from the first line's top to line `lines`; a text of a hundred million lines still counts right.
+int linesToPixels(const DOC& doc, long lines) {
+  return static_cast<int>(std::min<long>(lines * doc.lineHeight, INT_MAX - INT_MAX % doc.lineHeight));
+}
+
+struct ViewSize {
+  int height;
+  int width;
+};
+
+ViewSize viewSize(TXEDIT text) {
+  RCT view;
+  xvt_tx_get_view_rect(text, &view);
+  return {view.bottom - view.top, view.right - view.left};
+}
+
+int wholeLines(const DOC& doc, int pixels) { return pixels / doc.lineHeight * doc.lineHeight; }
+
+/// What the vertical bar takes for the view's height: whole lines, so that the thumb's end is the largest origin.
+int barHeight(const DOC& doc) { return std::max(1, doc.page); }
+
+void measureLimits(DOC* doc) { doc->maxOrig = std::max(0, linesToPixels(*doc, doc->nLines) - doc->page); }
+
+/// Brings the field to where the bookkeeping says it is.
+void moveField(TXEDIT text, const DOC& doc) {
+  T_CPOS offset = 0;
+  const T_LNUM line = xvt_tx_get_origin(text, &offset);
+  if (const T_LNUM lines = doc.orig.v / doc.lineHeight - line; lines != 0) xvt_tx_scroll_vert(text, lines);
+  if (const COORD pixels = doc.orig.h - offset; pixels != 0) xvt_tx_scroll_hor(text, pixels);
+}
+
+void docCreated(const DocView& view) {
+  int leading = 0;
+  int ascent = 0;
+  int descent = 0;
+  xvt_font_get_metrics(view.font, &leading, &ascent, &descent);
+  *view.doc = DOC{};
+  view.doc->lineHeight = std::max(1, leading + ascent + descent);
+  view.doc->page = wholeLines(*view.doc, viewSize(view.text).height);
+}
+
+/// Fills the client area anew. A view that showed the end of its text still does; no empty space shows behind the text.
+void docResized(const DocView& view, int height, int width) {
+  DOC& doc = *view.doc;
+  const RCT area{0, 0, std::max(1, height), std::max(1, width)};
+  xvt_tx_move(view.text, &area);
+  const bool atEnd = doc.orig.v >= doc.maxOrig;
+  const ViewSize size = viewSize(view.text);
+  doc.page = wholeLines(doc, size.height);
+  measureLimits(&doc);
+  doc.orig.v = atEnd ? doc.maxOrig : std::min(doc.orig.v, doc.maxOrig);
+  doc.orig.h = std::clamp(doc.orig.h, 0, std::max(0, doc.maxWidth - size.width));
+  moveField(view.text, doc);
+  scrollSync(view.window, &doc, barHeight(doc), size.width);
+}
+
+/// The thumb stands on whole lines, and at the end when it is nearly there.
+int thumbLine(const DOC& doc, int position) {
+  if (doc.maxOrig - position < doc.lineHeight / 7 * 6) return doc.maxOrig;
+  return wholeLines(doc, position);
+}
+
+int stepped(SCROLL_CONTROL what, int now, int line, int page, int thumb) {
+  switch (what) {
+    case SC_LINE_UP:
+      return now - line;
+    case SC_LINE_DOWN:
+      return now + line;
+    case SC_PAGE_UP:
+      return now - page;
+    case SC_PAGE_DOWN:
+      return now + page;
+    case SC_THUMB:
+    case SC_THUMBTRACK:
+      return thumb;
+    default:
+      return now;
+  }
+}
+
+/// The number at which a line goes to the end: the counter's, or, where that would fall among the lines that are
+/// there, any below 0.
+T_PNUM appendingNumber(const DOC& doc, short counter) { return counter < doc.nLines ? -1 : counter; }
+
+void appendLine(const DocView& view, short* counter, const std::string& line) {
+  DOC& doc = *view.doc;
+  if (!xvt_tx_add_par(view.text, appendingNumber(doc, *counter), line.c_str())) return;
+  *counter = static_cast<short>(*counter + 1);
+  doc.nLines++;
+  measureLimits(&doc);
+  doc.maxWidth = std::max(doc.maxWidth, xvt_font_get_text_width(view.font, line.data(), static_cast<int>(line.size())));
+}
+
+}  // namespace
+
+XVT_FNTID docFont() { return xvt_font_create("courier", 10, FS_PLAIN); }
+
+void docEvent(const DocView& view, const EVENT* xdEvent) {
+  switch (xdEvent->type) {
+    case E_CREATE:
+      docCreated(view);
+      break;
+    case E_SIZE:
+      docResized(view, xdEvent->size.height, xdEvent->size.width);
+      break;
+    case E_VSCROLL:
+      doScroll(view.text, view.doc, view.font, VSCROLL, xdEvent->scroll.what, xdEvent->scroll.position);
+      break;
+    case E_HSCROLL:
+      doScroll(view.text, view.doc, view.font, HSCROLL, xdEvent->scroll.what, xdEvent->scroll.position);
+      break;
+    default:
+      break;
+  }
+}
+
+void docAppend(const DocView& view, short* counter, std::string_view text) {
+  DOC& doc = *view.doc;
+  const ViewSize size = viewSize(view.text);
+  const auto isTaller = [&] { return linesToPixels(doc, doc.nLines) > size.height; };
+  for (;;) {
+    const std::size_t end = text.find('\n');
+    appendLine(view, counter, std::string(text.substr(0, end)));
+    if (isTaller() && doc.orig.v >= doc.maxOrig - doc.lineHeight) doc.orig.v = doc.maxOrig;
+    if (end == std::string_view::npos) break;
+    text.remove_prefix(end + 1);
+  }
+  if (isTaller()) moveField(view.text, doc);
+  scrollSync(view.window, &doc, isTaller() ? barHeight(doc) : 0, size.width);
+}
+
+void docClear(const DocView& view) {
+  DOC& doc = *view.doc;
+  xvt_tx_clear(view.text);
+  doc.nLines = 0;
+  doc.orig = PNT{};
+  doc.maxOrig = doc.maxWidth = 0;
+  scrollSync(view.window, &doc, barHeight(doc), viewSize(view.text).width);
+}
+
+void docFollow(const DocView& view, T_LNUM origLine, T_CPOS origOffset) {
+  view.doc->orig = PNT{linesToPixels(*view.doc, origLine), origOffset};
+  xvt_sbar_set_pos(view.window, VSCROLL, view.doc->orig.v);
+  xvt_sbar_set_pos(view.window, HSCROLL, view.doc->orig.h);
+}
+
+RCT docRectangle(XVT_FNTID font, PNT place, int columns, int lines) {
+  int leading = 0;
+  int ascent = 0;
+  int descent = 0;
+  xvt_font_get_metrics(font, &leading, &ascent, &descent);
+  const int lineHeight = leading + ascent + descent;
+  const int width = xvt_font_get_text_width(font, std::string(static_cast<std::size_t>(columns), 'm').c_str(), columns);
+  // Margins and a scroll bar.
+  const int extra = 2 * lineHeight;
+  return {place.v, place.h, place.v + lines * lineHeight + extra, place.h + width + extra};
+}
+
+void scrollSync(WINDOW theWin, const DOC* theDoc, int height, int width) {
+  if (height != 0) {
+    const int whole = linesToPixels(*theDoc, theDoc->nLines);
+    xvt_sbar_set_range(theWin, VSCROLL, 0, whole);
+    xvt_sbar_set_proportion(theWin, VSCROLL, std::min(whole, height));
+    xvt_sbar_set_pos(theWin, VSCROLL, theDoc->orig.v);
+  }
+  if (width != 0) {
+    xvt_sbar_set_range(theWin, HSCROLL, 0, theDoc->maxWidth);
+    xvt_sbar_set_proportion(theWin, HSCROLL, std::min(width, theDoc->maxWidth));
+    xvt_sbar_set_pos(theWin, HSCROLL, theDoc->orig.h);
+  }
+}
+
+void doScroll(TXEDIT theText, DOC* theDoc, XVT_FNTID theFont, SCROLL_TYPE theType, SCROLL_CONTROL what, int position) {
+  const ViewSize size = viewSize(theText);
+  PNT& orig = theDoc->orig;
+  if (theType == VSCROLL) {
+    const int wanted = stepped(what, orig.v, theDoc->lineHeight, theDoc->page, thumbLine(*theDoc, position));
+    orig.v = std::clamp(wanted, 0, theDoc->maxOrig);
+  } else {
+    const int step = xvt_font_get_text_width(theFont, "--", 2);
+    const int wanted = stepped(what, orig.h, step, size.width, position);
+    orig.h = std::clamp(wanted, 0, std::max(0, theDoc->maxWidth - size.width));
+  }
+  moveField(theText, *theDoc);
+  const WINDOW window = xvt_tx_get_window(theText);
+  xvt_sbar_set_pos(window, VSCROLL, orig.v);
+  xvt_sbar_set_pos(window, HSCROLL, orig.h);
+}

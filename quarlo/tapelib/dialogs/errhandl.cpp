@@ -1,0 +1,57 @@
+#include "quarlo/tapelib/dialogs/errhandl.h"
+
+#include <cstdint>
+#include <cstring>
+
+#include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/tlv_fcn.h"
+#include "resources/ids.h"
+
+namespace {
+
+// The word spans the four option flags of the unit; its bytes are 0 or 1 as they were found, or those of 0 or 1.
+std::int32_t localStopFlag = 0;
+void* flagWord = nullptr;
+
+static_assert(sizeof(bool) == 1);
+static_assert(offsetof(UnitStruct, useMultipleOut) + 1 - offsetof(UnitStruct, inputAbort) == sizeof localStopFlag);
+
+void createErrorOptions(WINDOW window) {
+  flagWord = xvt_vobj_get_data(window);
+  localStopFlag = 0;
+  if (flagWord == nullptr) {
+    enableControl(window, ERR_STOP_ON_ERROR, false);
+  } else {
+    std::memcpy(&localStopFlag, flagWord, sizeof localStopFlag);
+  }
+  checkControl(window, ERR_STOP_ON_ERROR, localStopFlag != 0);
+}
+
+void acceptErrorOptions(WINDOW window) {
+  if (flagWord != nullptr) std::memcpy(flagWord, &localStopFlag, sizeof localStopFlag);
+  xvt_vobj_destroy(window);
+}
+
+constexpr ControlAction actions[] = {
+    {ERR_OK, acceptErrorOptions},
+    {ERR_CANCEL, xvt_vobj_destroy},
+};
+
+}  // namespace
+
+long ErrorDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
+  switch (xdEvent->type) {
+    case E_CREATE:
+      createErrorOptions(xdWindow);
+      break;
+    case E_CONTROL:
+      if (!toggleFlag(xdWindow, *xdEvent, ERR_STOP_ON_ERROR, &localStopFlag)) runAction(actions, xdWindow, *xdEvent);
+      break;
+    case E_CLOSE:
+      xvt_vobj_destroy(xdWindow);
+      break;
+    default:
+      break;
+  }
+  return 0;
+}

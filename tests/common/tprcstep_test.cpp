@@ -1,0 +1,488 @@
+// Format modules in the program: found, loaded, asked, run; what is broken is reported and passed over.
+#include "quarlo/common/tprcstep.h"
+#include "quarlo/tapelib/console.h"
+
+#include <elf.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "libkyr/datasets.h"
+#include "libkyr/nullcheck.h"
+#include "libkyr/sharedobject.h"
+#include "quarlo/tapelib/diskunit.h"
+#include "quarlo/tapelib/drives.h"
+#include "quarlo/tapelib/jobstate.h"
+#include "quarlo/tapelib/modulecalls.h"
+#include "quarlo/tapelib/unix_fcn.h"
+#include "tests/support/job_fixture.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+/// Lets the buckets of an object's GNU hash table lead far out. @return false without such a table
+bool damageHashTable(std::string* object) {
+  Elf64_Ehdr head{};
+  std::memcpy(&head, object->data(), sizeof head);
+  for (std::size_t i = 0; i < head.e_shnum; ++i) {
+    Elf64_Shdr section{};
+    std::memcpy(&section, object->data() + head.e_shoff + i * sizeof section, sizeof section);
+    if (section.sh_type != SHT_GNU_HASH) continue;
+    std::uint32_t counts[3] = {};  // buckets, first symbol, words of the filter behind the four numbers
+    std::memcpy(counts, object->data() + section.sh_offset, sizeof counts);
+    object->replace(section.sh_offset + 16 + 8 * counts[2], 4 * counts[0], 4 * counts[0], '\x7F');
+    return true;
+  }
+  return false;
+}
+
+struct Freer {
+  void operator()(void* memory) const { std::free(memory); }
+};
+
+class ModuleTest : public JobTest {
+ protected:
+  ModuleTest() {
+    setenv("KYRHOME", std::filesystem::current_path().c_str(), 1);
+    std::filesystem::create_directory("lib");
+  }
+  ~ModuleTest() override { unsetenv("KYRHOME"); }
+
+  void install(const std::string& module, const std::string& as = "") {
+    std::filesystem::copy(QUARLO_TEST_MODULES + module, "lib/" + (as.empty() ? module : as));
+  }
+  /// The rows that findDlls gives, as "FILE: NAME ID"; the row of zeros behind them is checked.
+  Lines found() {
+    forgetConsole();
+    DllList* list = reinterpret_cast<DllList*>(this);
+    const int count = findDlls(&list);
+    const std::unique_ptr<DllList[], Freer> owned(list);
+    EXPECT_EQ(list == nullptr, count == 0);
+    Lines rows;
+    for (int row = 0; row < count; ++row)
+      rows.push_back(std::string(list[row].name) + ": " + list[row].menuName + " " +
+                     std::to_string(list[row].uniqueId));
+    if (list != nullptr) {
+      const DllList zeros{};
+      EXPECT_EQ(std::memcmp(&list[count], &zeros, sizeof zeros), 0);
+    }
+    return rows;
+  }
+  void chooseDiskUnits(const std::string& input, const std::string& output) {
+    const std::string names[] = {input, output};
+    for (int unit = 0; unit < 2; ++unit) {
+      ASSERT_TRUE(xvt_fsys_get_dir(&units[unit].fs.dir));
+      std::snprintf(units[unit].fs.name, sizeof units[unit].fs.name, "%s", names[unit].c_str());
+      units[unit].type = UT_DISK;
+    }
+  }
+
+  /// What a caller's pointer may hold before.
+  int* itsNoBlock() { return &before; }
+
+  ProcessRecord record{};
+
+ private:
+  int before = 0;
+};
+
+TEST_F(ModuleTest, FindsModulesByNameAndOrder) {
+  EXPECT_EQ(found(), Lines{});
+  install("ioplain.so", "iob.so");
+  install("iogood.so", "ioa.so");
+  install("ioplain.so", "xio.so");
+  install("ioplain.so", "io.txt");
+  std::filesystem::create_directory("lib/iodir.so");
+  EXPECT_EQ(found(), (Lines{"ioa.so: Good 77", "iob.so: Faulty 78"}));
+  EXPECT_EQ(consoleWithoutDates(), Lines{});
+}
+
+TEST_F(ModuleTest, LooksInTheHomeDirectoryAndStaysThere) {
+  install("iogood.so");
+  const std::string home = std::filesystem::current_path();
+  std::filesystem::create_directory("elsewhere");
+  std::filesystem::current_path("elsewhere");
+  EXPECT_EQ(found().size(), 1U);
+  EXPECT_EQ(std::filesystem::current_path(), home);
+  // A home without "lib": the files of the home itself are no modules.
+  std::filesystem::copy("lib/iogood.so", "elsewhere/iogood.so");
+  setenv("KYRHOME", (home + "/elsewhere").c_str(), 1);
+  EXPECT_EQ(found(), Lines{});
+  EXPECT_EQ(std::filesystem::current_path(), home + "/elsewhere");
+}
+
+TEST_F(ModuleTest, ReportsBrokenModulesAndPassesOver) {
+  for (const char* module : {"iocrash.so", "iogood.so", "iomissing.so", "ionameless.so"}) install(module);
+  writeFile("lib/iotext.so", "not a module");
+  EXPECT_EQ(found(), Lines{"iogood.so: Good 77"});
+  const Lines console = consoleWithoutDates();
+  ASSERT_EQ(console.size(), 7U);
+  EXPECT_EQ(console[0], "Error opening shared object : iocrash.so ");
+  EXPECT_EQ(console[1], "  ** crashes while it is loaded");
+  EXPECT_EQ(console[2], "Error opening shared object : iomissing.so ");
+  EXPECT_NE(console[3].find("nowhereToBeFound"), std::string::npos);
+  EXPECT_EQ(console[4], "  ** Format module ionameless.so has no entry \"GetTuDllIdentifier\". It is not used.");
+  EXPECT_EQ(console[5], "Error opening shared object : iotext.so ");
+  EXPECT_EQ(toolkit.errors, Lines{});
+}
+
+TEST_F(ModuleTest, NothingUsableIsNothingFound) {
+  install("ionameless.so");
+  writeFile("lib/iotext.so", "not a module");
+  EXPECT_EQ(found(), Lines{});
+}
+
+TEST_F(ModuleTest, AnExceptionFromItsNameIsNoMissingEntry) {
+  install("iothrows.so");
+  EXPECT_EQ(found(), Lines{});
+  EXPECT_EQ(consoleWithoutDates(),
+            (Lines{"  *** Format module lib/iothrows.so failed in GetTuDllIdentifier: no name today",
+                   "  ** Format module iothrows.so does not name itself. It is not used."}));
+}
+
+// Whole but for its table of names: it can be loaded, and whoever looks for an entry is killed.
+TEST_F(ModuleTest, AModuleThatKillsWhoSearchesItIsPassedOver) {
+  std::string module = readFile(QUARLO_TEST_MODULES "ioplain.so");
+  ASSERT_TRUE(damageHashTable(&module));
+  writeFile("lib/iodamaged.so", module);
+  EXPECT_EQ(found(), Lines{});
+  EXPECT_EQ(consoleWithoutDates(),
+            (Lines{"Error opening shared object : iodamaged.so ", "  ** crashes while it is loaded"}));
+}
+
+TEST_F(ModuleTest, ALongDisplayNameIsCut) {
+  install("iolongname.so");
+  EXPECT_EQ(found(), Lines{"iolongname.so: " + std::string(31, 'x') + " 78"});
+}
+
+TEST_F(ModuleTest, ANameMayEndInANewline) {
+  install("iogood.so");
+  EXPECT_EQ(ProcessingStep("iogood.so\n").loadFailed, 0);
+  EXPECT_EQ(ProcessingStep("iogood.so\n\n").loadFailed, 1);
+  const ProcessingStep tooLong(std::string(400, 'x').c_str());
+  EXPECT_EQ(tooLong.loadFailed, 1);
+  EXPECT_EQ(tooLong.whyNot(), "its name is too long");
+}
+
+TEST_F(ModuleTest, MissingEntriesAnswerMinusOne) {
+  install("ioplain.so");
+  ProcessingStep step("ioplain.so");
+  int block[4] = {};
+  int size = 99;
+  EXPECT_EQ(step.AllocInputMemory(&size), -1);
+  EXPECT_EQ(size, 0);
+  size = 99;
+  EXPECT_EQ(step.AllocOutputMemory(&size), -1);
+  EXPECT_EQ(size, 0);
+  EXPECT_EQ(step.DestroyInputMemory(block), -1);
+  EXPECT_EQ(step.DestroyOutputMemory(block), -1);
+  EXPECT_EQ(step.PostInputDialog(block), -1);
+  EXPECT_EQ(step.PostOutputDialog(block), -1);
+  EXPECT_EQ(step.GetInputDefaultParameters(block, block, block, block), -1);
+  EXPECT_EQ(step.GetOutputDefaultParameters(block, block, block, block), -1);
+  forgetConsole();
+  EXPECT_EQ(step.InitialPhase(&record, block, block), -1);
+  EXPECT_EQ(step.MainPhase(&record), -1);
+  EXPECT_EQ(step.FinalPhase(&record), -1);
+  EXPECT_EQ(consoleWithoutDates(), (Lines{"  *** Format module lib/ioplain.so has no entry \"TInitialPhase\".",
+                                          "  *** Format module lib/ioplain.so has no entry \"TMainPhase\".",
+                                          "  *** Format module lib/ioplain.so has no entry \"TFinalPhase\"."}));
+}
+
+TEST_F(ModuleTest, AParameterBlockLivesThroughAllItsCalls) {
+  install("iogood.so");
+  int* block = nullptr;
+  allocateInput("iogood.so", &block);
+  ASSERT_NE(block, nullptr);
+  EXPECT_EQ(block[0], 0);
+  itDoesInputParm = itInputsDisk = itInputsTape = 7;
+  selectInput("iogood.so", block);
+  EXPECT_EQ(block[0], 1);
+  EXPECT_EQ(itDoesInputParm + 10 * itInputsDisk + 100 * itInputsTape, 111);
+  EXPECT_EQ(ProcessingStep("iogood.so").PostInputDialog(block), 0);
+  destroyInput("iogood.so", block);
+  EXPECT_EQ(block[1], 101);
+  std::free(block);
+
+  int* output = nullptr;
+  allocateOutput("iogood.so", &output);
+  ASSERT_NE(output, nullptr);
+  EXPECT_EQ(std::count(output, output + 25000, 0), 25000);
+  itDoesOutputParm = itOutputsDisk = itOutputsTape = 7;
+  selectOutput("iogood.so", output);
+  EXPECT_EQ(itDoesOutputParm + 10 * itOutputsDisk + 100 * itOutputsTape, 10) << "what it does not say is 0";
+  EXPECT_EQ(ProcessingStep("iogood.so").PostOutputDialog(output), 0);
+  EXPECT_EQ(output[0], -5);
+  destroyOutput("iogood.so", output);
+  EXPECT_EQ(output[0], -6);
+  std::free(output);
+}
+
+TEST_F(ModuleTest, ImpossibleBlocksAreReported) {
+  install("iosize.so");
+  install("ioplain.so");
+  int* block = itsNoBlock();
+  forgetConsole();
+  allocateInput("iosize.so", &block);
+  EXPECT_EQ(block, nullptr);
+  block = itsNoBlock();
+  allocateOutput("iosize.so", &block);
+  EXPECT_EQ(block, nullptr);
+  EXPECT_EQ(consoleWithoutDates(),
+            (Lines{"  *** Format module iosize.so asks for a parameter block of -1 bytes.",
+                   "  *** Format module iosize.so asks for a parameter block of 2000000000 bytes."}));
+  EXPECT_EQ(toolkit.errors.size(), 2U);
+  // A module without parameters is no failure.
+  allocateInput("ioplain.so", &block);
+  EXPECT_NE(block, nullptr);
+  std::free(block);
+}
+
+TEST_F(ModuleTest, EveryHelperSaysThatAModuleCannotBeLoaded) {
+  int* block = itsNoBlock();
+  int fields[4] = {};
+  forgetConsole();
+  allocateInput("ionone.so", &block);
+  EXPECT_EQ(block, nullptr);
+  allocateOutput("ionone.so", &block);
+  itInputsDisk = itOutputsTape = 1;
+  selectInput("ionone.so", fields);
+  selectOutput("ionone.so", fields);
+  destroyInput("ionone.so", fields);
+  destroyOutput("ionone.so", fields);
+  EXPECT_EQ(toolkit.errors, Lines(6, "Error opening shared object : ionone.so "));
+  EXPECT_EQ(count("Error opening shared object : ionone.so "), 6);
+  EXPECT_EQ(count("  ** No such file or directory"), 6);
+  EXPECT_EQ(itInputsDisk + itOutputsTape, 2) << "nothing else is done";
+  selectInput("ionone.so", nullptr);
+  destroyOutput("ionone.so", nullptr);
+  EXPECT_EQ(toolkit.errors.size(), 6U);
+}
+
+TEST_F(ModuleTest, RunsThePhasesOnDiskFiles) {
+  install("iogood.so");
+  writeFile("in.bin", std::string(2500, 'a') + "z");
+  chooseDiskUnits("in.bin", "out.bin");
+  record.diskFileOutputType = 1;
+  int parameters[2] = {1, 0};
+  forgetConsole();
+  {
+    ProcessingStep step("iogood.so");
+    EXPECT_EQ(step.InitialPhase(&record, parameters, nullptr), 0);
+    EXPECT_EQ(record.deviceUnit, units);
+    EXPECT_EQ(step.MainPhase(&record), 0);
+    EXPECT_EQ(step.FinalPhase(&record), 0);
+  }
+  EXPECT_EQ(closeDiskUnit(&units[1]), 0);
+  EXPECT_EQ(readFile("out.bin"), std::string(2500, 'b') + "{");
+  EXPECT_EQ(consoleWithoutDates(), (Lines{"output type 1, tape 0, block limit " + std::to_string(units->ioBufLen) +
+                                              ", from \"" + folder.path("in.bin") + "\"",
+                                          "2501 bytes"}));
+}
+
+TEST_F(ModuleTest, RunsThePhasesOnTapes) {
+  install("iogood.so");
+  makeCartridge("in.tap", {"abc", "d", MARK, "not reached"});
+  makeCartridge("out.tap", {});
+  load(0, "in.tap");
+  load(1, "out.tap");
+  getDriveList(units);
+  units[0].theListItem = 0;
+  units[1].theListItem = 1;
+  tlv_tape_open(units, 0);
+  tlv_tape_open(units, 1);
+  units[0].nOutputs = 1;
+  int parameters[2] = {2, 0};
+  ProcessingStep step("iogood.so");
+  ASSERT_EQ(step.InitialPhase(&record, parameters, nullptr), 0);
+  EXPECT_EQ(step.MainPhase(&record), 0);
+  EXPECT_EQ(tlv_tape_close(units, ALL_OUTPUTS), 0);
+  EXPECT_EQ(tapeIn("out.tap"), (Tape{"cde", "f", MARK}));
+}
+
+TEST_F(ModuleTest, ThePhasesFailWithAReason) {
+  install("iogood.so");
+  chooseDiskUnits("none.bin", "");
+  int parameters[2] = {};
+  ProcessingStep step("iogood.so");
+  EXPECT_EQ(step.InitialPhase(&record, parameters, nullptr), 3) << "the entry's own answer";
+  EXPECT_TRUE(consoleHas("  *** Error opening file " + folder.path("none.bin") + ": No such file or directory."));
+  writeFile("none.bin", "x");
+  EXPECT_EQ(step.InitialPhase(&record, parameters, nullptr), -1);
+  EXPECT_TRUE(consoleHas("  *** Error: there is no output."));
+  EXPECT_EQ(step.MainPhase(&record), 4);
+  EXPECT_TRUE(consoleHas("  *** Error: the output is not open."));
+}
+
+TEST_F(ModuleTest, AFullDiskAndALongBlockAreErrors) {
+  record.deviceUnit = units;
+  setConsole(&record);
+  chooseDiskUnits("in.bin", "");
+  units[1].fs = {{"/dev"}, "", "full"};
+  ASSERT_EQ(kyrOpen(&record, KYR_OUTPUT), 0);
+  const std::string much(1 << 20, 'x');
+  EXPECT_EQ(kyrWrite(&record, much.data(), static_cast<int>(much.size())), -1);
+  EXPECT_TRUE(consoleHas("  *** Error writing the output disk file: No space left on device."));
+
+  makeCartridge("in.tap", {"abcdef"});
+  load(0, "in.tap");
+  getDriveList(units);
+  units[0].theListItem = 0;
+  tlv_tape_open(units, 0);
+  char buffer[4] = "---";
+  EXPECT_EQ(kyrRead(&record, buffer, 3), -1);
+  EXPECT_STREQ(buffer, "---");
+  EXPECT_TRUE(consoleHas("  *** Error: a block of 6 bytes is longer than 3 bytes."));
+}
+
+TEST_F(ModuleTest, AStopOfAllJobsReachesTheModule) {
+  const RunningJob around(nullptr);
+  EXPECT_EQ(kyrGoOn(), 1);
+  bool stopped = false;
+  toolkit.onPump = [&](long) { requestStopOfJobs([&] { stopped = true; }); };
+  EXPECT_EQ(kyrGoOn(), 0);
+  EXPECT_FALSE(stopped) << "the wish was carried out under the job";
+  toolkit.onPump = nullptr;
+  EXPECT_EQ(kyrGoOn(), 0);
+}
+
+TEST_F(ModuleTest, ExceptionsStopAtTheModule) {
+  install("iophases.so");
+  ProcessingStep step("iophases.so");
+  forgetConsole();
+  EXPECT_EQ(step.InitialPhase(&record, nullptr, nullptr), -1);
+  EXPECT_EQ(step.FinalPhase(&record), -1);
+  EXPECT_EQ(consoleWithoutDates(),
+            (Lines{"  *** Format module lib/iophases.so failed in TInitialPhase: no more of this",
+                   "  *** Format module lib/iophases.so failed in TFinalPhase."}));
+}
+
+TEST_F(ModuleTest, ACompilerOfCSeesTheSameRecord) {
+  void* object = loadSharedObject(QUARLO_TEST_MODULES "iogood.so", nullptr);
+  const auto layout = reinterpret_cast<void (*)(std::size_t*)>(findSymbol(object, "recordLayout"));
+  ASSERT_NE(layout, nullptr);
+  std::size_t offsets[6] = {};
+  layout(offsets);
+  EXPECT_EQ(offsets[0], offsetof(ProcessRecord, dialogWindow));
+  EXPECT_EQ(offsets[1], offsetof(ProcessRecord, diskFileOutputType));
+  EXPECT_EQ(offsets[2], offsetof(ProcessRecord, consoleLine));
+  EXPECT_EQ(offsets[3], offsetof(ProcessRecord, deviceUnit));
+  EXPECT_EQ(offsets[4], offsetof(ProcessRecord, datasets));
+  EXPECT_EQ(offsets[5], sizeof(ProcessRecord));
+  unloadSharedObject(object);
+}
+
+/// The modules that are built with the program, run as the program runs them.
+class BuiltModuleTest : public ModuleTest {
+ protected:
+  BuiltModuleTest() {
+    std::filesystem::copy(QUARLO_BUILT_MODULES "ioexample.so", "lib/ioexample.so");
+    std::filesystem::copy(QUARLO_BUILT_MODULES "iokyr.so", "lib/iokyr.so");
+  }
+  /// Runs the example on in.txt into out.kyr. @return the first phase's answer that is not 0
+  int run(const std::string& text, int outputType = 1) {
+    writeFile("in.txt", text);
+    chooseDiskUnits("in.txt", "out.kyr");
+    const ProcessRecordPtr owned(NewProcessRecord());
+    owned->diskFileOutputType = outputType;
+    forgetConsole();
+    ProcessingStep step("ioexample.so");
+    if (const int result = step.InitialPhase(owned.get(), nullptr, nullptr); result != 0) return result;
+    if (const int result = step.MainPhase(owned.get()); result != 0) return result;
+    return step.FinalPhase(owned.get());
+  }
+};
+
+TEST_F(BuiltModuleTest, AreListed) {
+  EXPECT_EQ(found(), (Lines{"ioexample.so: Text (one trace per line) 1001", "iokyr.so: Kyr 1"}));
+  int block[1] = {};
+  selectOutput("iokyr.so", block);
+  EXPECT_EQ(itDoesOutputParm + 10 * itOutputsDisk + 100 * itOutputsTape, 10);
+  selectInput("ioexample.so", block);
+  EXPECT_EQ(itDoesInputParm + 10 * itInputsDisk + 100 * itInputsTape, 10);
+}
+
+TEST_F(BuiltModuleTest, TheExampleMakesADataset) {
+  ASSERT_EQ(run(documentExample(QUARLO_SOURCE_DIR "/docs/format-modules.md", "# interval")), 0);
+  EXPECT_EQ(consoleWithoutDates(), Lines{"2 traces of 5 samples written."});
+  ASSERT_EQ(run("# interval 0.004\n1 -2.5 3e3\n\n \t4 5\t6\r\n"), 0);
+  EXPECT_EQ(consoleWithoutDates(), Lines{"2 traces of 3 samples written."});
+
+  const ProcessRecordPtr reader(NewProcessRecord());
+  Link link;
+  SetNumberOfInputs(reader.get(), 1);
+  ASSERT_EQ(NewInputFile(&link, reader.get(), "out.kyr", 0, kAnySeismicType), 0);
+  ASSERT_EQ(EndInit(reader.get()), 0);
+  const struct {
+    int property;
+    float value;
+  } counts[] = {{dsRecords, 1}, {dsTracesPerRecord, 2}, {dsSamples, 3}, {dsSampleInterval, 0.004F}};
+  for (const auto& row : counts) {
+    float value = 0;
+    EXPECT_EQ(GetDatasetProperty(reader.get(), link, row.property, singleFloatType, gUnknownUnits, &value), 0);
+    EXPECT_EQ(value, row.value) << row.property;
+  }
+  const std::vector<std::vector<float>> expected{{1, -2.5F, 3000}, {4, 5, 6}};
+  for (int trace = 1; trace <= 2; ++trace) {
+    TraceInfo header{};
+    std::vector<float> samples(3);
+    ASSERT_EQ(TraceGet(reader.get(), link, 1, trace, samples.data(), &header), 0);
+    EXPECT_EQ(samples, expected[static_cast<std::size_t>(trace - 1)]);
+    int channel = 0;
+    EXPECT_EQ(GetTraceProperty(trChannel, longIntType, gUnknownUnits, &channel, &header), 0);
+    EXPECT_EQ(channel, trace);
+    EXPECT_FALSE(IsDead(header));
+  }
+}
+
+TEST_F(BuiltModuleTest, TheExampleSaysWhatIsWrong) {
+  EXPECT_NE(run("1 2\n", 0), 0);
+  EXPECT_TRUE(consoleHas("  *** Text can be written as a dataset (\"Kyr\") only."));
+  EXPECT_NE(run("1 2\n3 x\n"), 0);
+  EXPECT_TRUE(consoleHas("  *** Line 2 holds something else than numbers."));
+  EXPECT_NE(run("1 2\n\n3\n"), 0);
+  EXPECT_TRUE(consoleHas("  *** Line 3 has 1 samples and not 2 as the first trace."));
+  EXPECT_NE(run("# nothing\n"), 0);
+  EXPECT_TRUE(consoleHas("  *** There is no trace in the input file."));
+  toolkit.onPump = [](long) { requestStopOfJobs([] {}); };
+  const RunningJob around(nullptr);
+  EXPECT_NE(run("1 2\n"), 0);
+  EXPECT_TRUE(consoleHas("  *** Stopped."));
+}
+
+TEST_F(ModuleTest, TheRecordsConsoleIsWhereItsLinesGo) {
+  forgetConsole();
+  do_console_out(&record, "dropped: no console yet");
+  do_console_out(nullptr, "dropped");
+  setConsole(&record);
+  do_console_out(&record, "kept");
+  EXPECT_EQ(consoleWithoutDates(), Lines{"kept"});
+  killConsole();
+  setConsole(&record);
+  EXPECT_EQ(record.consoleLine, nullptr);
+}
+
+TEST_F(ModuleTest, AFailedAllocationIsToldByName) {
+  forgetConsole();
+  EXPECT_TRUE(NullCheck(&record, "trace"));
+  EXPECT_FALSE(NullCheck(nullptr, "trace"));
+  EXPECT_EQ(toolkit.errors, Lines{"Error allocating memory for trace."});
+  EXPECT_EQ(consoleWithoutDates(), Lines{"  *** Error allocating memory for trace."});
+}
+
+TEST_F(ModuleTest, BuildsFileNames) {
+  char name[12];
+  DIRECTORY directory{"/data"};
+  EXPECT_TRUE(BuildFileName(&directory, "a.kyr", name));
+  EXPECT_STREQ(name, "/data/a.kyr");
+  EXPECT_FALSE(BuildFileName(&directory, "ab.kyr", name));
+  EXPECT_STREQ(name, "") << "no path is better than half of one";
+  directory = {"/"};
+  EXPECT_TRUE(BuildFileName(&directory, "a", name));
+  EXPECT_STREQ(name, "/a");
+}
+
+}  // namespace

@@ -1,0 +1,564 @@
+// The dialogs around tapes, on virtual drives: choice of drives, the next tape of a job, control by hand, progress.
+#include <cstring>
+
+#include "quarlo/common/bot_dlg.h"
+#include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/dialogs/errhandl.h"
+#include "quarlo/tapelib/dialogs/prog_dlg.h"
+#include "quarlo/tapelib/dialogs/tapctrl2.h"
+#include "quarlo/tapelib/dialogs/tapectrl.h"
+#include "quarlo/tapelib/dialogs/tsel2dlg.h"
+#include "quarlo/tapelib/dialogs/tsel_dlg.h"
+#include "quarlo/tapelib/driver/drive_file.h"
+#include "quarlo/tapelib/driver/driver.h"
+#include "quarlo/tapelib/driver/virtual_driver.h"
+#include "quarlo/tapelib/unitopen.h"
+#include "tests/support/shell_fixture.h"
+#include "tests/support/tap_images.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+/// Three drives: 0 holds a recorded tape, 1 a write-protected one, 2 none.
+class TapeDialogs : public ShellTest {
+ protected:
+  TapeDialogs() {
+    const Tape recorded = {block(512, 1), block(512, 2), block(512, 3), MARK, block(100, 4), MARK, MARK};
+    writeFile(folder.path("recorded.tap"), tapImage(recorded));
+    writeFile(folder.path("protected.tap"), tapImage(recorded));
+    addDrive("one", 1, "recorded.tap", false);
+    addDrive("three", 3, "", false);
+    addDrive("two", 2, "protected.tap", true);
+    setTapeDriver(std::make_unique<VirtualDriver>(folder.path("")));
+    startUp();
+  }
+  ~TapeDialogs() override {
+    tlv_tape_close(units, ALL_OUTPUTS);
+    tlv_tape_close(units, 0);
+    if (units->theOutputList != nullptr) xvt_slist_destroy(units->theOutputList);
+    for (int n = 0; n < MAX_UNITS; ++n) units[n] = UnitStruct{};
+    toolkit.close(TASK_WIN);
+    setTapeDriver(nullptr);
+  }
+
+  void addDrive(const std::string& name, int id, const std::string& cartridge, bool writeProtect) {
+    DriveDescription drive;
+    drive.model = name;
+    drive.id = id;
+    drive.cartridge = cartridge;
+    drive.writeProtect = writeProtect;
+    writeDriveFile(folder.path(name + ".drive"), drive);
+  }
+  int rowOf(const std::string& model) {
+    for (int n = 0; n < getDriveCount(); ++n)
+      if (std::string(units->theDriveList[n].name).find(model) != std::string::npos) return n;
+    return -1;
+  }
+  int getDriveCount() {
+    int count = 0;
+    while (count < MAX_UNITS && units->theDriveList[count].string[0] != '\0') ++count;
+    return count;
+  }
+
+  /// Runs the input selection with `use` as the user.
+  bool selectInput(const ToolkitDouble::ModalScript& use) {
+    toolkit.onModal(DLG_INPUT_DRIVE, use);
+    return chooseInputDrive(units) == DriveAnswer::Chosen;
+  }
+  bool selectOutput(const ToolkitDouble::ModalScript& use) {
+    toolkit.onModal(DLG_OUTPUT_DRIVE, use);
+    return chooseOutputDrives(units) == DriveAnswer::Chosen;
+  }
+  void openInput(const std::string& model) {
+    ASSERT_TRUE(selectInput([&](WINDOW d) { toolkit.doubleClick(d, DRV_LIST, rowOf(model)); }));
+    ASSERT_TRUE(openChosenDrive(units, 0));
+    tellUnitsChanged();
+  }
+};
+
+// ---- choice of drives -------------------------------------------------------------------------------------------
+
+TEST_F(TapeDialogs, InputSelectionListsDrivesAndStoresOptionsOnOk) {
+  const bool chosen = selectInput([&](WINDOW d) {
+    EXPECT_EQ(toolkit.rows(d, DRV_LIST),
+              (Lines{"  0:1   VIRTUAL one", "  0:3   VIRTUAL three (offline)", "  0:2   VIRTUAL two (wrt-prot)"}));
+    EXPECT_EQ(units->theListItem, -1);
+    EXPECT_EQ(toolkit.text(d, DRV_WAIT), "2");
+    EXPECT_FALSE(toolkit.enabled(d, DRV_AUTO_LOAD));
+    EXPECT_FALSE(toolkit.enabled(d, DRV_WAIT));
+    toolkit.press(d, DRV_UNLOAD_AT_EOT);
+    EXPECT_FALSE(toolkit.enabled(d, DRV_WAIT));
+    toolkit.press(d, DRV_AUTO_LOAD);
+    toolkit.typeInto(d, DRV_WAIT, "4");
+    toolkit.press(d, DRV_NO_REWIND);
+    EXPECT_FALSE(toolkit.enabled(d, DRV_MODEL_FAMILY));
+    toolkit.press(d, DRV_OVERRIDE_MODEL);
+    toolkit.press(d, DRV_MODEL_FAMILY);
+    EXPECT_FALSE(units->autoMode) << "nothing is stored before OK";
+    toolkit.select(d, DRV_LIST, 2);
+    toolkit.press(d, DRV_OK);
+  });
+  EXPECT_TRUE(chosen);
+  EXPECT_EQ(units->theListItem, 2);
+  EXPECT_TRUE(units->inputNoRewind && units->unloadAtEot && units->autoMode);
+  EXPECT_EQ(units->timeout, 4);
+  EXPECT_EQ(units->overrideM4, 1);
+  EXPECT_EQ(units->isM4, 1);
+}
+
+TEST_F(TapeDialogs, WaitIsKeptWithinNineMinutes) {
+  selectInput([&](WINDOW d) {
+    toolkit.press(d, DRV_UNLOAD_AT_EOT);
+    toolkit.press(d, DRV_AUTO_LOAD);
+    const std::pair<const char*, const char*> cases[] = {
+        {"-15", "9"}, {"4", "4"}, {"soon", "0"}, {"99999999999999999999", "9"}, {"-9223372036854775808", "9"}};
+    for (const auto& [typed, shown] : cases) {
+      toolkit.typeInto(d, DRV_WAIT, typed);
+      EXPECT_EQ(toolkit.text(d, DRV_WAIT), shown) << typed;
+    }
+    toolkit.press(d, DRV_UNLOAD_AT_EOT);
+    EXPECT_TRUE(toolkit.checked(d, DRV_AUTO_LOAD));
+    EXPECT_FALSE(toolkit.enabled(d, DRV_AUTO_LOAD) || toolkit.enabled(d, DRV_WAIT));
+    toolkit.press(d, DRV_CANCEL);
+  });
+}
+
+TEST_F(TapeDialogs, CancelChoosesNoDriveAndForgetsOptions) {
+  units->theListItem = 2;
+  DriveChoice choice = {units, 0};
+  toolkit.onModal(DLG_INPUT_DRIVE, [&](WINDOW d) {
+    toolkit.select(d, DRV_LIST, 0);
+    toolkit.press(d, DRV_NO_REWIND);
+    toolkit.press(d, DRV_CANCEL);
+  });
+  xvt_dlg_create_res(WD_MODAL, DLG_INPUT_DRIVE, select_eh, &choice);
+  EXPECT_EQ(units->theListItem, -1);
+  EXPECT_FALSE(units->inputNoRewind);
+
+  units->theListItem = 2;
+  EXPECT_FALSE(selectInput([&](WINDOW d) { toolkit.close(d); }));
+  EXPECT_EQ(units->theListItem, 2) << "an open drive is found again";
+}
+
+TEST_F(TapeDialogs, OkWithoutADriveStoresTheOptionsOrAsksForOne) {
+  const auto okTwice = [&](WINDOW d) {
+    EXPECT_EQ(toolkit.focus, xvt_win_get_ctl(d, DRV_LIST));
+    toolkit.press(d, DRV_OK);
+    EXPECT_NE(toolkit.text(d, DRV_STATUS), "") << "nothing was touched: a drive was forgotten";
+    toolkit.press(d, DRV_NO_REWIND);
+    toolkit.press(d, DRV_OK);
+  };
+  mark();
+  toolkit.onModal(DLG_INPUT_DRIVE, okTwice);
+  EXPECT_EQ(chooseInputDrive(units), DriveAnswer::None);
+  toolkit.onModal(DLG_OUTPUT_DRIVE, okTwice);
+  EXPECT_EQ(chooseOutputDrives(units), DriveAnswer::None);
+  EXPECT_TRUE(units->inputNoRewind && units->outputNoRewind);
+
+  toolkit.onModal(DLG_INPUT_DRIVE, okTwice);
+  units->inputNoRewind = false;
+  toolkit.chooseMenu(CMD_TAPE_CONTROL);
+  toolkit.press(gControlWindow, TC_SELECT_DRIVE);
+  EXPECT_EQ(newLines(), Lines{NO_DRIVE_CHOSEN});
+}
+
+TEST_F(TapeDialogs, OutputSelectionSwapsItsLists) {
+  const bool chosen = selectOutput([&](WINDOW d) {
+    EXPECT_TRUE(toolkit.visible(d, DRV_LIST));
+    EXPECT_FALSE(toolkit.visible(d, DRV_MULTIPLE_LIST));
+    toolkit.select(d, DRV_LIST, 0);
+    toolkit.press(d, DRV_MULTIPLE);
+    EXPECT_FALSE(toolkit.visible(d, DRV_LIST));
+    EXPECT_TRUE(toolkit.selected(d, DRV_LIST).empty());
+    toolkit.select(d, DRV_MULTIPLE_LIST, 2);
+    toolkit.selectAlso(d, DRV_MULTIPLE_LIST, 0);
+    toolkit.press(d, DRV_OK);
+  });
+  EXPECT_TRUE(chosen);
+  EXPECT_TRUE(units->useMultipleOut);
+  ASSERT_EQ(xvt_slist_count(units->theOutputList), 2);
+  const SLIST_ELT first = xvt_slist_get_first(units->theOutputList);
+  EXPECT_EQ(xvt_slist_get_data(units->theOutputList, first), 0);
+  EXPECT_EQ(xvt_slist_get_data(units->theOutputList, xvt_slist_get_next(units->theOutputList, first)), 2);
+}
+
+TEST_F(TapeDialogs, ContinuationSelectionLeavesSeveralOutputsAlone) {
+  units->useMultipleOut = true;
+  toolkit.onModal(DLG_OUTPUT_DRIVE, [&](WINDOW d) {
+    EXPECT_FALSE(toolkit.checked(d, DRV_MULTIPLE));
+    EXPECT_FALSE(toolkit.enabled(d, DRV_MULTIPLE) || toolkit.enabled(d, DRV_MULTIPLE_LABEL));
+    toolkit.doubleClick(d, DRV_LIST, 1);
+  });
+  EXPECT_EQ(chooseContinuationDrive(units, 3), DriveAnswer::Chosen);
+  EXPECT_EQ(units[3].theListItem, 1);
+  EXPECT_TRUE(units->useMultipleOut);
+
+  toolkit.onModal(DLG_OUTPUT_DRIVE, [&](WINDOW d) { toolkit.press(d, DRV_CANCEL); });
+  EXPECT_EQ(chooseContinuationDrive(units, 2), DriveAnswer::Cancelled) << "an older choice does not count";
+}
+
+TEST_F(TapeDialogs, WithoutDrivesTheInputDialogStaysAndTheOutputDialogCloses) {
+  std::filesystem::create_directory(folder.path("empty"));
+  setTapeDriver(std::make_unique<VirtualDriver>(folder.path("empty")));
+  selectInput([&](WINDOW d) {
+    EXPECT_TRUE(toolkit.rows(d, DRV_LIST).empty());
+    toolkit.press(d, DRV_CANCEL);
+  });
+  EXPECT_EQ(chooseOutputDrives(units), DriveAnswer::Cancelled);
+  EXPECT_EQ(toolkit.notes, (Lines(2, "No available drives were found.")));
+}
+
+// ---- the next tape ----------------------------------------------------------------------------------------------
+
+TEST_F(TapeDialogs, InputContinuationOpensTheNextTape) {
+  units->unloadAtEot = true;
+  openInput("one");
+  tlv_unload(units, 0);
+  writeFile(folder.path("recorded.tap"), tapImage({block(700, 9), MARK, MARK}));
+  toolkit.onModal(DLG_IN_CONTINUE, [&](WINDOW d) {
+    EXPECT_EQ(toolkit.text(d, IC_DRIVE), "VIRTUAL one");
+    EXPECT_EQ(toolkit.text(d, IC_STATUS), "Offline");
+    EXPECT_EQ(toolkit.text(d, IC_FILE_COUNT), "1");
+    toolkit.sendControl(xvt_win_get_ctl(d, IC_FILE_COUNT), CTL_FOCUS_GAIN);
+    EXPECT_TRUE(toolkit.visible(d, IC_HINT)) << "the keyboard at opening is no action";
+    for (const int control : {1, 3, 4, 10, 11, 6, 7}) EXPECT_FALSE(toolkit.enabled(d, control)) << control;
+    toolkit.press(d, IC_OPEN);
+    EXPECT_FALSE(toolkit.visible(d, IC_HINT));
+    EXPECT_EQ(toolkit.text(d, IC_STATUS), "Online");
+    EXPECT_EQ(toolkit.focus, xvt_win_get_ctl(d, IC_CONTINUE)) << "Return must not stop the job";
+    for (const int control : {5, 14}) EXPECT_FALSE(toolkit.enabled(d, control)) << control;
+    EXPECT_TRUE(xvt_menu_is_item_enabled(TASK_WIN, CMD_REWIND));
+    toolkit.typeInto(d, IC_BLOCK_COUNT, "1");
+    toolkit.press(d, IC_SKIP_BLOCKS);
+    toolkit.press(d, IC_CONTINUE);
+  });
+  int more = 0;
+  askForInputTape(units, &more);
+  EXPECT_EQ(more, 1);
+  EXPECT_EQ(units->state, 1);
+}
+
+TEST_F(TapeDialogs, StopRewindsUnlessToldNotTo) {
+  for (const bool noRewind : {false, true}) {
+    openInput("one");
+    units->inputNoRewind = noRewind;
+    units->autoMode = true;
+    mark();
+    toolkit.onModal(DLG_IN_CONTINUE, [&](WINDOW d) { toolkit.press(d, IC_STOP); });
+    int more = 1;
+    askForInputTape(units, &more);
+    EXPECT_EQ(more, 0);
+    EXPECT_EQ(units->state, 0);
+    EXPECT_FALSE(units->autoMode);
+    EXPECT_EQ(newLines(), noRewind ? Lines{} : Lines{"Rewind \"VIRTUAL one\"."});
+  }
+}
+
+TEST_F(TapeDialogs, ClosingTheContinuationMeansNoTape) {
+  int more = 1;
+  toolkit.onModal(DLG_IN_CONTINUE, [&](WINDOW d) { toolkit.close(d); });
+  askForInputTape(units, &more);
+  EXPECT_EQ(more, 0);
+
+  // Asked without the job's reset: an answer given before stands, but a closed drive holds no tape.
+  more = 1;
+  InContinue data = {units, &more};
+  toolkit.onModal(DLG_IN_CONTINUE, [&](WINDOW d) { toolkit.close(d); });
+  xvt_dlg_create_res(WD_MODAL, DLG_IN_CONTINUE, tapeInContinue_eh, &data);
+  EXPECT_EQ(more, 0);
+  openInput("one");
+  more = 1;
+  toolkit.onModal(DLG_IN_CONTINUE, [&](WINDOW d) { toolkit.close(d); });
+  xvt_dlg_create_res(WD_MODAL, DLG_IN_CONTINUE, tapeInContinue_eh, &data);
+  EXPECT_EQ(more, 1);
+
+  toolkit.failNextDialog(DLG_IN_CONTINUE);
+  askForInputTape(units, &more);
+  EXPECT_EQ(more, 0);
+  EXPECT_EQ(toolkit.errors, Lines{"Error opening dialog"});
+}
+
+TEST_F(TapeDialogs, OutputContinuationTakesAnotherDrive) {
+  units->nOutputs = 1;
+  units[1].theListItem = -1;
+  toolkit.onModal(DLG_OUT_CONTINUE, [&](WINDOW d) {
+    EXPECT_FALSE(toolkit.enabled(d, OC_CONTINUE));
+    toolkit.press(d, OC_OPEN);
+    EXPECT_EQ(units[1].state, 0) << "no drive was chosen yet";
+    toolkit.onModal(DLG_OUTPUT_DRIVE, [&](WINDOW s) { toolkit.doubleClick(s, DRV_LIST, rowOf("two")); });
+    toolkit.press(d, OC_SELECT_DRIVE);
+    EXPECT_EQ(toolkit.errors,
+              (Lines{"Tape in drive \"VIRTUAL two\" is write protected.\n", "Error opening drive \"VIRTUAL two\"."}));
+    EXPECT_EQ(toolkit.text(d, OC_STATUS), "Offline");
+    toolkit.onModal(DLG_OUTPUT_DRIVE, [&](WINDOW s) { toolkit.doubleClick(s, DRV_LIST, rowOf("one")); });
+    toolkit.press(d, OC_SELECT_DRIVE);
+    EXPECT_EQ(toolkit.text(d, OC_DRIVE), "VIRTUAL one");
+    EXPECT_EQ(toolkit.text(d, OC_STATUS), "Online");
+    toolkit.press(d, OC_CONTINUE);
+  });
+  int more = 0;
+  askForOutputTape(units, 1, &more);
+  EXPECT_EQ(more, 1);
+  EXPECT_EQ(units[1].state, 1);
+}
+
+// ---- control by hand --------------------------------------------------------------------------------------------
+
+TEST_F(TapeDialogs, ControlDialogFollowsTheDrive) {
+  toolkit.chooseMenu(CMD_TAPE_CONTROL);
+  const WINDOW d = gControlWindow;
+  EXPECT_EQ(toolkit.text(d, TC_DRIVE), "No drive selected");
+  EXPECT_FALSE(toolkit.enabled(d, TC_REWIND) || toolkit.enabled(d, TC_SKIP_BLOCKS));
+  toolkit.onModal(DLG_INPUT_DRIVE, [&](WINDOW s) { toolkit.doubleClick(s, DRV_LIST, rowOf("one")); });
+  toolkit.press(d, TC_SELECT_DRIVE);
+  EXPECT_EQ(toolkit.text(d, TC_DRIVE), "VIRTUAL one");
+  EXPECT_EQ(toolkit.text(d, TC_MIN_BLOCK), "1 byte");
+  EXPECT_EQ(toolkit.text(d, TC_MAX_BLOCK), "32 KB");
+  EXPECT_TRUE(xvt_menu_is_item_enabled(TASK_WIN, CMD_REWIND));
+
+  toolkit.typeInto(d, TC_BLOCK_COUNT, "2");
+  mark();
+  toolkit.press(d, TC_SKIP_BLOCKS);
+  EXPECT_EQ(newLines(), Lines{"2 blocks skipped forward."});
+  EXPECT_EQ(toolkit.text(d, TC_BLOCK_NUMBER), "2") << "the driver's number";
+  toolkit.chooseMenu(CMD_REWIND);
+  EXPECT_EQ(toolkit.text(d, TC_BLOCK_NUMBER), "1") << "the menu acts through the dialog";
+
+  mark();
+  toolkit.press(d, TC_WRITE_EOF);
+  EXPECT_EQ(std::ranges::count(newLines(), "Wrote EOF."), 0) << "an input is open for reading only";
+
+  toolkit.onModal(DLG_SKIP_FILES, [&](WINDOW s) {
+    EXPECT_EQ(toolkit.text(s, SKIP_COUNT), "1");
+    toolkit.press(s, SKIP_OK);
+  });
+  toolkit.chooseMenu(CMD_SKIP_FILES);
+  EXPECT_EQ(toolkit.text(d, TC_FILE_NUMBER), "1");
+
+  toolkit.press(d, TC_UNLOAD);
+  EXPECT_EQ(toolkit.text(d, TC_DRIVE), "No drive selected");
+  EXPECT_EQ(toolkit.text(d, TC_MAX_BLOCK), "");
+  EXPECT_FALSE(xvt_menu_is_item_enabled(TASK_WIN, CMD_REWIND));
+  toolkit.close(d);
+  EXPECT_EQ(gControlWindow, NULL_WIN);
+  EXPECT_EQ(gControlWindowUp, 0);
+}
+
+TEST_F(TapeDialogs, OpeningByHandReportsAlsoInAutomaticMode) {
+  units->autoMode = true;
+  selectInput([&](WINDOW d) {
+    toolkit.select(d, DRV_LIST, rowOf("three"));
+    toolkit.press(d, DRV_OK);
+  });
+  units->autoMode = true;
+  EXPECT_FALSE(openChosenDrive(units, 0));
+  EXPECT_FALSE(toolkit.errors.empty());
+  EXPECT_TRUE(units->autoMode);
+}
+
+TEST(BlockSizes, InWords) {
+  const std::pair<int, const char*> cases[] = {{0, "0 bytes"},    {1, "1 byte"},          {1023, "1023 bytes"},
+                                               {1024, "1 KB"},    {65535, "63 KB"},       {1048575, "1023 KB"},
+                                               {1048576, "1 MB"}, {2147483647, "2047 MB"}};
+  for (const auto& [bytes, words] : cases) {
+    char text[BLOCK_STR_SIZE];
+    makeBlockStr(text, bytes);
+    EXPECT_STREQ(text, words);
+  }
+}
+
+TEST_F(TapeDialogs, WarnsOnceForEachTapeNotAtItsBeginning) {
+  openInput("one");
+  checkBOT(units);
+  EXPECT_EQ(toolkit.beeps, 0);
+  tlv_skip_blocks(units, 0, 2);
+  toolkit.onModal(DLG_TAPE_POSITION, [&](WINDOW d) {
+    EXPECT_EQ(toolkit.text(d, TP_DRIVE), "VIRTUAL one");
+    toolkit.press(d, TP_REWIND);
+    EXPECT_EQ(toolkit.text(d, TP_HEADING), "This tape is at its beginning");
+    EXPECT_TRUE(xvt_vobj_is_valid(d));
+    toolkit.press(d, TP_OK);
+  });
+  checkBOT(units);
+  EXPECT_EQ(toolkit.beeps, 1);
+  EXPECT_EQ(units->blockNum, 1);
+  // One block or one file on, the numbers, which count from 0 after spacing, are those of a tape at its beginning; and
+  // a tape that was left elsewhere stands there when it is opened.
+  for (const auto& move : std::initializer_list<std::function<void()>>{[this] { tlv_skip_blocks(units, 0, 1); },
+                                                                       [this] { tlv_skip_files(units, 0, 1); },
+                                                                       [this] { tlv_tape_open(units, 0); }}) {
+    const int before = toolkit.beeps;
+    move();
+    EXPECT_EQ(units->blockNum * units->fileNum, 1);
+    toolkit.onModal(DLG_TAPE_POSITION, [&](WINDOW d) { toolkit.press(d, TP_OK); });
+    checkBOT(units);
+    EXPECT_EQ(toolkit.beeps, before + 1);
+  }
+  tlv_rewind(units, 0);
+  toolkit.failNextDialog(DLG_TAPE_POSITION);
+  tlv_skip_blocks(units, 0, 2);
+  checkBOT(units);
+  EXPECT_EQ(toolkit.errors, Lines{"Error opening dialog"});
+}
+
+// ---- progress and error options ---------------------------------------------------------------------------------
+
+class Progress : public ShellTest {
+ protected:
+  Progress() { startUp(); }
+  WINDOW open(int jobType, int inputType, int* first) {
+    items = {jobType, inputType, first, &percent, &tapeCounter, &abortFlag};
+    return xvt_dlg_create_res(WD_MODELESS, DLG_PROGRESS, ProgressDlg_eh, &record);
+  }
+  void end() {
+    EVENT destroy;
+    destroy.type = E_DESTROY;
+    xvt_win_dispatch_event(window, &destroy);
+  }
+  int percent = 42;
+  int tapeCounter = 8;
+  int abortFlag = 0;
+  WINDOW window = NULL_WIN;
+  ProgrStruct items{};
+  ProgressRecord record{&items, &window};
+};
+
+TEST_F(Progress, WordsAndCountersOfEachJob) {
+  struct Case {
+    int jobType;
+    const char *title, *first, *second, *value;
+  };
+  const Case cases[] = {
+      {100, "SEG Y Copy Progress", "Traces input:", "Traces output:", "8"},
+      {101, "SEG D Copy Progress", "Files processed:", "Traces output:", "8"},
+      {9999, "Merge Progress", "Traces input:", "Tape files processed:", "7"},
+      {99999, "Report Progress", "Records processed:", "Tape files processed:", "7"},
+      {10, "Reformat Progress", "Traces output:", "Tape files processed:", "7"},
+      {55, "Reformat Progress", "Records processed:", "Tape files processed:", "7"},
+  };
+  for (const Case& expected : cases) {
+    int things = 17;
+    const WINDOW d = open(expected.jobType, UT_TAPE, &things);
+    EXPECT_EQ(window, d);
+    EXPECT_EQ(toolkit.title(d), expected.title);
+    EXPECT_EQ(toolkit.text(d, 1), expected.title);
+    EXPECT_EQ(toolkit.text(d, 2), expected.first);
+    EXPECT_EQ(toolkit.text(d, 4), "17");
+    EXPECT_EQ(toolkit.text(d, 3), expected.second);
+    EXPECT_EQ(toolkit.text(d, 5), expected.value);
+    end();
+    EXPECT_EQ(window, NULL_WIN);
+  }
+}
+
+TEST_F(Progress, ImageCopyCountsBytesInAFloat) {
+  float bytes = 1234567.0F;
+  int first = 0;
+  static_assert(sizeof first == sizeof bytes);
+  const WINDOW d = open(99, UT_TAPE, static_cast<int*>(static_cast<void*>(&bytes)));
+  EXPECT_EQ(toolkit.text(d, 2), "Bytes copied:");
+  EXPECT_EQ(toolkit.text(d, 4), "1234567");
+  EXPECT_EQ(toolkit.text(d, 3), "Tape blocks copied:");
+  EXPECT_EQ(toolkit.text(d, 5), "7");
+  EXPECT_FALSE(toolkit.visible(d, 6));
+  const long timer = xvt_timer_create(d, PROGRESS_PERIOD);
+  bytes = 2e9F;
+  toolkit.advance(PROGRESS_PERIOD);
+  EXPECT_EQ(toolkit.text(d, 4), "2000000000");
+  xvt_timer_destroy(timer);
+  end();
+}
+
+TEST_F(Progress, DiskInputShowsTheMeterAsItWasDrawn) {
+  int traces = 3;
+  const WINDOW d = open(100, UT_DISK, &traces);
+  EXPECT_TRUE(toolkit.visible(d, 6));
+  EXPECT_TRUE(toolkit.visible(d, 8));
+  EXPECT_FALSE(toolkit.visible(d, 3));
+  EXPECT_FALSE(toolkit.visible(d, 5));
+  const WINDOW meter = xvt_win_get_ctl(d, 6);
+  RCT before;
+  xvt_vobj_get_outer_rect(meter, &before);
+  setMeter(d, 77);
+  RCT after;
+  xvt_vobj_get_outer_rect(meter, &after);
+  EXPECT_EQ(std::memcmp(&before, &after, sizeof before), 0);
+  EXPECT_EQ(xvt_ctl_get_meter(meter), 0);
+  end();
+}
+
+TEST_F(Progress, StopButtonAndCloseBoxSetTheFlag) {
+  int things = 0;
+  for (const bool byButton : {true, false}) {
+    abortFlag = 0;
+    const WINDOW d = open(101, UT_TAPE, &things);
+    if (byButton) {
+      toolkit.press(d, 7);
+      toolkit.press(d, 7);
+    } else {
+      toolkit.close(d);
+    }
+    EXPECT_EQ(abortFlag, 1);
+    EXPECT_TRUE(xvt_vobj_is_valid(d)) << "the job closes it";
+    end();
+    EXPECT_FALSE(xvt_vobj_is_valid(d));
+  }
+}
+
+class ErrorOptions : public ShellTest {
+ protected:
+  ErrorOptions() { startUp(); }
+  ~ErrorOptions() override { set(false, false, false, false); }
+  void set(bool abort, bool inRewind, bool outRewind, bool multiple) {
+    units->inputAbort = abort;
+    units->inputNoRewind = inRewind;
+    units->outputNoRewind = outRewind;
+    units->useMultipleOut = multiple;
+  }
+  std::vector<bool> flags() {
+    return {units->inputAbort, units->inputNoRewind, units->outputNoRewind, units->useMultipleOut};
+  }
+  void run(const ToolkitDouble::ModalScript& use) {
+    toolkit.onModal(DLG_ERROR_OPTIONS, use);
+    xvt_dlg_create_res(WD_MODAL, DLG_ERROR_OPTIONS, ErrorDlg_eh, &units->inputAbort);
+  }
+};
+
+TEST_F(ErrorOptions, OkWithoutATouchLeavesAllFourFlags) {
+  set(false, true, false, true);
+  run([&](WINDOW d) {
+    EXPECT_TRUE(toolkit.checked(d, 2)) << "any of the four checks the box";
+    toolkit.press(d, 3);
+  });
+  EXPECT_EQ(flags(), (std::vector<bool>{false, true, false, true}));
+}
+
+TEST_F(ErrorOptions, AToggleClearsTheOtherThree) {
+  set(false, true, true, true);
+  run([&](WINDOW d) {
+    toolkit.press(d, 2);
+    EXPECT_FALSE(toolkit.checked(d, 2));
+    toolkit.press(d, 2);
+    EXPECT_TRUE(toolkit.checked(d, 2));
+    toolkit.press(d, 3);
+  });
+  EXPECT_EQ(flags(), (std::vector<bool>{true, false, false, false}));
+}
+
+TEST_F(ErrorOptions, CancelAndCloseWriteNothing) {
+  set(true, false, false, false);
+  for (const bool byButton : {true, false})
+    run([&](WINDOW d) {
+      toolkit.press(d, 2);
+      byButton ? toolkit.press(d, 4) : toolkit.close(d);
+    });
+  EXPECT_EQ(flags(), (std::vector<bool>{true, false, false, false}));
+  toolkit.onModal(DLG_ERROR_OPTIONS, [&](WINDOW d) {
+    EXPECT_FALSE(toolkit.enabled(d, 2));
+    toolkit.press(d, 3);
+  });
+  xvt_dlg_create_res(WD_MODAL, DLG_ERROR_OPTIONS, ErrorDlg_eh, nullptr);
+}
+
+}  // namespace

@@ -1,0 +1,573 @@
+// The SEG D copy from disk to disk: names, lists, zeroed traces, damaged headers, the log, full disks.
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <csignal>
+
+#include "tests/segdcopy/segd_fixture.h"
+
+namespace {
+
+FieldFile fileOf(int number, unsigned seed = 1) {
+  FieldFile file;
+  file.number = number;
+  file.seed = seed;
+  return file;
+}
+
+class SegdDiskTest : public SegdTest {
+ protected:
+  Lines logLines(const std::string& name = "SegdCopy.txt") {
+    Lines lines;
+    std::ifstream file(folder.path(name));
+    for (std::string line; std::getline(file, line);) {
+      lines.push_back(line);
+    }
+    return lines;
+  }
+  /// Replaces bytes of the input file.
+  void damage(const std::string& name, std::size_t place, const std::string& bytes) {
+    std::string all = readFile(folder.path("in/" + name));
+    all.replace(place, bytes.size(), bytes);
+    writeFile(folder.path("in/" + name), all);
+  }
+};
+
+TEST_F(SegdDiskTest, WritesOneFileForEachAndEveryLine) {
+  FieldFile one = fileOf(1234);
+  one.sets = {{2, 20}, {0, 20}, {1, 20}};
+  one.extended = 2;
+  one.external = 1;
+  const FieldFile two = fileOf(7, 2);
+  put("b.segd", two);
+  put("a.segd", one);
+  put("c.sgd", fileOf(9));  // another extension
+  EXPECT_EQ(copyFiles("in/b.segd"), 0);
+  EXPECT_EQ(outNames(), (Lines{"line_00001.sgd", "line_00002.sgd"}));
+  EXPECT_EQ(out("line_00001.sgd"), one.file());
+  EXPECT_EQ(out("line_00002.sgd"), two.file());
+  const Lines expected = {" ",
+                          "SEG D copy started at DATE.",
+                          " ",
+                          " ",
+                          " ",
+                          "SEG D format code:   8058",
+                          " ",
+                          "Field File:   1234  -     3 traces",
+                          "Copied file  a.segd .",
+                          "Field File:      7  -     2 traces",
+                          "Copied file  b.segd .",
+                          " ",
+                          " ",
+                          "SEG D Copy Summary:",
+                          "   " + std::to_string(one.file().size() + two.file().size()) + " bytes copied.",
+                          "   2 field files copied.",
+                          " ",
+                          "SEG D copy ended at DATE.",
+                          " "};
+  EXPECT_EQ(consoleWithoutDates(), expected);
+  Lines log = logLines();
+  ASSERT_EQ(log.size(), expected.size());
+  EXPECT_TRUE(log[1].starts_with("SEG D copy started at "));
+  log.erase(log.begin() + 1);
+  EXPECT_EQ(log[10], expected[11]);
+
+  SgdParams.useLog = false;
+  SgdParams.ffidOption = true;
+  std::filesystem::remove(folder.path("SegdCopy.txt"));
+  EXPECT_EQ(copyFiles("in/b.segd"), 0);
+  EXPECT_EQ(out("line_01234.sgd"), one.file());
+  EXPECT_EQ(out("line_00007.sgd"), two.file());
+  EXPECT_FALSE(std::filesystem::exists("SegdCopy.txt"));
+}
+
+TEST_F(SegdDiskTest, NamesComeFromWhatStandsBeforeTheLastPoint) {
+  put("a.segd", fileOf(1));
+  const std::pair<const char*, const char*> names[] = {
+      {"line.old.sgd", "line.old_00001.sgd"}, {"line", "line_00001.sgd"}, {"", "_00001.sgd"}};
+  for (const auto& [given, made] : names) {
+    SgdParams.outFile[0] = '\0';
+    openInputFile("in/a.segd");
+    openOutputDirectory("x");
+    copyText(units[1].fs.name, given);
+    EXPECT_EQ(run(), 0);
+    EXPECT_TRUE(hasOut(made)) << made;
+  }
+  FieldFile large = fileOf(1);
+  large.sets = {};
+  std::string bytes = large.file();
+  bytes.replace(0, 2, "\xFF\xFF");
+  bytes.replace(32, 3, "\x12\xD6\x87");  // 1234567
+  writeFile(folder.path("in/a.segd"), bytes);
+  SgdParams.ffidOption = true;
+  EXPECT_EQ(copyFiles(), 0);
+  EXPECT_TRUE(hasOut("line_1234567.sgd"));
+  EXPECT_TRUE(consoleHas("Field File: 1234567  -     0 traces"));
+}
+
+TEST_F(SegdDiskTest, SkippedFilesCountInTheNamesOnly) {
+  for (int number = 9; number <= 13; ++number) {
+    put("f" + std::to_string(number + 10) + ".segd", fileOf(number));
+  }
+  listFieldFiles("10 - 11\n13\n");
+  EXPECT_EQ(copyFiles("in/f20.segd"), 0);
+  EXPECT_EQ(outNames(), (Lines{"line_00002.sgd", "line_00003.sgd", "line_00005.sgd"}));
+  EXPECT_TRUE(consoleHas("Field File:      9  skipped"));
+  EXPECT_TRUE(consoleHas("   3 field files copied."));
+  EXPECT_EQ(logLines().at(0), " ");
+  EXPECT_EQ(logLines().at(1).substr(0, 10), "SEG D copy");  // the list was read before
+
+  std::filesystem::remove_all("out");
+  std::filesystem::create_directory("out");
+  listFieldFiles("10 - 11\n13\n", SEGD_EXCLUDE);
+  EXPECT_EQ(copyFiles("in/f20.segd"), 0);
+  EXPECT_EQ(outNames(), (Lines{"line_00001.sgd", "line_00004.sgd"}));
+
+  std::filesystem::remove(folder.path("files.txt"));
+  EXPECT_EQ(copyFiles("in/f20.segd"), -1);
+  EXPECT_FALSE(consoleHas("SEG D copy started at DATE."));
+}
+
+TEST_F(SegdDiskTest, ZeroedTracesKeepTheirHeaders) {
+  FieldFile file = fileOf(1);
+  file.sets = {{4, 20}};
+  file.extensions = 2;
+  file.samples = 12;  // more than the record's 10
+  put("a.segd", file);
+  listZeroes("2 - 3\n", 5, SEGD_KEY_INT16);
+  std::string expected = file.file();
+  const std::size_t header = file.header().size();
+  const std::size_t trace = 20 + 64 + 48;
+  for (const std::size_t i : {1U, 2U}) {
+    expected.replace(header + i * trace + 84, 48, std::string(48, '\0'));
+  }
+  EXPECT_EQ(copyFiles(), 0);
+  EXPECT_EQ(out("line_00001.sgd"), expected);
+
+  SgdParams.trcLimByte = 20;
+  EXPECT_EQ(copyFiles(), -1);
+  EXPECT_TRUE(
+      consoleHas("  *** The zero list key (byte 20, 2 byte integer) does not lie within the 20 bytes of a trace "
+                 "header."));
+}
+
+TEST_F(SegdDiskTest, LengthsComeFromRecordSetsOrExtensions) {
+  FieldFile file = fileOf(1);
+  file.sets = {{2, 10}, {1, 40}};
+  writeFile(folder.path("in/a.segd"), file.file(true));
+  SgdParams.useScanHdr = true;
+  EXPECT_EQ(copyFiles(), 0);
+  EXPECT_EQ(out("line_00001.sgd"), file.file(true));
+
+  // Without them the reading ends up among samples, and that is said.
+  SgdParams.useScanHdr = false;
+  EXPECT_EQ(copyFiles(), -1);
+  EXPECT_TRUE(
+      lineWith("  *** a.segd, byte 189: the header of trace 2 cannot be true; traces may have other lengths than "
+               "the record")
+          .size() > 0)
+      << lineWith("  *** a.segd");
+  EXPECT_TRUE(consoleHas(
+      "  *** The lengths in the channel set headers would fit a.segd exactly: turn \"Take trace lengths from "
+      "the channel set headers\" on."));
+  EXPECT_TRUE(consoleHas("  *** Error reading input file a.segd - job will abort."));
+  EXPECT_TRUE(
+      consoleHas("  ** Field file 1 is not complete: " + folder.path("out/line_00001.sgd") + " holds 1 trace of it."));
+  EXPECT_TRUE(consoleHas("   0 field file copied."));
+  EXPECT_EQ(out("line_00001.sgd").size(), file.header().size() + 60);
+}
+
+TEST_F(SegdDiskTest, AnOverriddenUnitChangesTheLengths) {
+  FieldFile file = fileOf(1);
+  file.milliseconds = 200;
+  std::string bytes = file.file();
+  bytes.replace(25, 2, std::string("\x80\x02", 2));  // 2 units in block 1 itself
+  writeFile(folder.path("in/a.segd"), bytes);
+  SgdParams.recLenOR = true;
+  SgdParams.recLenFactor = 1.0F;
+  EXPECT_EQ(copyFiles(), 0);
+  EXPECT_EQ(out("line_00001.sgd"), bytes);
+  SgdParams.recLenOR = false;  // 204 ms
+  EXPECT_EQ(copyFiles(), -1);
+}
+
+TEST_F(SegdDiskTest, HeadersLargerThanTheTapeBufferAreReadWhole) {
+  FieldFile file = fileOf(1);
+  file.sets.assign(99, {0, 20});
+  file.sets[98].traces = 3;
+  std::string bytes = file.header();
+  bytes[29] = bcd(40);  // skew blocks
+  bytes[30] = bytes[31] = static_cast<char>(0xFF);
+  bytes.replace(32 + 5, 4, std::string("\x05\x00\x01\x2C", 4));  // 1280 extended, 300 external blocks
+  bytes += block(32 * std::size_t{40 + 1280 + 300}, 5);
+  for (const std::string& each : file.traces()) {
+    bytes += each;
+  }
+  writeFile(folder.path("in/a.segd"), bytes);
+  EXPECT_EQ(copyFiles(), 0);
+  EXPECT_EQ(out("line_00001.sgd"), bytes);
+  EXPECT_TRUE(consoleHas("Field File:      1  -     3 traces"));
+}
+
+/// A trailer is announced, or zeros, or shorter than a trace; anything else are traces that were not read.
+TEST_F(SegdDiskTest, WhatFollowsTheLastTraceIsCounted) {
+  FieldFile file = fileOf(1);
+  writeFile(folder.path("in/a.segd"), file.file() + std::string(59, 'x'));
+  writeFile(folder.path("in/b.segd"), file.file() + "x");
+  writeFile(folder.path("in/c.segd"), file.file() + std::string(300000, '\0'));
+  writeFile(folder.path("in/d.segd"), file.file() + std::string(96, 'x'));
+  damage("d.segd", 32 + 13, "\x03");
+  EXPECT_EQ(copyFiles(), 0);
+  EXPECT_EQ(out("line_00001.sgd"), file.file());
+  EXPECT_TRUE(consoleHas("  ** 59 bytes of a.segd behind its last announced trace were not copied."));
+  EXPECT_TRUE(consoleHas("  ** 1 byte of b.segd behind its last announced trace was not copied."));
+  EXPECT_TRUE(consoleHas("   4 field files copied."));
+  damage("d.segd", 32 + 13, "\x02");
+  EXPECT_EQ(copyFiles(), -1);
+  EXPECT_TRUE(
+      consoleHas("  *** d.segd, byte 217: the trace lengths do not fit the file: 96 bytes follow behind the last of 2 "
+                 "traces."));
+  EXPECT_TRUE(consoleHas("   3 field files copied."));
+  EXPECT_TRUE(consoleHas("  ** Field file 1: " + folder.path("out/line_00004.sgd") +
+                         " holds all of its 2 announced traces, and not the 96 bytes that follow."));
+}
+
+/// Samples that are zero pass for trace headers, in either direction of the mistake.
+TEST_F(SegdDiskTest, HalfOfAFileDoesNotStayBehind) {
+  for (const bool bySets : {false, true}) {
+    SCOPED_TRACE(bySets);
+    FieldFile file = fileOf(1);
+    file.sets = {{4, bySets ? 20 : 40}};
+    file.milliseconds = bySets ? 40 : 20;
+    std::string bytes = file.header();
+    for (const std::string& each : file.traces()) {
+      bytes += each.substr(0, 20) + std::string(80, '\0');
+    }
+    writeFile(folder.path("in/a.segd"), bytes);
+    SgdParams.useScanHdr = bySets;
+    EXPECT_EQ(copyFiles(), -1);
+    EXPECT_TRUE(
+        consoleHas("  *** a.segd, byte 337: the trace lengths do not fit the file: 160 bytes follow behind the last of "
+                   "4 traces."));
+    EXPECT_FALSE(lineWith(bySets ? "  *** The lengths of the record would fit a.segd exactly: turn"
+                                 : "  *** The lengths in the channel set headers would fit a.segd exactly: turn")
+                     .empty());
+    EXPECT_TRUE(consoleHas("   0 field file copied."));
+    SgdParams.useScanHdr = !bySets;
+    EXPECT_EQ(copyFiles(), 0);
+    EXPECT_EQ(out("line_00001.sgd"), bytes);
+  }
+}
+
+TEST_F(SegdDiskTest, ChannelSetsThatAreNoNumbersAreWarnedOfWhereTheLengthsFit) {
+  put("a.segd", fileOf(1));
+  damage("a.segd", 96 + 2, "\xAB");
+  damage("a.segd", 96 + 60 + 3, "\xFA");
+  const std::string bytes = readFile(folder.path("in/a.segd"));
+  EXPECT_EQ(copyFiles(), 0);
+  EXPECT_EQ(out("line_00001.sgd"), bytes);
+  EXPECT_TRUE(
+      consoleHas("  ** a.segd, byte 97: the scan type (0xAB) or channel set (0x01) of trace 1 is no number; the trace "
+                 "lengths fit the file, and it is copied."));
+  EXPECT_TRUE(lineWith("  ** a.segd, byte 157").empty());  // once for a file
+  writeFile(folder.path("in/a.segd"), bytes + std::string(512, '\0'));
+  EXPECT_EQ(copyFiles(), 0);
+  EXPECT_EQ(out("line_00001.sgd"), bytes);
+  writeFile(folder.path("in/a.segd"), bytes.substr(0, bytes.size() - 1));
+  EXPECT_EQ(copyFiles(), -1);
+  EXPECT_TRUE(
+      consoleHas("  *** a.segd, byte 97: the header of trace 1 cannot be true; there may be headers that no count "
+                 "announces."));
+}
+
+/// Every length that a file can be cut to: an error with its place, no crash, whole traces only.
+TEST_F(SegdDiskTest, CutFilesFailAtTheirPlace) {
+  FieldFile file = fileOf(1);
+  file.extensions = 1;
+  file.samples = 11;
+  file.extended = 1;
+  const std::string whole = file.file();
+  const std::size_t header = file.header().size();
+  const std::size_t trace = 20 + 32 + 44;
+  for (std::size_t length = 0; length < whole.size(); length += length < header ? 13 : 7) {
+    SCOPED_TRACE(length);
+    std::filesystem::remove("out/line_00001.sgd");
+    writeFile(folder.path("in/a.segd"), whole.substr(0, length));
+    EXPECT_EQ(copyFiles(), -1);
+    EXPECT_FALSE(lineWith("  *** a.segd, byte ").empty());
+    EXPECT_TRUE(consoleHas("  *** Error reading input file a.segd - job will abort."));
+    EXPECT_TRUE(consoleHas("  *** Job Failed."));
+    EXPECT_TRUE(consoleHas("SEG D copy ended at DATE."));
+    const std::size_t kept = length < header ? 0 : header + (length - header) / trace * trace;
+    EXPECT_EQ(out("line_00001.sgd"), whole.substr(0, kept));
+    EXPECT_TRUE(consoleHas("   " + std::to_string(kept) + " bytes copied."));
+  }
+}
+
+TEST_F(SegdDiskTest, HeadersThatCannotBeTrueAreNamed) {
+  const FieldFile file = fileOf(1);
+  const struct {
+    std::size_t place;
+    std::string bytes;
+    std::string line;
+  } cases[] = {
+      {28, "\xFF", "  *** a.segd, byte 29: the general header cannot be true (0xFF is no number of blocks)."},
+      {64 + 9, "\x2F",
+       "  *** a.segd, byte 74: channel set descriptor 1 cannot be true (0x2F in its number of channels)."},
+      {30, "\x99", "  *** a.segd, byte 97: 3168 bytes of extended headers should follow; the file holds 120 more."},
+      {2, "\x80\x80",
+       "  *** a.segd, byte 3: SEG D format code 8080 is unknown, and no file came before: the size of a sample is not "
+       "known."},
+      {46, std::string("\x01\x00\x00", 3),
+       "  *** a.segd, byte 97: trace 1 should have 131072 bytes of samples; the file holds 100 more."},
+      {96 + 9, "\xFF",
+       "  *** a.segd, byte 97: the header of trace 1 of 2 announces 255 extensions (8160 bytes); the file holds 100 "
+       "more."},
+      {96 + 9, '\x01' + std::string(19, '\0') + '\x64',
+       "  *** a.segd, byte 97: trace 1 should have 400 bytes of samples; the file holds 68 more; the header of trace 1 "
+       "announces 1 extension (32 bytes)."},
+      {96 + 60 + 9, '\x01' + std::string(19, '\0') + '\x64',
+       "  *** a.segd, byte 157: trace 2 should have 400 bytes of samples; the file holds 8 more; the header of trace 2 "
+       "announces 1 extension (32 bytes), that of trace 1 0."},
+  };
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.line);
+    put("a.segd", file);
+    damage("a.segd", each.place, each.bytes);
+    EXPECT_EQ(copyFiles(), -1);
+    EXPECT_TRUE(consoleHas(each.line)) << lineWith("  *** ");
+  }
+  // A set whose end lies before its beginning.
+  put("a.segd", file);
+  damage("a.segd", 64 + 2, std::string("\x00\x10\x00\x01", 4));
+  SgdParams.useScanHdr = true;
+  EXPECT_EQ(copyFiles(), -1);
+  EXPECT_TRUE(consoleHas("  *** a.segd, byte 97: the channel set of trace 1 ends before it begins."));
+}
+
+TEST_F(SegdDiskTest, AnIntervalOfZeroNeedsCountsInTheTraces) {
+  FieldFile file = fileOf(1);
+  file.extensions = 1;
+  file.samples = 10;
+  put("a.segd", file);
+  damage("a.segd", 22, std::string(1, '\0'));
+  const std::string bytes = readFile(folder.path("in/a.segd"));
+  EXPECT_EQ(copyFiles(), 0);
+  EXPECT_EQ(out("line_00001.sgd"), bytes);
+  EXPECT_FALSE(lineWith("  ** a.segd, byte 23: the sample interval is 0;").empty());
+  put("a.segd", fileOf(1));
+  damage("a.segd", 22, std::string(1, '\0'));
+  EXPECT_EQ(copyFiles(), -1);
+  EXPECT_TRUE(consoleHas("  *** a.segd, byte 97: the length of trace 1 is not known (the sample interval is 0)."));
+}
+
+TEST_F(SegdDiskTest, AnUnknownFormatKeepsTheSampleSizeOfTheFileBefore) {
+  put("a.segd", fileOf(1));
+  put("b.segd", fileOf(2));
+  damage("b.segd", 2, "\x80\x80");
+  EXPECT_EQ(copyFiles(), 0);
+  EXPECT_EQ(out("line_00002.sgd"), readFile(folder.path("in/b.segd")));
+  EXPECT_TRUE(
+      consoleHas("  ** b.segd: SEG D format code 8080 is unknown; samples are taken as 4 bytes, as in the file "
+                 "before."));
+}
+
+// ---- what must not be overwritten -------------------------------------------------------------------------------
+
+TEST_F(SegdDiskTest, InputsAreNeverOverwritten) {
+  const FieldFile file = fileOf(1);
+  put("a.segd", file);
+  put("b.segd", fileOf(2));
+  std::filesystem::create_hard_link("in/b.segd", "out/line_00001.sgd");
+  EXPECT_EQ(copyFiles(), -1);
+  EXPECT_TRUE(consoleHas("  *** Output file " + folder.path("out/line_00001.sgd") +
+                         " is an input of this job and is not written."));
+  EXPECT_EQ(readFile("in/b.segd"), fileOf(2).file());
+  EXPECT_EQ(readFile("in/a.segd"), file.file());
+
+  // The log, too, by whatever path.
+  std::filesystem::remove("out/line_00001.sgd");
+  std::filesystem::remove("SegdCopy.txt");
+  std::filesystem::create_symlink(folder.path("in/a.segd"), "SegdCopy.txt");
+  EXPECT_EQ(copyFiles(), 0);
+  EXPECT_EQ(readFile("in/a.segd"), file.file());
+  EXPECT_FALSE(SgdParams.useLog);
+  EXPECT_EQ(toolkit.errors, Lines{"Error opening file " + folder.path("SegdCopy.txt")});
+}
+
+TEST_F(SegdDiskTest, TheSameNumberGivesTheSameNameAndOtherwiseNoFileIsWrittenTwice) {
+  put("a.segd", fileOf(5, 1));
+  put("b.segd", fileOf(5, 2));
+  SgdParams.ffidOption = true;
+  EXPECT_EQ(copyFiles(), 0);
+  EXPECT_EQ(outNames(), Lines{"line_00005.sgd"});
+  EXPECT_EQ(out("line_00005.sgd"), fileOf(5, 2).file());
+  EXPECT_TRUE(consoleHas("   2 field files copied."));
+  EXPECT_FALSE(lineWith("  ** Output file " + folder.path("out/line_00005.sgd") + " is written again").empty());
+
+  SgdParams.ffidOption = false;
+  std::filesystem::create_symlink("line_00001.sgd", "out/line_00002.sgd");
+  EXPECT_EQ(copyFiles(), -1);
+  EXPECT_EQ(out("line_00001.sgd"), fileOf(5, 1).file());
+  EXPECT_TRUE(consoleHas("  *** Output file " + folder.path("out/line_00002.sgd") +
+                         " is used by this job already and is not written."));
+}
+
+TEST_F(SegdDiskTest, WithoutInputsTheJobFails) {
+  put("a.segd", fileOf(1));
+  openInputFile("in/a.segd");
+  std::filesystem::remove("in/a.segd");
+  ASSERT_EQ(mkfifo("in/a.segd", 0600), 0);
+  openOutputDirectory();
+  EXPECT_EQ(run(), -1);
+  EXPECT_TRUE(consoleHas("  ** a.segd is no regular file and is not copied."));
+  std::filesystem::remove("in/a.segd");
+  EXPECT_TRUE(consoleHas("  *** No valid files found in directory."));
+  put("a.s*", fileOf(1));  // an extension is no pattern
+  put("a.segd", fileOf(2));
+  EXPECT_EQ(copyFiles("in/a.s*"), 0);
+  EXPECT_EQ(outNames(), Lines{"line_00001.sgd"});
+}
+
+// ---- log, messages, ends ----------------------------------------------------------------------------------------
+
+TEST_F(SegdDiskTest, TheConsoleShowsEveryNthFileAndTheLogAll) {
+  for (int number = 1; number <= 5; ++number) {
+    put("f" + std::to_string(number) + ".segd", fileOf(number));
+  }
+  SgdParams.itDecimates = true;
+  SgdParams.itsDecimateIntvl = 2;
+  EXPECT_EQ(copyFiles("in/f1.segd"), 0);
+  EXPECT_EQ(count("Field File:      1  -     2 traces"), 0);
+  EXPECT_EQ(count("Field File:      2  -     2 traces"), 1);
+  EXPECT_EQ(count("Field File:      3  -     2 traces"), 0);
+  EXPECT_EQ(count("Copied file  f3.segd ."), 1);  // one line only is held back
+  const Lines log = logLines();
+  EXPECT_EQ(
+      std::count_if(log.begin(), log.end(), [](const std::string& line) { return line.starts_with("Field File"); }), 5);
+  SgdParams.itsDecimateIntvl = 0;
+  EXPECT_EQ(copyFiles("in/f1.segd"), 0);
+  EXPECT_TRUE(consoleHas("  ** An interval of 0 field files is none: every one is shown."));
+  EXPECT_EQ(count("Field File:      3  -     2 traces"), 1);
+}
+
+TEST_F(SegdDiskTest, ALogThatFailsIsTurnedOffWithABox) {
+  put("a.segd", fileOf(1));
+  copyText(SgdParams.logDir, "/dev");
+  copyText(SgdParams.logFile, "full");
+  EXPECT_EQ(copyFiles(), 0);
+  EXPECT_EQ(toolkit.errors, Lines{"Error writing to log file"});
+  EXPECT_FALSE(SgdParams.useLog);
+  toolkit.errors.clear();
+  SgdParams.useLog = true;
+  copyText(SgdParams.logDir, folder.path("nowhere"));
+  EXPECT_EQ(copyFiles(), 0);
+  EXPECT_EQ(toolkit.errors, Lines{"Error opening file " + folder.path("nowhere/full")});
+  EXPECT_FALSE(SgdParams.useLog);
+}
+
+TEST_F(SegdDiskTest, AStopLeavesWholeTracesAndNamesTheFile) {
+  FieldFile file = fileOf(1);
+  file.sets = {{5, 20}};
+  put("a.segd", file);
+  put("b.segd", fileOf(2));
+  // Polled before each file and before each trace: every place that a stop can come at.
+  for (long at = 1; at <= 10; ++at) {
+    SCOPED_TRACE(at);
+    std::filesystem::remove_all("out");
+    std::filesystem::create_directory("out");
+    toolkit.pumps = 0;
+    toolkit.onPump = [this, at](long pumps) {
+      if (pumps == at) {
+        toolkit.press(toolkit.dialog(DLG_PROGRESS), PROG_STOP);
+      }
+    };
+    EXPECT_EQ(copyFiles(), 0);
+    toolkit.onPump = nullptr;
+    EXPECT_EQ(count("  *** Copy aborted by user at DATE."), 1);
+    EXPECT_EQ(logLines().back(), " ");
+    std::size_t bytes = 0;
+    for (const std::string& name : outNames()) {
+      bytes += out(name).size();
+    }
+    EXPECT_TRUE(consoleHas("   " + std::to_string(bytes) + " bytes copied."));
+    const long traces = std::clamp(at - 2, 0L, 5L);
+    const bool inFirst = at >= 2 && at <= 7;
+    EXPECT_EQ(out("line_00001.sgd").size(), at < 2 ? 0 : file.header().size() + 60 * static_cast<std::size_t>(traces));
+    EXPECT_EQ(lineWith("  ** Field file 1 is not complete: ").empty(), !inFirst);
+    EXPECT_TRUE(consoleHas(at <= 7 ? "   0 field file copied." : "   1 field file copied."));
+  }
+}
+
+TEST_F(SegdDiskTest, AFullDiskKeepsWholeTracesAndATrueCount) {
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  FieldFile file = fileOf(1);
+  file.milliseconds = 20000;
+  file.sets = {{20, 20000}};
+  put("a.segd", file);
+  const std::size_t trace = 20 + 40000;
+  const std::size_t header = file.header().size();
+  for (rlim_t room = 50; room < file.file().size(); room += 60007) {
+    SCOPED_TRACE(room);
+    SgdParams.useLog = room < 60000;
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    rlimit little = before;
+    little.rlim_cur = room;
+    openInputFile("in/a.segd");
+    openOutputDirectory();
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &little), 0);
+    EXPECT_EQ(run(), -1);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    const std::size_t traces = room < header ? 0 : (room - header) / trace;
+    const std::size_t kept = room < header ? 0 : header + traces * trace;
+    EXPECT_EQ(out("line_00001.sgd"), file.file().substr(0, kept));
+    EXPECT_TRUE(consoleHas("   " + std::to_string(kept) + " bytes copied."));
+    EXPECT_TRUE(consoleHas("  *** Error writing to output file - job will abort."));
+    EXPECT_TRUE(consoleHas(formatText("  ** Field file 1 is not complete: %s holds %zu trace%s of it.",
+                                      folder.path("out/line_00001.sgd").c_str(), traces, traces > 1 ? "s" : "")));
+  }
+  std::signal(SIGXFSZ, handler);
+}
+
+TEST_F(SegdDiskTest, AnUnwritableDirectoryAndAMissingDialogFailTheJob) {
+  put("a.segd", fileOf(1));
+  std::filesystem::create_directory("out/line_00001.sgd");
+  EXPECT_EQ(copyFiles(), -1);
+  EXPECT_TRUE(
+      consoleHas("  *** Error opening output file " + folder.path("out/line_00001.sgd") + " - job will abort."));
+  EXPECT_TRUE(consoleHas("   0 bytes copied."));
+  toolkit.failNextDialog(DLG_PROGRESS);
+  EXPECT_EQ(copyFiles(), -1);
+  EXPECT_EQ(toolkit.errors, Lines{"Error opening dialog"});
+}
+
+/// As a user does it: the format in the copy dialog, any file of a directory for the output.
+TEST_F(SegdDiskTest, RunsFromTheCopyDialogWithTheProgressInFiles) {
+  put("a.segd", fileOf(1));
+  put("b.segd", fileOf(2));
+  writeFile("out/any.sgd", "stays");
+  openCopyDialog();
+  copyText(SgdParams.logDir, folder.path(""));
+  toolkit.select(dialog, CP_FORMAT, 2);
+  chooseInputFile(folder.path("in/b.segd"));
+  chooseOutputFile(folder.path("out/any.sgd"));
+  ASSERT_EQ(status(), "Ready");
+  std::string shown;
+  toolkit.onPump = [&](long) {
+    toolkit.advance(800);
+    shown = toolkit.title(toolkit.dialog(DLG_PROGRESS));
+  };
+  start();
+  toolkit.onPump = nullptr;
+  EXPECT_EQ(status(), "Complete");
+  EXPECT_EQ(shown, "SEG D Copy Progress");
+  EXPECT_EQ(outNames(), (Lines{"any.sgd", "any_00001.sgd", "any_00002.sgd"}));
+  EXPECT_EQ(out("any.sgd"), "stays");
+  EXPECT_EQ(units[0].fp, nullptr);
+  EXPECT_EQ(units[0].state, 0);
+}
+
+}  // namespace

@@ -1,0 +1,535 @@
+// The SEG D copy from and to tapes: marks, labels, skipped files, blocking, the prepend file, full tapes, errors.
+
+#include <gtest/gtest.h>
+
+#include "quarlo/tapelib/drives.h"
+#include "tests/segdcopy/segd_fixture.h"
+
+namespace {
+
+FieldFile fileOf(int number, unsigned seed = 1) {
+  FieldFile file;
+  file.number = number;
+  file.seed = seed;
+  return file;
+}
+Tape tapeOf(int number) { return fileOf(number, static_cast<unsigned>(number)).tape(); }
+const Tape END = {MARK};
+
+/// A storage unit label: sequence number, revision, then text up to 128 bytes.
+std::string label() {
+  std::string bytes = "   1SD1.0RECORD  0";
+  bytes.resize(128, ' ');
+  return bytes;
+}
+
+class SegdTapeTest : public SegdTest {
+ protected:
+  ~SegdTapeTest() override {
+    units[0].autoMode = units[1].autoMode = units[0].inputAbort = false;
+    unsetenv("QUARLO_TAPE_FAULT");
+  }
+  void nextOutputIs(const std::string& name) {
+    toolkit.onModal(DLG_OUT_CONTINUE, [this, name](WINDOW question) {
+      toolkit.press(question, OC_UNLOAD);
+      makeCartridge(name, {});
+      load(1, name);
+      toolkit.press(question, OC_OPEN);
+      toolkit.press(question, OC_CONTINUE);
+    });
+  }
+  void noFurtherOutput() {
+    toolkit.onModal(DLG_OUT_CONTINUE, [this](WINDOW question) { toolkit.press(question, OC_STOP); });
+  }
+  /// Numbers of the field files written to disk, as their headers have them.
+  std::vector<int> numbersOut() {
+    std::vector<int> numbers;
+    for (const std::string& name : outNames()) {
+      const std::string bytes = out(name);
+      numbers.push_back((bytes[1] >> 4) * 10 + (bytes[1] & 15));
+    }
+    return numbers;
+  }
+};
+
+TEST_F(SegdTapeTest, TapeToTapeIsTheSameTapeAndEveryLine) {
+  const Tape tape = tapeOf(21) + tapeOf(22) + END;
+  noFurtherTape();
+  EXPECT_EQ(copyTapeToTape(tape), 0);
+  EXPECT_EQ(tapeIn("out.tap"), tape);
+  const std::size_t bytes = fileOf(21).file().size() * 2;
+  EXPECT_EQ(consoleWithoutDates(), (Lines{" ",
+                                          "SEG D copy started at DATE.",
+                                          " ",
+                                          " ",
+                                          " ",
+                                          "SEG D format code:   8058",
+                                          " ",
+                                          "Start of input tape 1",
+                                          "Start of output tape 1",
+                                          "Field File:     21  -     2 traces",
+                                          "Field File:     22  -     2 traces",
+                                          " ",
+                                          "End of input tape 1",
+                                          "Rewind \"VIRTUAL drive0\".",
+                                          "Wrote double end-of-file.",
+                                          " ",
+                                          "End of input tape 1",
+                                          " ",
+                                          "End of output tape 1",
+                                          "2 Field Files output to this tape.",
+                                          " ",
+                                          " ",
+                                          "SEG D Copy Summary:",
+                                          "   " + std::to_string(bytes) + " bytes copied.",
+                                          "   2 field files copied.",
+                                          "   6 blocks copied.",
+                                          "   1 tapes copied.",
+                                          " ",
+                                          "SEG D copy ended at DATE.",
+                                          " "}));
+}
+
+TEST_F(SegdTapeTest, TapeToDiskToTape) {
+  noFurtherTape();
+  EXPECT_EQ(copyTape(tapeOf(21) + tapeOf(22) + END), 0);
+  EXPECT_EQ(out("line_00001.sgd"), fileOf(21, 21).file());
+  EXPECT_EQ(out("line_00002.sgd"), fileOf(22, 22).file());
+  EXPECT_EQ(copyFilesToTape("out/line_00001.sgd"), 0);
+  EXPECT_EQ(tapeIn("out.tap"), tapeOf(21) + tapeOf(22) + END);
+  EXPECT_TRUE(consoleHas("Start of output tape 1"));
+  EXPECT_FALSE(consoleHas("Start of input tape 1"));
+  EXPECT_EQ(lineWith("   6 block"), "");  // blocks are counted of tapes only
+}
+
+/// What may stand before a field file, and what ends a tape.
+TEST_F(SegdTapeTest, LabelsAndLoneMarksArePassedOverAndNoFileBehindThemIsLost) {
+  FieldFile small = fileOf(3);
+  small.sets = {{1, 20}, {0, 0}};
+  ASSERT_EQ(small.header().size(), 128U);  // as long as a label
+  Tape letters = small.tape();
+  letters[0][4] = 'S';
+  Tape unknown = letters;
+  unknown[0].replace(2, 2, "\x80\x80");  // a format code that nobody knows: the counts tell
+  const Tape labelled = Tape{label(), MARK} + tapeOf(1);
+  const struct {
+    Tape tape;
+    std::vector<int> numbers;
+  } cases[] = {
+      {Tape{label()} + tapeOf(1) + END, {1}},
+      {labelled + END, {1}},
+      {Tape{MARK} + tapeOf(1) + tapeOf(2) + END, {1, 2}},
+      {tapeOf(1) + Tape{label(), MARK} + tapeOf(2) + END, {1, 2}},
+      {tapeOf(1) + END + tapeOf(2), {1}},  // two marks in a row
+      {Tape{MARK, MARK} + tapeOf(1), {}},
+      {letters + tapeOf(2) + END, {3, 2}},
+      {unknown + tapeOf(2) + END, {3, 2}},
+      {tapeOf(1) + tapeOf(2), {1, 2}},  // recorded data end without a second mark
+      {{}, {}},
+  };
+  int row = 0;
+  for (const auto& each : cases) {
+    SCOPED_TRACE(row++);
+    std::filesystem::remove_all("out");
+    std::filesystem::create_directory("out");
+    noFurtherTape();
+    EXPECT_EQ(copyTape(each.tape), 0);
+    EXPECT_EQ(numbersOut(), each.numbers);
+    EXPECT_EQ(count("End of input tape 1"), 2);
+  }
+}
+
+TEST_F(SegdTapeTest, OneMarkBehindASkippedFileEndsTheTape) {
+  listFieldFiles("1\n3\n");
+  noFurtherTape();
+  EXPECT_EQ(copyTape(tapeOf(1) + tapeOf(2) + tapeOf(3) + END + tapeOf(1)), 0);
+  EXPECT_EQ(outNames(), (Lines{"line_00001.sgd", "line_00003.sgd"}));
+  EXPECT_EQ(count("Field File:      2  skipped"), 1);
+  EXPECT_TRUE(consoleHas("   2 field files copied."));
+
+  listFieldFiles("1\n");
+  noFurtherTape();
+  EXPECT_EQ(copyTape(tapeOf(2) + END + tapeOf(1)), 0);
+  EXPECT_TRUE(consoleHas("   0 field file copied."));
+  // The last file has no mark behind it.
+  Tape open = tapeOf(1) + tapeOf(2);
+  open.pop_back();
+  noFurtherTape();
+  EXPECT_EQ(copyTape(open), 0);
+  EXPECT_TRUE(consoleHas("   1 field file copied."));
+  // A label between breaks the row.
+  noFurtherTape();
+  EXPECT_EQ(copyTape(tapeOf(2) + Tape{label(), MARK} + tapeOf(1) + END), 0);
+  EXPECT_TRUE(consoleHas("   1 field file copied."));
+}
+
+TEST_F(SegdTapeTest, GoesOnWithTheNextTape) {
+  makeCartridge("two.tap", tapeOf(2) + END);
+  nextInputIs("two.tap");
+  noFurtherTape();
+  EXPECT_EQ(copyTape(tapeOf(1) + END), 0);
+  EXPECT_EQ(numbersOut(), (std::vector<int>{1, 2}));
+  EXPECT_EQ(count("End of input tape 1"), 1);
+  EXPECT_EQ(count("Start of input tape 2"), 1);
+  EXPECT_EQ(count("End of input tape 2"), 2);
+  EXPECT_TRUE(consoleHas("   2 tapes copied."));
+}
+
+TEST_F(SegdTapeTest, BlocksThatAreNoHeaderAreCopiedAsTheyAre) {
+  noFurtherTape();
+  const Tape odd = {block(20, 5), block(7, 1), MARK, MARK};
+  EXPECT_EQ(copyTapeToTape(odd), 0);
+  EXPECT_EQ(tapeIn("out.tap"), odd);
+  EXPECT_TRUE(consoleHas(
+      "  ** The field file begins with a block of 20 bytes, which is no SEG D header; it is copied as it is."));
+  EXPECT_FALSE(lineWith("  ** SEG D format code ").empty());
+}
+
+// ---- errors -----------------------------------------------------------------------------------------------------
+
+TEST_F(SegdTapeTest, ABadBlockFailsTheJobAfterItsRetriesAndNothingIsSkipped) {
+  EXPECT_EQ(copyTape(tapeOf(1) + tapeOf(2) + END, {5}), -1);
+  EXPECT_EQ(count("  ** Tape read error - retrying..."), 5);
+  EXPECT_EQ(count("  *** Error reading input tape - job will abort."), 1);
+  EXPECT_EQ(count("  ** 1 block could not be read: tape 1 file 2 block 2."), 1);
+  EXPECT_EQ(count("  *** Job Failed."), 1);
+  EXPECT_TRUE(consoleHas("   1 field file copied."));
+  EXPECT_TRUE(consoleHas("   0 tape copied."));
+  EXPECT_TRUE(
+      consoleHas("  ** Field file 2 is not complete: " + folder.path("out/line_00002.sgd") + " holds 0 trace of it."));
+  EXPECT_EQ(out("line_00002.sgd"), fileOf(2, 2).header());
+  units[0].inputAbort = true;
+  EXPECT_EQ(copyTape(tapeOf(1) + END, {0}), -1);
+  EXPECT_EQ(count("  ** Tape read error - retrying..."), 0);
+  EXPECT_EQ(count("  *** Error reading input tape - job will abort."), 1);
+}
+
+TEST_F(SegdTapeTest, ABlockOverTheLimitNamesTheLimit) {
+  Tape tape = tapeOf(1);
+  tape.insert(tape.begin() + 2, block(32769, 1));
+  EXPECT_EQ(copyTape(tape + END), -1);
+  EXPECT_TRUE(
+      consoleHas("  *** A block on the input tape is longer than the limit of 32768 bytes; ST_BUFFER (in KiB) raises "
+                 "it."));
+  setBuffer(64);
+  noFurtherTape();
+  EXPECT_EQ(copyTape(tape + END), 0);
+  makeCartridge("in.tap", {block(64001, 1)});
+  openInputTape("in.tap");
+  units[0].isM4 = 1;
+  openOutputDirectory();
+  EXPECT_EQ(run(), -1);
+  EXPECT_EQ(count("      The block is longer than the limit of 64000 bytes, which holds for drives of this family."),
+            6);
+  EXPECT_TRUE(
+      consoleHas("  *** A block on the input tape is longer than the limit of 64000 bytes, which holds for drives of "
+                 "this family."));
+  EXPECT_EQ(out("line_00001.sgd").size(), fileOf(1).file().size() + 32769);
+}
+
+TEST_F(SegdTapeTest, AHeaderOverTheLimitFailsInTheDevicesWords) {
+  FieldFile file = fileOf(1);
+  file.extended = 99;
+  std::string bytes = file.header();
+  bytes[30] = static_cast<char>(0xFF);
+  bytes.replace(32 + 5, 2, std::string("\x04\x00", 2));
+  bytes.resize(96 + 1024 * 32, 'x');
+  writeFile(folder.path("in/a.segd"), bytes + file.traces()[0] + file.traces()[1]);
+  EXPECT_EQ(copyFilesToTape(), -1);
+  EXPECT_TRUE(consoleHas("  *** Error: block size (32864) is too large to write to output tape."));
+  EXPECT_TRUE(consoleHas("  *** Error writing to output tape - job will abort."));
+  EXPECT_TRUE(consoleHas("   0 bytes copied."));
+  EXPECT_EQ(tapeIn("out.tap"), Tape{});  // a tape without a block of this job stays as it was
+  EXPECT_FALSE(consoleHas("Wrote double end-of-file."));
+}
+
+TEST_F(SegdTapeTest, AFullCartridgeEndsTheJobWithItsMarksAndATrueCount) {
+  put("a.segd", fileOf(1));
+  put("b.segd", fileOf(2, 2));
+  openInputFile("in/a.segd");
+  openOutputTape("out.tap", "capacity = 300\n");
+  EXPECT_EQ(run(), -1);
+  double bytes = 0;
+  for (const std::string& item : tapeIn("out.tap")) {
+    bytes += static_cast<double>(item.size());
+  }
+  EXPECT_EQ(lineWith("   "), formatText("   %.0f bytes copied.", bytes));
+  EXPECT_FALSE(lineWith("  ** Field file 2 is not complete: the output tape holds ").empty());
+  EXPECT_TRUE(consoleHas("1 Field Files output to this tape."));
+}
+
+TEST_F(SegdTapeTest, AStopClosesTheTapeBehindWhatItHolds) {
+  toolkit.onPump = [this](long pumps) {
+    if (pumps == 3) {
+      toolkit.press(toolkit.dialog(DLG_PROGRESS), PROG_STOP);
+    }
+  };
+  EXPECT_EQ(copyTapeToTape(tapeOf(1) + tapeOf(2) + END), 0);
+  toolkit.onPump = nullptr;
+  const Tape one = tapeOf(1);
+  EXPECT_EQ(tapeIn("out.tap"), (Tape{one[0], one[1], MARK, MARK}));
+  EXPECT_TRUE(consoleHas("  ** Field file 1 is not complete: the output tape holds 1 trace of it."));
+  EXPECT_TRUE(consoleHas("   0 tape copied."));
+  EXPECT_TRUE(consoleHas("   2 blocks copied."));
+}
+
+// ---- blocks of several traces -----------------------------------------------------------------------------------
+
+/// Lengths of a tape's blocks, 0 for a mark.
+std::vector<std::size_t> lengths(const Tape& tape) {
+  std::vector<std::size_t> all;
+  for (const std::string& item : tape) {
+    all.push_back(item.size());
+  }
+  return all;
+}
+
+TEST_F(SegdTapeTest, TracesOfAChannelSetSharePartsOfTheirTape) {
+  setBuffer(256);
+  SgdParams.blockTraces = true;
+  // Two traces of 65,536 bytes fill a block exactly, with 4 bytes more they do not fit.
+  for (const int samples : {16379, 16380}) {
+    SCOPED_TRACE(samples);
+    FieldFile file = fileOf(1);
+    file.milliseconds = 2 * samples;
+    file.sets = {{5, 20}, {1, 20}, {2, 20}};
+    put("a.segd", file);
+    EXPECT_EQ(copyFilesToTape(), 0);
+    const Tape tape = tapeIn("out.tap");
+    const std::size_t t = 20 + 4 * static_cast<std::size_t>(samples);
+    const std::size_t header = file.header().size();
+    EXPECT_EQ(lengths(tape), samples == 16379 ? (std::vector<std::size_t>{header, 2 * t, 2 * t, t, t, 2 * t, 0, 0})
+                                              : (std::vector<std::size_t>{header, t, t, t, t, t, t, t, t, 0, 0}));
+    std::string all;
+    for (const std::string& item : tape) {
+      all += item;
+    }
+    std::string expected = file.file();
+    expected[19] = 16;
+    EXPECT_TRUE(all == expected);
+    EXPECT_TRUE(consoleHas("   " + std::to_string(expected.size()) + " bytes copied."));
+  }
+}
+
+TEST_F(SegdTapeTest, ATraceLongerThanABlockIsItsOwnAndNoFlushIsEmpty) {
+  setBuffer(256);
+  SgdParams.blockTraces = true;
+  Tape tape = tapeOf(1);
+  std::string longTrace = fileOf(1).trace(1, 2, 35000);
+  tape.insert(tape.begin() + 2, {longTrace, block(5, 1)});
+  tape.insert(tape.end(), {fileOf(2).header(), MARK, MARK});
+  noFurtherTape();
+  EXPECT_EQ(copyTapeToTape(tape), 0);
+  const Tape copy = tapeIn("out.tap");
+  EXPECT_EQ(lengths(copy), (std::vector<std::size_t>{96, 60, 140020, 5, 60, 0, 96, 0, 0}));
+  EXPECT_EQ(copy[2], longTrace);
+}
+
+TEST_F(SegdTapeTest, BlocksKeepToWhatTheDriveTakes) {
+  SgdParams.blockTraces = true;
+  FieldFile file = fileOf(1);
+  file.milliseconds = 8000;
+  file.sets = {{3, 20}};
+  put("a.segd", file);
+  EXPECT_EQ(copyFilesToTape(), 0);  // 32 KB, traces of 16,020 bytes
+  EXPECT_EQ(lengths(tapeIn("out.tap")), (std::vector<std::size_t>{96, 32040, 16020, 0, 0}));
+}
+
+TEST_F(SegdTapeTest, AMarkThatCouldNotBeWrittenIsMadeUpForOrItsLackSaid) {
+  put("a.segd", fileOf(1));
+  const auto withFault = [this](const char* fault) {
+    setenv("QUARLO_TAPE_FAULT", fault, 1);
+    setTapeDriver(nullptr);
+    openInputFile("in/a.segd");
+    openOutputTape();
+    EXPECT_EQ(run(), -1);
+    unsetenv("QUARLO_TAPE_FAULT");
+    setTapeDriver(nullptr);
+    return tapeIn("out.tap");
+  };
+  // That of the field file fails once.
+  EXPECT_EQ(withFault("weof:1:EIO"), fileOf(1).tape() + END);
+  EXPECT_EQ(count("Wrote double end-of-file."), 1);
+  EXPECT_EQ(count("  *** Error writing to output tape - job will abort."), 1);
+  // The closing one fails.
+  EXPECT_EQ(withFault("weof:2:EIO"), fileOf(1).tape());
+  EXPECT_EQ(count("Wrote double end-of-file."), 0);
+  EXPECT_EQ(count("  *** Error writing to output tape - job will abort."), 1);
+  SgdParams.prepend = true;
+  copyText(SgdParams.prepDir, folder.path(""));
+  copyText(SgdParams.prepFile, "note.txt");
+  writeFile("note.txt", std::string(3000, 'n'));
+  EXPECT_EQ(withFault("write:2:EIO"), (Tape{std::string(1024, 'n'), MARK, MARK}));
+  EXPECT_EQ(count("  *** Error writing to output tape - job will abort."), 0);
+  EXPECT_EQ(count("  *** Error outputting prepend file to tape."), 1);
+}
+
+// ---- full tapes and the prepend file ----------------------------------------------------------------------------
+
+TEST_F(SegdTapeTest, ATapeEndsBehindTheFileThatExceedsTheLimit) {
+  for (int number = 1; number <= 3; ++number) {
+    put("f" + std::to_string(number) + ".segd", fileOf(number));
+  }
+  const double bytes = static_cast<double>(fileOf(1).file().size());
+  SgdParams.limitBytes = true;
+  SgdParams.byteLimit = 2 * bytes;  // reached and not exceeded by two
+  nextOutputIs("two.tap");
+  EXPECT_EQ(copyFilesToTape("in/f1.segd"), 0);
+  EXPECT_EQ(tapeIn("out.tap"), fileOf(1).tape() + fileOf(2).tape() + fileOf(3).tape() + END + END);
+  EXPECT_EQ(tapeIn("two.tap"), (Tape{MARK, MARK}));  // the next tape was accepted and takes the closing marks
+
+  SgdParams.byteLimit = 2 * bytes - 1;
+  nextOutputIs("two.tap");
+  EXPECT_EQ(copyFilesToTape("in/f1.segd"), 0);
+  EXPECT_EQ(tapeIn("out.tap"), fileOf(1).tape() + fileOf(2).tape() + END + END);
+  EXPECT_EQ(tapeIn("two.tap"), fileOf(3).tape() + END);
+  const Lines lines = consoleWithoutDates();
+  const auto full = std::find(lines.begin(), lines.end(), "End of output tape 1");
+  ASSERT_NE(full, lines.end());
+  EXPECT_EQ(Lines(full - 1, full + 7), (Lines{" ", "End of output tape 1", "2 Field Files output to this tape.", " ",
+                                              "Writing double end-of-file to output tape.",
+                                              "Unload \"VIRTUAL drive1\".", " ", "Start of output tape 2"}));
+  EXPECT_TRUE(consoleHas("End of output tape 2"));
+  EXPECT_TRUE(consoleHas("1 Field Files output to this tape."));
+
+  noFurtherOutput();
+  EXPECT_EQ(copyFilesToTape("in/f1.segd"), 0);
+  EXPECT_TRUE(consoleHas("No more output. Job will end."));
+  EXPECT_FALSE(consoleHas("Wrote double end-of-file."));
+  EXPECT_EQ(tapeIn("out.tap"), fileOf(1).tape() + fileOf(2).tape() + END + END);
+  EXPECT_TRUE(consoleHas("   2 field files copied."));
+}
+
+TEST_F(SegdTapeTest, ThePrependFileGoesFirstInBlocksOfItsOwn) {
+  put("a.segd", fileOf(1));
+  copyText(SgdParams.prepDir, folder.path(""));
+  copyText(SgdParams.prepFile, "notes.txt");
+  const std::pair<std::size_t, std::vector<std::size_t>> cases[] = {
+      {0, {1024}},    {1, {1024}},    {1023, {1024}},       {1024, {1024}},
+      {1025, {1025}}, {2047, {2047}}, {2048, {1024, 1024}}, {3000, {1024, 1976}}};
+  for (const auto& [size, blocks] : cases) {
+    SCOPED_TRACE(size);
+    const std::string notes = block(size, 9);
+    writeFile(folder.path("notes.txt"), notes);
+    SgdParams.prepend = true;
+    EXPECT_EQ(copyFilesToTape(), 0);
+    Tape tape;
+    std::size_t at = 0;
+    for (const std::size_t length : blocks) {
+      tape.push_back(notes.substr(std::min(at, size), length));
+      tape.back().resize(length, ' ');
+      at += length;
+    }
+    EXPECT_EQ(tapeIn("out.tap"), tape + END + fileOf(1).tape() + END);
+    EXPECT_TRUE(consoleHas("Prepending disk file " + folder.path("notes.txt")));
+  }
+  std::filesystem::remove(folder.path("notes.txt"));
+  EXPECT_EQ(copyFilesToTape(), 0);
+  EXPECT_EQ(toolkit.errors, Lines{"Error opening file " + folder.path("notes.txt")});
+  EXPECT_FALSE(SgdParams.prepend);
+  EXPECT_EQ(tapeIn("out.tap"), fileOf(1).tape() + END);
+
+  std::filesystem::create_directory("notes.txt");
+  SgdParams.prepend = true;
+  EXPECT_EQ(copyFilesToTape(), -1);
+  EXPECT_TRUE(consoleHas("  *** Error reading prepend file for output to tape."));
+  std::filesystem::remove("notes.txt");
+  writeFile("notes.txt", "x");
+  setenv("QUARLO_TAPE_FAULT", "write:1:EIO", 1);
+  setTapeDriver(nullptr);
+  EXPECT_EQ(copyFilesToTape(), -1);
+  EXPECT_TRUE(consoleHas("  *** Error outputting prepend file to tape."));
+  EXPECT_TRUE(consoleHas("SEG D copy ended at DATE."));
+}
+
+/// Tapes come from a magazine, and the log has what the console has.
+TEST_F(SegdTapeTest, LinesOfTapeChangesAreInTheLogToo) {
+  units[0].autoMode = true;
+  noFurtherTape();
+  EXPECT_EQ(copyTape(tapeOf(1) + END), 0);
+  const std::string log = readFile(folder.path("SegdCopy.txt"));
+  EXPECT_NE(log.find("\n \nEnd of input tape 1\nTape finished.\nMagazine finished.\n  \n"), std::string::npos) << log;
+}
+
+// ---- every operation fails once ---------------------------------------------------------------------------------
+
+class SegdFaultSweep : public SegdTapeTest, public testing::WithParamInterface<std::pair<std::string, std::string>> {
+ protected:
+  /// Field files that a tape holds whole, and all bytes of its blocks.
+  static std::pair<int, double> contents(const Tape& tape) {
+    const Tape file = fileOf(1).tape();
+    int whole = 0;
+    double bytes = 0;
+    std::size_t blocks = 0;
+    for (const std::string& item : tape) {
+      bytes += static_cast<double>(item.size());
+      whole += item.empty() && blocks == file.size() - 1 ? 1 : 0;
+      blocks = item.empty() ? 0 : blocks + 1;
+    }
+    return {whole, bytes};
+  }
+  /// @return whether the fault struck nothing
+  bool sweepAt(long operation, const Tape& tape) {
+    setenv("QUARLO_TAPE_FAULT",
+           (GetParam().first + (":" + std::to_string(operation)) + ":" + GetParam().second).c_str(), 1);
+    load(0, "in.tap");
+    makeCartridge("out.tap", {});
+    load(1, "out.tap");
+    getDriveList(units);  // before the faults begin
+    setTapeDriver(nullptr);
+    units[0].theListItem = 0;
+    units->theOutputList = xvt_slist_create();
+    xvt_slist_add(units->theOutputList, nullptr, "drive", 1);
+    tlv_tape_open(units, 0);
+    tlv_tape_open(units, ALL_OUTPUTS);
+    if (units[0].state != 1 || units->nOutputs != 1) {
+      closeUnits();
+      return false;
+    }
+    noFurtherTape();
+    const int result = run();
+    toolkit.modals.clear();
+    unsetenv("QUARLO_TAPE_FAULT");
+    setTapeDriver(nullptr);
+    const Tape copy = tapeIn("out.tap");
+    const auto [whole, bytes] = contents(copy);
+    EXPECT_TRUE(consoleHas("SEG D copy ended at DATE."));
+    EXPECT_TRUE(consoleHas(formatText("   %.0f bytes copied.", bytes)));
+    EXPECT_TRUE(result != 0 || copy == tape);
+    EXPECT_LE(filesClaimed(), whole);
+    EXPECT_EQ(result != 0, consoleHas("  *** Job Failed."));
+    return result == 0 && lineWith("  *** ").empty();
+  }
+  int filesClaimed() {
+    for (const std::string& line : consoleWithoutDates()) {
+      if (line.find(" field file") != std::string::npos) {
+        return std::atoi(line.c_str());
+      }
+    }
+    return -1;
+  }
+};
+
+TEST_P(SegdFaultSweep, TapeToTape) {
+  const Tape tape = tapeOf(1) + tapeOf(2) + END;
+  makeCartridge("in.tap", tape);
+  int clean = 0;
+  for (long operation = 1; operation < 500 && clean < 8; ++operation) {
+    SCOPED_TRACE("operation " + std::to_string(operation));
+    toolkit.errors.clear();
+    clean = sweepAt(operation, tape) ? clean + 1 : 0;
+    if (HasFailure()) {
+      for (const std::string& line : consoleWithoutDates()) {
+        std::printf("  %s\n", line.c_str());
+      }
+      return;
+    }
+  }
+  EXPECT_EQ(clean, 8) << "the sweep found no end";
+}
+
+INSTANTIATE_TEST_SUITE_P(Errors, SegdFaultSweep,
+                         testing::Values(std::pair("any", "EIO"), std::pair("any", "short"),
+                                         std::pair("any", "ENOSPC")));
+
+}  // namespace
