@@ -363,8 +363,7 @@ def list_keeps(text):
     """The in-lines of the list are kept, the remark is one, and nothing is warned of."""
     line.make("line.sgy", first_line=10080)
     write("inlines.txt", text)
-    shutil.copy(os.path.join(ROOT, "docs/examples/segy-copy.qs"), ".")
-    run("INPUT=line.sgy LIST=inlines.txt OUTPUT=part.sgy quarlo --script segy-copy.qs")
+    run("quarlo --job segy-copy input=line.sgy list=inlines.txt output=part.sgy")
     assert {line.field(trace, 189) for trace in line.read("part.sgy")[1]} == {10090, 10095}
 
 
@@ -510,8 +509,8 @@ PLAYERS = {
         ("", statements_of_tables),
     ],
     "docs/segd-copy.md": [
-        ("101", By("tests/scripts/examples_segd.sh")),
-        ("18", By("tests/scripts/examples_segd.sh")),
+        ("101", By("tests/scripts/jobs_segd.sh")),
+        ("18", By("tests/scripts/jobs_segd.sh")),
         ("printf", prints_288),
     ],
     "docs/segy-copy.md": [("H ", list_keeps), ("4\n", polygon_keeps), ("80 0C", index_record)],
@@ -559,9 +558,9 @@ def play(program):
         os.environ.pop(name, None)
     documents = ["README.md"] + sorted(os.path.relpath(path, ROOT) for path in glob.glob(ROOT + "/docs/*.md"))
     assert set(PLAYERS) <= set(documents), set(PLAYERS) - set(documents)
-    tests = "".join(read(os.path.relpath(path, ROOT)) for path in glob.glob(HERE + "/examples_*.sh"))
-    for path in glob.glob(ROOT + "/docs/examples/*"):
-        assert os.path.basename(path) in tests, f"no test plays {path}"
+    tests = "".join(read(os.path.relpath(path, ROOT)) for path in glob.glob(HERE + "/jobs*.sh"))
+    for path in glob.glob(ROOT + "/resources/jobs/*.qs"):
+        assert f"--job {os.path.basename(path)[:-3]} " in tests, f"no test plays {path}"
     failed = []
     for document in documents:
         start = time.time()

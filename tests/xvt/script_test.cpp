@@ -200,7 +200,7 @@ long taskHandler(WINDOW window, EVENT* event) {
 [[noreturn]] void application(const char* script) {
   xvt_res_use(&TABLES);
   offerTested();
-  if (script != nullptr && !xvt_script_load(script)) std::exit(2);
+  if (script != nullptr && !xvt_script_load({script, {}, {}, {}})) std::exit(2);
   static char name[] = "bench";
   static char* arguments[] = {name, nullptr};
   XVT_CONFIG config;
@@ -524,7 +524,7 @@ TEST_F(Scripts, SayWhereAndWhyTheyFailed) {
   succeeds("press bench.ask\nwait window ask-box 5\n");
   fails("answer-file $WORK/none\npress bench.open\nsleep 5\n", 1,
         "the file box did not take \"" + root_.string() + "/none\": There is no file of this name.");
-  fails("answer bench.stop\nsleep 5\n", 1, "answer bench.stop: \"stop\" is disabled");
+  fails("patience 0\nanswer bench.stop\nsleep 5\n", 2, "press bench.stop: \"stop\" is disabled");
   fails("press bench.die\nsleep 60\n", 2, "the program ended before this statement");
 }
 

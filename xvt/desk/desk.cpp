@@ -56,6 +56,7 @@ void Desk::run(EVENT_HANDLER handler) {
   event.type = E_CREATE;
   task_->tell(event);
   pump_->runUntil([this] { return ending_; });
+  pump_->lastTick();
   // Newest first; a handler that opens a window now sees it ended too.
   while (!windows_.empty()) windows_.back()->destroy();
   if (lost_) return;

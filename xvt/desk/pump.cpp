@@ -90,6 +90,10 @@ void Pump::tickIfDue() {
   guarded("tick", tick_);
 }
 
+void Pump::lastTick() {
+  if (tick_ != nullptr && !desk_.isLost()) guarded("tick", tick_);
+}
+
 void Pump::wakeForTick() {
   wake_ = desk_.events().alarm(kServeEvery.count(), [this] { wake_ = 0; });
 }

@@ -40,6 +40,8 @@ class Pump {
   void serve(bool ticks = true);
 
   void setTick(void (*tick)());
+  /// Ticks a last time, while the windows are still there.
+  void lastTick();
   /// The tick that an application begins with.
   static void setFirstTick(void (*tick)()) { firstTick() = tick; }
   /// Really destroys the window when no frame exists.

@@ -1,12 +1,14 @@
 #include "xvt/script/script.h"
 
-#include <fnmatch.h>
+#include <poll.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <iterator>
+#include <limits>
 #include <memory>
 #include <utility>
 
@@ -31,50 +33,81 @@ bool isExpectation(Verb verb) { return verb >= Verb::expectText && verb <= Verb:
 
 }  // namespace
 
-Player::Player(std::string path, std::vector<Statement> statements)
-    : path_(std::move(path)), statements_(std::move(statements)) {}
+Player::Player(std::vector<Statement> statements, std::string speaker)
+    : statements_(std::move(statements)), speaker_(std::move(speaker)) {
+  courses_.push_back(std::make_shared<Course>(Course{&statements_}));
+}
 
 void Player::tick() {
+  // What somebody is typing at the terminal is not disturbed.
+  if (!courses_.back()->prompted || xvt_app_is_ending()) echo_.update(xvt_app_is_ending());
   if (state_ != State::running || xvt_app_is_ending() || !xvt_vobj_is_valid(TASK_WIN)) return;
   // The statement that opened an answered box goes on first: the box's own loop is not left yet.
-  if (answerFileBox() || answerWindow()) return;
-  if (next_ < statements_.size())
+  if (answerFileBox()) return;
+  answerWindow();
+  if (course().next < course().statements->size())
     attempt();
   else
     afterEnd();
 }
 
-void Player::attempt() {
-  const std::size_t at = next_++;
-  if (begun_ != at) {
-    begun_ = at;
-    since_ = Clock::now();
-    scanned_ = 0;
+/// What goes on next: an answer ends with its window.
+Course& Player::course() {
+  const auto isOver = [](const Course& answer) {
+    return answer.next >= answer.statements->size() || !isShown(answer.window);
+  };
+  while (courses_.size() > 1 && isOver(*courses_.back())) {
+    forgetAnswersOf(courses_.back().get());
+    courses_.pop_back();
   }
-  judge(at, perform(*this, statements_[at]));
+  return *courses_.back();
+}
+
+void Player::forgetAnswersOf(const Course* giver) {
+  std::erase_if(windowAnswers_, [giver](const WindowAnswer& answer) { return answer.giver == giver; });
+}
+
+void Player::attempt() {
+  const std::shared_ptr<Course> course = courses_.back();  // it may end while its statement is carried out
+  const std::size_t at = course->next++;
+  if (course->begun != at) {
+    course->begun = at;
+    course->since = Clock::now();
+    course->scanned = 0;
+    course->prompted = false;
+  }
+  current_ = course.get();
+  judge(*course, at, perform(*this, (*course->statements)[at]));
 }
 
 /// What a try leads to. When statements behind this one ran inside it, it cannot be tried again.
-void Player::judge(std::size_t at, const Outcome& outcome) {
+void Player::judge(Course& course, std::size_t at, const Outcome& outcome) {
   if (outcome.kind == Outcome::done || state_ != State::running || xvt_app_is_ending()) return;
-  const Statement& statement = statements_[at];
+  const Statement& statement = (*course.statements)[at];
   if (statement.optional) return;
   const bool error = probe::window("error-box") != NULL_WIN && !names(statement, "error-box");
   const bool disturbed = error && (isWait(statement.verb) || isExpectation(statement.verb));
-  const bool patient = secondsFrom(since_) < limitOf(statement);
-  if (outcome.kind == Outcome::notYet && next_ == at + 1 && begun_ == at && patient && !disturbed) {
-    next_ = at;
+  const bool patient = secondsFrom(course.since) < limitOf(statement);
+  if (outcome.kind == Outcome::notYet && course.next == at + 1 && course.begun == at && patient && !disturbed) {
+    course.next = at;
     return;
   }
-  fail(statement.line, outcome.reason);
+  fail(statement, outcome.reason);
 }
 
 double Player::limitOf(const Statement& statement) const {
   if (isWait(statement.verb)) return statement.number(statement.arguments.size() - 1);
+  if (statement.verb == Verb::prompt) return std::numeric_limits<double>::infinity();
   return statement.verb == Verb::sleep ? statement.number(0) + 1 : patience_;
 }
 
-double Player::secondsSinceBegin() const { return secondsFrom(since_); }
+double Player::secondsSinceBegin() const { return secondsFrom(current_->since); }
+
+const Statement& Player::lastReached() const {
+  static const Statement none{std::make_shared<const std::string>(), 1, Verb::quit, {}, false, "", {}};
+  if (statements_.empty()) return none;
+  return statements_[std::min(courses_.front()->next, statements_.size() - 1)];
+}
 
 void Player::afterEnd() {
   if (!statements_.empty() && statements_.back().verb == Verb::stay) {
@@ -82,18 +115,18 @@ void Player::afterEnd() {
     probe::setTick(nullptr);
     return;
   }
-  const int line = statements_.empty() ? 1 : statements_.back().line;
   if (quitAt_) {
-    if (secondsFrom(*quitAt_) > SECONDS_TO_END) fail(line, "the program did not end");
+    if (secondsFrom(*quitAt_) > SECONDS_TO_END) fail(lastReached(), "the program did not end");
   } else if (probe::window("error-box") != NULL_WIN) {
-    fail(line, "the script ends with an error");
+    fail(lastReached(), "the script ends with an error");
   } else {
     quitAt_ = Clock::now();
-    if (const probe::Refusal why = probe::endSession()) fail(line, "the program cannot be ended: " + *why);
+    if (const probe::Refusal why = probe::endSession()) fail(lastReached(), "the program cannot be ended: " + *why);
   }
 }
 
 Outcome Player::quit() {
+  echo_.update(true);  // the windows that are followed go with the program
   const auto before = std::exchange(quitAt_, Clock::now());
   const probe::Refusal why = probe::close(TASK_WIN);
   if (!why) return {};
@@ -101,26 +134,36 @@ Outcome Player::quit() {
   return {Outcome::notYet, *why};
 }
 
-void Player::say(int line, const std::string& text) const {
-  std::fflush(stdout);
-  std::fprintf(stderr, "script %s:%d: %s\n", path_.c_str(), line, text.c_str());
+/// @param own whether the text is the script's own, which needs no place where somebody speaks for the script
+void Player::say(const Statement& statement, const std::string& text, bool own) {
+  echo_.update(true);
+  const std::string begin = speaker_.empty() ? "script " : speaker_ + ": ";
+  const std::string place = *statement.file + ":" + std::to_string(statement.line) + ": ";
+  std::fprintf(stderr, "%s%s%s\n", begin.c_str(), own && !speaker_.empty() ? "" : place.c_str(), text.c_str());
 }
 
-void Player::fail(int line, const std::string& reason) {
+void Player::fail(const Statement& statement, const std::string& reason) {
   if (std::exchange(state_, State::failed) == State::failed) return;
-  say(line, reason + inputKeeper());
+  const bool own = statement.verb == Verb::giveUp || !statement.otherwise.empty();
+  say(statement, !own ? reason + inputKeeper() : statement.otherwise.empty() ? reason : statement.otherwise, own);
   const char* shot = std::getenv("QUARLO_SCRIPT_SHOT");
   if (shot != nullptr && *shot != '\0')
-    if (const probe::Refusal why = probe::screenshot(NULL_WIN, scriptPath(shot))) say(line, "no screenshot: " + *why);
-  probe::setTick(nullptr);
+    if (const probe::Refusal why = probe::screenshot(NULL_WIN, scriptPath(shot)))
+      say(statement, "no screenshot: " + *why);
   xvt_app_destroy();
+}
+
+void Player::report(const Statement& statement, const std::string& reason) {
+  faulty_ = true;
+  say(statement, reason, true);
 }
 
 int Player::status() {
   if (state_ == State::failed) return 1;
-  if (state_ == State::finished || quitAt_ || next_ >= statements_.size()) return 0;
-  say(statements_[next_].line, "the program ended before this statement");
-  return 1;
+  const bool through = state_ == State::finished || quitAt_ || courses_.front()->next >= statements_.size();
+  if (!through && !speaker_.empty()) say(lastReached(), "stopped before its end", true);
+  if (!through && speaker_.empty()) say(lastReached(), "the program ended before this statement");
+  return through && !faulty_ ? 0 : 1;
 }
 
 /// Gives the answer that stands first to a file or directory box that has just opened.
@@ -143,21 +186,61 @@ bool Player::answerFileBox() {
   const WINDOW hint = probe::control(box, "hint");
   const std::string words = why ? *why : hint != NULL_WIN ? shownText(hint) : "";
   if (!words.empty())
-    fail(answer.line, "the file box did not take \"" + answer.path.value_or("Cancel") + "\": " + words);
+    fail(*answer.statement, "the file box did not take \"" + answer.path.value_or("Cancel") + "\": " + words);
   return true;
 }
 
-/// Presses what was to be pressed in the first window in line that is open.
-bool Player::answerWindow() {
-  const auto found = std::find_if(windowAnswers_.begin(), windowAnswers_.end(), [](const WindowAnswer& answer) {
-    const WINDOW window = probe::window(answer.window);
-    return window != NULL_WIN && xvt_vobj_is_visible(window);
-  });
-  if (found == windowAnswers_.end()) return false;
-  const WindowAnswer answer = std::move(*found);
-  windowAnswers_.erase(found);
-  const probe::Refusal why = probe::press(probe::control(probe::window(answer.window), answer.control));
-  if (why) fail(answer.line, "answer " + answer.window + "." + answer.control + ": " + *why);
+void Player::answerWindow() {
+  const auto windowOf = [](const WindowAnswer& answer) {
+    const Statement& statement = *answer.statement;
+    const WINDOW window = probe::window(statement.text(0));
+    if (window == NULL_WIN || window == answer.last || !isShown(window)) return NULL_WIN;
+    return !statement.has(1) || isLike(statement.text(1), textOf(window)) ? window : NULL_WIN;
+  };
+  const auto isGiven = [this](WINDOW window) {
+    return std::any_of(courses_.begin(), courses_.end(), [&](const auto& each) { return each->window == window; });
+  };
+  const auto isMeant = [&](Verb verb, const WindowAnswer& answer) {
+    const WINDOW window = answer.statement->verb == verb ? windowOf(answer) : NULL_WIN;
+    return window != NULL_WIN && !isGiven(window);
+  };
+  // Those for one time first, in their order; of those for every time the one that was given last.
+  auto found = std::find_if(windowAnswers_.begin(), windowAnswers_.end(),
+                            [&](const WindowAnswer& answer) { return isMeant(Verb::answer, answer); });
+  if (found == windowAnswers_.end()) {
+    const auto last = std::find_if(windowAnswers_.rbegin(), windowAnswers_.rend(),
+                                   [&](const WindowAnswer& answer) { return isMeant(Verb::answerAlways, answer); });
+    if (last == windowAnswers_.rend()) return;
+    found = std::prev(last.base());
+  }
+  found->last = windowOf(*found);
+  courses_.push_back(std::make_shared<Course>(Course{&found->statement->body, found->last}));
+  if (found->statement->verb == Verb::answer) windowAnswers_.erase(found);
+}
+
+std::optional<std::string> Player::lineFromTerminal(const std::string& words, bool* atEnd) {
+  if (!std::exchange(current_->prompted, true)) {
+    echo_.update(true);
+    std::printf("%s ", words.c_str());
+    std::fflush(stdout);
+  }
+  pollfd input{STDIN_FILENO, POLLIN, 0};
+  if (poll(&input, 1, 0) <= 0) return std::nullopt;
+  std::array<char, 256> bytes{};
+  const ssize_t count = read(STDIN_FILENO, bytes.data(), bytes.size());
+  *atEnd = count <= 0;
+  if (count > 0) typed_.append(bytes.data(), static_cast<std::size_t>(count));
+  const std::size_t end = typed_.find('\n');
+  if (end == std::string::npos && !*atEnd) return std::nullopt;
+  const std::string line = typed_.substr(0, end);
+  typed_.erase(0, end == std::string::npos ? end : end + 1);
+  return line;
+}
+
+bool Player::beginAgain() {
+  if (current_->window == NULL_WIN) return false;
+  forgetAnswersOf(current_);
+  current_->next = 0;
   return true;
 }
 
@@ -172,10 +255,11 @@ Outcome Player::findLine(const std::string& window, const std::string& glob) {
   if (text == NULL_TXEDIT) return {Outcome::notYet, "there is no window \"" + window + "\" with lines"};
   const T_LNUM count = xvt_tx_get_num_pars(text);
   T_LNUM& mark = marks_[window];
-  if (count < mark || count < scanned_) mark = scanned_ = 0;  // it was cleared
-  for (scanned_ = std::max(scanned_, mark); scanned_ < count; ++scanned_) {
-    if (fnmatch(glob.c_str(), xvt_tx_get_par(text, scanned_, nullptr), 0) != 0) continue;
-    mark = scanned_ + 1;
+  T_LNUM& scanned = current_->scanned;
+  if (count < mark || count < scanned) mark = scanned = 0;  // it was cleared
+  for (scanned = std::max(scanned, mark); scanned < count; ++scanned) {
+    if (!isLike(glob, xvt_tx_get_par(text, scanned, nullptr))) continue;
+    mark = scanned + 1;
     return {};
   }
   return {Outcome::notYet, "no line like \"" + glob + "\" came to " + window};
@@ -188,30 +272,31 @@ std::unique_ptr<Player>& player() {
   return armed;
 }
 
-bool readAll(const char* path, std::string* text) {
-  std::ifstream file(path, std::ios::binary);
-  text->assign(std::istreambuf_iterator<char>(file), {});
-  return file.is_open() && !file.bad();
+bool refuse(const XVT_SCRIPT& script, const std::string& text) {
+  std::fprintf(stderr, "%s%s\n", script.speaker.empty() ? "" : (script.speaker + ": ").c_str(), text.c_str());
+  return false;
+}
+
+bool refuse(const XVT_SCRIPT& script, const ParseError& error) {
+  const std::string line = error.line > 0 ? ":" + std::to_string(error.line) : "";
+  return refuse(script, (script.speaker.empty() ? "script " : "") + error.file + line + ": " + error.reason);
 }
 
 }  // namespace
 
 }  // namespace xvt::script
 
-bool xvt_script_load(const char* path) {
+bool xvt_script_load(const XVT_SCRIPT& script) {
   using namespace xvt::script;
-  std::string text;
-  if (path == nullptr || !readAll(path, &text)) {
-    std::fprintf(stderr, "script %s: cannot be read\n", path != nullptr ? path : "(none)");
-    return false;
-  }
   ParseError error;
-  std::optional<std::vector<Statement>> statements = parse(text, &error);
-  if (!statements) {
-    std::fprintf(stderr, "script %s:%d: %s\n", path, error.line, error.reason.c_str());
-    return false;
-  }
-  player() = std::make_unique<Player>(path, std::move(*statements));
+  const std::optional<Source> source = readSource(script.path, script.folders, &error);
+  if (!source) return refuse(script, error);
+  std::string reason;
+  const std::optional<Values> values = takeValues(*source, script.values, &reason);
+  if (!values) return refuse(script, (script.speaker.empty() ? "script " + script.path + ": " : "") + reason);
+  std::optional<std::vector<Statement>> statements = parse(*source, *values, &error);
+  if (!statements) return refuse(script, error);
+  player() = std::make_unique<Player>(std::move(*statements), script.speaker);
   xvt::probe::setTick([] { player()->tick(); });
   xvt::probe::setVerdict([] { return player()->status(); });
   return true;

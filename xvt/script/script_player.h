@@ -5,11 +5,13 @@
 #include <chrono>
 #include <deque>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "xvt/script/script_parse.h"
+#include "xvt/script/script_echo.h"
+#include "xvt/script/script_statement.h"
 #include "xvt/xvt.h"
 
 namespace xvt::script {
@@ -23,21 +25,34 @@ struct Outcome {
 
 /// What answers the next file or directory box.
 struct FileAnswer {
-  int line;                         ///< of the statement that gave it
+  const Statement* statement;       ///< that gave it
   std::optional<std::string> path;  ///< nothing: Cancel
 };
 
-/// What is pressed in the next window of a name.
+/// Statements in progress: those of the script, or of an answer as long as its window is open.
+struct Course {
+  const std::vector<Statement>* statements;
+  WINDOW window = NULL_WIN;                          ///< of an answer
+  std::size_t next = 0;                              ///< the program counter
+  std::size_t begun = static_cast<std::size_t>(-1);  ///< the statement that `since` belongs to
+  std::chrono::steady_clock::time_point since{};
+  T_LNUM scanned = 0;     ///< lines that the current statement has looked at already
+  bool prompted = false;  ///< the current statement has asked at the terminal
+};
+
+/// What is done when a window comes up, the next time or each time.
 struct WindowAnswer {
-  int line;  ///< of the statement that gave it
-  std::string window, control;
+  const Statement* statement;  ///< its body is what is done
+  const Course* giver;         ///< what the statement stands in: what an answer gives goes with it
+  WINDOW last = NULL_WIN;      ///< the window that it was done for last
 };
 
 class Player {
  public:
   using Clock = std::chrono::steady_clock;
 
-  Player(std::string path, std::vector<Statement> statements);
+  /// @param speaker see XVT_SCRIPT
+  Player(std::vector<Statement> statements, std::string speaker);
 
   /// Goes on by one statement at most. Statements run handlers, and a handler may be a whole job whose pumps tick
   /// again: the program counter therefore stands behind a statement before it acts.
@@ -50,7 +65,14 @@ class Player {
   [[nodiscard]] double secondsSinceBegin() const;
   void setPatience(double seconds) { patience_ = seconds; }
   void addAnswer(FileAnswer answer) { answers_.push_back(std::move(answer)); }
-  void addWindowAnswer(WindowAnswer answer) { windowAnswers_.push_back(std::move(answer)); }
+  void addWindowAnswer(const Statement& statement) { windowAnswers_.push_back({&statement, current_}); }
+  /// Lets the answer that is being given begin anew. @return false when none is
+  bool beginAgain();
+  Echo& echo() { return echo_; }
+  /// The line that somebody types at the terminal, asked for by `words`; nothing as long as it has not come.
+  std::optional<std::string> lineFromTerminal(const std::string& words, bool* atEnd);
+  /// Says that something failed; the script goes on, but has failed at its end.
+  void report(const Statement& statement, const std::string& reason);
   /// Closes the task window as its close box does.
   Outcome quit();
   /// Puts a window's mark behind its last line.
@@ -63,32 +85,46 @@ class Player {
 
   void attempt();
   void afterEnd();
-  void judge(std::size_t at, const Outcome& outcome);
+  void judge(Course& course, std::size_t at, const Outcome& outcome);
   /// @return true when a box was there to answer
   bool answerFileBox();
-  bool answerWindow();
-  void say(int line, const std::string& text) const;
+  /// Begins with the answer to a window that is open, if there is one.
+  void answerWindow();
+  Course& course();
+  void forgetAnswersOf(const Course* giver);
+  void say(const Statement& statement, const std::string& text, bool own = false);
   /// Ends the script and the program. What keeps input is named beside the reason.
-  void fail(int line, const std::string& reason);
+  void fail(const Statement& statement, const std::string& reason);
+  [[nodiscard]] const Statement& lastReached() const;
   [[nodiscard]] double limitOf(const Statement& statement) const;
 
-  std::string path_;
   std::vector<Statement> statements_;
-  std::size_t next_ = 0;                              ///< the program counter
-  std::size_t begun_ = static_cast<std::size_t>(-1);  ///< the statement that `since_` belongs to
-  Clock::time_point since_;
+  std::string speaker_;
+  std::vector<std::shared_ptr<Course>> courses_;  ///< the script, and above it answers that are being given
+  Course* current_ = nullptr;                     ///< whose statement is being tried
   State state_ = State::running;
+  bool faulty_ = false;  ///< something was reported
   std::optional<Clock::time_point> quitAt_;
   double patience_ = 2.0;
   std::deque<FileAnswer> answers_;
   std::deque<WindowAnswer> windowAnswers_;
   WINDOW answeredBox_ = NULL_WIN;
   std::map<std::string, T_LNUM> marks_;
-  T_LNUM scanned_ = 0;  ///< lines that the current statement has looked at already
+  std::string typed_;  ///< at the terminal, not yet a line
+  Echo echo_;
 };
 
 /// Tries to carry out a statement.
 Outcome perform(Player& player, const Statement& statement);
+
+/// Whether a text is like a glob.
+bool isLike(const std::string& glob, const std::string& text);
+
+/// Whether a window is open and not hidden.
+bool isShown(WINDOW window);
+
+/// What a box says, in one line; of other windows the title.
+std::string textOf(WINDOW window);
 
 /// Whether one of a statement's arguments names this window or a control of it.
 bool names(const Statement& statement, const std::string& window);

@@ -1,6 +1,8 @@
 /// What the statements of a script do.
 #include <fnmatch.h>
+#include <glob.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -14,6 +16,7 @@
 #include "xvt/probe.h"
 #include "xvt/resource.h"
 #include "xvt/script/script_player.h"
+#include "xvt/script/script_values.h"
 
 namespace xvt::script {
 
@@ -64,8 +67,6 @@ std::string flat(std::string text) {
   return text;
 }
 
-bool isLike(const std::string& glob, const std::string& text) { return fnmatch(glob.c_str(), text.c_str(), 0) == 0; }
-
 /// The rows of a list that a text means: the first that is exactly this text, else all that are like it as a glob.
 std::vector<int> findRows(WINDOW list, const std::string& text) {
   std::vector<int> like;
@@ -93,14 +94,24 @@ Outcome type(Player&, const Statement& s) {
   return act("type " + s.text(0), findControl(s.text(0)), [&](WINDOW edit) { return probe::type(edit, s.text(1)); });
 }
 
+/// The rows that there are, for who looked for another one.
+std::string rowsOf(WINDOW list) {
+  constexpr int kNamed = 5;
+  const int count = xvt_list_count(list);
+  std::string text;
+  for (int row = 0; row < std::min(count, kNamed); ++row) text += (row > 0 ? ", " : "") + quoted(rowText(list, row));
+  return count == 0 ? "" : " (it has " + text + (count > kNamed ? " ..." : "") + ")";
+}
+
 /// The row that a statement means, or -1 and why there is none. Among several rows nothing is chosen by chance.
 int findRow(WINDOW list, const Statement& s, std::string* missing) {
-  const bool byText = s.arguments[1].quoted;
+  const bool byText = s.arguments[1].quoted || !isWholeNumber(s.text(1));
   const std::vector<int> rows =
       byText ? findRows(list, s.text(1)) : std::vector<int>{static_cast<int>(std::min(s.number(1), 1e9))};
   if (rows.size() == 1 && rows[0] < xvt_list_count(list)) return rows[0];
   const std::string wanted = byText ? quoted(s.text(1)) : s.text(1);
-  *missing = rows.size() > 1 ? std::to_string(rows.size()) + " rows are like " + wanted : "it has no row " + wanted;
+  *missing = rows.size() > 1 ? std::to_string(rows.size()) + " rows are like " + wanted
+                             : "it has no row " + wanted + rowsOf(list);
   return -1;
 }
 
@@ -133,18 +144,66 @@ Outcome key(Player&, const Statement& s) {
 }
 
 Outcome answer(Player& player, const Statement& s) {
-  const std::size_t dot = s.text(0).find('.');
-  player.addWindowAnswer({s.line, s.text(0).substr(0, dot), s.text(0).substr(dot + 1)});
+  player.addWindowAnswer(s);
   return {};
 }
 
+Outcome again(Player& player, const Statement&) {
+  return player.beginAgain() ? Outcome{} : failed("again: no answer is being given");
+}
+
 Outcome answerFile(Player& player, const Statement& s) {
-  player.addAnswer({s.line, scriptPath(s.text(0))});
+  player.addAnswer({&s, scriptPath(s.text(0))});
   return {};
 }
 
 Outcome answerCancel(Player& player, const Statement& s) {
-  player.addAnswer({s.line, std::nullopt});
+  player.addAnswer({&s, std::nullopt});
+  return {};
+}
+
+Outcome prompt(Player& player, const Statement& s) {
+  bool atEnd = false;
+  const std::optional<std::string> line = player.lineFromTerminal(s.text(0), &atEnd);
+  if (!line) return notYet("nobody answered at the terminal");
+  return atEnd || *line == s.text(1) ? act("press " + s.text(2), findControl(s.text(2)), probe::press) : Outcome{};
+}
+
+Outcome expectTerminal(Player&, const Statement&) {
+  return isatty(STDIN_FILENO) != 0 ? Outcome{} : failed("standard input is no terminal");
+}
+
+/// Does something with what a control shows, or with a text, which is in quotes where it could be a control.
+template <typename Use>
+Outcome useText(const Statement& s, Use use) {
+  const bool isText = s.arguments[0].quoted || !isTarget(s.text(0));
+  const Target control = isText ? Target{} : findControl(s.text(0));
+  if (!control.missing.empty()) return notYet(control.missing);
+  use(isText ? s.text(0) : flat(shownText(control.handle)));
+  return {};
+}
+
+Outcome print(Player& player, const Statement& s) {
+  return useText(s, [&](const std::string& text) {
+    player.echo().update(true);
+    std::printf("%s\n", text.c_str());
+    std::fflush(stdout);
+  });
+}
+
+Outcome report(Player& player, const Statement& s) {
+  return useText(s, [&](const std::string& text) { player.report(s, text); });
+}
+
+Outcome giveUp(Player&, const Statement& s) { return failed(s.text(0)); }
+
+Outcome follow(Player& player, const Statement& s) {
+  player.echo().follow(s.text(0));
+  return {};
+}
+
+Outcome watch(Player& player, const Statement& s) {
+  player.echo().watch(s.text(0));
   return {};
 }
 
@@ -162,12 +221,6 @@ Outcome mark(Player& player, const Statement& s) {
   const Target target = findWindow(window);
   if (target.handle == NULL_WIN) return notYet(target.missing);
   player.mark(window);
-  return {};
-}
-
-Outcome print(Player&, const Statement& s) {
-  std::printf("%s\n", s.text(0).c_str());
-  std::fflush(stdout);
   return {};
 }
 
@@ -326,22 +379,47 @@ Outcome line(Player&, const Statement& s) {
   return unless(found, s.text(0) + " has no line " + quoted(s.text(1)));
 }
 
+/// Whether a line is like one of a statement's globs and like none of those behind "except".
+bool isUnwanted(const std::string& line, const Statement& s) {
+  bool found = false;
+  for (std::size_t at = 1; s.has(at); ++at) {
+    if (s.text(at) == "except" && !s.arguments[at].quoted)
+      return found && std::none_of(s.arguments.begin() + static_cast<std::ptrdiff_t>(at) + 1, s.arguments.end(),
+                                   [&](const Word& glob) { return isLike(glob.text, line); });
+    found = found || isLike(s.text(at), line);
+  }
+  return found;
+}
+
 Outcome noLine(Player&, const Statement& s) {
+  constexpr int kNamed = 10;
   const Target target = findWindow(s.text(0));
   if (target.handle == NULL_WIN) return notYet(target.missing);
-  std::string culprit;
-  const bool found = anyLine(target.handle, [&](const char* each) {
-    culprit = each;
-    return isLike(s.text(1), culprit);
+  int found = 0;
+  std::string culprits;
+  (void)anyLine(target.handle, [&](const std::string& each) {
+    if (isUnwanted(each, s) && ++found <= kNamed) culprits += (found > 1 ? ", " : "") + quoted(each);
+    return false;
   });
-  return found ? failed(s.text(0) + " has the line " + quoted(culprit)) : Outcome{};
+  if (found == 0) return {};
+  const std::string more = found > kNamed ? " and " + std::to_string(found - kNamed) + " more" : "";
+  return failed(s.text(0) + " has the line" + (found > 1 ? "s " : " ") + culprits + more);
+}
+
+/// No file's name is like this glob.
+Outcome noFileLike(const std::string& pattern) {
+  glob_t found{};
+  const bool any = glob(pattern.c_str(), GLOB_NOSORT, nullptr, &found) == 0 && found.gl_pathc > 0;
+  const std::string first = any ? found.gl_pathv[0] : "";
+  globfree(&found);
+  return unless(!any, first + " exists");
 }
 
 Outcome file(Player&, const Statement& s) {
   const std::string path = scriptPath(s.text(0));
   struct stat facts {};
   const bool exists = stat(path.c_str(), &facts) == 0;
-  if (s.text(1) == "absent") return unless(!exists, path + " exists");
+  if (s.text(1) == "absent") return exists ? notYet(path + " exists") : noFileLike(path);
   if (!exists) return notYet("there is no file " + path);
   if (s.text(1) == "exists") return {};
   return unless(facts.st_size == static_cast<off_t>(s.number(2)),
@@ -423,6 +501,8 @@ Outcome perform(Player& player, const Statement& statement) {
       {Verb::close, close},
       {Verb::key, key},
       {Verb::answer, answer},
+      {Verb::answerAlways, answer},
+      {Verb::again, again},
       {Verb::answerFile, answerFile},
       {Verb::answerCancel, answerCancel},
       {Verb::waitWindow, window},
@@ -453,17 +533,32 @@ Outcome perform(Player& player, const Statement& statement) {
       {Verb::expectLine, line},
       {Verb::expectNoLine, noLine},
       {Verb::expectFile, file},
+      {Verb::expectTerminal, expectTerminal},
       {Verb::copyLines, copyLines},
       {Verb::print, print},
       {Verb::sleep, sleep},
       {Verb::patience, patience},
       {Verb::screenshot, screenshot},
       {Verb::run, run},
+      {Verb::follow, follow},
+      {Verb::watch, watch},
+      {Verb::prompt, prompt},
+      {Verb::report, report},
+      {Verb::giveUp, giveUp},
       {Verb::dumpWindows, dumpWindows},
       {Verb::stay, nothing},
       {Verb::quit, quit},
   };
   return ACTIONS.at(statement.verb)(player, statement);
+}
+
+bool isLike(const std::string& glob, const std::string& text) { return fnmatch(glob.c_str(), text.c_str(), 0) == 0; }
+
+bool isShown(WINDOW window) { return xvt_vobj_is_valid(window) && xvt_vobj_is_visible(window); }
+
+std::string textOf(WINDOW window) {
+  const WINDOW text = probe::control(window, "text");
+  return flat(titleOf(text != NULL_WIN ? text : window));
 }
 
 bool names(const Statement& statement, const std::string& window) {
@@ -484,9 +579,8 @@ std::string shownText(WINDOW control) {
 std::string inputKeeper() {
   const WINDOW keeper = probe::inputKeeper();
   if (keeper == NULL_WIN) return "";
-  const WINDOW text = probe::control(keeper, "text");
   const WINDOW hint = probe::control(keeper, "hint");
-  std::string words = flat(titleOf(text != NULL_WIN ? text : keeper));
+  std::string words = textOf(keeper);
   if (hint != NULL_WIN && !shownText(hint).empty()) words += ": " + flat(shownText(hint));
   return "; " + probe::nameOf(keeper) + " keeps input: " + quoted(words);
 }

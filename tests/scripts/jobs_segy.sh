@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The example scripts of the SEG Y copy, on a small line: tests/scripts/examples_segy.sh PROGRAM
+# The jobs of SEG Y, on a small line: tests/scripts/jobs_segy.sh PROGRAM
 # What they write is read here without any of the program's code.
 set -eu
 here=$(cd "$(dirname "$0")" && pwd)
@@ -9,22 +9,28 @@ trap 'rm -rf "$dir"' EXIT
 mkdir "$dir/home"
 export KYRHOME="$dir/home"
 cd "$dir"
-cp "$here"/../../docs/examples/*.qs .
-command_of() { sed -n 's/^#     //p' "$1"; }
 
 python3 -c 'import line; line.make("line.sgy")'
 printf '1003\r\n1010 - 1012\r\n\r\n1039' >inlines.txt
-eval "$(command_of segy-copy.qs)"
+quarlo --job segy-copy input=line.sgy list=inlines.txt output=part.sgy >out
+grep -q '^SEG Y copy ended at' out
+[ "$(sort -u RangeLimitLogFile.txt | tr '\n' ' ')" = "1003.0000 1010.0000 1011.0000 1012.0000 1039.0000 " ]
+quarlo --job segy-copy input=line.sgy output=all.sgy >out && cmp line.sgy all.sgy
+printf '4\n1010 0\n1020 0\n1020 9999\n1010 9999\n' >corners.txt
+quarlo --job segy-copy input=line.sgy polygon=corners.txt secondary-byte=21 listed=dropped output=outside.sgy >out
 python3 - <<'CHECK'
 import line
 head, traces = line.read("line.sgy")
 wanted = [t for t in traces if line.field(t, 189) in (1003, 1010, 1011, 1012, 1039)]
 assert len(wanted) == 300
 assert line.read("part.sgy") == (head, wanted), "part.sgy is not what the list asks for"
+wanted = [t for t in traces if not 1010 <= line.field(t, 189) <= 1020]
+assert line.read("outside.sgy") == (head, wanted), "outside.sgy is not what the polygon leaves"
 CHECK
-[ "$(sort -u RangeLimitLogFile.txt | tr '\n' ' ')" = "1003.0000 1010.0000 1011.0000 1012.0000 1039.0000 " ]
 
-eval "$(command_of segy-sorted-split.qs | sed 's/PART_SIZE=2 /PART_SIZE=0.001 /')"
+quarlo --job segy-sort-split input=line.sgy output=sorted.sgy volumes=cdp.sgy part-size=0.001 >out
+! quarlo --job segy-sort-split input=line.sgy output=new.sgy volumes=cdp.sgy 2>err
+grep -q '^quarlo: segy-sort-split: "cdp.sgy" exists; give overwrite=yes' err
 python3 - <<'CHECK'
 import glob, line
 head, traces = line.read("line.sgy")
@@ -45,4 +51,4 @@ for name in volumes:
 assert together == wanted, "the volumes do not hold the sorted traces"
 CHECK
 [ ! -e sorted.sgy.tmp ] && [ ! -e SegyCopy.idx ] || { echo "temporary files were left"; exit 1; }
-echo "examples_segy: all as expected"
+echo "jobs_segy: all as expected"

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The example script that splits a SEG D tape, then a copy of its files with both lists set in the real dialogs:
-# tests/scripts/examples_segd.sh PROGRAM
+# The job that splits a SEG D tape, then a copy of its files with both lists set in the real dialogs:
+# tests/scripts/jobs_segd.sh PROGRAM
 set -eu
 program=$(realpath "$1")
 here=$(cd "$(dirname "$0")" && pwd)
@@ -14,8 +14,10 @@ cd "$dir"
 python3 -c 'import field; field.cartridge("drives/field.tap", (101, 102, 1203))'
 printf 'vendor = ACME\nmodel = REEL 100\nid = 4\ncartridge = field.tap\n' >drives/field.drive
 
-cp "$here"/../../docs/examples/*.qs .
-eval "$(sed -n 's/^#     //p' segd-split-tape.qs)"
+quarlo --job segd-to-files input=0 output=line-1201 >out
+grep -q '^SEG D copy ended at' out
+! quarlo --job segd-to-files input=0 output=line-1201 2>err
+grep -qF 'has files field_*.sgd; give overwrite=yes' err
 python3 - <<'CHECK'
 import field, glob
 names = sorted(glob.glob("line-1201/*.sgd"))
@@ -87,4 +89,4 @@ for channel in [12] + list(range(100, 121)):
 with open("kept/kept_00002.sgd", "rb") as file:
     assert file.read() == b"".join(wanted), "other traces are zero than those listed"
 CHECK
-echo "examples_segd: all as expected"
+echo "jobs_segd: all as expected"

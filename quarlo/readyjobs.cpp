@@ -1,0 +1,94 @@
+#include "quarlo/readyjobs.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+
+#include "xvt/script/script_source.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kExtension = ".qs";
+constexpr const char* kBelowShare = "share/quarlo/jobs";
+
+/// The user's data, as the XDG base directories have it; a relative XDG_DATA_HOME counts as none.
+fs::path dataHome() {
+  const char* data = std::getenv("XDG_DATA_HOME");
+  if (data != nullptr && *data == '/') return data;
+  const char* home = std::getenv("HOME");
+  return home != nullptr && *home == '/' ? fs::path(home) / ".local/share" : fs::path();
+}
+
+/// Every job's file by its name.
+std::map<std::string, fs::path> allJobs() {
+  std::map<std::string, fs::path> jobs;
+  for (const std::string& folder : jobFolders()) {
+    std::error_code unreadable;
+    for (fs::directory_iterator each(folder, unreadable), end; each != end; each.increment(unreadable)) {
+      const fs::path& path = each->path();
+      if (path.extension() == kExtension) jobs.emplace(path.stem().string(), path);
+    }
+  }
+  return jobs;
+}
+
+void printVariable(const xvt::script::Variable& variable) {
+  const std::string fallback = variable.fallback ? "else " + *variable.fallback : "needed";
+  std::printf("    %s=%s, %s\n        %s\n", variable.name.c_str(), variable.values.c_str(), fallback.c_str(),
+              variable.meaning.c_str());
+}
+
+bool printJob(const std::string& name, const fs::path& path, bool isUsers) {
+  xvt::script::ParseError error;
+  const auto source = xvt::script::readSource(path.string(), jobFolders(), &error);
+  if (source && source->title.empty()) error.reason = "the head has no title";
+  if (!source || source->title.empty()) {
+    std::fprintf(stderr, "quarlo: %s:%d: %s\n", error.file.c_str(), error.line, error.reason.c_str());
+    return false;
+  }
+  std::printf("%s: %s\n", name.c_str(), source->title.c_str());
+  if (isUsers) std::printf("    (%s)\n", path.c_str());
+  for (const auto& variable : source->variables) printVariable(variable);
+  std::printf("\n");
+  return true;
+}
+
+}  // namespace
+
+std::vector<std::string> jobFolders() {
+  std::vector<std::string> folders;
+  const fs::path own = dataHome();
+  if (!own.empty()) folders.push_back((own / "quarlo/jobs").string());
+  std::error_code unknown;
+  const fs::path program = fs::read_symlink("/proc/self/exe", unknown).parent_path();
+  // Installed, the program stands in bin, beside share; where it was built, share stands beside the program itself.
+  for (const fs::path& above : {program.parent_path(), program})
+    if (!above.empty()) folders.push_back((above / kBelowShare).string());
+  return folders;
+}
+
+std::string jobFile(const std::string& name) {
+  const auto jobs = allJobs();
+  const auto found = jobs.find(name);
+  return found != jobs.end() ? found->second.string() : "";
+}
+
+std::string jobNames() {
+  std::string names;
+  for (const auto& [name, path] : allJobs()) names += (names.empty() ? "" : ", ") + name;
+  return names;
+}
+
+bool listJobs() {
+  bool good = true;
+  const std::vector<std::string> folders = jobFolders();
+  for (const auto& [name, path] : allJobs()) {
+    const bool isUsers = !dataHome().empty() && path.parent_path() == fs::path(folders.front());
+    good = printJob(name, path, isUsers) && good;
+  }
+  return good;
+}
