@@ -33,9 +33,7 @@ end
 when concatenated=yes
   press verify.concatenated
 end
-wait enabled verify.start 60 else "these cannot be compared"
-press verify.start
-wait text verify.status "[CFI]*" 8640000
+include parts/verify.qs
 include parts/checks.qs
 expect text verify.status "Complete" else "the copies differ"
 quit

@@ -259,6 +259,14 @@ def stays_open(text):
     says(told, "copy.start", '"Idle"')
 
 
+def shows(text):
+    """A script with variables, and the command that gives them."""
+    if not text.startswith("quarlo"):
+        return write("show.qs", text)
+    write("show.qs", blocks("docs/scripts.md")[blocks("docs/scripts.md").index(text) + 1])
+    says(run(text), "half way\n")
+
+
 def overwrites(text):
     script(COPY_DIALOG + text + 'wait text copy.output-name "*line-1201.tpf" 5\n')
 
@@ -274,6 +282,68 @@ def statements_of_tables():
     statements = [row.replace("\\|", "|") for row in re.findall(r"^\| `([^`]+)` \|", page, re.M)]
     assert len(statements) > 35, statements
     script("quit\n" + "\n".join(statements), DRIVES="drives")
+
+
+# ---- docs/jobs.md -------------------------------------------------------------------------------------------------------
+
+def reels():
+    """Three drives as the page has them, the sample in the first."""
+    drives("a", "b", "c", a=sample())
+    for name, reel in (("a", 100), ("b", 200), ("c", 300)):
+        text = contents(f"drives/{name}.drive").decode().replace(f"model = {name}", f"vendor = ACME\nmodel = REEL {reel}")
+        write(f"drives/{name}.drive", text)
+    os.environ["QUARLO_VIRTUAL_DRIVES"] = os.path.abspath("drives")
+
+
+def jobs_listed(text):
+    listed = run(text)
+    says(listed, *re.findall(r"^\| `([\w-]+)` \| [^|]+ \|$", read("docs/jobs.md").split("## Drives")[0], re.M))
+
+
+def job(text):
+    reels()
+    says(run(text), "3 files copied.\n")
+
+
+def jobs_played(text):
+    import field
+    line.make("line.sgy")
+    write("inlines.txt", "1010 - 1020\n")
+    write("corners.txt", "4\n1010 0\n1020 0\n1020 9999\n1010 9999\n")
+    os.mkdir("line-1203")
+    for command in text.strip().splitlines():
+        if "segd" in command:
+            field.cartridge("drives/a.tap", (101, 102))
+        says(run(command), " ended at ")
+    assert len(glob.glob("line-1203/*.sgd")) == 2
+    assert len(line.read("part.sgy")[1]) + len(line.read("outside.sgy")[1]) == len(line.read("line.sgy")[1])
+
+
+def job_refuses(text):
+    reels()
+    says(run("quarlo --job tape-to-disk input=0 output=line-1201.tpf", 1), text)
+
+
+def by_the_clock(text):
+    reels()
+    os.mkdir("data")
+    run(text.split(None, 5)[5].replace("/data/1201", "data").replace("\\%", "%"))
+    [made] = glob.glob("data/*.tpf")
+    assert contents(made) == contents("line-1201.tpf")
+    says(contents("data/job.log").decode(), "3 files copied.")
+
+
+def from_afar(text):
+    reels()
+    command = re.search("'(.*)'", text)[1].replace("/data/1201", "data")
+    says(run(f"(sleep 2; echo stop) | script -qec '{command}' /dev/null"), "or type stop:", "1 tape copied.")
+
+
+def own_job(text):
+    write(".local/share/quarlo/jobs/to-tape.qs", text)
+    reels()
+    says(run("HOME=$PWD quarlo --job to-tape input=line-1201.tpf output=1"), "Byte comparison succeeded.")
+    run("tapetool compare sample.tap drives/b.tap")
 
 
 # ---- docs/virtual-drives.md ---------------------------------------------------------------------------------------------
@@ -474,6 +544,7 @@ PLAYERS = {
         ("", tour),
         ("./run", Unplayed("installs packages and builds; what it starts is the tour")),
         ("./test", Unplayed("runs this test")),
+        ("quarlo --job", lambda text: says(run(text), "3 files copied.\n")),
         ("ST_BUFFER=1024 ./run", block_size),
         ("sudo usermod", Unplayed("changes the machine's users")),
         ("mt -f", Unplayed(DEVICE)),
@@ -496,13 +567,25 @@ PLAYERS = {
     ],
     "docs/format-tpf.md": [("00000000", tape_image)],
     "docs/hacking.md": [("quarlo/ ", rooms), ("libkyr | ", arrows)],
+    "docs/jobs.md": [
+        ("quarlo --jobs", jobs_listed),
+        ("quarlo --job tape-to-disk", job),
+        ("quarlo --job disk-to-tape", jobs_played),
+        ("quarlo: tape-to-disk", job_refuses),
+        ("30 22", by_the_clock),
+        ("ssh", from_afar),
+        ("#: title", own_job),
+        ("KYRHOME=", lambda text: run(text.replace("~/tapes/1201", ".").replace("...", "--jobs"))),
+    ],
     "docs/libkyr.md": [("const ProcessRecordPtr", library_calls), ("SetNumberOfOutputs", library_calls)],
     "docs/scripts.md": [
         ("# one cartridge", night),
         ("script night.qs", night_fails),
         ("", lambda: night_leaves_out(None)),
-        ("quarlo --script", night_runs),
+        ("quarlo --script night.qs", night_runs),
         ("quarlo --headless", night_runs),
+        ("quarlo --script show.qs", shows),
+        ("print $text", shows),
         ("wait window main", stays_open),
         ("answer-file", overwrites),
         ("press copy.input-disk", by_hand),
@@ -512,6 +595,7 @@ PLAYERS = {
         ("101", By("tests/scripts/jobs_segd.sh")),
         ("18", By("tests/scripts/jobs_segd.sh")),
         ("printf", prints_288),
+        ("quarlo --job", By("tests/scripts/jobs_segd.sh")),
     ],
     "docs/segy-copy.md": [("H ", list_keeps), ("4\n", polygon_keeps), ("80 0C", index_record)],
     "docs/user-guide.md": [
