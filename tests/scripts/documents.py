@@ -343,7 +343,6 @@ def own_job(text):
     write(".local/share/quarlo/jobs/to-tape.qs", text)
     reels()
     says(run("HOME=$PWD quarlo --job to-tape input=line-1201.tpf output=1"), "Byte comparison succeeded.")
-    run("tapetool compare sample.tap drives/b.tap")
 
 
 # ---- docs/virtual-drives.md ---------------------------------------------------------------------------------------------
