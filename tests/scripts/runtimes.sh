@@ -81,10 +81,9 @@ copy-lines console lines.txt
 menu quit
 SCRIPT
 
-# play NAME OPTION ...: everything that is left stands in NAME, with what was printed.
+# play NAME SCRIPT-OPTION JOB-OPTION: everything that is left stands in NAME, with what was printed.
 play() {
   local name=$1
-  shift
   mkdir "$dir/work" && cd "$dir/work"
   python3 -c 'import line; line.make("line.sgy")'
   printf '1003\n1010 - 1012\n' >inlines.txt
@@ -92,19 +91,19 @@ play() {
   rm drives/*.tap
   tapetool sample drives/one.tap
   tapetool sample drives/two.tap
-  cp "$here"/../../docs/examples/*.qs "$dir/copies.qs" .
-  export QUARLO_VIRTUAL_DRIVES=drives INPUT=line.sgy LIST=inlines.txt OUTPUT=part.sgy
-  export SORTED=sorted.sgy VOLUMES=cdp.sgy PART_SIZE=0.001
-  for script in copies segy-copy segy-sorted-split; do
-    quarlo "$@" --script "$script.qs" >>printed 2>&1 || { cat printed; exit 1; }
+  export QUARLO_VIRTUAL_DRIVES=drives
+  for run in "$2 --script $dir/copies.qs" "$3 --job segy-copy input=line.sgy list=inlines.txt output=part.sgy" \
+    "$3 --job segy-sort-split input=line.sgy output=sorted.sgy volumes=cdp.sgy part-size=0.001"; do
+    quarlo $run >>printed 2>&1 || { cat printed; exit 1; }
     cat console.txt >>consoles.txt
   done
+  sed -i '/^Traces input: /d' printed  # how far a slow machine had come
   sed -i -E 's/[A-Z][a-z]{2} [A-Z][a-z]{2} +[0-9]+ [0-9:]{8} [0-9]{4}/DATE/' printed ./*.txt
   cd "$dir" && mv work "$name"
 }
 
-play screen
-play headless --headless
+play screen "" --show
+play headless --headless ""
 diff -r "$dir/screen" "$dir/headless"
-[ "$(ls "$dir/screen" | wc -l)" -gt 12 ]
+[ "$(ls "$dir/screen" | wc -l)" -gt 9 ]
 echo "runtimes: all as expected"

@@ -150,7 +150,8 @@ void Player::fail(const Statement& statement, const std::string& reason) {
   if (shot != nullptr && *shot != '\0')
     if (const probe::Refusal why = probe::screenshot(NULL_WIN, scriptPath(shot)))
       say(statement, "no screenshot: " + *why);
-  xvt_app_destroy();
+  // As the session ends it: a job that has not begun yet does not begin.
+  if (probe::endSession()) xvt_app_destroy();
 }
 
 void Player::report(const Statement& statement, const std::string& reason) {
