@@ -133,25 +133,50 @@ std::shared_ptr<BaseWindow> Desk::editTarget() const {
   return isUsable(edited) ? edited : active();
 }
 
+namespace {
+
+/// A window on its way to be open. What fails on it destroys the window; a handler that was not told of it is not then.
+class Opening {
+ public:
+  Opening(BaseWindow& window, void* data) : window_(&window) {
+    window.enter([](WINDOW, EVENT*) -> long { return 0; }, data);
+  }
+  ~Opening() {
+    if (window_ != nullptr) window_->destroy();
+  }
+  Opening(const Opening&) = delete;
+  Opening& operator=(const Opening&) = delete;
+  void done() { window_ = nullptr; }
+
+ private:
+  BaseWindow* window_;
+};
+
+}  // namespace
+
 std::shared_ptr<Window> Desk::openDocument(const WIN_DEF& definition, EVENT_HANDLER handler, void* data) {
   const auto document = makeDocument();
-  document->enter(handler, data);
+  Opening opening(*document, data);
   document->build(definition);
+  document->handler = handler;
   EVENT event;
   event.type = E_CREATE;
   document->tell(event);
   if (!document->isDying()) document->openAt(definition);
+  opening.done();
   return document;
 }
 
 std::shared_ptr<Window> Desk::openDialog(bool modal, const DLG_RES& table, EVENT_HANDLER handler, void* data) {
   const auto dialog = makeDialog();
-  dialog->enter(handler, data);
+  Opening opening(*dialog, data);
   dialog->build(table, modal);
+  dialog->handler = handler;
   EVENT event;
   event.type = E_CREATE;
   dialog->tell(event);
   if (!dialog->isDying()) dialog->openFitted();
+  opening.done();
   if (!modal) return dialog;
   pump_->runUntil([&] { return dialog->isDying() || ending_; });
   dialog->destroy();

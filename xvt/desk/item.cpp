@@ -13,10 +13,19 @@ bool BaseItem::isSensitive() const { return enabled_ && owner_.isEnabled(); }
 
 void BaseItem::setEnabled(bool enabled) {
   enabled_ = enabled;
-  // The keyboard would be led on to the next control, and keys that are on their way would act there.
-  if (!enabled && owner_.isVisible() && owner_.focused().get() == this) owner_.restKeyboard();
+  if (!enabled) dropKeyboard();
   showEnabled();
   owner_.enableLabels(*this);
+}
+
+void BaseItem::setVisible(bool visible) {
+  visible_ = visible;
+  if (!visible) dropKeyboard();
+}
+
+/// Led on to the next control, it would have keys that are on their way act there.
+void BaseItem::dropKeyboard() {
+  if (owner_.isVisible() && owner_.focused().get() == this) owner_.restKeyboard();
 }
 
 void BaseItem::raise() { owner_.raise(); }

@@ -20,7 +20,7 @@ class BaseItem : public Control {
   std::string title() const override { return {}; }
   void setEnabled(bool enabled) override;
   bool isEnabled() const override { return enabled_; }
-  void setVisible(bool visible) override { visible_ = visible; }
+  void setVisible(bool visible) override;
   bool isVisible() const override { return visible_; }
   void raise() override;
   void takeFocus() override;
@@ -75,6 +75,8 @@ class BaseItem : public Control {
   bool enabled_ = true;
   bool visible_ = true;
   bool editing_ = false;
+
+  void dropKeyboard();
 };
 
 }  // namespace xvt

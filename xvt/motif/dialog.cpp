@@ -180,7 +180,7 @@ void Dialog::openFitted() {
 
 void Dialog::startKeyboard() {
   const auto start = std::dynamic_pointer_cast<Item>(firstFocus());
-  XtVaSetValues(rest_, XmNtraversalOn, start ? False : True, nullptr);
+  setRestful(!start);
   Widget widget = start ? start->widget() : rest_;
   if (XmGetFocusWidget(shell()) != widget) XmProcessTraversal(widget, XmTRAVERSE_CURRENT);
 }
@@ -190,11 +190,19 @@ void Dialog::moveKeyboard(BaseItem& item) {
 }
 
 void Dialog::restKeyboard() {
-  XtVaSetValues(rest_, XmNtraversalOn, True, nullptr);
+  setRestful(true);
   XmProcessTraversal(rest_, XmTRAVERSE_CURRENT);
 }
 
+void Dialog::setRestful(bool restful) {
+  if (restful_ == restful) return;
+  restful_ = restful;
+  XtVaSetValues(rest_, XmNtraversalOn, restful ? True : False, nullptr);
+}
+
 void Dialog::refresh() {
+  // The spot is no stop of the Tab key: once the keyboard has left it, it stays away.
+  if (restful_ && fitted_ && !isDying() && XmGetFocusWidget(shell()) != rest_) setRestful(false);
   if (!stale_ || !fitted_ || isDying()) return;
   stale_ = false;
   remeasure();

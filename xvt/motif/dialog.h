@@ -40,6 +40,7 @@ class Dialog final : public ShellWindow, public BaseDialog {
   Widget createFrame();
   void createRest();
   void startKeyboard();
+  void setRestful(bool restful);
   void createBody();
   Extent wanted() const;
   void place(Extent size);
@@ -51,6 +52,7 @@ class Dialog final : public ShellWindow, public BaseDialog {
   Widget rest_ = nullptr;                            ///< has the keyboard where no control has
   std::vector<Widget> frames_;                       ///< of the cards, in the order of the tree
   std::vector<std::unique_ptr<DLG_ITEM>> headings_;  ///< lines for the cards' headings
+  bool restful_ = false;                             ///< the keyboard may come to rest_
   bool stale_ = false;
   bool fitted_ = false;
 };
