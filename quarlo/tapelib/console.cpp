@@ -29,9 +29,16 @@ void console_printf(const char* format, ...) {
   char* line = nullptr;
   const int length = vasprintf(&line, format, arguments);
   va_end(arguments);
-  if (length < 0) return;
-  console_out(line);
-  std::free(line);
+  if (length >= 0) {
+    console_out(line);
+    std::free(line);
+    return;
+  }
+  char beginning[512] = "";  // as much as needs no memory
+  va_start(arguments, format);
+  (void)std::vsnprintf(beginning, sizeof beginning, format, arguments);
+  va_end(arguments);
+  console_out(beginning);
 }
 
 void do_console_out(ProcessRecord* procRecord, const char* textStr) {

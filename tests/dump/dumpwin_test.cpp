@@ -85,6 +85,9 @@ TEST_F(TextWindowTest, TheConsoleKeepsEveryLineOnScreenAndInTheFile) {
   EXPECT_EQ(kit.lines(console()), (Lines{"Copy started at noon.", " ", std::string(5000, 'x') + " 7", "two", "lines"}));
   // Read while the console is open: every line is flushed.
   EXPECT_EQ(contentOf("console.txt"), "Copy started at noon.\n \n" + std::string(5000, 'x') + " 7\ntwo\nlines\n");
+  kit.noMemoryIn = "xvt_tx_add_par";
+  EXPECT_THROW(console_out("last words"), std::bad_alloc);
+  EXPECT_TRUE(contentOf("console.txt").ends_with("lines\nlast words\n"));
 }
 
 TEST_F(TextWindowTest, ClosingHidesTheConsoleAndTheCommandShowsItAgain) {

@@ -422,6 +422,7 @@ bool xvt_menu_is_item_enabled(WINDOW, int command) { return kit().menus[command]
 
 long xvt_timer_create(WINDOW window, long milliseconds) {
   if (checkedObject(window, "xvt_timer_create") == nullptr || milliseconds <= 0) return 0;
+  kit().allocateIn("xvt_timer_create");
   const long id = kit().nextHandle++;
   kit().timers[id] = {window, milliseconds, kit().now + milliseconds};
   return id;
@@ -532,6 +533,7 @@ void xvt_tx_set_scroll_callback(TXEDIT text, TX_SCROLL_CALLBACK callback) {
 
 bool xvt_tx_add_par(TXEDIT text, T_PNUM where, const char* line) {
   Object* object = textOf(text, "xvt_tx_add_par");
+  kit().allocateIn("xvt_tx_add_par");
   if (object == nullptr || line == nullptr) return false;
   const auto count = static_cast<T_PNUM>(object->lines.size());
   object->lines.insert(object->lines.begin() + (where < 0 || where > count ? count : where), line);

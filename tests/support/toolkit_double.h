@@ -46,6 +46,11 @@ class ToolkitDouble {
   void onModal(int resource, ModalScript script);
   /// The next dialog of this resource number cannot be created.
   void failNextDialog(int resource) { failing[resource]++; }
+  /// The call of this name finds no memory.
+  std::string noMemoryIn;
+  void allocateIn(const char* call) const {
+    if (noMemoryIn == call) throw std::bad_alloc();
+  }
   void answerFile(const std::string& path) { fileAnswers.push_back({FL_OK, path}); }
   void answerCancel() { fileAnswers.push_back({FL_CANCEL, ""}); }
   void answerBadFile() { fileAnswers.push_back({FL_BAD, ""}); }

@@ -54,13 +54,13 @@ void reportLogFailure(int reason) {
   docAppend(consView(), &n1, line);
 }
 
-/// Each line is flushed at once: the file is complete even if the program dies.
-void writeLog(std::string_view line) {
-  if (consFp == nullptr) return;
+/// Each line is flushed at once: the file is complete even if the program dies. @return 0 or errno
+int writeLog(std::string_view line) {
+  if (consFp == nullptr) return 0;
   std::clearerr(consFp);
   std::fwrite(line.data(), 1, line.size(), consFp);
   std::fputc('\n', consFp);
-  if (std::fflush(consFp) != 0) reportLogFailure(errno);
+  return std::fflush(consFp) != 0 ? errno : 0;
 }
 
 void closeLog() {
@@ -97,8 +97,9 @@ void userEvent(const EVENT& event) {
     if (gConsIsVisible != 0) xvt_vobj_raise(consWindow);
   } else if (event.user.id == APPEND && event.user.ptr != nullptr) {
     const std::string_view line = static_cast<const char*>(event.user.ptr);
+    const int failure = writeLog(line);  // first, for it needs no memory
     docAppend(consView(), &n1, line);
-    writeLog(line);
+    if (failure != 0) reportLogFailure(failure);
   }
 }
 

@@ -38,8 +38,9 @@ bool runGuarded(const std::function<void()>& work) noexcept {
   return false;
 }
 
+/// By way of the other: what fails behind it ends in the destructor, and no dialog stays up.
 JobFrame::JobFrame(int jobType, int inputType, int* first, int* percent, int* items, long refreshMilliseconds)
-    : counters{jobType, inputType, first, percent, items, &abortFlag}, running(&abortFlag) {
+    : JobFrame(Unopened{}, jobType, inputType, first, percent, items) {
   if (xvt_dlg_create_res(WD_MODELESS, DLG_PROGRESS, ProgressDlg_eh, &record) == NULL_WIN) {
     xvt_dm_post_error("Error opening dialog");
     return;

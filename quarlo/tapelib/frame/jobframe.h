@@ -39,6 +39,9 @@ class JobFrame {
   void close();
 
  private:
+  struct Unopened {};
+  JobFrame(Unopened, int jobType, int inputType, int* first, int* percent, int* items)
+      : counters{jobType, inputType, first, percent, items, &abortFlag}, running(&abortFlag) {}
   bool stopIsWanted() const;
 
   int abortFlag = 0;
