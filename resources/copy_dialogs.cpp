@@ -18,7 +18,7 @@ constexpr DLG_ITEM COPY_ITEMS[] = {
     ui::list(CP_FORMAT, "format", 18, 3, 0, "What the data are taken for"),
     ui::endOf(),
     ui::column(),
-    ui::label("Settings"),
+    ui::label("Settings", 0, nullptr, IF_BOLD),
     ui::push(CP_PARAMETERS, "parameters", "~Parameters…", 0, "Settings of the chosen format"),
     ui::push(CP_ERROR_OPTIONS, "error-options", "~Error options…", 0, "What happens when a block cannot be read"),
     ui::endOf(),

@@ -133,10 +133,6 @@ TEST(Layout, InALowWindowAllButTheButtonsAndTheStatusLineScrolls) {
   EXPECT_EQ(root.children[2].place.bottom, root.least.height - 40);
 }
 
-bool overlap(const RCT& one, const RCT& other) {
-  return one.left < other.right && other.left < one.right && one.top < other.bottom && other.top < one.bottom;
-}
-
 constexpr int kStep = 8;
 constexpr Extent kConsole{714, 470};
 constexpr Extent kTask{430, 104};
@@ -148,7 +144,7 @@ RCT placed(Extent screen, std::vector<Standing>& standing, const WindowWish& wis
 }
 
 WindowWish fixed(Extent screen, Extent size) {
-  return {size, size, belowConsole(screen, kStep), RCT{0, 0, screen.height, screen.width}};
+  return {size, size, belowConsole(screen, size, kStep), RCT{0, 0, screen.height, screen.width}};
 }
 
 struct Desk {
@@ -165,7 +161,7 @@ struct Desk {
   int coveredPairs() const {
     int pairs = 0;
     for (std::size_t at = 0; at < standing.size(); ++at)
-      for (std::size_t other = 0; other < at; ++other) pairs += overlap(standing[at].place, standing[other].place);
+      for (std::size_t other = 0; other < at; ++other) pairs += overlap(standing[at].place, standing[other].place) > 0;
     return pairs;
   }
   Extent screen;
@@ -197,14 +193,14 @@ TEST(Placement, TheOpenerIsCoveredLastAndNoWindowStandsOnAnothersCorner) {
   for (int window = 0; window < 4; ++window) {
     const Standing opener = desk.standing.back();
     const RCT now = desk.add(fixed(screen, {380, 300}));
-    EXPECT_FALSE(window < 2 && overlap(now, opener.place)) << window;
+    EXPECT_FALSE(window < 2 && overlap(now, opener.place) > 0) << window;
     for (std::size_t at = 0; at + 1 < desk.standing.size(); ++at)
       EXPECT_FALSE(desk.standing[at].place.top == now.top && desk.standing[at].place.left == now.left);
     EXPECT_LE(now.bottom, 600);
     EXPECT_LE(now.right, 800);
   }
   const RCT opener = desk.standing.back().place;
-  EXPECT_FALSE(overlap(desk.addDump(), opener));
+  EXPECT_EQ(overlap(desk.addDump(), opener), 0);
 }
 
 }  // namespace

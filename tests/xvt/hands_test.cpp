@@ -222,6 +222,26 @@ TEST(Hands, KeysActOnlyWhereTheyWerePressed) {
   });
 }
 
+TEST(Hands, WhereRoomIsShortNoHintIsCutAndNoLinesCoverTheirOpener) {
+  run(kResources, [] {
+    const WINDOW window = open(WD_MODELESS, kTable);
+    const RCT right{0, 300, 1000, 1600}, all{0, 0, 1000, 1600};
+    xvt_vobj_move(window, &right);
+    const std::string words(60, 'w');
+    const DLG_ITEM hint[] = {ui::hint(words.c_str(), 1)};
+    const WINDOW dialog = open(WD_MODELESS, {4, "hint", "Hint", hint, 1});
+    RCT place;
+    xvt_vobj_get_outer_rect(ctl(dialog, 1), &place);
+    EXPECT_GE(place.right - place.left, app().look().textSize(Face::plain, words).width);
+    xvt_vobj_destroy(dialog);
+    xvt_vobj_move(window, &all);
+    const WIN_DEF definition[] = {{W_DOC, RCT{30, 10, 330, 510}, "Lines", 0, NULL_FNTID, 0}, {}};
+    xvt_win_create_def(definition, TASK_WIN, dispatch, nullptr);
+    pump(50);
+    EXPECT_EQ(std::system("xwininfo -root -children | grep -A9 '\"Hands\"' | grep -q '\"Lines\"'"), 0);  // from the top
+  });
+}
+
 // A field refuses what was typed into it when it is left: its note must not take the click that left it.
 TEST(Hands, AClickIsNotSwallowedAndOneNoteIsUpAtATime) {
   using Events = std::vector<std::string>;

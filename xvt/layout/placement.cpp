@@ -14,12 +14,6 @@ using Windows = std::vector<Standing>;
 
 RCT at(PNT place, Extent size) { return RCT{place.v, place.h, place.v + size.height, place.h + size.width}; }
 
-long overlap(const RCT& one, const RCT& other) {
-  const long width = std::min(one.right, other.right) - std::max(one.left, other.left);
-  const long height = std::min(one.bottom, other.bottom) - std::max(one.top, other.top);
-  return width > 0 && height > 0 ? width * height : 0;
-}
-
 long hundredths(long pixels, const RCT& of) {
   const long all = std::max(1L, overlap(of, of));
   return (100 * pixels + all - 1) / all;
@@ -131,6 +125,12 @@ PNT staircase(Extent screen, const Windows& standing, Extent size, PNT place, in
 
 }  // namespace
 
+long overlap(const RCT& one, const RCT& other) {
+  const long width = std::min(one.right, other.right) - std::max(one.left, other.left);
+  const long height = std::min(one.bottom, other.bottom) - std::max(one.top, other.top);
+  return width > 0 && height > 0 ? width * height : 0;
+}
+
 PNT onScreen(Extent screen, PNT place, Extent size) {
   return PNT{std::max(0, std::min(place.v, screen.height - size.height)),
              std::max(0, std::min(place.h, screen.width - size.width))};
@@ -167,7 +167,11 @@ RCT placeWindow(Extent screen, const std::vector<Standing>& standing, const Wind
 
 RCT upperLeft(Extent screen) { return RCT{0, 0, screen.height * 3 / 8, screen.width / 2}; }
 
-PNT belowConsole(Extent screen, int step) { return PNT{upperLeft(screen).bottom + step, step}; }
+PNT belowConsole(Extent screen, Extent size, int step) {
+  const PNT below{upperLeft(screen).bottom + step, step};
+  if (below.v + size.height <= screen.height) return below;
+  return PNT{screen.height - size.height - step, screen.width - size.width - step};
+}
 
 PNT middleOf(const RCT& opener, Extent size) {
   return PNT{(opener.top + opener.bottom - size.height) / 2, (opener.left + opener.right - size.width) / 2};

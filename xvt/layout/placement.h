@@ -32,11 +32,15 @@ struct Standing {
 /// windows.
 RCT placeWindow(Extent screen, const std::vector<Standing>& standing, const WindowWish& wish, int step);
 
+/// What they have in common, in pixels.
+long overlap(const RCT& one, const RCT& other);
+
 /// The room that the console keeps to, so that dialogs find theirs below it and a dump beside it.
 RCT upperLeft(Extent screen);
 
-/// Where a dialog would stand.
-PNT belowConsole(Extent screen, int step);
+/// Where a dialog would stand: below the console; if it is too tall for that, in the lower right corner, so that the
+/// screen is not cut in two.
+PNT belowConsole(Extent screen, Extent size, int step);
 
 /// Where a window would stand that belongs to `opener`: in its middle.
 PNT middleOf(const RCT& opener, Extent size);

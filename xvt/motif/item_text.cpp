@@ -78,7 +78,10 @@ Cell TextItem::cell() const {
   const bool elastic = line().kind == IK_VALUE || line().kind == IK_HINT || line().kind == IK_STATUS;
   if (elastic) {
     cell.wide = growth(Growth::willing);
-    cell.least.width = std::max(wished, std::min(size.width, look.columns(own, 8)));
+    // What the program writes may be cut, names before numbers; a hint of the dialog's table was written to be read.
+    const bool name = line().kind == IK_VALUE && (line().flags & IF_GROW) != 0;
+    const int table = line().kind == IK_HINT ? look.textSize(own, LabelText(line().label).plain).width : 0;
+    cell.least.width = std::max({name ? wished * 2 / 3 : wished, table, std::min(size.width, look.columns(own, 8))});
   }
   return cell;
 }

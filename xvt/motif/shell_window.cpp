@@ -127,7 +127,8 @@ int ShellWindow::placeStep() { return app().look().px(8); }
 
 PNT ShellWindow::dialogPlace(Extent size) const {
   const auto from = opener();
-  return isModal() && from ? middleOf(from->occupied(), framed(size)) : belowConsole(screenSize(), placeStep());
+  return isModal() && from ? middleOf(from->occupied(), framed(size))
+                           : belowConsole(screenSize(), framed(size), placeStep());
 }
 
 WindowWish ShellWindow::wishFor(Extent size, PNT place) {
@@ -209,6 +210,17 @@ void ShellWindow::declineFocus() const {
                   XA_CARDINAL, 32, PropModeReplace, reinterpret_cast<const unsigned char*>(&never), 1);
 }
 
+/// What leaves the keyboard where it is leaves in sight, too, what it was opened from.
+void ShellWindow::standBehind(const ShellWindow& from) const {
+  const Extent size = framed(size_);
+  if (overlap(RCT{place_.v, place_.h, place_.v + size.height, place_.h + size.width}, from.occupied()) == 0) return;
+  XWindowChanges changes{};
+  changes.sibling = XtWindow(from.shell());
+  changes.stack_mode = Below;
+  XReconfigureWMWindow(XtDisplay(shell_), XtWindow(shell_), XScreenNumberOfScreen(XtScreen(shell_)),
+                       CWSibling | CWStackMode, &changes);
+}
+
 void ShellWindow::popUp() {
   if (isVisible()) return;
   app().stopChoosing(nullptr);
@@ -224,7 +236,8 @@ void ShellWindow::popUp() {
   else
     XtPopup(shell_, XtGrabNone);
   showBusy(app().isBusy());
-  if (wantsFocus()) takeFocus();
+  if (wantsFocus()) return takeFocus();
+  if (const auto from = opener()) standBehind(*from);
 }
 
 void ShellWindow::popDown() {
