@@ -11,7 +11,7 @@ include parts/position.qs
 patience 0
 expect file ${output} exists else "there is no folder \"${output}\""
 when overwrite=no
-  expect file ${output}/${name}_*.sgd absent else "\"${output}\" has files ${name}_*.sgd; give overwrite=yes to replace those that come again"
+  expect no-file ${output}/${name}_*.sgd else "\"${output}\" has files ${name}_*.sgd; give overwrite=yes to replace those that come again"
   expect file ${output}/SegdCopy.txt absent else "\"${output}/SegdCopy.txt\" exists; give overwrite=yes to replace it"
 end
 patience 2

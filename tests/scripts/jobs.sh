@@ -122,7 +122,7 @@ sed '/copy.qs/i menu skip-files\npress skip-files.ok' "$jobs/tape-to-disk.qs" >d
 quarlo --jobs | grep -A 2 '^tape-to-disk: ' | grep -qF "($dir/data/quarlo/jobs/tape-to-disk.qs)"
 load
 says 1 'give position=rewind' --job tape-to-disk input=0 output=p1.tpf
-! grep 'Copy started' out
+if grep 'Copy started' out; then exit 1; fi
 says 0 '2 files copied.' --job tape-to-disk input=0 output=p2.tpf position=go-on
 says 0 '3 files copied.' --job tape-to-disk input=0 output=p3.tpf position=rewind
 echo '#: titel x' >data/quarlo/jobs/broken.qs

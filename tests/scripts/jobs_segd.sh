@@ -16,7 +16,7 @@ printf 'vendor = ACME\nmodel = REEL 100\nid = 4\ncartridge = field.tap\n' >drive
 
 quarlo --job segd-to-files input=0 output=line-1201 >out
 grep -q '^SEG D copy ended at' out
-! quarlo --job segd-to-files input=0 output=line-1201 2>err
+! quarlo --job segd-to-files input=0 output=line-1201 >out 2>err
 grep -qF 'has files field_*.sgd; give overwrite=yes' err
 python3 - <<'CHECK'
 import field, glob

@@ -29,7 +29,7 @@ assert line.read("outside.sgy") == (head, wanted), "outside.sgy is not what the 
 CHECK
 
 quarlo --job segy-sort-split input=line.sgy output=sorted.sgy volumes=cdp.sgy part-size=0.001 >out
-! quarlo --job segy-sort-split input=line.sgy output=new.sgy volumes=cdp.sgy 2>err
+! quarlo --job segy-sort-split input=line.sgy output=new.sgy volumes=cdp.sgy >out 2>err
 grep -q '^quarlo: segy-sort-split: "cdp.sgy" exists; give overwrite=yes' err
 python3 - <<'CHECK'
 import glob, line

@@ -29,7 +29,7 @@ double secondsFrom(Player::Clock::time_point begin) {
 
 bool isWait(Verb verb) { return verb >= Verb::waitWindow && verb <= Verb::waitLine; }
 
-bool isExpectation(Verb verb) { return verb >= Verb::expectText && verb <= Verb::expectFile; }
+bool isExpectation(Verb verb) { return verb >= Verb::expectText && verb <= Verb::expectTerminal; }
 
 }  // namespace
 
@@ -39,9 +39,11 @@ Player::Player(std::vector<Statement> statements, std::string speaker)
 }
 
 void Player::tick() {
+  const bool ending = xvt_app_is_ending();
+  if (ending && std::exchange(courses_.back()->prompted, false)) std::puts("");
   // What somebody is typing at the terminal is not disturbed.
-  if (!courses_.back()->prompted || xvt_app_is_ending()) echo_.update(xvt_app_is_ending());
-  if (state_ != State::running || xvt_app_is_ending() || !xvt_vobj_is_valid(TASK_WIN)) return;
+  if (!courses_.back()->prompted) echo_.update(ending);
+  if (state_ != State::running || ending || !xvt_vobj_is_valid(TASK_WIN)) return;
   // The statement that opened an answered box goes on first: the box's own loop is not left yet.
   if (answerFileBox()) return;
   answerWindow();

@@ -61,6 +61,7 @@ constexpr std::array VERBS = {
     VerbForm{"expect line", "wt", Verb::expectLine},
     VerbForm{"expect no-line", "w+", Verb::expectNoLine},
     VerbForm{"expect file", "tf?n", Verb::expectFile},
+    VerbForm{"expect no-file", "t", Verb::expectNoFile},
     VerbForm{"expect terminal", "", Verb::expectTerminal},
     VerbForm{"copy-lines", "wt", Verb::copyLines},
     VerbForm{"print", "t", Verb::print},

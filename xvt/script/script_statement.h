@@ -50,6 +50,7 @@ enum class Verb {
   expectLine,
   expectNoLine,
   expectFile,
+  expectNoFile,
   expectTerminal,
   copyLines,
   print,

@@ -406,10 +406,10 @@ Outcome noLine(Player&, const Statement& s) {
   return failed(s.text(0) + " has the line" + (found > 1 ? "s " : " ") + culprits + more);
 }
 
-/// No file's name is like this glob.
-Outcome noFileLike(const std::string& pattern) {
+/// No file's name is like a glob.
+Outcome noFile(Player&, const Statement& s) {
   glob_t found{};
-  const bool any = glob(pattern.c_str(), GLOB_NOSORT, nullptr, &found) == 0 && found.gl_pathc > 0;
+  const bool any = glob(scriptPath(s.text(0)).c_str(), GLOB_NOSORT, nullptr, &found) == 0 && found.gl_pathc > 0;
   const std::string first = any ? found.gl_pathv[0] : "";
   globfree(&found);
   return unless(!any, first + " exists");
@@ -419,7 +419,7 @@ Outcome file(Player&, const Statement& s) {
   const std::string path = scriptPath(s.text(0));
   struct stat facts {};
   const bool exists = stat(path.c_str(), &facts) == 0;
-  if (s.text(1) == "absent") return exists ? notYet(path + " exists") : noFileLike(path);
+  if (s.text(1) == "absent") return unless(!exists, path + " exists");
   if (!exists) return notYet("there is no file " + path);
   if (s.text(1) == "exists") return {};
   return unless(facts.st_size == static_cast<off_t>(s.number(2)),
@@ -533,6 +533,7 @@ Outcome perform(Player& player, const Statement& statement) {
       {Verb::expectLine, line},
       {Verb::expectNoLine, noLine},
       {Verb::expectFile, file},
+      {Verb::expectNoFile, noFile},
       {Verb::expectTerminal, expectTerminal},
       {Verb::copyLines, copyLines},
       {Verb::print, print},

@@ -1,4 +1,4 @@
-#: takes next-output stop|ask|DRIVES stop the output tapes that follow, said as for next-tape
+#: takes next-output stop|ask|DRIVES stop further output tapes, said as for next-tape
 when next-output=ask
   expect terminal else "next-output=ask asks at the terminal, and standard input is none"
   answer-always output-continue

@@ -1,4 +1,4 @@
-#: takes next-tape stop|ask|DRIVES stop the input tapes that follow: none, what a person at the terminal puts in, or those in these drives, in this order; "next" is the next of the same drive, whose magazine brings it
+#: takes next-tape stop|ask|DRIVES stop further input tapes: none, put in by a person at the terminal, or in these drives, in this order; next: the same drive brings it
 when next-tape=ask
   expect terminal else "next-tape=ask asks at the terminal, and standard input is none"
   answer-always input-continue
