@@ -15,7 +15,7 @@
 #include "xvt/boxes/texts.h"
 #include "xvt/probe.h"
 #include "xvt/script/script_parse.h"
-#include "xvt/script/script_player.h"
+#include "xvt/script/script_targets.h"
 
 namespace xvt::script {
 

@@ -5,11 +5,12 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 
 #include "xvt/boxes/texts.h"
 #include "xvt/probe.h"
 #include "xvt/resource.h"
-#include "xvt/script/script_player.h"
+#include "xvt/script/script_targets.h"
 
 namespace xvt::script {
 
@@ -36,15 +37,14 @@ std::string bar(int percent) {
          std::string(static_cast<std::size_t>(kBarColumns - full), '.') + "]";
 }
 
-/// What a window's values and meters show, in one line.
+/// What a window's values show, in one line.
 std::string summaryOf(WINDOW window) {
   std::string text;
   for (const std::string& name : probe::controls(window)) {
     const WINDOW control = probe::control(window, name);
-    const int kind = probe::kind(control);
-    if ((kind != IK_VALUE && kind != IK_METER) || !xvt_vobj_is_visible(control)) continue;
+    if (probe::kind(control) != IK_VALUE || !xvt_vobj_is_visible(control)) continue;
     text += text.empty() ? "" : text.back() == ':' ? " " : "  ";
-    text += kind == IK_METER ? bar(xvt_ctl_get_meter(control)) : shownText(control);
+    text += shownText(control);
   }
   return text;
 }
@@ -93,7 +93,10 @@ void Echo::printWatched() {
   if (now - toldAt_ < (isTerminal() ? milliseconds(kRedrawEvery) : milliseconds(pause_))) return;
   toldAt_ = now;
   pause_ = std::min(pause_ * 2, kLongestPause);
-  const std::string text = summaryOf(window);
+  std::string text = summaryOf(window);
+  const WINDOW percent = percent_.empty() ? NULL_WIN : probe::control(window, percent_);
+  if (isTerminal() && percent != NULL_WIN && xvt_vobj_is_visible(percent))
+    text = bar(std::atoi(shownText(percent).c_str())) + " " + text;
   if (!isTerminal()) {
     std::printf("%s\n", text.c_str());
   } else if (text != shown_) {

@@ -15,7 +15,11 @@ class Echo {
   /// From here on, lines that come to this window are printed.
   void follow(const std::string& window);
   /// From here on, what the controls of this window show is printed while it is open.
-  void watch(const std::string& window) { watched_ = window; }
+  /// @param percent the control that says how much is done, for a bar; empty for none
+  void watch(const std::string& window, const std::string& percent) {
+    watched_ = window;
+    percent_ = percent;
+  }
   /// Prints what is new, not more often than some times a second. @param last at the run's end, however soon
   void update(bool last = false);
   /// Takes the terminal's last line away, for text that goes there.
@@ -28,7 +32,7 @@ class Echo {
   void printWatched();
 
   std::map<std::string, T_LNUM> followed_;
-  std::string watched_;
+  std::string watched_, percent_;
   WINDOW seen_ = NULL_WIN;  ///< the watched window as it was found last
   Clock::time_point updated_{};
   Clock::time_point toldAt_{};

@@ -116,26 +116,9 @@ class Player {
 
 /// Tries to carry out a statement.
 Outcome perform(Player& player, const Statement& statement);
-
-/// Whether a text is like a glob.
-bool isLike(const std::string& glob, const std::string& text);
-
-/// Whether a window is open and not hidden.
-bool isShown(WINDOW window);
-
-/// What a box says, in one line; of other windows the title.
-std::string textOf(WINDOW window);
-
-/// Whether one of a statement's arguments names this window or a control of it.
-bool names(const Statement& statement, const std::string& window);
-
-/// What a control shows, as one text: its label or contents, the selected rows of a list, a meter's number.
-std::string shownText(WINDOW control);
-
-/// The dialog or box that keeps input from all others, as a failure names it, behind "; "; empty when there is none.
-std::string inputKeeper();
-
-/// A path of the script or of the environment: relative ones begin where the program was started.
-std::string scriptPath(const std::string& path);
+/// The same for waits and expectations.
+Outcome lookAt(Player& player, const Statement& statement);
+/// Prints all open windows and their controls.
+Outcome dumpWindows(Player& player, const Statement& statement);
 
 }  // namespace xvt::script

@@ -70,7 +70,7 @@ constexpr std::array VERBS = {
     VerbForm{"screenshot", "wt", Verb::screenshot},
     VerbForm{"run", "t", Verb::run},
     VerbForm{"follow", "w", Verb::follow},
-    VerbForm{"watch", "w", Verb::watch},
+    VerbForm{"watch", "w?t", Verb::watch},
     VerbForm{"prompt", "ttc", Verb::prompt},
     VerbForm{"report", "t", Verb::report},
     VerbForm{"give-up", "t", Verb::giveUp},

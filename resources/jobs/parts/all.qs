@@ -1,6 +1,6 @@
 # What all jobs have in common: what they show, and what they answer to boxes.
 follow console
-watch progress
+watch progress percent-value
 answer-always error-box
   report error-box.text
   press error-box.ok
