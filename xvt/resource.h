@@ -66,8 +66,8 @@ struct DLG_ITEM {
 };
 
 /// A dialog. A label with the id of a field is not a control of its own but belongs to the field, as does a label
-/// without id that stands right before the field and has a mnemonic or a colon: they are grey while the field is
-/// disabled.
+/// without id that stands right before the field, or before a radio button, and has a mnemonic or a colon: they are
+/// grey while the field is disabled.
 struct DLG_RES {
   int id;             ///< resource number
   const char* name;   ///< for scripts, unique among all dialogs

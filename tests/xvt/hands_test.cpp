@@ -125,6 +125,7 @@ TEST(Hands, AnOptionListGoesWithWhatItStandsOn) {
         [](WINDOW window) { xvt_vobj_set_visible(ctl(window, 3), false); },
         [](WINDOW window) { xvt_list_clear(ctl(window, 3)); },
         [](WINDOW) { open(WD_MODELESS, kTable); },
+        [](WINDOW window) { click(ctl(window, 1), Button1); },
     };
     for (const auto& end : ends) {
       const WINDOW window = open(WD_MODELESS, kTable);
@@ -228,8 +229,14 @@ TEST(Hands, WhereRoomIsShortNoHintIsCutAndNoLinesCoverTheirOpener) {
     const RCT right{0, 300, 1000, 1600}, all{0, 0, 1000, 1600};
     xvt_vobj_move(window, &right);
     const std::string words(60, 'w');
-    const DLG_ITEM hint[] = {ui::hint(words.c_str(), 1)};
-    const WINDOW dialog = open(WD_MODELESS, {4, "hint", "Hint", hint, 1});
+    const DLG_ITEM hint[] = {ui::hint(words.c_str(), 1, "hint"), ui::label("Kind:"),
+                             ui::radio(2, "kind", "One", IF_DISABLED)};
+    const WINDOW dialog = open(WD_MODELESS, {4, "hint", "Hint", hint, std::size(hint)});
+    const Widget shell = Registry::instance().find<Dialog>(dialog)->shell();
+    EXPECT_FALSE(XtIsSensitive(XtNameToWidget(shell, "*label"))) << "as its choice";
+    Boolean isStop = True;
+    XtVaGetValues(XtNameToWidget(shell, "*VertScrollBar"), XmNtraversalOn, &isStop, nullptr);
+    EXPECT_FALSE(isStop) << "where nobody sees the keyboard";
     RCT place;
     xvt_vobj_get_outer_rect(ctl(dialog, 1), &place);
     EXPECT_GE(place.right - place.left, app().look().textSize(Face::plain, words).width);

@@ -25,9 +25,9 @@ void BaseDialog::dropParts() {
   edited_ = nullptr;
 }
 
-/// Labels look like their field.
+/// Labels look like their field, or like the choice that they name.
 void BaseDialog::enableLabels(const BaseItem& field) {
-  if (!isField(field.kind())) return;
+  if (!isField(field.kind()) && field.kind() != IK_RADIO) return;
   BaseItem* before = nullptr;
   for (const auto& item : items_) {
     const DLG_ITEM& line = item->line();

@@ -2,6 +2,7 @@
 
 #include <X11/XKBlib.h>
 #include <X11/keysym.h>
+#include <Xm/GrabShell.h>
 
 #include <cstring>
 #include <map>
@@ -69,6 +70,15 @@ void takeClick(const XButtonEvent* event) {
   window->takeFocus();
 }
 
+/// A click beside a list that is down closes it and does nothing else.
+bool closesList(const XButtonEvent& event) {
+  if (app().choosing() == nullptr || event.button > 3) return false;
+  for (Widget at = XtWindowToWidget(event.display, event.window); at != nullptr; at = XtParent(at))
+    if (XtIsSubclass(at, xmGrabShellWidgetClass)) return false;
+  app().stopChoosing(nullptr);
+  return true;
+}
+
 bool isOfShell(const XFocusChangeEvent& event) {
   Widget widget = XtWindowToWidget(event.display, event.window);
   return widget != nullptr && XtIsShell(widget) && event.send_event == False;
@@ -114,6 +124,7 @@ bool takeFirst(XEvent* event) {
       }
       return takeKey(&event->xkey);
     case ButtonPress:
+      if (closesList(event->xbutton)) return true;
       takeClick(&event->xbutton);
       app().setPressed(event->xbutton.button <= 3);
       return takeWheel(&event->xbutton);

@@ -168,6 +168,7 @@ constexpr const char* kResources[] = {
     "*XmScrollBar.width: @12",
     "*XmScrollBar.height: @12",
     "*XmScrollBar.highlightThickness: 0",
+    "*XmScrollBar.traversalOn: False",  // the keys of what it scrolls scroll it, and it shows no focus
     "*menuBar.background: #ffffff",
     "*menuBar*background: #ffffff",
     "*menuBar*topShadowColor: #ffffff",
