@@ -26,8 +26,7 @@ answer-file ${output}/SegdCopy.txt
 press segd.log-file
 press segd.ok
 press copy.input-tape
-select input-drive.drives ${input}
-press input-drive.ok
+include parts/input-drive.qs
 answer-file ${output}
 press copy.output-disk
 include parts/copy.qs

@@ -1,6 +1,7 @@
 #: title copies SEG Y traces: all of them, or those that a list or a polygon keeps
 #: needs input DRIVE|FILE the tape drive or the file to read
 #: needs output DRIVES|FILE the tape drive or drives, or the file to write
+#: takes inputs one|separate|joined one with "separate" or "joined" all *.sgy files of the input's folder, or all SEG Y files on the tapes
 #: takes list none|FILE none a text file of header values: one value, or a range such as 10 - 20, a line
 #: takes polygon none|FILE none a text file of the corners of a polygon in two header values
 #: takes listed kept|dropped kept what becomes of the traces in the list or polygon
@@ -77,11 +78,16 @@ else
   select segy-polygon.secondary-type "${secondary-type}"
   press segy-polygon.ok
 end
+when inputs=separate|joined
+  press segy.multiple-inputs
+end
+when inputs=joined
+  press segy.join-inputs
+end
 press segy.ok
 when input=DRIVE
   press copy.input-tape
-  select input-drive.drives ${input}
-  press input-drive.ok
+  include parts/input-drive.qs
 else
   answer-file ${input}
   press copy.input-disk

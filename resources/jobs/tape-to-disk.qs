@@ -25,8 +25,7 @@ when concatenate=yes
 end
 press unformatted.ok
 press copy.input-tape
-select input-drive.drives ${input}
-press input-drive.ok
+include parts/input-drive.qs
 answer-file ${output}
 press copy.output-disk
 include parts/copy.qs

@@ -20,8 +20,7 @@ when one-for-one=yes
 end
 press unformatted.ok
 press copy.input-tape
-select input-drive.drives ${input}
-press input-drive.ok
+include parts/input-drive.qs
 press copy.output-tape
 include parts/output-drives.qs
 include parts/copy.qs

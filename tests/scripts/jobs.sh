@@ -68,6 +68,7 @@ echo 'magazine = third.tap' >>drives/left.drive
 says 0 '2 tapes copied.' --job tape-to-disk input=0 output=magazine.tpf next-tape=next
 cmp two.tpf magazine.tpf
 load
+says 0 'Unload "VIRTUAL left".' --job tape-to-disk input=0 output=unloaded.tpf input-end=unload
 tapetool eject drives/right.drive
 says 1 'next-tape=2,1: the next tape (1) cannot be opened' --job tape-to-disk input=0 output=part.tpf next-tape=2,1
 

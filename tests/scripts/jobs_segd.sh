@@ -17,6 +17,9 @@ printf 'vendor = ACME\nmodel = REEL 100\nid = 4\ncartridge = field.tap\n' >drive
 quarlo --job segd-to-files input=0 output=line-1201 >out
 grep -q '^SEG D copy ended at' out
 ! quarlo --job segd-to-files input=0 output=line-1201 >out 2>err
+! QUARLO_TAPE_FAULT=read:9+:EIO quarlo --job segd-to-files input=0 output=lists >out 2>>err
+grep -q 'could not be read' err
+rm lists/*
 grep -qF 'has files field_*.sgd; give overwrite=yes' err
 python3 - <<'CHECK'
 import field, glob

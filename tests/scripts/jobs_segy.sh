@@ -16,6 +16,11 @@ quarlo --job segy-copy input=line.sgy list=inlines.txt output=part.sgy >out
 grep -q '^SEG Y copy ended at' out
 [ "$(sort -u RangeLimitLogFile.txt | tr '\n' ' ')" = "1003.0000 1010.0000 1011.0000 1012.0000 1039.0000 " ]
 quarlo --job segy-copy input=line.sgy output=all.sgy >out && cmp line.sgy all.sgy
+mkdir lines
+cp line.sgy lines/a.sgy
+cp line.sgy lines/b.sgy
+quarlo --job segy-copy input=lines/a.sgy inputs=joined output=joined.sgy >out
+[ $(($(stat -c %s joined.sgy) - 3600)) = $((2 * ($(stat -c %s line.sgy) - 3600))) ]
 printf '4\n1010 0\n1020 0\n1020 9999\n1010 9999\n' >corners.txt
 quarlo --job segy-copy input=line.sgy polygon=corners.txt secondary-byte=21 listed=dropped output=outside.sgy >out
 python3 - <<'CHECK'
