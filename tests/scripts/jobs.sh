@@ -48,6 +48,8 @@ says 2 'there is no job "tape"; there are disk-to-tape' --job tape
 says 2 'output=FILE is missing: the file to write' --job tape-to-disk input=0
 says 2 'there is no variable "inptu"; there are input, output' --job tape-to-disk inptu=0 output=b.tpf
 says 2 'overwrite=maybe: it must be no or yes' --job tape-to-disk input=0 output=b.tpf overwrite=maybe
+says 2 'input is given twice' --job tape-to-disk input=0 input=1 output=b.tpf
+says 2 'no --job beside "--show"' --show
 says 2 'input=x.tap: it must be a drive' --job tape-to-disk input=x.tap output=b.tpf
 says 2 'unknown option "yes"' --job tape-to-disk yes
 says 1 'next-tape=ask asks at the terminal' --job tape-to-disk input=0 output=b.tpf next-tape=ask

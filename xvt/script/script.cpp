@@ -29,6 +29,12 @@ double secondsFrom(Player::Clock::time_point begin) {
 
 bool isWait(Verb verb) { return verb >= Verb::waitWindow && verb <= Verb::waitLine; }
 
+/// Whether a statement only prepares what is to come: no window has to catch up behind it.
+bool isPreparation(Verb verb) {
+  return (verb >= Verb::answer && verb <= Verb::answerCancel && verb != Verb::again) || verb == Verb::patience ||
+         verb == Verb::follow || verb == Verb::watch;
+}
+
 bool isExpectation(Verb verb) { return verb >= Verb::expectText && verb <= Verb::expectTerminal; }
 
 }  // namespace
@@ -46,11 +52,13 @@ void Player::tick() {
   if (state_ != State::running || ending || !xvt_vobj_is_valid(TASK_WIN)) return;
   // The statement that opened an answered box goes on first: the box's own loop is not left yet.
   if (answerFileBox()) return;
+  const auto isThrough = [this] { return course().next >= course().statements->size(); };
+  while (!isThrough() && isPreparation((*course().statements)[course().next].verb)) attempt();
   answerWindow();
-  if (course().next < course().statements->size())
-    attempt();
-  else
+  if (isThrough())
     afterEnd();
+  else
+    attempt();
 }
 
 /// What goes on next: an answer ends with its window.

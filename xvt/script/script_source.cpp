@@ -150,7 +150,11 @@ std::optional<Source> readSource(const std::string& path, const std::vector<std:
 std::optional<Values> takeValues(const Source& source, const std::vector<std::pair<std::string, std::string>>& given,
                                  std::string* reason) {
   Values values;
-  for (const auto& [name, value] : given) values[name] = value;
+  for (const auto& [name, value] : given) {
+    if (values.emplace(name, value).second) continue;
+    *reason = name + " is given twice";
+    return std::nullopt;
+  }
   if (source.title.empty() && source.variables.empty()) return values;
   for (const auto& [name, value] : values) {
     const auto isIt = [&name = name](const Variable& each) { return each.name == name; };
