@@ -43,18 +43,21 @@ ButtonItem::ButtonItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : It
                                     XmNmarginWidth, 0, XmNdefaultButtonShadowThickness, 0, nullptr);
   if (mnemonic_ != 0) XtVaSetValues(widget_, XmNmnemonic, mnemonic_, nullptr);
   if ((line.flags & IF_DEFAULT) != 0) dressPrimary();
-  onCallback(widget_, XmNactivateCallback, [this](XtPointer) { pressed(); });
+  onCallback(widget_, XmNactivateCallback, [this](XtPointer call) {
+    // Pressed by a key it would look pressed as long as the dialog is up, or the job runs, that it begins.
+    XtCallActionProc(widget_, "Disarm", static_cast<XmPushButtonCallbackStruct*>(call)->event, nullptr, 0);
+    pressed();
+  });
   ready();
 }
 
 void ButtonItem::dressPrimary() {
   const Look& look = app().look();
-  // A primary button that cannot be used is a pale one: white on blue would still say "press me". That goes for its
-  // armed colour too, in which it stands while the job that it started runs inside its own callback.
+  // A primary button that cannot be used is a pale one: white on blue would still say "press me".
   const bool on = isEnabled();
   const Pixel ground = look.pixel(on ? color::primary : color::strip);
   XtVaSetValues(widget_, XmNbackground, ground, XmNforeground, look.pixel(on ? color::paper : color::ink),
-                XmNtopShadowColor, ground, XmNarmColor, on ? look.pixel(color::primaryDark) : ground, XmNborderColor,
+                XmNtopShadowColor, ground, XmNarmColor, look.pixel(color::primaryDark), XmNborderColor,
                 look.pixel(on ? color::primary : color::border), nullptr);
 }
 
