@@ -122,11 +122,13 @@ int main(int argc, char** argv) {
   Input input("a.kyr");
   std::mt19937 random(1);
   constexpr int reads = 20000;
-  rate("traces at random", reads, [&] {
-    for (int i = 0; i < reads; ++i)
-      input.trace(static_cast<int>(random() % static_cast<unsigned>(records)) + 1,
-                  static_cast<int>(random() % tracesPerRecord) + 1);
-  });
+  rate(
+      "traces at random", reads,
+      [&] {
+        for (int i = 0; i < reads; ++i)
+          input.trace(static_cast<int>(random() % static_cast<unsigned>(records)) + 1,
+                      static_cast<int>(random() % tracesPerRecord) + 1);
+      });
   rate("headers in order", bytes / slot,
        [&] { everyTrace(records, [&](int rec, int number) { input.header(rec, number); }); });
   return 0;

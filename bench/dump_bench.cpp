@@ -44,8 +44,9 @@ std::size_t characters = 0;
 
 void formatAll(const std::string& input, const DumpStyle& style) {
   for (std::size_t at = 0; at < input.size(); at += BLOCK_BYTES)
-    formatDump(std::span(input).subspan(at, std::min(BLOCK_BYTES, input.size() - at)), 0, style,
-               [](const char* lines) { characters += std::strlen(lines); });
+    formatDump(
+        std::span(input).subspan(at, std::min(BLOCK_BYTES, input.size() - at)), 0, style,
+        [](const char* lines) { characters += std::strlen(lines); });
 }
 
 }  // namespace

@@ -95,26 +95,32 @@ void measure(Bench& bench, std::size_t blockSize, double goal) {
 
   bench::compare(("copy tpf to tpf, " + size).c_str(), bytes,
                  [&] {
-                   bench.run(DLG_COPY, CopyDialog_eh, [&](WINDOW dialog) {
-                     bench.file(dialog, CP_INPUT_DISK, "in.tpf");
-                     bench.file(dialog, CP_OUTPUT_DISK, "out.tpf");
-                   });
+                   bench.run(
+                       DLG_COPY, CopyDialog_eh,
+                       [&](WINDOW dialog) {
+                         bench.file(dialog, CP_INPUT_DISK, "in.tpf");
+                         bench.file(dialog, CP_OUTPUT_DISK, "out.tpf");
+                       });
                  },
                  "cp", cp, goal);
   bench::compare(("copy tape to tpf, " + size).c_str(), bytes,
                  [&] {
-                   bench.run(DLG_COPY, CopyDialog_eh, [&](WINDOW dialog) {
-                     bench.drive(dialog, CP_INPUT_TAPE, DLG_INPUT_DRIVE, 0);
-                     bench.file(dialog, CP_OUTPUT_DISK, "out.tpf");
-                   });
+                   bench.run(
+                       DLG_COPY, CopyDialog_eh,
+                       [&](WINDOW dialog) {
+                         bench.drive(dialog, CP_INPUT_TAPE, DLG_INPUT_DRIVE, 0);
+                         bench.file(dialog, CP_OUTPUT_DISK, "out.tpf");
+                       });
                  },
                  "cp", cpTapToDisk, goal);
   bench::compare(("copy tape to tape, " + size).c_str(), bytes,
                  [&] {
-                   bench.run(DLG_COPY, CopyDialog_eh, [&](WINDOW dialog) {
-                     bench.drive(dialog, CP_INPUT_TAPE, DLG_INPUT_DRIVE, 0);
-                     bench.drive(dialog, CP_OUTPUT_TAPE, DLG_OUTPUT_DRIVE, 1);
-                   });
+                   bench.run(
+                       DLG_COPY, CopyDialog_eh,
+                       [&](WINDOW dialog) {
+                         bench.drive(dialog, CP_INPUT_TAPE, DLG_INPUT_DRIVE, 0);
+                         bench.drive(dialog, CP_OUTPUT_TAPE, DLG_OUTPUT_DRIVE, 1);
+                       });
                  },
                  "cp", cpTap, goal);
   bench::compare(("verify tpf with tpf, " + size).c_str(), bytes,

@@ -28,9 +28,7 @@ class Bench {
     consInit();
     segdInit();
     SgdParams.useLog = false;
-    for (const char* name : {"in", "out", "peer"}) {
-      std::filesystem::create_directory(name);
-    }
+    for (const char* name : {"in", "out", "peer"}) std::filesystem::create_directory(name);
   }
   ~Bench() {
     unInitIO(getDevPtr());
@@ -48,9 +46,7 @@ class Bench {
     file.sets.assign(static_cast<std::size_t>(sets), {TRACES_A_FILE, 2 * SAMPLES});
     file.extensions = 7;
     const std::string bytes = file.file();
-    for (int i = 0; i < files; ++i) {
-      writeFile(folder.path(formatText("in/f%04d.segd", i)), bytes);
-    }
+    for (int i = 0; i < files; ++i) writeFile(folder.path(formatText("in/f%04d.segd", i)), bytes);
     return static_cast<double>(bytes.size()) * files;
   }
 

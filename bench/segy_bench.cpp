@@ -64,9 +64,7 @@ class Bench {
   /// Field files of TRACES_A_FILE traces each, the files in random order.
   void makeInput(int traces) {
     std::vector<int> files(static_cast<std::size_t>((traces + TRACES_A_FILE - 1) / TRACES_A_FILE));
-    for (std::size_t i = 0; i < files.size(); ++i) {
-      files[i] = static_cast<int>(i) + 1;
-    }
+    for (std::size_t i = 0; i < files.size(); ++i) files[i] = static_cast<int>(i) + 1;
     std::shuffle(files.begin(), files.end(), std::mt19937(1));
     std::ofstream file(folder.path("in.sgy"), std::ios::binary);
     file << segyText() << segyBinary(SAMPLES);
@@ -75,9 +73,7 @@ class Bench {
       file << segyTrace({fieldFile, TRACES_A_FILE - i % TRACES_A_FILE, i, 0}, SAMPLES, i);
     }
     std::ofstream list(folder.path("list.txt"));
-    for (int i = 0; i < traces; i += 2) {
-      list << i << "\n";
-    }
+    for (int i = 0; i < traces; i += 2) list << i << "\n";
     std::ofstream(folder.path("all.txt")) << "0 - " << traces << "\n";
   }
 

@@ -16,9 +16,7 @@ namespace {
 
 std::string block32(std::initializer_list<std::pair<int, int>> places, std::size_t bytes = 32) {
   std::string block(bytes, '\0');
-  for (const auto& [position, value] : places) {
-    block[static_cast<std::size_t>(position) - 1] = static_cast<char>(value);
-  }
+  for (const auto& [position, value] : places) block[static_cast<std::size_t>(position) - 1] = static_cast<char>(value);
   return block;
 }
 
@@ -36,9 +34,7 @@ std::string soundFile() {
                               {31, 1},
                               {32, 1}}) +
                      block32({{17, 20}});
-  for (int set = 1; set <= 3; ++set) {
-    file += block32({{1, 1}, {2, set}, {6, 10}, {10, 2}});
-  }
+  for (int set = 1; set <= 3; ++set) file += block32({{1, 1}, {2, set}, {6, 10}, {10, 2}});
   file += std::string(64, 'x');
   for (int trace = 0; trace < 6; ++trace) {
     file += block32({{2, 1}, {3, 1}, {4, trace / 2 + 1}, {6, trace % 2 + 1}, {10, 1}}, 20) + block32({{10, 10}}) +
@@ -73,9 +69,7 @@ void copyOnce(const Program& program, const std::string& file) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   static const Program program;
   constexpr std::size_t SETTINGS = 4;
-  if (size < SETTINGS) {
-    return 0;
-  }
+  if (size < SETTINGS) return 0;
   segdInit();
   SgdParams.useLog = false;
   SgdParams.useScanHdr = (bytes[0] & 1) != 0;
@@ -84,13 +78,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   std::string file = soundFile();
   const std::size_t place = (bytes[1] | std::size_t{bytes[2]} << 8) % (file.size() + 1);
   const std::string damage(bytes + SETTINGS, bytes + size);
-  if ((bytes[0] & 4) != 0) {
+  if ((bytes[0] & 4) != 0)
     file = damage;
-  } else if ((bytes[0] & 8) != 0) {
+  else if ((bytes[0] & 8) != 0)
     file.insert(place, damage);
-  } else {
+  else
     file.replace(place, std::min(damage.size(), std::size_t{bytes[3]} % 8), damage, 0, std::size_t{bytes[3]} % 8);
-  }
   copyOnce(program, file);
   return 0;
 }

@@ -28,9 +28,7 @@ struct Input {
 };
 
 void require(bool holds) {
-  if (!holds) {
-    std::abort();
-  }
+  if (!holds) std::abort();
 }
 
 void readTrace(SegdHeaders* headers, Input* input) {
@@ -40,11 +38,8 @@ void readTrace(SegdHeaders* headers, Input* input) {
   require(headers->TraceSize == std::trunc(headers->TraceSize));
   require(traceHeaderExtensions(trace.data()) >= 0 && getChannelSet(trace.data()) >= 0);
   for (int byte = -1; byte <= SEGD_TRACE_HEADER_BYTES + 1; ++byte) {
-    for (int type = -1; type <= SEGD_KEY_TYPES; ++type) {
-      if (keyIsInTraceHeader(byte, type)) {
-        getHeaderField(trace.data(), byte, type);
-      }
-    }
+    for (int type = -1; type <= SEGD_KEY_TYPES; ++type)
+      if (keyIsInTraceHeader(byte, type)) getHeaderField(trace.data(), byte, type);
   }
 }
 
@@ -57,15 +52,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     const std::vector<char> first = input.take(SEGD_BLOCK_BYTES);
     headers.getGenHeader(first.data());
     require(headers.GenHdr.genHeaders >= 1 && headers.GenHdr.genHeaders <= 16 && headers.GenHdr.recLen >= 0);
-    if (headers.GenHdr.genHeaders > 1) {
-      headers.getOptGenHeaders(input.take(SEGD_BLOCK_BYTES).data());
-    }
+    if (headers.GenHdr.genHeaders > 1) headers.getOptGenHeaders(input.take(SEGD_BLOCK_BYTES).data());
     headers.getGenHdrSamples();
     headers.getRecordSize();
     require(headers.GenHdrSamples >= 0 && headers.TraceSize >= 0);
-    if (badGeneralHeaderByte(first.data()) == 0) {
+    if (badGeneralHeaderByte(first.data()) == 0)
       require(headers.TotalChannelSets() <= 99 * 99 && headers.scanHeaderBytes() <= 198 * 99 * SEGD_BLOCK_BYTES);
-    }
     headers.getScanHeaders(input.take(static_cast<std::size_t>(headers.scanHeaderBytes())));
     require(headers.NumberOfChannels() >= 0);
     readTrace(&headers, &input);

@@ -19,9 +19,7 @@ namespace {
 
 std::string soundFile() {
   std::string file = segyText() + segyBinary(5);
-  for (int i = 0; i < 6; ++i) {
-    file += segyTrace({7 - i, i % 3, i / 2, i}, 5, i);
-  }
+  for (int i = 0; i < 6; ++i) file += segyTrace({7 - i, i % 3, i / 2, i}, 5, i);
   return file;
 }
 
@@ -41,9 +39,7 @@ void chooseSettings(const Program& program, std::uint8_t choice) {
   SgyParams.useTertiary = SgyParams.reverseSort = (choice & 16) != 0;
   SgyParams.listParams.useSec = (choice & 16) != 0;
   copyText(SgyParams.sortDir, program.folder);
-  for (auto* const params : {&SgyParams.listParams.dir, &SgyParams.polyParams.dir}) {
-    copyText(*params, program.folder);
-  }
+  for (auto* const params : {&SgyParams.listParams.dir, &SgyParams.polyParams.dir}) copyText(*params, program.folder);
   copyText(SgyParams.listParams.file, "list.txt");
   copyText(SgyParams.polyParams.file, "list.txt");
 }
@@ -68,20 +64,17 @@ int copyOnce(const Program& program) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   static const Program program;
   constexpr std::size_t SETTINGS = 5;
-  if (size < SETTINGS) {
-    return 0;
-  }
+  if (size < SETTINGS) return 0;
   std::string file = soundFile();
   const std::size_t place = (bytes[1] | std::size_t{bytes[2]} << 8) % (file.size() + 1);
   const std::size_t length = bytes[3] % 8;
   const std::string damage(bytes + SETTINGS, bytes + size);
-  if ((bytes[4] & 1) != 0) {
+  if ((bytes[4] & 1) != 0)
     file = damage;
-  } else if ((bytes[4] & 2) != 0) {
+  else if ((bytes[4] & 2) != 0)
     file.resize(place);
-  } else {
+  else
     file.replace(place, std::min(damage.size(), length), damage, 0, length);
-  }
   makeFile("in.sgy", file);
   // Short numbers only: lists of many millions of points take their time, rightly.
   makeFile("list.txt", "0 - 3\n" + damage.substr(0, 8));

@@ -24,9 +24,7 @@ int linesSaid = 0;
 class NamelessFile {
  public:
   NamelessFile(const std::uint8_t* data, std::size_t size) : file(std::tmpfile()) {
-    if (file == nullptr || std::fwrite(data, 1, size, file) != size || std::fflush(file) != 0) {
-      std::abort();
-    }
+    if (file == nullptr || std::fwrite(data, 1, size, file) != size || std::fflush(file) != 0) std::abort();
     std::rewind(file);
   }
   ~NamelessFile() { std::fclose(file); }
@@ -45,17 +43,13 @@ bool standsForLittle(const std::uint8_t* data, std::size_t size) {
   for (std::size_t i = 0; i < size; ++i) {
     const int c = data[i];
     digits = c >= '0' && c <= '9' ? digits + 1 : 0;
-    if (digits > 2 || c == 'e' || c == 'E' || c == 'x' || c == 'X') {
-      return false;
-    }
+    if (digits > 2 || c == 'e' || c == 'E' || c == 'x' || c == 'X') return false;
   }
   return true;
 }
 
 void require(bool holds) {
-  if (!holds) {
-    std::abort();
-  }
+  if (!holds) std::abort();
 }
 
 }  // namespace
@@ -65,9 +59,7 @@ void console_printf(const char* /*format*/, ...) { ++linesSaid; }
 void logBlank() {}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size < 1) {
-    return 0;
-  }
+  if (size < 1) return 0;
   const bool secondary = (data[0] & 1) != 0;
   ++data;
   --size;
@@ -75,23 +67,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   SgyParams.listParams.useSec = secondary;
   double values[4] = {};
   int ranges = 0;
-  while (getRange(file.stream(), values, values + 1, values + 2, values + 3) != 0) {
+  while (getRange(file.stream(), values, values + 1, values + 2, values + 3) != 0)
     require(values[1] >= values[0] && values[3] >= values[2] && ++ranges <= static_cast<int>(size));
-  }
   std::vector<PolygonElement> corners;
   linesSaid = 0;
   require(readPolygonFile(file.path(), &corners) ? !corners.empty() : linesSaid > 0);
-  for (const PolygonElement& corner : corners) {
-    require(std::isfinite(corner.x) && std::isfinite(corner.y));
-  }
-  if (!standsForLittle(data, size)) {
-    return 0;
-  }
+  for (const PolygonElement& corner : corners) require(std::isfinite(corner.x) && std::isfinite(corner.y));
+  if (!standsForLittle(data, size)) return 0;
   std::vector<RangeItem> points;
   linesSaid = 0;
   require(readListFile(file.path(), secondary, &points) || linesSaid > 0);
-  for (const RangeItem& point : points) {
-    require(std::isfinite(point.primary) && std::isfinite(point.secondary));
-  }
+  for (const RangeItem& point : points) require(std::isfinite(point.primary) && std::isfinite(point.secondary));
   return 0;
 }

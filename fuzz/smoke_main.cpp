@@ -29,16 +29,11 @@ Bytes seed(std::mt19937& random) {
   for (std::size_t words = random() % 120; words > 0; --words) {
     const std::uint32_t word =
         random() % 4 == 0 ? static_cast<std::uint32_t>(random()) : WORDS[random() % WORDS.size()];
-    for (int shift = 0; shift < 32; shift += 8) {
-      bytes.push_back(static_cast<std::uint8_t>(word >> shift));
-    }
+    for (int shift = 0; shift < 32; shift += 8) bytes.push_back(static_cast<std::uint8_t>(word >> shift));
   }
-  for (std::size_t damage = random() % 4; damage > 0 && !bytes.empty(); --damage) {
+  for (std::size_t damage = random() % 4; damage > 0 && !bytes.empty(); --damage)
     bytes[random() % bytes.size()] = static_cast<std::uint8_t>(random());
-  }
-  if (random() % 2 == 0 && !bytes.empty()) {
-    bytes.resize(random() % bytes.size());
-  }
+  if (random() % 2 == 0 && !bytes.empty()) bytes.resize(random() % bytes.size());
   return bytes;
 }
 
@@ -51,9 +46,7 @@ Bytes textSeed(std::mt19937& random) {
   for (std::size_t words = random() % 60; words > 0; --words) {
     const std::string_view word = TEXTS[random() % TEXTS.size()];
     bytes.insert(bytes.end(), word.begin(), word.end());
-    if (random() % 2 == 0) {
-      bytes.push_back(random() % 3 == 0 ? '\n' : ' ');
-    }
+    if (random() % 2 == 0) bytes.push_back(random() % 3 == 0 ? '\n' : ' ');
   }
   return bytes;
 }

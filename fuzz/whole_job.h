@@ -15,9 +15,7 @@
 #include "tests/support/toolkit_double.h"
 
 inline void require(bool holds) {
-  if (!holds) {
-    std::abort();
-  }
+  if (!holds) std::abort();
 }
 
 /// The program's folder, with "out" in it, and its windows; made once.

@@ -86,8 +86,9 @@ KyrSide::Entry* freeEntry(KyrSide& side, int number) {
 }
 
 bool isOpenAs(const KyrSide& side, const char* path) {
-  return std::any_of(side.entries.begin(), side.entries.end(),
-                     [path](const KyrSide::Entry& entry) { return entry.file && entry.file->uses(path); });
+  return std::any_of(
+      side.entries.begin(), side.entries.end(),
+      [path](const KyrSide::Entry& entry) { return entry.file && entry.file->uses(path); });
 }
 
 int announce(ProcessRecord* procRecord, KyrSide KyrDatasets::*side, int count) {

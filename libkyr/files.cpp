@@ -163,14 +163,16 @@ std::size_t writeOn(const void* bytes, std::size_t count, WriteSome writeSome) {
 }  // namespace
 
 std::size_t writeAll(int descriptor, const void* bytes, std::size_t count) {
-  return writeOn(bytes, count,
-                 [=](const char* data, std::size_t left, std::size_t) { return write(descriptor, data, left); });
+  return writeOn(
+      bytes, count, [=](const char* data, std::size_t left, std::size_t) { return write(descriptor, data, left); });
 }
 
 std::size_t writeAllAt(int descriptor, const void* bytes, std::size_t count, std::uint64_t offset) {
-  return writeOn(bytes, count, [=](const char* data, std::size_t left, std::size_t done) {
-    return pwrite(descriptor, data, left, static_cast<off_t>(offset + done));
-  });
+  return writeOn(
+      bytes, count,
+      [=](const char* data, std::size_t left, std::size_t done) {
+        return pwrite(descriptor, data, left, static_cast<off_t>(offset + done));
+      });
 }
 
 bool readTextLine(std::FILE* stream, std::string* line) {

@@ -69,9 +69,11 @@ std::uint32_t ieeeToIbm(float value) {
 }
 
 void Ibm2Float(void* words, std::size_t count) {
-  convertWords(words, count, [](std::uint32_t word) { return std::bit_cast<std::uint32_t>(ibmToIeee(word)); });
+  convertWords(
+      words, count, [](std::uint32_t word) { return std::bit_cast<std::uint32_t>(ibmToIeee(word)); });
 }
 
 void Float2Ibm(void* words, std::size_t count) {
-  convertWords(words, count, [](std::uint32_t word) { return ieeeToIbm(std::bit_cast<float>(word)); });
+  convertWords(
+      words, count, [](std::uint32_t word) { return ieeeToIbm(std::bit_cast<float>(word)); });
 }

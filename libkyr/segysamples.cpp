@@ -25,9 +25,11 @@ constexpr Range rangeOf() {
 }
 
 bool fitsUnscaled(Samples samples, Range range) {
-  return std::ranges::all_of(samples, [range](float sample) {
-    return !std::isfinite(sample) || (std::trunc(sample) == sample && sample >= range.low && sample <= range.high);
-  });
+  return std::ranges::all_of(
+      samples,
+      [range](float sample) {
+        return !std::isfinite(sample) || (std::trunc(sample) == sample && sample >= range.low && sample <= range.high);
+      });
 }
 
 float largestMagnitude(Samples samples) {

@@ -49,7 +49,8 @@ State decodeHeader(std::uint64_t seed, const unsigned char* slot, TraceInfo* hea
 }
 
 bool isBlank(const unsigned char* slot, std::size_t size) {
-  return std::all_of(slot, slot + size, [](unsigned char byte) { return byte == 0; });
+  return std::all_of(
+      slot, slot + size, [](unsigned char byte) { return byte == 0; });
 }
 
 bool decodeSamples(std::uint64_t seed, const unsigned char* slot, int count, float* samples) {

@@ -52,7 +52,8 @@ void vfill(float value, float* c, int ic, int n) {
 void vclr(float* c, int ic, int n) { vfill(0.0F, c, ic, n); }
 
 void vmov(const float* a, int ia, float* c, int ic, int n) {
-  map(a, ia, c, ic, n, [](float x) { return x; });
+  map(
+      a, ia, c, ic, n, [](float x) { return x; });
 }
 
 void vramp(double start, double increment, float* c, int ic, int n) {
@@ -60,35 +61,43 @@ void vramp(double start, double increment, float* c, int ic, int n) {
 }
 
 void vflt32(const int* a, int ia, float* c, int ic, int n) {
-  map(a, ia, c, ic, n, [](int x) { return static_cast<float>(x); });
+  map(
+      a, ia, c, ic, n, [](int x) { return static_cast<float>(x); });
 }
 
 void vsadd(const float* a, int ia, float b, float* c, int ic, int n) {
-  map(a, ia, c, ic, n, [b](float x) { return x + b; });
+  map(
+      a, ia, c, ic, n, [b](float x) { return x + b; });
 }
 
 void vsmul(const float* a, int ia, float b, float* c, int ic, int n) {
-  map(a, ia, c, ic, n, [b](float x) { return x * b; });
+  map(
+      a, ia, c, ic, n, [b](float x) { return x * b; });
 }
 
 void vadd(const float* a, int ia, const float* b, int ib, float* c, int ic, int n) {
-  map(a, ia, b, ib, c, ic, n, [](float x, float y) { return x + y; });
+  map(
+      a, ia, b, ib, c, ic, n, [](float x, float y) { return x + y; });
 }
 
 void vsub(const float* a, int ia, const float* b, int ib, float* c, int ic, int n) {
-  map(a, ia, b, ib, c, ic, n, [](float x, float y) { return y - x; });
+  map(
+      a, ia, b, ib, c, ic, n, [](float x, float y) { return y - x; });
 }
 
 void vmul(const float* a, int ia, const float* b, int ib, float* c, int ic, int n) {
-  map(a, ia, b, ib, c, ic, n, [](float x, float y) { return x * y; });
+  map(
+      a, ia, b, ib, c, ic, n, [](float x, float y) { return x * y; });
 }
 
 void vsin(const float* a, int ia, float* c, int ic, int n) {
-  map(a, ia, c, ic, n, [](float x) { return std::sin(x); });
+  map(
+      a, ia, c, ic, n, [](float x) { return std::sin(x); });
 }
 
 void vcos(const float* a, int ia, float* c, int ic, int n) {
-  map(a, ia, c, ic, n, [](float x) { return std::cos(x); });
+  map(
+      a, ia, c, ic, n, [](float x) { return std::cos(x); });
 }
 
 void polar(const float* a, int ia, float* c, int ic, int n) {
@@ -103,11 +112,14 @@ void polar(const float* a, int ia, float* c, int ic, int n) {
 }
 
 float sve(const float* a, int ia, int n) {
-  return static_cast<float>(sum(a, ia, n, [](double x) { return x; }));
+  return static_cast<float>(sum(
+      a, ia, n, [](double x) { return x; }));
 }
 
 float meanv(const float* a, int ia, int n) {
-  return mean(sum(a, ia, n, [](double x) { return x; }), n);
+  return mean(sum(
+                  a, ia, n, [](double x) { return x; }),
+              n);
 }
 
 float rmsqv(const float* a, int ia, int n) {
@@ -116,13 +128,15 @@ float rmsqv(const float* a, int ia, int n) {
 }
 
 float minv(const float* a, int ia, int n) {
-  return best(a, ia, n, [](float x, float y) { return x < y; });
+  return best(
+      a, ia, n, [](float x, float y) { return x < y; });
 }
 
 float maxv(const float* a, int ia, int n) { return maxvi(a, ia, n).value; }
 
 float maxmgv(const float* a, int ia, int n) {
-  return std::fabs(best(a, ia, n, [](float x, float y) { return std::fabs(x) > std::fabs(y); }));
+  return std::fabs(best(
+      a, ia, n, [](float x, float y) { return std::fabs(x) > std::fabs(y); }));
 }
 
 IndexedValue maxvi(const float* a, int ia, int n) {

@@ -262,10 +262,12 @@ int set(const Arguments& arguments) {
 }
 
 int setKillFlag(const Arguments& arguments, int flag) {
-  return changeHeaders(arguments, [flag](TraceInfo& header) {
-    SetTraceProperty(trKillFlag, longIntType, gUnknownUnits, &flag, &header);
-    return std::string();
-  });
+  return changeHeaders(
+      arguments,
+      [flag](TraceInfo& header) {
+        SetTraceProperty(trKillFlag, longIntType, gUnknownUnits, &flag, &header);
+        return std::string();
+      });
 }
 
 int kill(const Arguments& arguments) {

@@ -31,9 +31,8 @@ void hideBoth(WINDOW window) {
   gTDumpIsVisible = 0;
   gFDumpIsVisible = 0;
   xvt_vobj_set_visible(window, false);
-  for (void (*const told)() : hiddenHooks) {
+  for (void (*const told)() : hiddenHooks)
     if (told != nullptr) told();
-  }
 }
 
 void destroyed(DumpWindow* dump) {

@@ -44,19 +44,14 @@ struct FlagControl {
 
 template <typename Record, std::size_t N>
 void showFlags(WINDOW dialog, const FlagControl<Record> (&flags)[N], const Record& record) {
-  for (const auto& [control, flag] : flags) {
-    checkControl(dialog, control, record.*flag);
-  }
+  for (const auto& [control, flag] : flags) checkControl(dialog, control, record.*flag);
 }
 
 /// @return whether the event was a press on one of the check boxes
 template <typename Record, std::size_t N>
 bool editFlags(WINDOW dialog, const EVENT& event, const FlagControl<Record> (&flags)[N], Record* record) {
-  for (const auto& [control, flag] : flags) {
-    if (toggleFlag(dialog, event, control, &(record->*flag))) {
-      return true;
-    }
-  }
+  for (const auto& [control, flag] : flags)
+    if (toggleFlag(dialog, event, control, &(record->*flag))) return true;
   return false;
 }
 

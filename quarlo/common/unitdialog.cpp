@@ -31,9 +31,7 @@ const char* wordFor(int result) { return result == JOB_NOT_BEGUN ? "Idle" : resu
 }  // namespace
 
 void UnitDialog::show(WINDOW dialog, COPY_STATE state) const {
-  if (!xvt_vobj_is_valid(dialog)) {
-    return;
-  }
+  if (!xvt_vobj_is_valid(dialog)) return;
   parts.showState(dialog, state);
   remark(dialog, word);
 }
@@ -52,28 +50,20 @@ void UnitDialog::showChange(WINDOW dialog) {
 }
 
 void UnitDialog::follow(WINDOW dialog) {
-  if (running) {
-    return;
-  }
-  if (!parts.ready() && word == std::string_view("Ready")) {
-    word = "Idle";
-  }
+  if (running) return;
+  if (!parts.ready() && word == std::string_view("Ready")) word = "Idle";
   showUnits(dialog);
 }
 
 void UnitDialog::remark(WINDOW dialog, const char* text) const { setControlText(dialog, parts.status, text); }
 
 bool UnitDialog::takes(WINDOW dialog, DriveAnswer answer) const {
-  if (answer == DriveAnswer::None) {
-    remark(dialog, NO_DRIVE_CHOSEN);
-  }
+  if (answer == DriveAnswer::None) remark(dialog, NO_DRIVE_CHOSEN);
   return tookDrive(answer);
 }
 
 bool UnitDialog::refuses(WINDOW dialog) const {
-  if (!refuseDuringJob()) {
-    return false;
-  }
+  if (!refuseDuringJob()) return false;
   remark(dialog, JOB_IS_RUNNING);
   return true;
 }
@@ -88,14 +78,10 @@ void UnitDialog::run(WINDOW dialog, int* stopFlag, const std::function<int()>& j
       show(dialog, COPY_RUNNING);
       result = job();
     });
-    if (!through) {
-      runGuarded(logFailed);
-    }
+    if (!through) runGuarded(logFailed);
     int atEnd = JOB_FAILED;
     runGuarded([&] { atEnd = parts.endUnits(); });
-    if (atEnd != 0 && result == JOB_OK) {
-      result = JOB_FAILED;
-    }
+    if (atEnd != 0 && result == JOB_OK) result = JOB_FAILED;
   }
   word = wordFor(result);
   runGuarded([&] {
@@ -105,9 +91,8 @@ void UnitDialog::run(WINDOW dialog, int* stopFlag, const std::function<int()>& j
 }
 
 void UnitDialog::close(WINDOW dialog) const {
-  if (running) {
+  if (running)
     requestStopOfJobs([dialog] { xvt_vobj_destroy(dialog); });
-  } else {
+  else
     xvt_vobj_destroy(dialog);
-  }
 }

@@ -65,9 +65,7 @@ UnitStruct& output() { return ioUnit[1]; }
 std::string inputLabel() { return input().state == 1 ? input().name : "No input chosen"; }
 
 std::string outputLabel() {
-  if (output().state != 1) {
-    return "No output chosen";
-  }
+  if (output().state != 1) return "No output chosen";
   return output().type == UT_TAPE && ioUnit->nOutputs > 1 ? formatText("%d Tape Drives", ioUnit->nOutputs)
                                                           : output().name;
 }
@@ -85,22 +83,15 @@ int closeInput() { return closeUnit(ioUnit, 0); }
 int closeOutput() { return output().type == UT_DISK ? closeDiskUnit(&output()) : tlv_tape_close(ioUnit, ALL_OUTPUTS); }
 
 void rewindOutputs() {
-  for (int uNum = 1; uNum <= ioUnit->nOutputs; ++uNum) {
-    if (ioUnit[uNum].state == 1) {
-      tlv_rewind(ioUnit, uNum);
-    }
-  }
+  for (int uNum = 1; uNum <= ioUnit->nOutputs; ++uNum)
+    if (ioUnit[uNum].state == 1) tlv_rewind(ioUnit, uNum);
 }
 
 /// The ordinary end of every job's units. @return nonzero when an output reported an error at the last moment
 int closeAfterJob() {
-  if (input().type == UT_TAPE && input().state == 1 && !input().inputNoRewind) {
-    tlv_rewind(ioUnit, 0);
-  }
+  if (input().type == UT_TAPE && input().state == 1 && !input().inputNoRewind) tlv_rewind(ioUnit, 0);
   closeInput();
-  if (output().type == UT_TAPE && !ioUnit->outputNoRewind) {
-    rewindOutputs();
-  }
+  if (output().type == UT_TAPE && !ioUnit->outputNoRewind) rewindOutputs();
   return closeOutput();
 }
 
@@ -115,9 +106,7 @@ void openOutputs() {
   const bool automatic = std::exchange(output().autoMode, false);
   tlv_tape_open(ioUnit, ALL_OUTPUTS);
   output().autoMode = automatic;
-  if (automatic && output().hasAutoLoader) {
-    tlvInitLoader(ioUnit, ALL_OUTPUTS);
-  }
+  if (automatic && output().hasAutoLoader) tlvInitLoader(ioUnit, ALL_OUTPUTS);
 }
 
 void chooseInputTape(WINDOW dialog) {
@@ -139,33 +128,26 @@ void chooseOutputTape(WINDOW dialog) {
 /// Positions a disk input where its job begins. @return false after a box when it is no file of the chosen format
 bool positionInput() {
   std::rewind(input().fp);
-  if (inFileType != UNFORMATTED) {
-    return true;
-  }
+  if (inFileType != UNFORMATTED) return true;
   tpf::HeaderBytes bytes{};
-  if (std::fread(bytes.data(), 1, bytes.size(), input().fp) == bytes.size() && tpf::isFileHeader(bytes)) {
-    return true;
-  }
+  if (std::fread(bytes.data(), 1, bytes.size(), input().fp) == bytes.size() && tpf::isFileHeader(bytes)) return true;
   xvt_dm_post_error("Unrecognized format in file %s", input().name);
   return false;
 }
 
 void chooseInputDisk(WINDOW dialog) {
   FILE_SPEC file{};
-  if (!chooseFileToOpen(&file, format().inputExtension, "Open Input Disk File")) {
-    return;
-  }
+  if (!chooseFileToOpen(&file, format().inputExtension, "Open Input Disk File")) return;
   const bool fileIsOutput = output().type == UT_DISK && output().state == 1 && !format().outputIsDirectory;
   if (fileIsOutput && isSameFile(file, output().fs)) {
     xvt_dm_post_error("This file is already being used for output. Choose another file.");
     return;
   }
   closeInput();
-  if (!openDiskUnit(&input(), file, "rb")) {
+  if (!openDiskUnit(&input(), file, "rb"))
     xvt_dm_post_error("Error opening file %s", file.name);
-  } else if (!positionInput()) {
+  else if (!positionInput())
     closeInput();
-  }
   showChange(dialog);
 }
 
@@ -180,12 +162,8 @@ void nameAfterFolder(FILE_SPEC* file) {
 /// files' names. The file is not touched, and need not exist.
 void chooseOutputDirectory(WINDOW dialog) {
   FILE_SPEC file{};
-  if (!chooseFolderByFile(&file, format().outputExtension, "Select any file to define directory")) {
-    return;
-  }
-  if (file.name[0] == '\0') {
-    nameAfterFolder(&file);
-  }
+  if (!chooseFolderByFile(&file, format().outputExtension, "Select any file to define directory")) return;
+  if (file.name[0] == '\0') nameAfterFolder(&file);
   closeOutput();
   output().fs = file;
   output().type = UT_DISK;
@@ -198,9 +176,7 @@ void chooseOutputFile(WINDOW dialog) {
   const bool image = inFileType == UNFORMATTED;
   const bool raw = image && getOutFileType() != OF_TPF;
   FILE_SPEC file{};
-  if (!chooseFileToSave(&file, raw ? RAW_EXTENSION : format().outputExtension, "Save dataset as:")) {
-    return;
-  }
+  if (!chooseFileToSave(&file, raw ? RAW_EXTENSION : format().outputExtension, "Save dataset as:")) return;
   if (input().type == UT_DISK && input().state == 1 && isSameFile(file, input().fs)) {
     xvt_dm_post_error("This file name is already being used for input. Choose another file name.");
     return;
@@ -208,9 +184,7 @@ void chooseOutputFile(WINDOW dialog) {
   closeOutput();
   // A job that looks for its inputs at its start may find the chosen file among them: it is emptied by the job, then.
   bool opened = openDiskUnit(&output(), file, image ? "w+b" : "r+b");
-  if (!opened && !image && errno == ENOENT) {
-    opened = openDiskUnit(&output(), file, "w+b");
-  }
+  if (!opened && !image && errno == ENOENT) opened = openDiskUnit(&output(), file, "w+b");
   if (!opened) {
     xvt_dm_post_error("Error opening file %s", file.name);
   } else if (image && !raw && !tpf::Writer(output().fp).begin(true)) {
@@ -221,42 +195,34 @@ void chooseOutputFile(WINDOW dialog) {
 }
 
 void chooseOutputDisk(WINDOW dialog) {
-  if (format().outputIsDirectory) {
+  if (format().outputIsDirectory)
     chooseOutputDirectory(dialog);
-  } else {
+  else
     chooseOutputFile(dialog);
-  }
 }
 
 void chooseFormat(WINDOW dialog) {
   const int row = xvt_list_get_selected(xvt_win_get_ctl(dialog, CP_FORMAT));
-  if (row < 0 || row + 1 == inFileType) {
-    return;
-  }
+  if (row < 0 || row + 1 == inFileType) return;
   inFileType = row + 1;
   // A disk output's extension belongs to the format that it was chosen for.
-  if (output().type == UT_DISK && output().state == 1) {
-    closeOutput();
-  }
+  if (output().type == UT_DISK && output().state == 1) closeOutput();
   showChange(dialog);
 }
 
 // ---- the other buttons ------------------------------------------------------------------------------------------
 
 void editParameters(WINDOW dialog) {
-  if (format().parametersHandler == nullptr) {
+  if (format().parametersHandler == nullptr)
     notYetBuilt(formatText("The %s copy", format().name).c_str());
-  } else if (xvt_dlg_create_res(WD_MODAL, format().parameters, format().parametersHandler, &input().isM4) == NULL_WIN) {
+  else if (xvt_dlg_create_res(WD_MODAL, format().parameters, format().parametersHandler, &input().isM4) == NULL_WIN)
     xvt_dm_post_error("Can't open dialog");
-  } else {
+  else
     showChange(dialog);
-  }
 }
 
 long errorOptions(WINDOW dialog, EVENT* event) {
-  if (event->type == E_CREATE) {
-    setControlText(dialog, ERR_HINT, format().badBlocks);
-  }
+  if (event->type == E_CREATE) setControlText(dialog, ERR_HINT, format().badBlocks);
   return ErrorDlg_eh(dialog, event);
 }
 
@@ -277,9 +243,7 @@ void start(WINDOW dialog) {
     notYetBuilt(formatText("The %s copy", format().name).c_str());
     return;
   }
-  if (isReady() && input().type == UT_DISK && !positionInput()) {
-    closeInput();
-  }
+  if (isReady() && input().type == UT_DISK && !positionInput()) closeInput();
   if (!isReady()) {
     showChange(dialog);
     return;
@@ -316,9 +280,7 @@ void create(WINDOW dialog) {
 
 /// The units go with the dialog, unless a job still has them in hand: it closes them itself.
 void destroy() {
-  if (jobIsRunning()) {
-    return;
-  }
+  if (jobIsRunning()) return;
   closeInput();
   closeOutput();
   EVENT event;
@@ -326,17 +288,15 @@ void destroy() {
 }
 
 void control(WINDOW dialog, const EVENT& event) {
-  if (isPress(event, CP_CLOSE)) {
+  if (isPress(event, CP_CLOSE))
     theDialog.close(dialog);
-  } else if (event.ctl.id == CP_FORMAT && event.ctl.what == CTL_SELECT) {
-    if (theDialog.refuses(dialog)) {
+  else if (event.ctl.id == CP_FORMAT && event.ctl.what == CTL_SELECT)
+    if (theDialog.refuses(dialog))
       xvt_list_set_selected(xvt_win_get_ctl(dialog, CP_FORMAT), inFileType - 1, true);
-    } else {
+    else
       chooseFormat(dialog);
-    }
-  } else if (event.ctl.what == CTL_PRESS && !theDialog.refuses(dialog)) {
+  else if (event.ctl.what == CTL_PRESS && !theDialog.refuses(dialog))
     runAction(ACTIONS, dialog, event);
-  }
 }
 
 }  // namespace

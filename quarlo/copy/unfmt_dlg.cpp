@@ -61,9 +61,8 @@ void control(WINDOW dialog, const EVENT& event) {
       chooseRadio(dialog, event, UF_BLOCK_TYPE_1, UF_BLOCK_TYPE_2, &edited.secondBlockType) ||
       toggleFlag(dialog, event, UF_CONCATENATE, &edited.concatenate) ||
       toggleFlag(dialog, event, UF_ONE_FOR_ONE, &edited.oneForOne) ||
-      toggleFlag(dialog, event, UF_PRINT_FILES, &edited.printFiles)) {
+      toggleFlag(dialog, event, UF_PRINT_FILES, &edited.printFiles))
     return;
-  }
   runAction(ACTIONS, dialog, event);
 }
 

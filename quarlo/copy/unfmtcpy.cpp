@@ -73,9 +73,7 @@ class ImageOutput {
 };
 
 bool ImageOutput::begin() {
-  if (isTape() || disk.begin(TheOutFileType == OF_TPF)) {
-    return true;
-  }
+  if (isTape() || disk.begin(TheOutFileType == OF_TPF)) return true;
   sayDiskError();
   xvt_dm_post_error("Error writing file header to disk file");
   return false;
@@ -93,13 +91,9 @@ bool ImageOutput::writeBlock(const char* data, int length, const tpf::Header& fr
   header.length = length;
   header.blockType = static_cast<std::uint32_t>(TheBlockType);
   header.marker = tpf::MARKER_BLOCK;
-  if (disk.writeBlock(isRaw() ? nullptr : &header, data, length)) {
-    return true;
-  }
+  if (disk.writeBlock(isRaw() ? nullptr : &header, data, length)) return true;
   sayDiskError();
-  if (disk.failedAtHeader()) {
-    xvt_dm_post_error("Error writing block header to disk file");
-  }
+  if (disk.failedAtHeader()) xvt_dm_post_error("Error writing block header to disk file");
   return false;
 }
 
@@ -114,9 +108,7 @@ bool ImageOutput::writeDiskMark(const tpf::Header& from, bool atOnce) {
   header.length = 0;
   header.blockType = static_cast<std::uint32_t>(TheBlockType);
   header.marker = tpf::MARKER_FILEMARK;
-  if (disk.writeMark(header) && (!atOnce || disk.flush())) {
-    return true;
-  }
+  if (disk.writeMark(header) && (!atOnce || disk.flush())) return true;
   sayDiskError();
   xvt_dm_post_error("Error writing eof header to disk file");
   return false;
@@ -127,14 +119,10 @@ bool ImageOutput::copyMark(const tpf::Header& from) {
 }
 
 bool ImageOutput::writeClosingMarks(JobEnd end) {
-  if (isTape()) {
-    return closeOutputTapes(units, end, 2);
-  }
+  if (isTape()) return closeOutputTapes(units, end, 2);
   // What is held of the data first: if it does not fit, the marks close what did.
   bool whole = disk.flush() || sayDiskError();
-  for (int mark = 0; mark < 2 && !isRaw(); ++mark) {
-    whole = writeDiskMark({}, true) && whole;
-  }
+  for (int mark = 0; mark < 2 && !isRaw(); ++mark) whole = writeDiskMark({}, true) && whole;
   DiskSync sync;
   sync.add(units[1].fp, pathOf(units[1].fs));
   return sync.wait([](const DiskSync::Failure& failure) { console_out(diskErrorText(failure).c_str()); }) && whole;
@@ -193,32 +181,23 @@ class ImageCopy {
 int ImageCopy::run() {
   logStarted("Copy");
   JobFrame frame(JOB_UNFORMATTED, units->type, reinterpret_cast<int*>(&bytes), &percent, &nextBlock);
-  if (!frame.isOpen()) {
-    return JOB_NO_DIALOG;
-  }
+  if (!frame.isOpen()) return JOB_NO_DIALOG;
   bool aborted = false;
   const bool unbroken = runGuarded([&] {
     bool more = output.begin() || fail();
     while ((more && !aborted) || frame.stopIsNews()) {
       aborted = !frame.goOn();
-      if (aborted) {
+      if (aborted)
         logAborted("Copy");
-      } else {
+      else
         more = step();
-      }
     }
   });
-  if (!unbroken) {
-    failed = true;
-  }
-  if (!output.writeClosingMarks(failed || aborted || declined ? JobEnd::CutShort : JobEnd::Success)) {
-    failed = true;
-  }
+  if (!unbroken) failed = true;
+  if (!output.writeClosingMarks(failed || aborted || declined ? JobEnd::CutShort : JobEnd::Success)) failed = true;
   nextBlock -= output.lost().blocks;
   bytes -= static_cast<float>(output.lost().bytes);
-  if (failed) {
-    logFailed();
-  }
+  if (failed) logFailed();
   logSummary();
   logLosses();
   frame.close();
@@ -230,9 +209,7 @@ int ImageCopy::run() {
 /// unless blocks before it went with it.
 bool ImageCopy::copyMark(const tpf::Header& from) {
   endsInMark = true;
-  if (output.copyMark(from)) {
-    return true;
-  }
+  if (output.copyMark(from)) return true;
   failed = true;
   return !output.isTape() && output.lost().blocks == 0;
 }
@@ -240,9 +217,7 @@ bool ImageCopy::copyMark(const tpf::Header& from) {
 bool ImageCopy::copyBlock(int length, const tpf::Header& from) {
   marks = 0;
   endsInMark = false;
-  if (!output.writeBlock(units->ioBuffer, length, from)) {
-    return fail();
-  }
+  if (!output.writeBlock(units->ioBuffer, length, from)) return fail();
   ++nextBlock;
   bytes += static_cast<float>(length);
   return true;
@@ -292,23 +267,15 @@ bool TapeCopy::step() {
 }
 
 bool TapeCopy::takeMark() {
-  if (units->eofMark != 0) {
-    ++marks;
-  }
-  if (units->eodMark != 0) {
-    marks = EofCount + 1;
-  }
+  if (units->eofMark != 0) ++marks;
+  if (units->eodMark != 0) marks = EofCount + 1;
   bool unreadable = false;
   if (marks == 1) {
     unreadable = blockLost && file.blocks == 0;
     endOfFile();
   }
-  if (Concatenate || output.isRaw()) {
-    ++marks;
-  }
-  if (marks >= EofCount) {
-    return endOfTape();
-  }
+  if (Concatenate || output.isRaw()) ++marks;
+  if (marks >= EofCount) return endOfTape();
   // Two marks in a row may end the copy for its readers, where the tape had blocks between them.
   if (unreadable && endsInMark) {
     console_printf("  ** File %d has no readable block: its filemark follows the one before it on the copy.",
@@ -320,9 +287,8 @@ bool TapeCopy::takeMark() {
 void TapeCopy::endOfFile() {
   ++tape.files;
   ++files;
-  if (PrintFiles) {
+  if (PrintFiles)
     console_printf("    File %d: %6d blocks, %15.0f bytes", tape.files, file.blocks, static_cast<double>(file.bytes));
-  }
   blockLost = false;
   file = {};
 }
@@ -351,13 +317,9 @@ bool TapeCopy::endOfTape() {
 }
 
 bool TapeCopy::changeOutputs() {
-  if (!output.closeTapes()) {
-    return fail();
-  }
+  if (!output.closeTapes()) return fail();
   endsInMark = false;
-  if (output.changeTapes()) {
-    return true;
-  }
+  if (output.changeTapes()) return true;
   declined = true;
   console_printf("  ** Input tape %d, which is loaded now, was not copied: it has no output tape.", tapes + 1);
   return false;
@@ -425,21 +387,15 @@ bool DiskCopy::step() {
 
 bool DiskCopy::takeMark() {
   ++marks;
-  if (marks > 1) {
-    warnOfRest();
-  }
-  if (Concatenate || output.isRaw()) {
-    ++marks;
-  }
+  if (marks > 1) warnOfRest();
+  if (Concatenate || output.isRaw()) ++marks;
   return marks <= 1 && copyMark(input.header());
 }
 
 /// A file made with a larger EofCount goes on where this copy ends: that is said.
 void DiskCopy::warnOfRest() {
   const double left = input.bytesLeft();
-  if (left > 0) {
-    console_printf("  ** %.0f bytes of the input file behind the double file mark were not copied.", left);
-  }
+  if (left > 0) console_printf("  ** %.0f bytes of the input file behind the double file mark were not copied.", left);
 }
 
 void DiskCopy::logSummary() {

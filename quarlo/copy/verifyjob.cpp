@@ -34,9 +34,7 @@ class VerifyInput {
       : units(allUnits), number(uNum), file(unit().fp, allUnits->ioBufLen, unit().name, name()) {
     const bool limited = isTape() && unit().isM4 != 0 && mode == BLOCK_TYPE_1;
     readSize = limited ? 60000 : static_cast<int>(unit().maxBlockSize);
-    if (!isTape()) {
-      (void)fseeko(unit().fp, tpf::HEADER_SIZE, SEEK_SET);
-    }
+    if (!isTape()) (void)fseeko(unit().fp, tpf::HEADER_SIZE, SEEK_SET);
   }
 
   UnitStruct& unit() const { return units[number]; }
@@ -81,17 +79,14 @@ Shown VerifyInput::next(int wanted, char* buffer, int* length) {
     ended = *length == 0 && unit().eodMark != 0;
     item = *length < 0 ? tpf::Item::Failed : *length == 0 ? tpf::Item::Mark : tpf::Item::Block;
   }
-  if (ended || item == tpf::Item::Failed) {
-    return ended ? Shown::End : Shown::Failed;
-  }
+  if (ended || item == tpf::Item::Failed) return ended ? Shown::End : Shown::Failed;
   marks = item == tpf::Item::Mark ? marks + 1 : 0;
   return item == tpf::Item::Mark ? Shown::Mark : Shown::Block;
 }
 
 void VerifyInput::warnIfGoesOn() {
-  if (!ended && (isTape() ? tlv_goes_on(units, number, units->ioBuffer) : file.bytesLeft() > 0)) {
+  if (!ended && (isTape() ? tlv_goes_on(units, number, units->ioBuffer) : file.bytesLeft() > 0))
     console_printf("  ** The %s goes on behind its end.", name());
-  }
 }
 
 class Verify {
@@ -134,18 +129,14 @@ class Verify {
 int Verify::run() {
   logStarted("Verify");
   JobFrame frame(JOB_VERIFY, units->type, reinterpret_cast<int*>(&bytes), &percent, &blockNumber);
-  if (!frame.isOpen()) {
-    return JOB_NO_DIALOG;
-  }
+  if (!frame.isOpen()) return JOB_NO_DIALOG;
   bool aborted = false;
   const bool unbroken = runGuarded([&] {
     do {
       aborted = !frame.goOn();
     } while (!aborted && (step() || frame.stopIsNews()));
   });
-  if (!unbroken) {
-    failed = true;
-  }
+  if (!unbroken) failed = true;
   if (aborted) {
     logAborted("Verify");
   } else if (failed) {
@@ -176,9 +167,7 @@ bool Verify::step() {
 
 bool Verify::takeBlock(int length) {
   // The second input ended where the first had a mark: that mark did not close the first, then.
-  if (second.ended) {
-    return endsDiffer(FAILED_BOX);
-  }
+  if (second.ended) return endsDiffer(FAILED_BOX);
   if (length > second.capacity()) {
     console_out("  *** Block size of first input is larger than the read capacity");
     console_out("      of the second input device. Cannot continue verify operation.");
@@ -188,16 +177,12 @@ bool Verify::takeBlock(int length) {
   held.assign(units->ioBuffer, units->ioBuffer + length);
   int secondLength = 0;
   const Shown shown = second.next(length, units->ioBuffer, &secondLength);
-  if (shown == Shown::Failed) {
-    return fail();
-  }
+  if (shown == Shown::Failed) return fail();
   if (shown != Shown::Block || secondLength != length) {
     console_printf("  *** Block size mismatch between first and second inputs at block number %d.", blockNumber);
     return fail();
   }
-  if (!compare(length)) {
-    return fail();
-  }
+  if (!compare(length)) return fail();
   ++blockNumber;
   bytes += static_cast<float>(length);
   percent = firstSize > 0 ? static_cast<int>(std::min(100.0, static_cast<double>(bytes) / firstSize * 100)) : 0;
@@ -206,9 +191,7 @@ bool Verify::takeBlock(int length) {
 
 bool Verify::compare(int length) {
   const char* const begin = held.data();
-  if (std::memcmp(begin, units->ioBuffer, static_cast<std::size_t>(length)) == 0) {
-    return true;
-  }
+  if (std::memcmp(begin, units->ioBuffer, static_cast<std::size_t>(length)) == 0) return true;
   const char* const different = std::mismatch(begin, begin + length, units->ioBuffer).first;
   console_printf("  *** Byte comparison failed at byte %d on block number %d.", static_cast<int>(different - begin) + 1,
                  blockNumber);
@@ -216,9 +199,7 @@ bool Verify::compare(int length) {
 }
 
 bool Verify::takeMark() {
-  if (first.ended || first.marks >= (hasCats ? 1 : 2)) {
-    return endOfFirst();
-  }
+  if (first.ended || first.marks >= (hasCats ? 1 : 2)) return endOfFirst();
   // Between the files of a tape a file and a tape that do not follow are told in different boxes.
   return markOnSecond(second.isTape() ? FAILED_BOX : FAILED_SEE_CONSOLE_BOX);
 }
@@ -247,12 +228,8 @@ bool Verify::endOfSecond() {
     int length = 0;
     shown = second.next(second.capacity(), units->ioBuffer, &length);
   }
-  if (shown == Shown::Failed) {
-    return fail();
-  }
-  if (shown == Shown::Block) {
-    return endsDiffer(FAILED_BOX);
-  }
+  if (shown == Shown::Failed) return fail();
+  if (shown == Shown::Block) return endsDiffer(FAILED_BOX);
   firstIsOpen = second.marks > before;
   return true;
 }
@@ -266,28 +243,19 @@ bool Verify::endsDiffer(const char* box) {
 
 bool Verify::endOfFirst() {
   // Before the tape may go; concatenated files are left out on purpose.
-  if (!hasCats) {
-    first.warnIfGoesOn();
-  }
+  if (!hasCats) first.warnIfGoesOn();
   if (first.isTape() && nextInputTape(units, WORDS) != 0) {
     first.begin();
     return true;
   }
-  if (jobIsStopped()) {
-    return false;
-  }
-  if (first.ended ? endOfSecond() : markOnSecond(FAILED_BOX)) {
-    logEnds();
-  }
+  if (jobIsStopped()) return false;
+  if (first.ended ? endOfSecond() : markOnSecond(FAILED_BOX)) logEnds();
   return false;
 }
 
 void Verify::logEnds() {
-  for (const auto& [open, input] : {std::pair(firstIsOpen, &first), std::pair(secondIsOpen, &second)}) {
-    if (open) {
-      console_printf("  ** The %s ends without its closing filemarks.", input->name());
-    }
-  }
+  for (const auto& [open, input] : {std::pair(firstIsOpen, &first), std::pair(secondIsOpen, &second)})
+    if (open) console_printf("  ** The %s ends without its closing filemarks.", input->name());
   second.warnIfGoesOn();
 }
 

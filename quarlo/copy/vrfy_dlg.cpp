@@ -29,18 +29,15 @@ void showState(WINDOW dialog, COPY_STATE state) {
 
 /// Closes an input. The second one stands where outputs do: all that is open there goes with it.
 void closeVerifyInput(int uNum) {
-  if (uNum == 1 && ioUnit[1].type == UT_TAPE) {
+  if (uNum == 1 && ioUnit[1].type == UT_TAPE)
     tlv_tape_close(ioUnit, ALL_OUTPUTS);
-  } else {
+  else
     closeUnit(ioUnit, uNum);
-  }
 }
 
 int closeAfterRun() {
   for (int uNum = 0; uNum <= 1; ++uNum) {
-    if (ioUnit[uNum].type == UT_TAPE && ioUnit[uNum].state == 1) {
-      tlv_rewind(ioUnit, uNum);
-    }
+    if (ioUnit[uNum].type == UT_TAPE && ioUnit[uNum].state == 1) tlv_rewind(ioUnit, uNum);
     closeVerifyInput(uNum);
   }
   return 0;
@@ -58,9 +55,7 @@ void chooseTape(WINDOW dialog, int uNum) {
 
 void chooseDisk(WINDOW dialog, int uNum, const char* refusal) {
   FILE_SPEC file{};
-  if (!chooseFileToOpen(&file, "tpf", "Open Disk File")) {
-    return;
-  }
+  if (!chooseFileToOpen(&file, "tpf", "Open Disk File")) return;
   const UnitStruct& other = ioUnit[1 - uNum];
   if (other.type == UT_DISK && other.state == 1 && isSameFile(file, other.fs)) {
     xvt_dm_post_error("%s", refusal);
@@ -113,9 +108,7 @@ void create(WINDOW dialog) {
 
 /// The units go with the dialog, unless a job still has them in hand: it closes them itself.
 void destroy() {
-  if (jobIsRunning()) {
-    return;
-  }
+  if (jobIsRunning()) return;
   closeVerifyInput(0);
   closeVerifyInput(1);
   EVENT event;
@@ -123,13 +116,12 @@ void destroy() {
 }
 
 void control(WINDOW dialog, const EVENT& event) {
-  if (isPress(event, VF_CLOSE)) {
+  if (isPress(event, VF_CLOSE))
     theDialog.close(dialog);
-  } else if (event.ctl.what == CTL_PRESS && !theDialog.refuses(dialog) &&
-             !chooseRadio(dialog, event, VF_BLOCK_TYPE_1, VF_BLOCK_TYPE_2, &secondBlockType) &&
-             !toggleFlag(dialog, event, VF_CONCATENATED, &hasCats)) {
+  else if (event.ctl.what == CTL_PRESS && !theDialog.refuses(dialog) &&
+           !chooseRadio(dialog, event, VF_BLOCK_TYPE_1, VF_BLOCK_TYPE_2, &secondBlockType) &&
+           !toggleFlag(dialog, event, VF_CONCATENATED, &hasCats))
     runAction(ACTIONS, dialog, event);
-  }
 }
 
 }  // namespace

@@ -215,11 +215,10 @@ bool openInput(const FILE_SPEC& file) {
 void chooseInput(WINDOW dialog) {
   FILE_SPEC file = inputFile;
   if (!chooseFileToOpen(&file, "", "Open Input Disk File")) return;
-  if (openInput(file)) {
+  if (openInput(file))
     console_printf("Opened file %s.", file.name);
-  } else {
+  else
     xvt_dm_post_error("Error opening file: %s", file.name);
-  }
   readGoToByte(dialog);
   showFile(dialog);
 }
@@ -260,11 +259,10 @@ void reportEnded(WINDOW dialog) {
   if (repDlgUp != 0 || reportRecord.windowIsUp == nullptr) return;
   reportRecord.windowIsUp = nullptr;
   const double place = currentByte;
-  if (openInput(inputFile)) {
+  if (openInput(inputFile))
     TheFile->Seek(place, SEEK_SET);
-  } else {
+  else
     xvt_dm_post_error("Error opening file: %s", inputFile.name);
-  }
   showFile(dialog);
 }
 

@@ -64,18 +64,14 @@ void showLists(WINDOW dialog, const SgdCopyParams& params) {
 }
 
 bool editOptionFlags(WINDOW dialog, const EVENT& event) {
-  if (!editFlags(dialog, event, FLAGS, &editedCopy)) {
-    return false;
-  }
+  if (!editFlags(dialog, event, FLAGS, &editedCopy)) return false;
   enableByOptions(dialog, editedCopy);
   return true;
 }
 
 bool editLengthUnit(WINDOW dialog, const EVENT& event) {
   double seconds = editedCopy.recLenFactor;
-  if (!readReal(dialog, event, LENGTH_UNIT, &seconds)) {
-    return false;
-  }
+  if (!readReal(dialog, event, LENGTH_UNIT, &seconds)) return false;
   editedCopy.recLenFactor = static_cast<float>(seconds);
   return true;
 }
@@ -88,16 +84,13 @@ void showOutputName(WINDOW dialog, const SgdCopyParams& params) {
 
 /// The directory is chosen elsewhere: a typed one is left out. A name that is too long leaves the old one.
 bool editOutputName(WINDOW dialog, const EVENT& event) {
-  if (event.ctl.what != CTL_FOCUS_LOSS || event.ctl.id != SD_OUTPUT_NAME) {
-    return false;
-  }
+  if (event.ctl.what != CTL_FOCUS_LOSS || event.ctl.id != SD_OUTPUT_NAME) return false;
   std::string name(trimText(controlText(dialog, SD_OUTPUT_NAME)));
   name.erase(0, name.rfind('/') + 1);
-  if (name.empty()) {
+  if (name.empty())
     copyText(editedCopy.outFile, "");
-  } else if (name.size() <= MAX_OUTPUT_NAME) {
+  else if (name.size() <= MAX_OUTPUT_NAME)
     copyText(editedCopy.outFile, name.ends_with(OUTPUT_EXTENSION) ? name : name + OUTPUT_EXTENSION);
-  }
   showOutputName(dialog, editedCopy);
   return true;
 }
@@ -138,9 +131,8 @@ void createCopy(WINDOW dialog) {
 void controlCopy(WINDOW dialog, const EVENT& event) {
   if (!editOptionFlags(dialog, event) && !readReal(dialog, event, BYTE_LIMIT, &editedCopy.byteLimit) &&
       !editLengthUnit(dialog, event) && !editOutputName(dialog, event) &&
-      !readNumber(dialog, event, intervalField(&editedCopy))) {
+      !readNumber(dialog, event, intervalField(&editedCopy)))
     runAction(ACTIONS, dialog, event);
-  }
 }
 
 // ---- field file list --------------------------------------------------------------------------------------------
@@ -165,9 +157,8 @@ constexpr ControlAction FILES_ACTIONS[] = {
     {SF_CHOOSE_FILE, chooseFilesList}, {SF_OK, storeFiles}, {SF_CANCEL, xvt_vobj_destroy}};
 
 void controlFiles(WINDOW dialog, const EVENT& event) {
-  if (!chooseFromOne(dialog, event, SF_INCLUSION, SF_EXCLUSION, &editedFiles.recLimType)) {
+  if (!chooseFromOne(dialog, event, SF_INCLUSION, SF_EXCLUSION, &editedFiles.recLimType))
     runAction(FILES_ACTIONS, dialog, event);
-  }
 }
 
 // ---- zero trace list --------------------------------------------------------------------------------------------

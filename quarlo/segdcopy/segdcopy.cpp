@@ -81,24 +81,18 @@ class SegdCopy {
 };
 
 SegdCopy::~SegdCopy() {
-  if (IsDiskInput()) {
-    closeDiskUnit(units);
-  }
+  if (IsDiskInput()) closeDiskUnit(units);
   closeSegdLog();
 }
 
 int SegdCopy::run() {
   findTakenFiles();
-  if (!initLists()) {
-    return -1;
-  }
+  if (!initLists()) return -1;
   openLog();
   logMessage(" ");
   logMessagef("SEG D copy started at %s.", dateText().c_str());
   logMessage(" ");
-  if (!runGuarded([this] { work(); })) {
-    fail();
-  }
+  if (!runGuarded([this] { work(); })) fail();
   finish();
   return CopyError;
 }
@@ -111,12 +105,8 @@ void SegdCopy::work() {
   }
   frame.emplace(JOB_SEGD, units->type, &sequence, &percent, &TraceCount);
   bool more = frame->isOpen() || fail();
-  while (more) {
-    more = goOn() && copyNextFile();
-  }
-  if (frame->stopIsNews()) {
-    goOn();
-  }
+  while (more) more = goOn() && copyNextFile();
+  if (frame->stopIsNews()) goOn();
 }
 
 // ---- before the first field file --------------------------------------------------------------------------------
@@ -124,9 +114,7 @@ void SegdCopy::work() {
 void SegdCopy::findTakenFiles() {
   if (IsDiskInput()) {
     files = listSegdFiles(units->fs);
-    for (const std::string& name : files.names) {
-      taken.inputs.add(joinPath(fieldText(units->fs.dir.path), name));
-    }
+    for (const std::string& name : files.names) taken.inputs.add(joinPath(fieldText(units->fs.dir.path), name));
   }
   taken.others.add(listPath(SgdParams.recLimDir, SgdParams.recLimFile));
   taken.others.add(listPath(SgdParams.trcLimDir, SgdParams.trcLimFile));
@@ -138,9 +126,7 @@ bool SegdCopy::initLists() const {
 }
 
 void SegdCopy::openLog() const {
-  if (!SgdParams.useLog) {
-    return;
-  }
+  if (!SgdParams.useLog) return;
   const std::string path = listPath(SgdParams.logDir, SgdParams.logFile);
   if (taken.inputs.holds(path) || taken.others.holds(path)) {
     SgdParams.useLog = false;
@@ -153,20 +139,15 @@ void SegdCopy::openLog() const {
 
 bool SegdCopy::prepare() {
   taken.others.add(SgdParams.logFp != nullptr ? listPath(SgdParams.logDir, SgdParams.logFile) : "");
-  if (SgdParams.itDecimates && SgdParams.itsDecimateIntvl < 1) {
+  if (SgdParams.itDecimates && SgdParams.itsDecimateIntvl < 1)
     logMessagef("  ** An interval of %d field files is none: every one is shown.", SgdParams.itsDecimateIntvl);
-  }
-  if (SgdParams.zeroTraces && !IsDiskInput()) {
-    logMessage("  ** Traces are zeroed only where the input is on disk.");
-  }
+  if (SgdParams.zeroTraces && !IsDiskInput()) logMessage("  ** Traces are zeroed only where the input is on disk.");
   return keyIsSound() && openInput() && prepend();
 }
 
 bool SegdCopy::keyIsSound() const {
   const int type = SgdParams.trcLimType;
-  if (!zeroes() || keyIsInTraceHeader(SgdParams.trcLimByte, type)) {
-    return true;
-  }
+  if (!zeroes() || keyIsInTraceHeader(SgdParams.trcLimByte, type)) return true;
   logMessagef("  *** The zero list key (byte %d, %s) does not lie within the %d bytes of a trace header.",
               SgdParams.trcLimByte, type >= 0 && type < SEGD_KEY_TYPES ? SegdDataTypes[type] : "unknown type",
               SEGD_TRACE_HEADER_BYTES);
@@ -185,16 +166,12 @@ bool SegdCopy::openInput() {
     input = std::make_unique<SegdDiskInput>(units, files.names);
     input->beforeRefill([this] { output.writeLent(); });
   }
-  if (SgdParams.recLenOR) {
-    input->headers.RecordLengthMultiplier = 100 * SgdParams.recLenFactor;
-  }
+  if (SgdParams.recLenOR) input->headers.RecordLengthMultiplier = 100 * SgdParams.recLenFactor;
   return true;
 }
 
 bool SegdCopy::prepend() {
-  if (!output.isTape() || !SgdParams.prepend) {
-    return true;
-  }
+  if (!output.isTape() || !SgdParams.prepend) return true;
   const std::string path = listPath(SgdParams.prepDir, SgdParams.prepFile);
   const FileHandle file = openFile(path.c_str(), "rb");
   if (!file) {
@@ -211,9 +188,7 @@ bool SegdCopy::prepend() {
 // ---- field file by field file -----------------------------------------------------------------------------------
 
 bool SegdCopy::goOn() {
-  if (frame->goOn()) {
-    return true;
-  }
+  if (frame->goOn()) return true;
   tapesAreSpared = true;
   logMessagef("  *** Copy aborted by user at %s.", dateText().c_str());
   return false;
@@ -230,9 +205,7 @@ bool SegdCopy::copyNextFile() {
   }
   fieldFile = input->GenHdr().ffilenum;
   ChannelCount = 0;
-  if (++sequence == 1) {
-    logFirst();
-  }
+  if (++sequence == 1) logFirst();
   return SgdParams.limit && !fieldFileInRange(fieldFile) ? skipFile() : copyFile();
 }
 
@@ -241,12 +214,8 @@ void SegdCopy::logFirst() {
   logMessage(" ");
   logMessagef("SEG D format code:   %d", input->GenHdr().fmtCode);
   logMessage(" ");
-  if (!IsDiskInput()) {
-    logMessagef("Start of input tape %d", 1);
-  }
-  if (output.isTape()) {
-    logMessagef("Start of output tape %d", 1);
-  }
+  if (!IsDiskInput()) logMessagef("Start of input tape %d", 1);
+  if (output.isTape()) logMessagef("Start of output tape %d", 1);
 }
 
 bool SegdCopy::skipFile() {
@@ -256,21 +225,13 @@ bool SegdCopy::skipFile() {
 }
 
 bool SegdCopy::copyFile() {
-  if (!output.beginFile(SgdParams.ffidOption ? fieldFile : sequence)) {
-    return fail();
-  }
+  if (!output.beginFile(SgdParams.ffidOption ? fieldFile : sequence)) return fail();
   unfinished = true;
   ++BlocksCopied;
   BytesCopied += static_cast<double>(input->HeaderRecord.size());
-  if (!output.putHeader(input->HeaderRecord)) {
-    return fail();
-  }
-  if (!copyTraces()) {
-    return false;
-  }
-  if (!output.endFile()) {
-    return fail();
-  }
+  if (!output.putHeader(input->HeaderRecord)) return fail();
+  if (!copyTraces()) return false;
+  if (!output.endFile()) return fail();
   unfinished = false;
   ++filesCopied;
   ++output.FilesPerTape;
@@ -290,9 +251,7 @@ bool SegdCopy::copyTraces() {
       case SegdItem::Data:
         break;
     }
-    if (!copyTrace(trace)) {
-      return fail();
-    }
+    if (!copyTrace(trace)) return fail();
   }
   return false;
 }
@@ -310,9 +269,7 @@ void SegdCopy::logFile() {
   Silent =
       SgdParams.itDecimates && SgdParams.itsDecimateIntvl > 0 && output.FilesPerTape % SgdParams.itsDecimateIntvl != 0;
   logMessagef("Field File: %6d  -  %4d traces", fieldFile, ChannelCount);
-  if (!IsDiskInput()) {
-    return;
-  }
+  if (!IsDiskInput()) return;
   logMessagef("Copied file  %s .", input->InputFileName.c_str());
   if (input->bytesLeft() > 0) {
     logMessagef("  ** %.0f byte%s of %s behind its last announced trace %s not copied.", input->bytesLeft(),
@@ -323,9 +280,7 @@ void SegdCopy::logFile() {
 }
 
 bool SegdCopy::makeRoom() {
-  if (!output.isTape() || !SgdParams.limitBytes || output.BytesOut <= SgdParams.byteLimit) {
-    return true;
-  }
+  if (!output.isTape() || !SgdParams.limitBytes || output.BytesOut <= SgdParams.byteLimit) return true;
   switch (output.handleFullOutput()) {
     case SegdOutput::Tapes::Ready:
       return true;
@@ -340,9 +295,7 @@ bool SegdCopy::makeRoom() {
 // ---- the end ----------------------------------------------------------------------------------------------------
 
 void SegdCopy::finish() {
-  if (!output.finish(tapesAreSpared || CopyError != 0 ? JobEnd::CutShort : JobEnd::Success)) {
-    fail();
-  }
+  if (!output.finish(tapesAreSpared || CopyError != 0 ? JobEnd::CutShort : JobEnd::Success)) fail();
   takeBackLost();
   nameUnfinished();
   if (CopyError != 0) {
@@ -359,12 +312,8 @@ void SegdCopy::finish() {
     logMessagef("%d Field Files output to this tape.", output.FilesPerTape);
   }
   logSummary();
-  if (input) {
-    input->tellOfLost();
-  }
-  if (frame) {
-    frame->close();
-  }
+  if (input) input->tellOfLost();
+  if (frame) frame->close();
   logMessagef("SEG D copy ended at %s.", dateText().c_str());
   logMessage(" ");
 }
@@ -379,9 +328,7 @@ void SegdCopy::takeBackLost() {
 }
 
 void SegdCopy::nameUnfinished() {
-  if (!unfinished) {
-    return;
-  }
+  if (!unfinished) return;
   if (ChannelCount == input->announcedTraces() && input->bytesLeft() > 0) {
     logMessagef("  ** Field file %d: %s holds all of its %d announced trace%s, and not the %.0f bytes that follow.",
                 fieldFile, output.place().c_str(), ChannelCount, plural(ChannelCount), input->bytesLeft());

@@ -31,9 +31,7 @@ constexpr int TWO_BLOCKS = 2 * SEGD_BLOCK_BYTES;
 std::string literalPattern(std::string_view text) {
   std::string pattern;
   for (const char letter : text) {
-    if (std::string_view("*?[]\\").find(letter) != std::string_view::npos) {
-      pattern += '\\';
-    }
+    if (std::string_view("*?[]\\").find(letter) != std::string_view::npos) pattern += '\\';
     pattern += letter;
   }
   return pattern;
@@ -71,9 +69,7 @@ bool SegdDiskInput::complain(double place, const char* format, ...) const {
 }
 
 SegdItem SegdDiskInput::getFieldFile() {
-  if (next == files.size()) {
-    return SegdItem::End;
-  }
+  if (next == files.size()) return SegdItem::End;
   InputFileName = files[next++];
   if (!open()) {
     logMessagef("  *** Error opening input file %s - job will abort.", InputFileName.c_str());
@@ -90,9 +86,7 @@ bool SegdDiskInput::open() {
   closeFile();
   FILE_SPEC file{};
   file.dir = directory;
-  if (!copyText(file.name, InputFileName) || !openDiskUnit(units, file, "rb")) {
-    return false;
-  }
+  if (!copyText(file.name, InputFileName) || !openDiskUnit(units, file, "rb")) return false;
   reader.begin(units->fp);
   size = static_cast<double>(fileSize(units->fp).value_or(0));
   return true;
@@ -118,9 +112,8 @@ bool SegdDiskInput::readHeaders() {
 
 /// Appends the next bytes of the file to the header record.
 bool SegdDiskInput::takeHeader(double bytes, const char* what) {
-  if (bytes > bytesLeft()) {
+  if (bytes > bytesLeft())
     return complain(position, "%.0f bytes of %s should follow; the file holds %.0f more.", bytes, what, bytesLeft());
-  }
   const std::span<const char> piece = reader.take(static_cast<std::size_t>(bytes));
   HeaderRecord.insert(HeaderRecord.end(), piece.begin(), piece.end());
   position += static_cast<double>(piece.size());
@@ -128,20 +121,14 @@ bool SegdDiskInput::takeHeader(double bytes, const char* what) {
 }
 
 bool SegdDiskInput::readGeneralHeaders() {
-  if (!takeHeader(SEGD_BLOCK_BYTES, "general header")) {
-    return false;
-  }
+  if (!takeHeader(SEGD_BLOCK_BYTES, "general header")) return false;
   if (const int bad = badGeneralHeaderByte(HeaderRecord.data()); bad != 0) {
     return complain(bad - 1, "the general header cannot be true (0x%02X is no number of blocks).",
                     static_cast<unsigned char>(HeaderRecord[static_cast<std::size_t>(bad) - 1]));
   }
   headers.getGenHeader(HeaderRecord.data());
-  if (!takeHeader(double{SEGD_BLOCK_BYTES} * (GenHdr().genHeaders - 1), "general headers")) {
-    return false;
-  }
-  if (GenHdr().genHeaders > 1) {
-    headers.getOptGenHeaders(HeaderRecord.data() + SEGD_BLOCK_BYTES);
-  }
+  if (!takeHeader(double{SEGD_BLOCK_BYTES} * (GenHdr().genHeaders - 1), "general headers")) return false;
+  if (GenHdr().genHeaders > 1) headers.getOptGenHeaders(HeaderRecord.data() + SEGD_BLOCK_BYTES);
   headers.getGenHdrSamples();
   headers.getRecordSize();
   return true;
@@ -149,16 +136,12 @@ bool SegdDiskInput::readGeneralHeaders() {
 
 bool SegdDiskInput::readChannelSets() {
   const double begin = position;
-  if (!takeHeader(headers.scanHeaderBytes(), "channel sets and skew blocks")) {
-    return false;
-  }
+  if (!takeHeader(headers.scanHeaderBytes(), "channel sets and skew blocks")) return false;
   const std::span<const char> blocks = std::span(HeaderRecord).subspan(static_cast<std::size_t>(begin));
   for (int i = 0; i < headers.TotalChannelSets(); ++i) {
     const std::ptrdiff_t at = std::ptrdiff_t{SEGD_BLOCK_BYTES} * i;
     // Behind the first scan type skew blocks may be taken for descriptors: they hold what they hold.
-    if (GenHdr().skewFields > 0 && i >= GenHdr().channelSets) {
-      break;
-    }
+    if (GenHdr().skewFields > 0 && i >= GenHdr().channelSets) break;
     if (const int bad = badScanHeaderByte(blocks.data() + at); bad != 0) {
       return complain(begin + static_cast<double>(at) + bad - 1,
                       "channel set descriptor %d cannot be true (0x%02X in its number of channels).", i + 1,
@@ -172,9 +155,7 @@ bool SegdDiskInput::readChannelSets() {
 
 /// What the lengths of traces are made of; of no matter where there are no traces.
 bool SegdDiskInput::sampleSizeIsKnown() {
-  if (NumberOfChannels == 0) {
-    return true;
-  }
+  if (NumberOfChannels == 0) return true;
   const segdheader& header = GenHdr();
   if (header.bPS == 0) {
     return complain(2, "SEG D format code %d is unknown, and no file came before: the size of a sample is not known.",
@@ -192,9 +173,7 @@ bool SegdDiskInput::sampleSizeIsKnown() {
 }
 
 SegdItem SegdDiskInput::getSegdTrace(std::span<const char>* trace) {
-  if (channelsRead == NumberOfChannels) {
-    return endOfTraces();
-  }
+  if (channelsRead == NumberOfChannels) return endOfTraces();
   std::size_t headerBytes = 0;
   if (measureTrace(&headerBytes)) {
     const std::size_t bytes = headerBytes + static_cast<std::size_t>(headers.TraceSize);
@@ -210,9 +189,7 @@ SegdItem SegdDiskInput::getSegdTrace(std::span<const char>* trace) {
       position += length;
       ++channelsRead;
       traceIsLent = true;
-      if (SgdParams.zeroTraces && traceInZeroRange(keyOf(*trace))) {
-        *trace = zeroed(*trace, headerBytes);
-      }
+      if (SgdParams.zeroTraces && traceInZeroRange(keyOf(*trace))) *trace = zeroed(*trace, headerBytes);
       return SegdItem::Data;
     }
   }
@@ -228,9 +205,7 @@ bool SegdDiskInput::measureTrace(std::size_t* headerBytes) {
                     NumberOfChannels, bytesLeft(), bytesLeft() == 1 ? "" : "s", extensionsText().c_str());
   }
   std::span<const char> begin = reader.peek(SEGD_TRACE_HEADER_BYTES);
-  if (begin.size() < SEGD_TRACE_HEADER_BYTES || !isTraceHeader(begin.data())) {
-    return false;
-  }
+  if (begin.size() < SEGD_TRACE_HEADER_BYTES || !isTraceHeader(begin.data())) return false;
   *headerBytes = static_cast<std::size_t>(traceHeaderBytes(begin.data()));
   const double left = bytesLeft() - static_cast<double>(*headerBytes);
   if (left < 0) {
@@ -241,17 +216,13 @@ bool SegdDiskInput::measureTrace(std::size_t* headerBytes) {
                     bytesLeft() - SEGD_TRACE_HEADER_BYTES);
   }
   begin = reader.peek(*headerBytes);
-  if (begin.size() < *headerBytes) {
-    return false;
-  }
+  if (begin.size() < *headerBytes) return false;
   noteExtensions(traceHeaderExtensions(begin.data()));
   headers.measureTrace(begin.data(), SgdParams.useScanHdr);
-  if (headers.TraceSize < 0) {
+  if (headers.TraceSize < 0)
     return complain(position, "the channel set of trace %d ends before it begins.", channelsRead + 1);
-  }
-  if (GenHdr().sampInt == 0 && headers.TraceSize == 0) {
+  if (GenHdr().sampInt == 0 && headers.TraceSize == 0)
     return complain(position, "the length of trace %d is not known (the sample interval is 0).", channelsRead + 1);
-  }
   if (headers.TraceSize > std::min<double>(left, INT_MAX)) {
     return complain(position, "trace %d should have %.0f bytes of samples; the file holds %.0f more%s.",
                     channelsRead + 1, headers.TraceSize, left, extensionsText().c_str());
@@ -271,9 +242,7 @@ void SegdDiskInput::noteExtensions(int count) {
 /// What may be wrong where lengths are: a header whose extensions are not there. Headers that agree are above
 /// suspicion.
 std::string SegdDiskInput::extensionsText() const {
-  if (oddTrace == 0 && (firstExtensions == 0 || channelsRead > 1)) {
-    return "";
-  }
+  if (oddTrace == 0 && (firstExtensions == 0 || channelsRead > 1)) return "";
   const int count = oddTrace == 0 ? firstExtensions : oddExtensions;
   return formatText("; the header of trace %d announces %d extension%s (%d bytes)%s", std::max(oddTrace, 1), count,
                     plural(count), count * SEGD_BLOCK_BYTES,
@@ -283,13 +252,9 @@ std::string SegdDiskInput::extensionsText() const {
 /// A trace whose length was taken wrongly leaves the reading in the middle of samples. Where the lengths of all traces
 /// fit the file it is a header all the same, whatever its recorder writes there.
 bool SegdDiskInput::isTraceHeader(const char* header) {
-  if (canBeTraceHeader(header)) {
-    return true;
-  }
+  if (canBeTraceHeader(header)) return true;
   const bool isFirst = !fits;
-  if (isFirst) {
-    fits = lengthsFit(SgdParams.useScanHdr, false);
-  }
+  if (isFirst) fits = lengthsFit(SgdParams.useScanHdr, false);
   if (!*fits) {
     return complain(position, "the header of trace %d cannot be true; %s%s.", channelsRead + 1,
                     channelsRead == 0 ? "there may be headers that no count announces"
@@ -311,9 +276,7 @@ bool SegdDiskInput::isTraceHeader(const char* header) {
 SegdItem SegdDiskInput::endOfTraces() {
   const double least = channelsRead > 0 ? shortestTrace : SEGD_TRACE_HEADER_BYTES + headers.TraceSize;
   if (restIsTrailer(position, least)) {
-    if (bytesLeft() > 0 && !lengthsFit(SgdParams.useScanHdr, true)) {
-      adviseLengths("**");
-    }
+    if (bytesLeft() > 0 && !lengthsFit(SgdParams.useScanHdr, true)) adviseLengths("**");
     return SegdItem::End;
   }
   complain(position, "the trace lengths do not fit the file: %.0f bytes follow behind the last of %d trace%s%s.",
@@ -325,20 +288,15 @@ SegdItem SegdDiskInput::endOfTraces() {
 
 bool SegdDiskInput::restIsTrailer(double begin, double least) const {
   const double left = size - begin;
-  if (left < 0) {
-    return false;
-  }
-  if (left < least || left == double{SEGD_BLOCK_BYTES} * headers.trailerBlocks) {
-    return true;
-  }
+  if (left < 0) return false;
+  if (left < least || left == double{SEGD_BLOCK_BYTES} * headers.trailerBlocks) return true;
   std::vector<char> piece(streamBufferSize);
   const auto end = static_cast<std::uint64_t>(size);
   for (auto at = static_cast<std::uint64_t>(begin); at < end; at += piece.size()) {
     const auto got = readAt(fileno(units->fp), piece.data(), piece.size(), at);
     if (!got || std::any_of(piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(*got),
-                            [](char byte) { return byte != '\0'; })) {
+                            [](char byte) { return byte != '\0'; }))
       return false;
-    }
   }
   return true;
 }
@@ -353,13 +311,9 @@ bool SegdDiskInput::lengthsFit(bool byChannelSets, bool exactly) const {
   for (int trace = 0; trace < NumberOfChannels; ++trace) {
     std::array<char, SEGD_TRACE_HEADER_BYTES + SEGD_BLOCK_BYTES> begin{};
     const auto got = readAt(fileno(units->fp), begin.data(), begin.size(), static_cast<std::uint64_t>(at));
-    if (got.value_or(0) < SEGD_TRACE_HEADER_BYTES) {
-      return false;
-    }
+    if (got.value_or(0) < SEGD_TRACE_HEADER_BYTES) return false;
     walk.measureTrace(begin.data(), byChannelSets);
-    if (walk.TraceSize < 0) {
-      return false;
-    }
+    if (walk.TraceSize < 0) return false;
     const double length = traceHeaderBytes(begin.data()) + walk.TraceSize;
     least = std::min(least, length);
     at += length;
@@ -416,9 +370,7 @@ int SegdTapeInput::getTapeBlock() {
     }
     logMessage("  *** Error reading input tape - job will abort.");
   }
-  if (bytes == 0) {
-    Eof = units->eodMark != 0 ? 2 : Eof + 1;
-  }
+  if (bytes == 0) Eof = units->eodMark != 0 ? 2 : Eof + 1;
   return bytes;
 }
 
@@ -426,14 +378,10 @@ SegdItem SegdTapeInput::getFieldFile() {
   while (true) {
     // Behind the end of the recorded data there is nothing to read.
     const int bytes = Eof < 2 ? getTapeBlock() : 0;
-    if (bytes < 0) {
-      return SegdItem::Failed;
-    }
+    if (bytes < 0) return SegdItem::Failed;
     if (bytes == 0) {
       // The skip went over the mark behind the skipped file.
-      if (Eof >= (SkippedLastFile ? 1 : 2) && !handleInputEOT()) {
-        return SegdItem::End;
-      }
+      if (Eof >= (SkippedLastFile ? 1 : 2) && !handleInputEOT()) return SegdItem::End;
       continue;
     }
     Eof = 0;
@@ -457,19 +405,14 @@ void SegdTapeInput::takeHeader(int bytes) {
   }
   const bool isFirst = GenHdr().genHeaders == 0;
   headers.getGenHeader(blocks.data());
-  if (GenHdr().genHeaders > 1 && bytes >= TWO_BLOCKS) {
-    headers.getOptGenHeaders(blocks.data() + SEGD_BLOCK_BYTES);
-  }
-  if (isFirst && !isSegdFormat(GenHdr().fmtCode)) {
+  if (GenHdr().genHeaders > 1 && bytes >= TWO_BLOCKS) headers.getOptGenHeaders(blocks.data() + SEGD_BLOCK_BYTES);
+  if (isFirst && !isSegdFormat(GenHdr().fmtCode))
     logMessagef("  ** SEG D format code %d is unknown; blocks are copied as they are.", GenHdr().fmtCode);
-  }
 }
 
 SegdItem SegdTapeInput::getSegdTrace(std::span<const char>* trace) {
   const int bytes = getTapeBlock();
-  if (bytes <= 0) {
-    return bytes == 0 ? SegdItem::End : SegdItem::Failed;
-  }
+  if (bytes <= 0) return bytes == 0 ? SegdItem::End : SegdItem::Failed;
   *trace = {units->ioBuffer, static_cast<std::size_t>(bytes)};
   return SegdItem::Data;
 }
@@ -492,9 +435,7 @@ bool SegdTapeInput::skipFile(int fieldFile) {
 bool SegdTapeInput::handleInputEOT() {
   logMessage(" ");
   logMessagef("End of input tape %d", TapesCopied++);
-  if (nextInputTape(units, INPUT_WORDS) == 0) {
-    return false;
-  }
+  if (nextInputTape(units, INPUT_WORDS) == 0) return false;
   tape = TapesCopied;
   reader.place.nextTape();
   logMessage(" ");

@@ -19,12 +19,8 @@ FileHandle logStream;
 }  // namespace
 
 void logMessage(const char* str) {
-  if (!std::exchange(Silent, false)) {
-    console_out(str);
-  }
-  if (!SgdParams.useLog || SgdParams.logFp == nullptr) {
-    return;
-  }
+  if (!std::exchange(Silent, false)) console_out(str);
+  if (!SgdParams.useLog || SgdParams.logFp == nullptr) return;
   if (std::fprintf(SgdParams.logFp, "%s\n", str) < 0 || std::fflush(SgdParams.logFp) != 0) {
     SgdParams.useLog = false;
     closeSegdLog();

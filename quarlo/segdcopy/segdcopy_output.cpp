@@ -34,28 +34,20 @@ std::string nameOf(const std::string& begin, int number) {
 
 SegdOutput::SegdOutput(UnitStruct* allUnits, const SegdTakenFiles& taken)
     : units(allUnits), notToWrite(taken), BlockTraces(isTape() && SgdParams.blockTraces) {
-  if (!isTape()) {
-    copyText(SgdParams.outDir, fieldText(units[1].fs.dir.path));
-  }
+  if (!isTape()) copyText(SgdParams.outDir, fieldText(units[1].fs.dir.path));
 }
 
 // ---- field files ------------------------------------------------------------------------------------------------
 
 bool SegdOutput::beginFile(int number) {
-  if (!isTape()) {
-    return openFile(joinPath(fieldText(SgdParams.outDir), nameOf(nameBegin(units[1]), number)));
-  }
+  if (!isTape()) return openFile(joinPath(fieldText(SgdParams.outDir), nameOf(nameBegin(units[1]), number)));
   outputName = "the output tape";
   return true;
 }
 
 bool SegdOutput::putHeader(std::vector<char> header) {
-  if (!isTape()) {
-    return disk.write(header, false) || writeError();
-  }
-  if (BlockTraces && header.size() > BYTES_PER_SCAN_AT) {
-    header[BYTES_PER_SCAN_AT] = BLOCKED;
-  }
+  if (!isTape()) return disk.write(header, false) || writeError();
+  if (BlockTraces && header.size() > BYTES_PER_SCAN_AT) header[BYTES_PER_SCAN_AT] = BLOCKED;
   fileIsOpen = writeTape(header);
   gone.headerBytes += fileIsOpen ? 0 : static_cast<double>(header.size());
   return fileIsOpen;
@@ -72,9 +64,7 @@ bool SegdOutput::openFile(const std::string& path) {
     logMessagef("  *** Output file %s is used by this job already and is not written.", path.c_str());
     return false;
   }
-  if (again) {
-    logMessagef("  ** Output file %s is written again: what it held of this job is replaced.", path.c_str());
-  }
+  if (again) logMessagef("  ** Output file %s is written again: what it held of this job is replaced.", path.c_str());
   // The pieces come through a buffer of their own.
   stream = ::openFile(path.c_str(), "wb", 0);
   if (!stream) {
@@ -99,9 +89,7 @@ bool SegdOutput::writeError() {
 }
 
 bool SegdOutput::endFile() {
-  if (!std::exchange(fileIsOpen, false)) {
-    return true;
-  }
+  if (!std::exchange(fileIsOpen, false)) return true;
   if (isTape()) {
     const bool whole = flushBlock();
     return (writeMark() || writeError()) && whole;
@@ -115,16 +103,10 @@ bool SegdOutput::endFile() {
 // ---- traces -----------------------------------------------------------------------------------------------------
 
 bool SegdOutput::putSegdTrace(std::span<const char> trace, int channelSet, bool lent) {
-  if (!isTape()) {
-    return (lent ? disk.writeLent(trace, true) : disk.write(trace, true)) || writeError();
-  }
-  if (!BlockTraces) {
-    return writeTape(trace) || loseTrace(trace.size());
-  }
+  if (!isTape()) return (lent ? disk.writeLent(trace, true) : disk.write(trace, true)) || writeError();
+  if (!BlockTraces) return writeTape(trace) || loseTrace(trace.size());
   const bool fits = TraceBlock.size() + trace.size() <= blockLimit() && channelSet == LastChannelSet;
-  if (!TraceBlock.empty() && !fits && !flushBlock()) {
-    return loseTrace(trace.size());
-  }
+  if (!TraceBlock.empty() && !fits && !flushBlock()) return loseTrace(trace.size());
   TraceBlock.insert(TraceBlock.end(), trace.begin(), trace.end());
   ++tracesInBlock;
   LastChannelSet = channelSet;
@@ -140,16 +122,12 @@ bool SegdOutput::loseTrace(std::size_t bytes) {
 /// A block that a drive does not take would end every job.
 std::size_t SegdOutput::blockLimit() const {
   std::size_t limit = TRACE_BLOCK_BYTES;
-  for (int uNum = 1; uNum <= units->nOutputs; ++uNum) {
-    limit = std::min<std::size_t>(limit, units[uNum].maxBlockSize);
-  }
+  for (int uNum = 1; uNum <= units->nOutputs; ++uNum) limit = std::min<std::size_t>(limit, units[uNum].maxBlockSize);
   return limit;
 }
 
 bool SegdOutput::flushBlock() {
-  if (TraceBlock.empty()) {
-    return true;
-  }
+  if (TraceBlock.empty()) return true;
   const bool done = writeTape(TraceBlock);
   if (!done) {
     gone.traces += tracesInBlock;
@@ -164,9 +142,7 @@ bool SegdOutput::flushBlock() {
 
 bool SegdOutput::writeBlock(std::span<const char> piece) {
   const int bytes = static_cast<int>(piece.size());
-  if (tlv_tape_write(units, ALL_OUTPUTS, piece.data(), bytes) < bytes) {
-    return false;
-  }
+  if (tlv_tape_write(units, ALL_OUTPUTS, piece.data(), bytes) < bytes) return false;
   BytesOut += bytes;
   return true;
 }
@@ -195,9 +171,7 @@ bool SegdOutput::prependFile(const std::string& path) {
       return false;
     }
   } while (left > 0);
-  if (writeMark()) {
-    return true;
-  }
+  if (writeMark()) return true;
   logMessage("  *** Error outputting prepend file to tape.");
   return false;
 }
@@ -227,8 +201,7 @@ SegdOutput::Tapes SegdOutput::handleFullOutput() {
 /// The mark of the last field file stands already, unless it failed.
 bool SegdOutput::finish(JobEnd end) {
   const bool ended = endFile();
-  if (!isTape()) {
+  if (!isTape())
     return sync.wait([](const DiskSync::Failure& failure) { logMessage(diskErrorText(failure).c_str()); }) && ended;
-  }
   return closeOutputTapes(units, end, 1, logMessage) ? ended : writeError();
 }

@@ -14,11 +14,10 @@ void segdInit() {
   SgdParams.byteLimit = 10 * BYTES_PER_GIGABYTE;
   const char* const home = std::getenv("IOHOME");
   DIRECTORY here{};
-  if (home != nullptr) {
+  if (home != nullptr)
     copyText(SgdParams.logDir, home);
-  } else if (xvt_fsys_get_dir(&here)) {
+  else if (xvt_fsys_get_dir(&here))
     copyText(SgdParams.logDir, fieldText(here.path));
-  }
   copyText(SgdParams.logFile, "SegdCopy.txt");
   SgdParams.itsDecimateIntvl = 10;
   SgdParams.recLenFactor = 1.024F;

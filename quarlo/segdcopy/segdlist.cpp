@@ -31,19 +31,15 @@ void SortedIntArray::clear() {
 }
 
 void SortedIntArray::settle() const {
-  if (settled) {
-    return;
-  }
+  if (settled) return;
   std::sort(runs.begin(), runs.end(),
             [](const IntRange& one, const IntRange& other) { return CompareInts(one, other) < 0; });
   std::size_t last = 0;
-  for (std::size_t i = 1; i < runs.size(); ++i) {
-    if (runs[i].start - 1LL <= runs[last].end) {
+  for (std::size_t i = 1; i < runs.size(); ++i)
+    if (runs[i].start - 1LL <= runs[last].end)
       runs[last].end = std::max(runs[last].end, runs[i].end);
-    } else {
+    else
       runs[++last] = runs[i];
-    }
-  }
   runs.resize(last + 1);
   settled = true;
 }
@@ -63,9 +59,7 @@ bool SortedIntArray::contains(int value) const {
 long long SortedIntArray::indexOf(int value) const {
   long long before = 0;
   for (const IntRange& run : ranges()) {
-    if (value >= run.start && value <= run.end) {
-      return before + value - run.start;
-    }
+    if (value >= run.start && value <= run.end) return before + value - run.start;
     before += run.end - 1LL * run.start + 1;
   }
   return -1;
@@ -96,9 +90,7 @@ ListLine parse(const char* text) {
   line.range.start = line.range.end = leadingNumber(text, &rest);
   line.isNumber = rest != text;
   const std::string_view behind = trimText(rest);
-  if (!line.isNumber || behind.empty()) {
-    return line;
-  }
+  if (!line.isNumber || behind.empty()) return line;
   const std::string_view word = behind.substr(0, behind.find_first_of(" \t\r\n\v\f"));
   const auto mayBeMeant = [](std::string_view remark) {
     return remark.find_first_of("-0123456789") != std::string_view::npos;  // another remark is no loss
@@ -115,9 +107,7 @@ ListLine parse(const char* text) {
 }
 
 void warnOfLine(const ListLine& line, int number, const std::string& text, const std::string& path) {
-  if (line.isNumber && !line.lostRest) {
-    return;
-  }
+  if (line.isNumber && !line.lostRest) return;
   const IntRange range = line.range;
   const std::string taken =
       range.start == range.end ? formatText("%d", range.start) : formatText("%d - %d", range.start, range.end);

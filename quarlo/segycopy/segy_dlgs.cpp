@@ -48,9 +48,7 @@ void enableCopyControls(WINDOW dialog, const SgyCopyParams& params) {
 constexpr RealField PART_SIZE = {.control = SY_PART_SIZE, .decimals = 3, .low = 0, .high = 1e9, .unit = GIGABYTE};
 
 bool editCopyFlags(WINDOW dialog, const EVENT& event) {
-  if (!editFlags(dialog, event, COPY_FLAGS, &editedCopy)) {
-    return false;
-  }
+  if (!editFlags(dialog, event, COPY_FLAGS, &editedCopy)) return false;
   enableCopyControls(dialog, editedCopy);
   return true;
 }
@@ -83,9 +81,8 @@ void createCopy(WINDOW dialog) {
 void controlCopy(WINDOW dialog, const EVENT& event) {
   if (!editKeys(dialog, event, COPY_KEYS) && !readReal(dialog, event, PART_SIZE, &editedCopy.bytesPerPart) &&
       !editCopyFlags(dialog, event) &&
-      !chooseFromOne(dialog, event, SY_LIMIT_LIST, SY_LIMIT_POLYGON, &editedCopy.limitType)) {
+      !chooseFromOne(dialog, event, SY_LIMIT_LIST, SY_LIMIT_POLYGON, &editedCopy.limitType))
     runAction(COPY_ACTIONS, dialog, event);
-  }
 }
 
 // ---- polygon ----------------------------------------------------------------------------------------------------
@@ -112,9 +109,7 @@ const PointColumn POINT_COLUMNS[] = {
 bool editPoints(WINDOW dialog, const EVENT& event) {
   for (const PointColumn& column : POINT_COLUMNS) {
     const int row = event.ctl.id - column.firstControl;
-    if (event.ctl.what != CTL_FOCUS_LOSS || row < 0 || row >= MAX_TYPED_POINTS) {
-      continue;
-    }
+    if (event.ctl.what != CTL_FOCUS_LOSS || row < 0 || row >= MAX_TYPED_POINTS) continue;
     double* const value = column.values + row;
     *value = parseReal(controlText(dialog, event.ctl.id)).value_or(*value);
     setField(xvt_win_get_ctl(dialog, event.ctl.id), value, row, *column.type, &editedPolygon);
@@ -141,15 +136,11 @@ void createPolygon(WINDOW dialog) {
 }
 
 void controlPolygon(WINDOW dialog, const EVENT& event) {
-  if (editPoints(dialog, event)) {
-    return;
-  }
+  if (editPoints(dialog, event)) return;
   if (editKeys(dialog, event, POLYGON_KEYS) || readNumber(dialog, event, pointsField()) ||
       chooseFromOne(dialog, event, PG_TYPED, PG_FROM_FILE, &editedPolygon.type) ||
       chooseFromOne(dialog, event, PG_INCLUSION, PG_EXCLUSION, &editedPolygon.polyType)) {
-    if (editedPolygon.type == PS_TYPED) {
-      editedPolygon.numPoints = std::min(editedPolygon.numPoints, MAX_TYPED_POINTS);
-    }
+    if (editedPolygon.type == PS_TYPED) editedPolygon.numPoints = std::min(editedPolygon.numPoints, MAX_TYPED_POINTS);
     setPolyState(dialog, &editedPolygon);
     return;
   }
@@ -169,9 +160,7 @@ void createList(WINDOW dialog) {
                      LL_EXCLUSION);
   setLabels(dialog, editedList.listType);
   showPath(dialog, LL_PATH, editedList.dir, editedList.file);
-  for (const KeyControls& key : LIST_KEYS) {
-    showKey(dialog, key);
-  }
+  for (const KeyControls& key : LIST_KEYS) showKey(dialog, key);
   checkControl(dialog, LL_USE_SECONDARY, editedList.useSec);
   enableKey(dialog, LIST_KEYS[1], editedList.useSec);
 }
@@ -189,16 +178,13 @@ constexpr ControlAction LIST_ACTIONS[] = {
     {LL_CHOOSE_FILE, chooseListFile}, {LL_OK, storeList}, {LL_CANCEL, xvt_vobj_destroy}};
 
 void controlList(WINDOW dialog, const EVENT& event) {
-  if (editKeys(dialog, event, LIST_KEYS)) {
-    return;
-  }
-  if (chooseFromOne(dialog, event, LL_INCLUSION, LL_EXCLUSION, &editedList.listType)) {
+  if (editKeys(dialog, event, LIST_KEYS)) return;
+  if (chooseFromOne(dialog, event, LL_INCLUSION, LL_EXCLUSION, &editedList.listType))
     setLabels(dialog, editedList.listType);
-  } else if (toggleFlag(dialog, event, LL_USE_SECONDARY, &editedList.useSec)) {
+  else if (toggleFlag(dialog, event, LL_USE_SECONDARY, &editedList.useSec))
     enableKey(dialog, LIST_KEYS[1], editedList.useSec);
-  } else {
+  else
     runAction(LIST_ACTIONS, dialog, event);
-  }
 }
 
 }  // namespace
@@ -209,9 +195,7 @@ void setCopyState(WINDOW theDialog, const SgyCopyParams* params) {
   showFlags(theDialog, COPY_FLAGS, *params);
   xdCheckRadioButton(theDialog, limitsByPolygon(*params) ? SY_LIMIT_POLYGON : SY_LIMIT_LIST, SY_LIMIT_LIST,
                      SY_LIMIT_POLYGON);
-  for (const KeyControls& key : COPY_KEYS) {
-    showKey(theDialog, key);
-  }
+  for (const KeyControls& key : COPY_KEYS) showKey(theDialog, key);
   showPath(theDialog, SY_SORT_PATH, params->sortDir, params->sortFile);
   showReal(theDialog, PART_SIZE, params->bytesPerPart);
   enableCopyControls(theDialog, *params);
@@ -235,9 +219,7 @@ void setPolyState(WINDOW theDialog, PolyParams* params) {
   showNumber(theDialog, {.control = PG_POINTS, .value = &params->numPoints});
   const KeyControls keys[] = {{PG_PRIMARY_BYTE, PG_PRIMARY_TYPE, &params->primByte, &params->primType, DataTypes},
                               {PG_SECONDARY_BYTE, PG_SECONDARY_TYPE, &params->secByte, &params->secType, DataTypes}};
-  for (const KeyControls& key : keys) {
-    showKey(theDialog, key);
-  }
+  for (const KeyControls& key : keys) showKey(theDialog, key);
   for (int row = 0; row < MAX_TYPED_POINTS; ++row) {
     const WINDOW primary = xvt_win_get_ctl(theDialog, PG_FIRST_PRIMARY + row);
     const WINDOW secondary = xvt_win_get_ctl(theDialog, PG_FIRST_SECONDARY + row);

@@ -114,12 +114,8 @@ class SegyCopy {
 
 int SegyCopy::run() {
   logStarted("Copy");
-  if (!runGuarded([this] { work(); })) {
-    failed = true;
-  }
-  if (frame && !frame->isOpen()) {
-    return JOB_NO_DIALOG;
-  }
+  if (!runGuarded([this] { work(); })) failed = true;
+  if (frame && !frame->isOpen()) return JOB_NO_DIALOG;
   finish();
   return failed ? JOB_FAILED : JOB_OK;
 }
@@ -132,15 +128,9 @@ void SegyCopy::work() {
   }
   frame.emplace(JOB_SEGY, units->type, &tracesRead, &percent, &tracesWritten);
   bool more = frame->isOpen() && copyHeaders();
-  while (more) {
-    more = step();
-  }
-  if (frame->stopIsNews()) {
-    goOn();
-  }
-  if (frame->isOpen() && SgyParams.sort && !failed && !stopped) {
-    outputPhase();
-  }
+  while (more) more = step();
+  if (frame->stopIsNews()) goOn();
+  if (frame->isOpen() && SgyParams.sort && !failed && !stopped) outputPhase();
 }
 
 // ---- before the first trace -------------------------------------------------------------------------------------
@@ -151,18 +141,14 @@ bool SegyCopy::prepare() {
     return false;
   }
   const std::optional<int> needed = bytesForKeys();
-  if (!needed || !findInputs() || !makeTemporaryFiles() || !mayWriteVolumes() || !prepareRangeLimit()) {
-    return false;
-  }
+  if (!needed || !findInputs() || !makeTemporaryFiles() || !mayWriteVolumes() || !prepareRangeLimit()) return false;
   keyBytes = *needed;
   report();
   return openInput();
 }
 
 bool SegyCopy::makeTemporaryFiles() {
-  if (!SgyParams.sort) {
-    return true;
-  }
+  if (!SgyParams.sort) return true;
   const SortStore::Created made = store.emplace().create(&taken);
   return made == SortStore::Created::Declined ? stop() : made == SortStore::Created::Ready;
 }
@@ -171,9 +157,7 @@ bool SegyCopy::makeTemporaryFiles() {
 /// written.
 bool SegyCopy::mayWriteVolumes() {
   const bool byInput = SgyParams.multipleIn && !SgyParams.concatInputs;
-  if (output.isTape() || !(byInput || splitsByKey())) {
-    return true;
-  }
+  if (output.isTape() || !(byInput || splitsByKey())) return true;
   const int last = byInput && !inputIsTape() ? static_cast<int>(files.size()) - 1 : INT_MAX;
   const std::vector<std::string> names = output.existingVolumes(last);
   if (names.empty() ||
@@ -181,10 +165,8 @@ bool SegyCopy::mayWriteVolumes() {
                           "%zu further volume%s of this output may be written and exist%s already:\n%s%s%s\n"
                           "Overwrite?",
                           names.size(), names.size() > 1 ? "s" : "", names.size() > 1 ? "" : "s", names.front().c_str(),
-                          names.size() > 1 ? " to " : "",
-                          names.size() > 1 ? names.back().c_str() : "") == RESP_DEFAULT) {
+                          names.size() > 1 ? " to " : "", names.size() > 1 ? names.back().c_str() : "") == RESP_DEFAULT)
     return true;
-  }
   console_printf("  ** %s stays as it is: choose another output.", names.front().c_str());
   return stop();
 }
@@ -199,9 +181,7 @@ bool SegyCopy::findInputs() {
       const DirectoryFiles found = listSegyFiles(units->fs.dir, fresh ? outputPath : "");
       found.nameOthers(console_out);
       files = found.names;
-      for (const std::string& name : files) {
-        taken.add(joinPath(fieldText(units->fs.dir.path), name));
-      }
+      for (const std::string& name : files) taken.add(joinPath(fieldText(units->fs.dir.path), name));
     } else {
       taken.add(pathOf(units->fs));
     }
@@ -210,17 +190,13 @@ bool SegyCopy::findInputs() {
       return false;
     }
   }
-  if (!output.isTape()) {
-    taken.add(outputPath);
-  }
+  if (!output.isTape()) taken.add(outputPath);
   taken.add(limitSourcePath());
   return true;
 }
 
 bool SegyCopy::prepareRangeLimit() {
-  if (!SgyParams.rangeLimit) {
-    return true;
-  }
+  if (!SgyParams.rangeLimit) return true;
   const std::string log = rangeLimitLogPath();
   if (sameFile(log.c_str(), limitSourcePath().c_str())) {
     console_printf("  *** %s is read by this job and would be emptied as its log: give the file another name.",
@@ -239,9 +215,7 @@ bool SegyCopy::prepareRangeLimit() {
 bool SegyCopy::openInput() {
   if (inputIsTape()) {
     input = std::make_unique<SegyTapeInput>(units);
-    if (SgyParams.multipleIn && !SgyParams.concatInputs) {
-      console_printf("Output file 1: %s", units[1].name);
-    }
+    if (SgyParams.multipleIn && !SgyParams.concatInputs) console_printf("Output file 1: %s", units[1].name);
     return true;
   }
   visit.emplace(units->fs.dir);
@@ -257,28 +231,20 @@ bool SegyCopy::openInput() {
 
 /// Both headers are read before the first is written: an input that cannot be copied leaves no beginning of an output.
 bool SegyCopy::copyHeaders() {
-  if (!input->readEbcdic()) {
-    return fail();
-  }
+  if (!input->readEbcdic()) return fail();
   if (SgyParams.sort) {
     logBlank();
     console_out("Starting Input Phase...");
     logBlank();
   }
-  if (!input->readBinary()) {
-    return fail();
-  }
+  if (!input->readBinary()) return fail();
   previousFacts = input->facts;
-  if (SgyParams.sort) {
-    return (store->addEbcdic(input->EbcdicHdr) && store->addBinary(input->BinaryHdr)) || fail();
-  }
+  if (SgyParams.sort) return (store->addEbcdic(input->EbcdicHdr) && store->addBinary(input->BinaryHdr)) || fail();
   return writeHeaders();
 }
 
 bool SegyCopy::writeHeaders() {
-  if (!output.writeHeader(input->EbcdicHdr)) {
-    return fail("  *** Error writing EBCDIC header to output device.");
-  }
+  if (!output.writeHeader(input->EbcdicHdr)) return fail("  *** Error writing EBCDIC header to output device.");
   return output.writeHeader(input->BinaryHdr) || fail("  *** Error writing binary header to output device.");
 }
 
@@ -287,9 +253,7 @@ bool SegyCopy::writeHeaders() {
 bool SegyCopy::goOn() { return frame->goOn() || stop(); }
 
 bool SegyCopy::step() {
-  if (!goOn()) {
-    return false;
-  }
+  if (!goOn()) return false;
   std::span<const char> trace;
   switch (input->next(&trace)) {
     case SegyItem::Trace:
@@ -314,9 +278,7 @@ bool SegyCopy::takeTrace(std::span<const char> trace) {
   }
   if (traceInRange(trace.data()) != 0) {
     const bool done = SgyParams.sort ? store->addTrace(trace) || fail() : copyTrace(trace);
-    if (!done) {
-      return false;
-    }
+    if (!done) return false;
   }
   percent = input->percent(bytesRead);
   return true;
@@ -324,12 +286,9 @@ bool SegyCopy::takeTrace(std::span<const char> trace) {
 
 bool SegyCopy::copyTrace(std::span<const char> trace) {
   if (splitsByKey() &&
-      !placeInVolume(HeaderKey{SgyParams.recordByte, SgyParams.recordType}.in(trace.data()), tracesWritten + 1)) {
+      !placeInVolume(HeaderKey{SgyParams.recordByte, SgyParams.recordType}.in(trace.data()), tracesWritten + 1))
     return false;
-  }
-  if (SgyParams.reportFFIDs) {
-    reportFieldFile(trace);
-  }
+  if (SgyParams.reportFFIDs) reportFieldFile(trace);
   ++tracesWritten;
   ++volume.traces;
   volume.bytes += static_cast<double>(trace.size());
@@ -346,9 +305,7 @@ bool SegyCopy::writeTrace(std::span<const char> trace) {
 bool SegyCopy::writeFailed() {
   const LostOutput& lost = output.lost();
   tracesHanded -= lost.traces;
-  if (!SgyParams.sort) {
-    tracesWritten -= lost.traces;
-  }
+  if (!SgyParams.sort) tracesWritten -= lost.traces;
   bytesWritten -= lost.bytes;
   console_printf("  *** Error writing trace %d to output device.", tracesHanded + 1);
   return fail();
@@ -356,9 +313,7 @@ bool SegyCopy::writeFailed() {
 
 void SegyCopy::reportFieldFile(std::span<const char> trace) {
   const double number = FIELD_FILE_KEY.in(trace.data());
-  if (fieldFile.value_or(number - 1) != number) {
-    console_printf("  Field File - %d", static_cast<int>(number));
-  }
+  if (fieldFile.value_or(number - 1) != number) console_printf("  Field File - %d", static_cast<int>(number));
   fieldFile = number;
 }
 
@@ -371,9 +326,7 @@ bool SegyCopy::startNextInput() {
     return true;
   }
   if (output.isTape()) {
-    if (!output.separateFiles()) {
-      return fail();
-    }
+    if (!output.separateFiles()) return fail();
   } else if (output.getAnotherOutput(input->inputs() - 1) != SegyOutput::Volume::Ready) {
     return output.lost().traces > 0 ? writeFailed() : fail();
   }
@@ -386,12 +339,10 @@ void SegyCopy::warnOfDifferences() {
     console_printf("  ** Sample interval (%d) does not match previous input (%d).", now.interval,
                    previousFacts.interval);
   }
-  if (now.samples != previousFacts.samples) {
+  if (now.samples != previousFacts.samples)
     console_printf("  ** Samples per trace (%d) do not match previous input (%d).", now.samples, previousFacts.samples);
-  }
-  if (now.format != previousFacts.format) {
+  if (now.format != previousFacts.format)
     console_printf("  ** Samples format code (%d) does match previous input (%d).", now.format, previousFacts.format);
-  }
 }
 
 // ---- several volumes --------------------------------------------------------------------------------------------
@@ -413,9 +364,7 @@ bool SegyCopy::placeInVolume(double record, int traceNumber) {
     return true;
   }
   if (volume.bytes >= SgyParams.bytesPerPart) {
-    if (!nextVolume(traceNumber)) {
-      return false;
-    }
+    if (!nextVolume(traceNumber)) return false;
     console_printf("First record =  %.1f", record);
   }
   volume.lastRecord = record;
@@ -433,19 +382,13 @@ bool SegyCopy::nextVolume(int traceNumber) {
   logBlank();
   const SegyOutput::Volume next = output.getAnotherOutput(volume.number);
   if (next != SegyOutput::Volume::Ready) {
-    if (output.lost().traces > 0) {
-      return writeFailed();
-    }
+    if (output.lost().traces > 0) return writeFailed();
     console_printf("  *** Trace %d and what follows it were not written.", traceNumber);
-    if (inputIsTape() && units->state == 1) {
-      tlv_rewind(units, 0);
-    }
+    if (inputIsTape() && units->state == 1) tlv_rewind(units, 0);
     stopped = next == SegyOutput::Volume::Declined;
     return stopped ? false : fail();
   }
-  if (!output.initOutput(input->EbcdicHdr, input->BinaryHdr)) {
-    return fail();
-  }
+  if (!output.initOutput(input->EbcdicHdr, input->BinaryHdr)) return fail();
   ++volume.number;
   volume.restart();
   console_printf("Continuing output on %s %d", kind, volume.number);
@@ -460,28 +403,15 @@ bool SegyCopy::outputPhase() {
   console_out("Starting Sort Phase...");
   logBlank();
   std::vector<char> header;
-  if (!store->reopen() || !store->readEbcdic(&header)) {
-    return fail();
-  }
-  if (!output.writeHeader(header)) {
-    return fail("  *** Error writing EBCDIC header to output device.");
-  }
-  if (!store->readBinary(&header)) {
-    return fail();
-  }
-  if (!output.writeHeader(header)) {
-    return fail("  *** Error writing binary header to output device.");
-  }
-  if (!store->sortIndex()) {
-    return fail();
-  }
+  if (!store->reopen() || !store->readEbcdic(&header)) return fail();
+  if (!output.writeHeader(header)) return fail("  *** Error writing EBCDIC header to output device.");
+  if (!store->readBinary(&header)) return fail();
+  if (!output.writeHeader(header)) return fail("  *** Error writing binary header to output device.");
+  if (!store->sortIndex()) return fail();
   console_out("Starting Output Phase...");
   logBlank();
-  for (int place = 0; place < store->count(); ++place) {
-    if (!goOn() || !writeSorted(place)) {
-      return false;
-    }
-  }
+  for (int place = 0; place < store->count(); ++place)
+    if (!goOn() || !writeSorted(place)) return false;
   return true;
 }
 
@@ -501,22 +431,14 @@ void SegyCopy::finish() {
   const int lostBefore = output.lost().traces;
   if (!output.finish(failed || stopped ? JobEnd::CutShort : JobEnd::Success)) {
     failed = true;
-    if (output.lost().traces > lostBefore) {
-      writeFailed();
-    }
+    if (output.lost().traces > lostBefore) writeFailed();
   }
   failed = (store && !store->save()) || failed;
-  if (failed) {
-    logFailed();
-  }
+  if (failed) logFailed();
   logSummary();
-  if (input) {
-    input->tellOfLost();
-  }
+  if (input) input->tellOfLost();
   visit.reset();
-  if (frame) {
-    frame->close();
-  }
+  if (frame) frame->close();
   logEnded("SEG Y copy");
   store.reset();
 }
@@ -533,13 +455,10 @@ void SegyCopy::logSummary() {
   console_printf("%.0f bytes read.", bytesRead);
   console_printf("%.0f bytes written.", bytesWritten);
   logBlank();
-  if (!SgyParams.rangeLimit) {
-    return;
-  }
+  if (!SgyParams.rangeLimit) return;
   console_printf("Primary header value range in output    = %.4lf - %.4lf.", MinPrimary, MaxPrimary);
-  if (limitHasSecondary(SgyParams)) {
+  if (limitHasSecondary(SgyParams))
     console_printf("Secondary header value range in output  = %.4lf - %.4lf.", MinSecondary, MaxSecondary);
-  }
   logBlank();
   endRangeLimit();
 }

@@ -58,9 +58,7 @@ SegyDiskInput::SegyDiskInput(UnitStruct* allUnits, std::vector<std::string> file
     : SegyInput(allUnits), TheList(std::move(files)) {}
 
 bool SegyDiskInput::open() {
-  if (!TheList.empty()) {
-    return openListed();
-  }
+  if (!TheList.empty()) return openListed();
   if (units->fp == nullptr) {
     console_printf("***  Error opening file %s", units->name);
     return false;
@@ -102,14 +100,10 @@ bool SegyDiskInput::readBinary() {
     console_out("  *** Error reading binary header from input file.");
     return false;
   }
-  if (!takeBinary(header)) {
-    return false;
-  }
+  if (!takeBinary(header)) return false;
   warnOfUnusualFile(BinaryHdr);
   // Joined inputs are all read with the first one's trace length.
-  if (begun > 1 && SgyParams.concatInputs) {
-    return true;
-  }
+  if (begun > 1 && SgyParams.concatInputs) return true;
   traceBytes = static_cast<std::size_t>(facts.traceBytes());
   return traceLengthIsSound();
 }
@@ -132,9 +126,7 @@ bool SegyDiskInput::traceLengthIsSound() {
 
 SegyItem SegyDiskInput::next(std::span<const char>* trace) {
   *trace = reader.take(traceBytes);
-  if (trace->size() == traceBytes) {
-    return SegyItem::Trace;
-  }
+  if (trace->size() == traceBytes) return SegyItem::Trace;
   if (reader.failed()) {
     console_out("  *** Error reading trace from input file.");
     return SegyItem::Failed;
@@ -143,12 +135,9 @@ SegyItem SegyDiskInput::next(std::span<const char>* trace) {
 }
 
 SegyItem SegyDiskInput::endOfFile(std::size_t left) {
-  if (left > 0) {
+  if (left > 0)
     console_printf("  ** The last %zu bytes of \"%s\" are no whole trace and are not copied.", left, units->name);
-  }
-  if (TheList.empty()) {
-    return SegyItem::End;
-  }
+  if (TheList.empty()) return SegyItem::End;
   if (static_cast<std::size_t>(begun) == TheList.size()) {
     console_out("");
     return SegyItem::End;
@@ -171,12 +160,8 @@ SegyTapeInput::SegyTapeInput(UnitStruct* allUnits)
 
 bool SegyTapeInput::readHeader(const char* name, std::vector<char>* header) {
   const int bytes = readBlock();
-  if (bytes == 0) {
-    console_printf("  *** EOF encountered while reading %s header from input tape.", name);
-  }
-  if (bytes < 0) {
-    console_printf("  *** Error reading %s header from input tape.", name);
-  }
+  if (bytes == 0) console_printf("  *** EOF encountered while reading %s header from input tape.", name);
+  if (bytes < 0) console_printf("  *** Error reading %s header from input tape.", name);
   return bytes > 0 && assign(header, {units->ioBuffer, static_cast<std::size_t>(bytes)});
 }
 
@@ -187,9 +172,7 @@ bool SegyTapeInput::readEbcdic() {
 
 bool SegyTapeInput::readBinary() {
   std::vector<char> header;
-  if (!readHeader("binary", &header) || !takeBinary(header)) {
-    return false;
-  }
+  if (!readHeader("binary", &header) || !takeBinary(header)) return false;
   warnOfUnusualFile(BinaryHdr);
   return true;
 }
@@ -201,19 +184,14 @@ SegyItem SegyTapeInput::next(std::span<const char>* trace) {
       return SegyItem::Nothing;
     case BlockRead::Failed:
       console_out("  *** Error reading trace from input tape.");
-      if (SgyParams.rangeLimit) {
-        console_printf("    Previous trace primary header value   = %.4lf.", Primary);
-      }
-      if (SgyParams.rangeLimit && !limitsByPolygon(SgyParams) && SgyParams.listParams.useSec) {
+      if (SgyParams.rangeLimit) console_printf("    Previous trace primary header value   = %.4lf.", Primary);
+      if (SgyParams.rangeLimit && !limitsByPolygon(SgyParams) && SgyParams.listParams.useSec)
         console_printf("    Previous trace secondary header value = %.4lf.", Secondary);
-      }
       return SegyItem::Failed;
     case BlockRead::Done:
       break;
   }
-  if (bytes == 0) {
-    return takeMark();
-  }
+  if (bytes == 0) return takeMark();
   units->eofMark = 0;
   *trace = {units->ioBuffer, static_cast<std::size_t>(bytes)};
   return SegyItem::Trace;
@@ -227,17 +205,13 @@ SegyTapeInput::Block SegyTapeInput::nextBlock() {
     console_out("  *** Error reading EBCDIC header from input tape.");
     return Block::Failed;
   }
-  if (bytes == 0) {
-    return Block::None;
-  }
+  if (bytes == 0) return Block::None;
   assign(&EbcdicHdr, {units->ioBuffer, static_cast<std::size_t>(bytes)});
   return Block::Data;
 }
 
 SegyItem SegyTapeInput::takeMark() {
-  if (!SgyParams.multipleIn) {
-    return nextTape();
-  }
+  if (!SgyParams.multipleIn) return nextTape();
   switch (nextBlock()) {
     case Block::Failed:
       return SegyItem::Failed;
@@ -251,16 +225,12 @@ SegyItem SegyTapeInput::takeMark() {
 
 /// Joined inputs count as one.
 SegyItem SegyTapeInput::beginInput() {
-  if (!SgyParams.concatInputs) {
-    ++begun;
-  }
+  if (!SgyParams.concatInputs) ++begun;
   return readBinary() ? SegyItem::NewInput : SegyItem::Failed;
 }
 
 SegyItem SegyTapeInput::nextTape() {
-  if (nextInputTape(units, INPUT_WORDS) == 0) {
-    return SegyItem::End;
-  }
+  if (nextInputTape(units, INPUT_WORDS) == 0) return SegyItem::End;
   reader.place.nextTape();
   if (!SgyParams.multipleIn) {
     if (tlv_skip_blocks(units, 0, REEL_HEADERS) != 0) {

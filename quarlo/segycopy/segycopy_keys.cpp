@@ -17,22 +17,16 @@ std::vector<NamedKey> keysInUse() {
   std::vector<NamedKey> keys;
   if (params.rangeLimit) {
     keys.push_back({"primary range limit", primaryLimitKey(params)});
-    if (limitHasSecondary(params)) {
-      keys.push_back({"secondary range limit", secondaryLimitKey(params)});
-    }
+    if (limitHasSecondary(params)) keys.push_back({"secondary range limit", secondaryLimitKey(params)});
   }
   if (params.sort) {
     keys.push_back({"primary sort", {params.sortPrimByte, params.sortPrimType}});
     keys.push_back({"secondary sort", {params.sortSecByte, params.sortSecType}});
-    if (params.useTertiary) {
-      keys.push_back({"tertiary sort", {params.sortTerByte, params.sortTerType}});
-    }
+    if (params.useTertiary) keys.push_back({"tertiary sort", {params.sortTerByte, params.sortTerType}});
   } else if (params.reportFFIDs) {
     keys.push_back({"field file", FIELD_FILE_KEY});
   }
-  if (splitsByKey()) {
-    keys.push_back({"record", {params.recordByte, params.recordType}});
-  }
+  if (splitsByKey()) keys.push_back({"record", {params.recordByte, params.recordType}});
   return keys;
 }
 

@@ -22,13 +22,9 @@ SegyOutput::SegyOutput(UnitStruct* allUnits, const FileSet& allInputs) : units(a
 }
 
 bool SegyOutput::write(std::span<const char> piece, bool isTrace) {
-  if (!isTape()) {
-    return disk.write(piece, isTrace);
-  }
+  if (!isTape()) return disk.write(piece, isTrace);
   const int bytes = static_cast<int>(piece.size());
-  if (tlv_tape_write(units, ALL_OUTPUTS, piece.data(), bytes) >= bytes) {
-    return true;
-  }
+  if (tlv_tape_write(units, ALL_OUTPUTS, piece.data(), bytes) >= bytes) return true;
   gone = {isTrace ? 1 : 0, isTrace ? static_cast<double>(bytes) : 0, 0};
   return false;
 }
@@ -44,25 +40,20 @@ std::vector<std::string> SegyOutput::existingVolumes(int last) const {
     const char* const begin = name.data() + std::min(baseName.size(), name.size());
     std::from_chars(begin, name.data() + name.size(), index);
     if (index >= 1 && index <= last && name == volumeName(index) &&
-        !inputs.holds(joinPath(fieldText(units[1].fs.dir.path), name))) {
+        !inputs.holds(joinPath(fieldText(units[1].fs.dir.path), name)))
       found.push_back(name);
-    }
   }
   return found;
 }
 
 void SegyOutput::startSync() {
-  if (units[1].fp != nullptr) {
-    sync.add(units[1].fp, pathOf(units[1].fs));
-  }
+  if (units[1].fp != nullptr) sync.add(units[1].fp, pathOf(units[1].fs));
 }
 
 SegyOutput::Volume SegyOutput::nextFile(int index) {
   const bool whole = flush();
   startSync();
-  if (closeDiskUnit(&units[1]) != 0 || !whole) {
-    return Volume::Failed;
-  }
+  if (closeDiskUnit(&units[1]) != 0 || !whole) return Volume::Failed;
   FILE_SPEC next = units[1].fs;
   const std::string name = volumeName(index);
   const bool fits = copyText(next.name, name);
@@ -88,25 +79,19 @@ SegyOutput::Volume SegyOutput::nextTapes() {
 }
 
 bool SegyOutput::initOutput(const std::vector<char>& ebcdic, const std::vector<char>& binary) {
-  if (writeHeader(ebcdic) && writeHeader(binary)) {
-    return true;
-  }
+  if (writeHeader(ebcdic) && writeHeader(binary)) return true;
   console_out(isTape() ? "  *** Error writing to output tape." : "  *** Error writing to output disk file.");
   return false;
 }
 
 bool SegyOutput::separateFiles() {
-  if (tlv_weof(units, ALL_OUTPUTS, 1) == 0) {
-    return true;
-  }
+  if (tlv_weof(units, ALL_OUTPUTS, 1) == 0) return true;
   console_out("*** Error writing end-of-file.");
   return false;
 }
 
 bool SegyOutput::finish(JobEnd end) {
-  if (isTape()) {
-    return closeOutputTapes(units, end, 2);
-  }
+  if (isTape()) return closeOutputTapes(units, end, 2);
   const bool whole = flush();
   startSync();
   return sync.wait([](const DiskSync::Failure& failure) { console_out(diskErrorText(failure).c_str()); }) && whole;

@@ -9,9 +9,7 @@ void segyInit() {
   SgyParams = {};
   SgyParams.limitType = LT_POLYGON;
   DIRECTORY here{};
-  if (xvt_fsys_get_dir(&here)) {
-    copyText(SgyParams.sortDir, fieldText(here.path));
-  }
+  if (xvt_fsys_get_dir(&here)) copyText(SgyParams.sortDir, fieldText(here.path));
   copyText(SgyParams.sortFile, "Sort.tmp");
   SgyParams.sortPrimByte = 9;
   SgyParams.sortPrimType = DT_INT32;

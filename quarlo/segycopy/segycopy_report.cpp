@@ -34,9 +34,8 @@ void reportPolygon(const PolyParams& polygon) {
   console_printf("  Range limit %s polygon control points:",
                  polygon.polyType == LS_EXCLUSION ? "exclusion" : "inclusion");
   console_out("      Primary             Secondary     ");
-  for (std::size_t i = 0; i + 1 < RangePolygon.size(); ++i) {
+  for (std::size_t i = 0; i + 1 < RangePolygon.size(); ++i)
     console_printf("%3zu.  %-12.2lf        %.2lf", i + 1, RangePolygon[i].x, RangePolygon[i].y);
-  }
 }
 
 void reportRangeLimit(const SgyCopyParams& params) {
@@ -44,14 +43,11 @@ void reportRangeLimit(const SgyCopyParams& params) {
   console_out("~~~~~  Input data will be range limited  ~~~~~");
   logBlank();
   reportKey("Primary Range Limit Key", primaryLimitKey(params));
-  if (limitHasSecondary(params)) {
-    reportKey("Secondary Range Limit Key", secondaryLimitKey(params));
-  }
-  if (limitsByPolygon(params)) {
+  if (limitHasSecondary(params)) reportKey("Secondary Range Limit Key", secondaryLimitKey(params));
+  if (limitsByPolygon(params))
     reportPolygon(params.polyParams);
-  } else {
+  else
     reportList(params.listParams);
-  }
   logBlank();
 }
 
@@ -61,9 +57,7 @@ void reportSort(const SgyCopyParams& params) {
   logBlank();
   reportKey("Primary Sort Key", {params.sortPrimByte, params.sortPrimType});
   reportKey("Secondary Sort Key", {params.sortSecByte, params.sortSecType});
-  if (params.useTertiary) {
-    reportKey("Tertiary Sort Key", {params.sortTerByte, params.sortTerType});
-  }
+  if (params.useTertiary) reportKey("Tertiary Sort Key", {params.sortTerByte, params.sortTerType});
 }
 
 constexpr std::uint32_t BYTE_ORDER_SWAPPED = 0x04030201;
@@ -73,18 +67,12 @@ void add(std::string* text, const std::string& fact) { *text += (text->empty() ?
 }  // namespace
 
 void report() {
-  if (SgyParams.rangeLimit) {
-    reportRangeLimit(SgyParams);
-  }
-  if (SgyParams.sort) {
-    reportSort(SgyParams);
-  }
+  if (SgyParams.rangeLimit) reportRangeLimit(SgyParams);
+  if (SgyParams.sort) reportSort(SgyParams);
 }
 
 void warnOfUnusualFile(std::span<const char> binaryHeader) {
-  if (binaryHeader.size() < BINARY_HEADER_BYTES) {
-    return;
-  }
+  if (binaryHeader.size() < BINARY_HEADER_BYTES) return;
   const char* const header = binaryHeader.data();
   const auto at = [header](const HeaderKey& key) { return header + key.byte - 1; };
   const int format = loadBeInt16(at(BINARY_FORMAT_CODE));
@@ -97,19 +85,15 @@ void warnOfUnusualFile(std::span<const char> binaryHeader) {
   // Before revision 1 the place belongs to nobody.
   const int extended = revision < 1 ? 0 : little ? loadLeInt16(at(BINARY_EXTENDED)) : loadBeInt16(at(BINARY_EXTENDED));
   std::string facts;
-  if (little) {
+  if (little)
     add(&facts, "little-endian");
-  } else if (format != 0 && !isSegyFormat(format)) {
+  else if (format != 0 && !isSegyFormat(format))
     add(&facts, formatText("unknown sample format %d", format));
-  } else if (format != 0 && format != 3 && segySampleBytes(format) != 4) {
+  else if (format != 0 && format != 3 && segySampleBytes(format) != 4)
     add(&facts, formatText("samples of %d byte%s", segySampleBytes(format), plural(segySampleBytes(format))));
-  }
-  if (revision == 2) {
-    add(&facts, "revision 2");
-  }
-  if (extended != 0 && extended >= -1) {
+  if (revision == 2) add(&facts, "revision 2");
+  if (extended != 0 && extended >= -1)
     add(&facts, extended > 0 ? formatText("extended text headers (%d)", extended) : "extended text headers");
-  }
   if (!facts.empty()) {
     console_printf(
         "  ** The binary header says: %s. The file is read as big-endian, with 3600 bytes of headers and samples of %d "

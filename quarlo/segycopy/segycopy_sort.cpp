@@ -44,9 +44,7 @@ SortStore::~SortStore() {
   traceFile.reset();
   indexFile.reset();
   traces.reset();
-  if (SgyParams.keepSortFile) {
-    traceTemp.keep();
-  }
+  if (SgyParams.keepSortFile) traceTemp.keep();
 }
 
 SortStore::Created SortStore::create(FileSet* taken) {
@@ -63,12 +61,9 @@ SortStore::Created SortStore::create(FileSet* taken) {
     return Created::Failed;
   }
   if (!claim(&traceTemp, tracePath, formatText("  *** Error creating temporary file %s.", tracePath.c_str()).c_str()) ||
-      !claim(&indexTemp, indexPath, "  *** Error creating SegyCopy.idx file.")) {
+      !claim(&indexTemp, indexPath, "  *** Error creating SegyCopy.idx file."))
     return Created::Failed;
-  }
-  if (!isLeftover() && !mayEmpty()) {
-    return Created::Declined;
-  }
+  if (!isLeftover() && !mayEmpty()) return Created::Declined;
   taken->add(tracePath);
   taken->add(indexPath);
   return empty() ? Created::Ready : Created::Failed;
@@ -96,11 +91,8 @@ namespace {
 /// Whether some field of a trace header, of whatever place and type, holds a value; no key at all counts as held.
 bool holdsValue(const std::array<char, TRACE_HEADER_BYTES>& header, double value) {
   for (int type = DT_INT8; type <= DT_FLOAT32; ++type) {
-    for (HeaderKey key{1, type}; key.end() <= TRACE_HEADER_BYTES; ++key.byte) {
-      if (key.in(header.data()) == value) {
-        return true;
-      }
-    }
+    for (HeaderKey key{1, type}; key.end() <= TRACE_HEADER_BYTES; ++key.byte)
+      if (key.in(header.data()) == value) return true;
   }
   return value == 0.0 || std::isnan(value);
 }
@@ -118,26 +110,21 @@ bool SortStore::isLeftover() const {
 bool SortStore::areOfOneSort() const {
   std::array<std::int32_t, 2> lengths{};
   const int index = indexTemp.descriptor();
-  if (readAt(index, lengths.data(), sizeof lengths, 0) != sizeof lengths || lengths[0] <= 0 || lengths[1] <= 0) {
+  if (readAt(index, lengths.data(), sizeof lengths, 0) != sizeof lengths || lengths[0] <= 0 || lengths[1] <= 0)
     return false;
-  }
   const double headers = static_cast<double>(lengths[0]) + lengths[1];
   const auto bytes = static_cast<double>(traceTemp.size());
   const std::uint64_t records = (indexTemp.size() - sizeof lengths) / sizeof(SortItem);
-  if (records == 0) {
-    return indexTemp.size() == sizeof lengths && bytes == headers;
-  }
+  if (records == 0) return indexTemp.size() == sizeof lengths && bytes == headers;
   SortItem first{};
   SortItem last{};
   if (readAt(index, &first, sizeof first, sizeof lengths) != sizeof first ||
-      readAt(index, &last, sizeof last, sizeof lengths + (records - 1) * sizeof last) != sizeof last) {
+      readAt(index, &last, sizeof last, sizeof lengths + (records - 1) * sizeof last) != sizeof last)
     return false;
-  }
   // Both files are handed to the system in step: one is ahead by what stood in a buffer.
   const bool endFits = std::abs(bytes - (last.offset + last.size)) <= double{streamBufferSize} + last.size;
-  if (first.offset != headers || first.size <= 0 || headers + first.size > bytes || last.size <= 0 || !endFits) {
+  if (first.offset != headers || first.size <= 0 || headers + first.size > bytes || last.size <= 0 || !endFits)
     return false;
-  }
   std::array<char, TRACE_HEADER_BYTES> header{};
   const std::size_t wanted = std::min<std::size_t>(header.size(), static_cast<std::size_t>(first.size));
   return readAt(traceTemp.descriptor(), header.data(), wanted, static_cast<std::uint64_t>(headers)) == wanted &&
@@ -146,32 +133,25 @@ bool SortStore::areOfOneSort() const {
 
 bool SortStore::mayEmpty() const {
   std::string names;
-  for (const TempFile* file : {&traceTemp, &indexTemp}) {
-    names += file->size() > 0 ? file->path() + "\n" : "";
-  }
+  for (const TempFile* file : {&traceTemp, &indexTemp}) names += file->size() > 0 ? file->path() + "\n" : "";
   const bool both = traceTemp.size() > 0 && indexTemp.size() > 0;
   if (xvt_dm_post_confirm("Overwrite", "Cancel",
                           "%s here before and %s not left over from a sort that was cut off:\n%sOverwrite %s?",
                           both ? "These files were" : "This file was", both ? "are" : "is", names.c_str(),
-                          both ? "them" : "it") == RESP_DEFAULT) {
+                          both ? "them" : "it") == RESP_DEFAULT)
     return true;
-  }
   console_printf("  ** %s stays as it is: choose another sort file.",
                  traceTemp.size() > 0 ? tracePath.c_str() : indexPath.c_str());
   return false;
 }
 
 bool SortStore::empty() {
-  if (traceTemp.empty()) {
-    traceFile = std::make_unique<LargeFile>(traceTemp.path().c_str(), "r+b");
-  }
+  if (traceTemp.empty()) traceFile = std::make_unique<LargeFile>(traceTemp.path().c_str(), "r+b");
   if (traceFile == nullptr || !traceFile->IsValid() || !traceTemp.isInPlace()) {
     console_printf("  *** Error creating temporary file %s.", tracePath.c_str());
     return false;
   }
-  if (indexTemp.empty()) {
-    indexFile = openFile(indexTemp.path().c_str(), "r+b");
-  }
+  if (indexTemp.empty()) indexFile = openFile(indexTemp.path().c_str(), "r+b");
   return (indexFile != nullptr && indexTemp.isInPlace()) || say("  *** Error creating SegyCopy.idx file.");
 }
 
@@ -179,9 +159,7 @@ bool SortStore::empty() {
 
 bool SortStore::addHeader(const std::vector<char>& header, const char* traceFileError, const char* indexError) {
   const int bytes = static_cast<int>(header.size());
-  if (traceFile->Write(header.data(), bytes) != bytes) {
-    return say(traceFileError);
-  }
+  if (traceFile->Write(header.data(), bytes) != bytes) return say(traceFileError);
   return std::fwrite(&bytes, sizeof bytes, 1, indexFile.get()) == 1 || say(indexError);
 }
 
@@ -202,16 +180,12 @@ bool SortStore::addTrace(std::span<const char> trace) {
                          HeaderKey{params.sortSecByte, params.sortSecType}.in(trace.data()),
                          params.useTertiary ? HeaderKey{params.sortTerByte, params.sortTerType}.in(trace.data()) : 0.0,
                          traceFile->GetPos(), static_cast<int>(trace.size())};
-  if (unflushed + trace.size() > streamBufferSize && !flush()) {
-    return false;
-  }
+  if (unflushed + trace.size() > streamBufferSize && !flush()) return false;
   if (kept == INT_MAX || traceFile->Write(trace.data(), item.size) != item.size) {
     console_printf("  *** Error writing sort trace %d to temporary file", kept + 1);
     return false;
   }
-  if (std::fwrite(&item, sizeof item, 1, indexFile.get()) != 1) {
-    return say("  *** Error writing to index file");
-  }
+  if (std::fwrite(&item, sizeof item, 1, indexFile.get()) != 1) return say("  *** Error writing to index file");
   unflushed += trace.size();
   return ++kept > 1 || flush();
 }
@@ -235,33 +209,23 @@ bool SortStore::reopen() {
     traceFile.reset();
     return false;
   }
-  if (SgyParams.keepSortFile) {
-    sync.add(traceTemp.descriptor(), traceTemp.path());
-  }
-  if (!closeFile(indexFile)) {
-    return say("  *** Error writing to index file");
-  }
+  if (SgyParams.keepSortFile) sync.add(traceTemp.descriptor(), traceTemp.path());
+  if (!closeFile(indexFile)) return say("  *** Error writing to index file");
   traces = openFile(traceTemp.path().c_str(), "rb", 0);
   if (!traces || !traceTemp.isInPlace()) {
     console_printf("  *** Error opening temporary file %s.", tracePath.c_str());
     return false;
   }
   indexFile = openFile(indexTemp.path().c_str(), "rb");
-  if (!indexFile || !indexTemp.isInPlace()) {
-    return say("  *** Error opening SegyCopy.idx file.");
-  }
+  if (!indexFile || !indexTemp.isInPlace()) return say("  *** Error opening SegyCopy.idx file.");
   traceFileSize = static_cast<off_t>(fileSize(traces.get()).value_or(0));
   return true;
 }
 
 bool SortStore::save() {
-  if (!SgyParams.keepSortFile || traceFile == nullptr) {
-    return true;
-  }
+  if (!SgyParams.keepSortFile || traceFile == nullptr) return true;
   if (traceFile->IsValid()) {  // the job ended before its output
-    if (!traceFile->Flush()) {
-      return say(diskErrorText(tracePath, traceFile->Error()).c_str());
-    }
+    if (!traceFile->Flush()) return say(diskErrorText(tracePath, traceFile->Error()).c_str());
     sync.add(traceTemp.descriptor(), traceTemp.path());
   }
   return sync.wait([](const DiskSync::Failure& failure) { say(diskErrorText(failure).c_str()); });
@@ -288,9 +252,8 @@ bool SortStore::sortIndex() {
   } catch (const std::bad_alloc&) {
     return say("  *** Not enough memory for the index of the traces.");
   }
-  if (std::fread(items.data(), sizeof(SortItem), count, indexFile.get()) != count) {
+  if (std::fread(items.data(), sizeof(SortItem), count, indexFile.get()) != count)
     return say("  *** Error reading from index file");
-  }
   segySort(reinterpret_cast<char*>(items.data()), kept, sizeof(SortItem));
   return true;
 }
@@ -313,9 +276,7 @@ bool SortStore::loadFrom(int place) {
   int next = place;
   while (next < kept && (next == place || batch.size() + static_cast<std::size_t>(itemAt(next).size) <= BATCH_BYTES)) {
     const SortItem& first = itemAt(next);
-    if (!isSound(first)) {
-      break;
-    }
+    if (!isSound(first)) break;
     std::size_t bytes = 0;
     do {
       bytes += static_cast<std::size_t>(itemAt(next).size);
@@ -324,18 +285,15 @@ bool SortStore::loadFrom(int place) {
              batch.size() + bytes + static_cast<std::size_t>(itemAt(next).size) <= BATCH_BYTES);
     const std::size_t before = batch.size();
     batch.resize(before + bytes);
-    if (readAt(fileno(traces.get()), batch.data() + before, bytes, static_cast<std::uint64_t>(first.offset)) != bytes) {
+    if (readAt(fileno(traces.get()), batch.data() + before, bytes, static_cast<std::uint64_t>(first.offset)) != bytes)
       return false;
-    }
   }
   batchEnd = next;
   return next > place;
 }
 
 std::span<const char> SortStore::trace(int place) {
-  if ((place < batchFirst || place >= batchEnd) && !loadFrom(place)) {
-    return {};
-  }
+  if ((place < batchFirst || place >= batchEnd) && !loadFrom(place)) return {};
   const std::span<const char> piece(batch.data() + batchPlace, static_cast<std::size_t>(itemAt(place).size));
   batchPlace += piece.size();
   return piece;

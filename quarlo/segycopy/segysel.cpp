@@ -36,12 +36,8 @@ constexpr const char* LOG_NAME = "RangeLimitLogFile.txt";
 bool openLog(const std::string& source) {
   const std::string path = rangeLimitLogPath();
   // A list or polygon file of that very name would be emptied.
-  if (!sameFile(path.c_str(), source.c_str())) {
-    LogFile = openFile(path.c_str(), "w");
-  }
-  if (!LogFile) {
-    console_printf("  *** Error opening range limit log file: %s", path.c_str());
-  }
+  if (!sameFile(path.c_str(), source.c_str())) LogFile = openFile(path.c_str(), "w");
+  if (!LogFile) console_printf("  *** Error opening range limit log file: %s", path.c_str());
   return LogFile != nullptr;
 }
 
@@ -66,9 +62,7 @@ void logTrace() {
   }
   *end++ = '\n';
   const auto length = static_cast<std::size_t>(end - line);
-  if (std::fwrite(line, 1, length, LogFile.get()) != length) {
-    stopLogging();
-  }
+  if (std::fwrite(line, 1, length, LogFile.get()) != length) stopLogging();
 }
 
 // ---- the range of the kept traces -------------------------------------------------------------------------------
@@ -76,9 +70,7 @@ void logTrace() {
 bool anyTraceKept = false;  // in this run of the program: never reset
 
 void widenRange() {
-  if (std::isnan(Primary) || std::isnan(Secondary)) {
-    return;
-  }
+  if (std::isnan(Primary) || std::isnan(Secondary)) return;
   if (!anyTraceKept) {
     MinPrimary = MaxPrimary = Primary;
     MinSecondary = MaxSecondary = Secondary;
@@ -95,9 +87,7 @@ void widenRange() {
 
 void useTypedPoints(PolyParams& params) {
   params.numPoints = std::clamp(params.numPoints, 1, MAX_TYPED_POINTS);
-  for (int i = 0; i < params.numPoints; ++i) {
-    RangePolygon.push_back({params.primary[i], params.secondary[i]});
-  }
+  for (int i = 0; i < params.numPoints; ++i) RangePolygon.push_back({params.primary[i], params.secondary[i]});
 }
 
 void closePolygon() {
@@ -126,16 +116,12 @@ std::string polygonPath() {
 }  // namespace
 
 std::string limitSourcePath() {
-  if (!SgyParams.rangeLimit || (limitsByPolygon(SgyParams) && SgyParams.polyParams.type == PS_TYPED)) {
-    return "";
-  }
+  if (!SgyParams.rangeLimit || (limitsByPolygon(SgyParams) && SgyParams.polyParams.type == PS_TYPED)) return "";
   return limitsByPolygon(SgyParams) ? polygonPath() : listPath();
 }
 
 std::string rangeLimitLogPath() {
-  if (!limitsByPolygon(SgyParams)) {
-    return joinPath(fieldText(SgyParams.listParams.dir), LOG_NAME);
-  }
+  if (!limitsByPolygon(SgyParams)) return joinPath(fieldText(SgyParams.listParams.dir), LOG_NAME);
   PolyParams& params = SgyParams.polyParams;
   if (params.type == PS_TYPED) {
     DIRECTORY here{};
@@ -154,9 +140,7 @@ int initPolygon() {
     useTypedPoints(params);
   } else {
     source = polygonPath();
-    if (!readPolygonFile(source, &RangePolygon)) {
-      return 0;
-    }
+    if (!readPolygonFile(source, &RangePolygon)) return 0;
     params.numPoints = static_cast<int>(RangePolygon.size());
   }
   closePolygon();
@@ -169,38 +153,28 @@ int initPointsList() {
   console_out(params.listType == LS_INCLUSION ? "Initializing inclusion list..." : "Initializing exclusion list...");
   logBlank();
   const std::string path = listPath();
-  if (!readListFile(path, params.useSec, &PointsList)) {
-    return 0;
-  }
+  if (!readListFile(path, params.useSec, &PointsList)) return 0;
   ControlPoints = static_cast<int>(PointsList.size());
   segySort(reinterpret_cast<char*>(PointsList.data()), ControlPoints, sizeof(RangeItem));
   return openLog(path) ? 1 : 0;
 }
 
 void endRangeLimit() {
-  if (LogFile && !closeFile(LogFile)) {
-    stopLogging();
-  }
+  if (LogFile && !closeFile(LogFile)) stopLogging();
   RangePolygon = {};
   PointsList = {};
   ControlPoints = 0;
 }
 
 int traceInRange(const char* trace) {
-  if (!SgyParams.rangeLimit) {
-    return 1;
-  }
+  if (!SgyParams.rangeLimit) return 1;
   Primary = primaryLimitKey(SgyParams).in(trace);
   Secondary = limitHasSecondary(SgyParams) ? secondaryLimitKey(SgyParams).in(trace) : 0.0;
   const bool byPolygon = limitsByPolygon(SgyParams);
   const bool inside = byPolygon ? inPolygon() : pointInList() != 0;
   const int sense = byPolygon ? SgyParams.polyParams.polyType : SgyParams.listParams.listType;
-  if (inside == (sense == LS_EXCLUSION)) {
-    return 0;
-  }
-  if (LogFile) {
-    logTrace();
-  }
+  if (inside == (sense == LS_EXCLUSION)) return 0;
+  if (LogFile) logTrace();
   widenRange();
   return 1;
 }
@@ -211,14 +185,11 @@ int pointInList() {
   while (low <= high) {
     const int middle = low + (high - low) / 2;
     const RangeItem& entry = PointsList[static_cast<std::size_t>(middle)];
-    if (entry.primary == Primary && entry.secondary == Secondary) {
-      return 1;
-    }
-    if (entry.primary < Primary || (entry.primary == Primary && entry.secondary < Secondary)) {
+    if (entry.primary == Primary && entry.secondary == Secondary) return 1;
+    if (entry.primary < Primary || (entry.primary == Primary && entry.secondary < Secondary))
       low = middle + 1;
-    } else {
+    else
       high = middle - 1;
-    }
   }
   return 0;
 }

@@ -26,9 +26,7 @@ class LineReader {
 
   bool next() {
     do {
-      if (!readTextLine(file, &text)) {
-        return false;
-      }
+      if (!readTextLine(file, &text)) return false;
       ++number;
     } while (text.empty());
     return true;
@@ -52,11 +50,9 @@ bool isNumber(std::string_view text) {
 /// "10-20", or "10-" in front of "20", as a range is written; empty for any other word.
 std::string spacedRange(std::string_view word, std::string_view behind) {
   std::size_t dash = isNumber(word) ? std::string_view::npos : word.find('-', 1);
-  for (; dash != std::string_view::npos; dash = word.find('-', dash + 1)) {
-    if (isNumber(word.substr(0, dash)) && isNumber(word.substr(dash + 1))) {
+  for (; dash != std::string_view::npos; dash = word.find('-', dash + 1))
+    if (isNumber(word.substr(0, dash)) && isNumber(word.substr(dash + 1)))
       return std::string(word.substr(0, dash)) + " - " + std::string(word.substr(dash + 1));
-    }
-  }
   const bool isOpen = word.ends_with('-') && isNumber(word.substr(0, word.size() - 1)) && isNumber(behind);
   return isOpen ? std::string(word.substr(0, word.size() - 1)) + " - " + std::string(behind) : "";
 }
@@ -77,23 +73,17 @@ class Words {
   /// The next word as a number; a word that is not there leaves the value. @return false for a word that is no number
   bool number(double* value) {
     const std::string word(next());
-    if (word.empty()) {
-      return true;
-    }
+    if (word.empty()) return true;
     char* end = nullptr;
     const double parsed = std::strtod(word.c_str(), &end);
-    if (end != word.c_str() + word.size() || !std::isfinite(parsed)) {
-      return false;
-    }
+    if (end != word.c_str() + word.size() || !std::isfinite(parsed)) return false;
     *value = parsed;
     return true;
   }
   /// Passes over a lone "-". @return whether it came next
   bool dash() {
     const std::string_view before = rest;
-    if (next() == "-") {
-      return true;
-    }
+    if (next() == "-") return true;
     rest = before;
     return false;
   }
@@ -122,15 +112,11 @@ struct RangeLine {
 
 /// "A" or "A - B".
 bool parseSpan(Words* words, Span* span) {
-  if (!words->number(&span->start)) {
-    return false;
-  }
+  if (!words->number(&span->start)) return false;
   span->end = span->start;
   double last = 0;  // stays when nothing stands behind the "-"
   if (words->dash()) {
-    if (!words->number(&last)) {
-      return false;
-    }
+    if (!words->number(&last)) return false;
     span->end = std::max(span->start, last);
   }
   return true;
@@ -138,9 +124,7 @@ bool parseSpan(Words* words, Span* span) {
 
 bool parseRange(std::string_view line, bool useSecondary, RangeLine* range) {
   *range = {};
-  if (isHeader(line)) {
-    return true;
-  }
+  if (isHeader(line)) return true;
   Words words(line);
   return parseSpan(&words, &range->primary) && (!useSecondary || parseSpan(&words, &range->secondary));
 }
@@ -172,9 +156,7 @@ std::size_t pointLimit() {
 std::size_t pointsOf(const RangeLine& range, std::size_t limit) {
   const std::size_t primaries = stepsOf(range.primary.start, range.primary.end, limit);
   const std::size_t secondaries = stepsOf(range.secondary.start, range.secondary.end, limit);
-  if (primaries == 0 || secondaries == 0 || primaries > limit / secondaries) {
-    return 0;
-  }
+  if (primaries == 0 || secondaries == 0 || primaries > limit / secondaries) return 0;
   return primaries * secondaries;
 }
 
@@ -243,9 +225,7 @@ bool ListFile::readPoints(std::FILE* file, std::vector<RangeItem>* points) {
   std::rewind(file);
   LineReader lines(file);
   while (lines.next()) {
-    if (isHeader(lines.line())) {
-      continue;
-    }
+    if (isHeader(lines.line())) continue;
     RangeItem point{};
     Words words(lines.line());
     if (!words.number(&point.primary) || (useSecondary && !words.number(&point.secondary))) {
@@ -264,16 +244,12 @@ bool ListFile::forEachRange(std::FILE* file, Use use) {
   LineReader lines(file);
   for (std::size_t i = 0; i < found.entries; ++i) {
     RangeLine range;
-    if (!lines.next()) {
-      return readError();
-    }
+    if (!lines.next()) return readError();
     if (!parseRange(lines.line(), useSecondary, &range)) {
       complain("holds no number", path, lines);
       return false;
     }
-    if (!use(range, lines)) {
-      return false;
-    }
+    if (!use(range, lines)) return false;
   }
   return true;
 }
@@ -292,14 +268,10 @@ bool ListFile::readRanges(std::FILE* file, std::vector<RangeItem>* points) {
   const bool counted = forEachRange(file, [&](const RangeLine& range, const LineReader& lines) {
     const std::size_t count = pointsOf(range, limit - total);
     total += count;
-    if (count == 0) {
-      complain("stands for more points than can be held", path, lines);
-    }
+    if (count == 0) complain("stands for more points than can be held", path, lines);
     return count != 0;
   });
-  if (!counted) {
-    return false;
-  }
+  if (!counted) return false;
   points->reserve(total);
   return forEachRange(file, [points](const RangeLine& range, const LineReader&) {
     expand(range, points);
@@ -327,9 +299,7 @@ bool ListFile::read(std::vector<RangeItem>* points) {
 int getRange(std::FILE* file, double* primStart, double* primEnd, double* secStart, double* secEnd) {
   LineReader lines(file);
   RangeLine range;
-  if (!lines.next() || !parseRange(lines.line(), SgyParams.listParams.useSec, &range)) {
-    return 0;
-  }
+  if (!lines.next() || !parseRange(lines.line(), SgyParams.listParams.useSec, &range)) return 0;
   *primStart = range.primary.start;
   *primEnd = range.primary.end;
   *secStart = range.secondary.start;
@@ -338,13 +308,9 @@ int getRange(std::FILE* file, double* primStart, double* primEnd, double* secSta
 }
 
 std::size_t stepsOf(double start, double end, std::size_t limit) {
-  if (!(end > start)) {
-    return limit > 0 ? 1 : 0;
-  }
+  if (!(end > start)) return limit > 0 ? 1 : 0;
   // The ends advance, so all between them does: doubles grow coarser away from zero only.
-  if (end - start >= static_cast<double>(limit) || start + 1.0 == start || end + 1.0 == end) {
-    return 0;
-  }
+  if (end - start >= static_cast<double>(limit) || start + 1.0 == start || end + 1.0 == end) return 0;
   std::size_t count = 0;
   double value = start;
   while (value <= end) {

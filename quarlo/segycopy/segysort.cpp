@@ -34,12 +34,8 @@ void sift(std::size_t left, std::size_t right, char* vect, int size) {
   std::memcpy(held.data(), at(left), bytes);
   std::size_t i = left;
   for (std::size_t j = 2 * left; j <= right; j *= 2) {
-    if (j < right && compareItems(at(j), at(j + 1), size) < 0) {
-      ++j;
-    }
-    if (compareItems(at(j), held.data(), size) < 0) {
-      break;
-    }
+    if (j < right && compareItems(at(j), at(j + 1), size) < 0) ++j;
+    if (compareItems(at(j), held.data(), size) < 0) break;
     std::memcpy(at(i), at(j), bytes);
     i = j;
   }
@@ -47,9 +43,7 @@ void sift(std::size_t left, std::size_t right, char* vect, int size) {
 }
 
 void sortItems(char* vect, std::size_t samples, int size) {
-  for (std::size_t left = samples / 2; left >= 1; --left) {
-    sift(left, samples, vect, size);
-  }
+  for (std::size_t left = samples / 2; left >= 1; --left) sift(left, samples, vect, size);
   const auto bytes = static_cast<std::size_t>(size);
   for (std::size_t right = samples; right > 1; --right) {
     std::swap_ranges(vect, vect + bytes, vect + (right - 1) * bytes);
@@ -113,9 +107,7 @@ std::optional<Column> describe(const Items& items, std::size_t place) {
   double high = low;
   for (std::size_t i = 0; i < items.count; ++i) {
     const double value = items.value(i, place);
-    if (std::isnan(value)) {
-      return std::nullopt;
-    }
+    if (std::isnan(value)) return std::nullopt;
     integers = integers && std::abs(value) <= EXACT_INTEGER && std::trunc(value) == value;
     floats = floats && isFloat(value);
     low = std::min(low, value);
@@ -162,9 +154,7 @@ void siftCodes(const Kind& kind, std::size_t left, std::size_t right, typename K
     heap[i] = heap[j];
     i = j;
   }
-  for (; i > left && kind.below(heap[i / 2], held); i /= 2) {
-    heap[i] = heap[i / 2];
-  }
+  for (; i > left && kind.below(heap[i / 2], held); i /= 2) heap[i] = heap[i / 2];
   heap[i] = held;
 }
 
@@ -186,9 +176,7 @@ void arrangeInPlace(const Kind& kind, std::vector<typename Kind::Entry>& entries
   std::vector<char> held(bytes);
   for (std::size_t start = 0; start + 1 < entries.size(); ++start) {
     std::size_t from = kind.place(entries[start + 1]);
-    if (from == start) {
-      continue;
-    }
+    if (from == start) continue;
     std::memcpy(held.data(), vect + start * bytes, bytes);
     std::size_t to = start;
     for (; from != start; from = kind.place(entries[to + 1])) {
@@ -227,13 +215,9 @@ void radixSort(const ShortEntries& kind, int bits, std::vector<std::uint64_t>* e
   for (int shift = kind.placeBits; shift < kind.placeBits + bits; shift += DIGIT_BITS) {
     const auto digit = [shift](std::uint64_t entry) { return entry >> shift & ((1U << DIGIT_BITS) - 1); };
     std::array<std::size_t, (1U << DIGIT_BITS) + 1> starts{};
-    for (std::size_t i = 1; i < entries->size(); ++i) {
-      ++starts[digit((*entries)[i]) + 1];
-    }
+    for (std::size_t i = 1; i < entries->size(); ++i) ++starts[digit((*entries)[i]) + 1];
     std::partial_sum(starts.begin(), starts.end(), starts.begin());
-    for (std::size_t i = 1; i < entries->size(); ++i) {
-      other[1 + starts[digit((*entries)[i])]++] = (*entries)[i];
-    }
+    for (std::size_t i = 1; i < entries->size(); ++i) other[1 + starts[digit((*entries)[i])]++] = (*entries)[i];
     entries->swap(other);
   }
 }
@@ -242,9 +226,7 @@ void radixSort(const ShortEntries& kind, int bits, std::vector<std::uint64_t>* e
 /// @param bits of a code: too few of them for all items, and some are equal for certain
 /// @return false when there are equal items, or no fast way; the entries are then in no order that counts
 bool sortDistinct(const ShortEntries& kind, int bits, std::vector<std::uint64_t>* entries) {
-  if (bits < kind.placeBits - 1) {
-    return false;
-  }
+  if (bits < kind.placeBits - 1) return false;
   radixSort(kind, bits, entries);
   const auto notBelow = [&kind](std::uint64_t one, std::uint64_t next) { return !kind.below(one, next); };
   return std::adjacent_find(entries->begin() + 1, entries->end(), notBelow) == entries->end();
@@ -258,9 +240,7 @@ template <typename Kind>
 void heapSort(const Kind& kind, std::vector<typename Kind::Entry>* entries) {
   auto* const heap = entries->data();
   const std::size_t count = entries->size() - 1;
-  for (std::size_t left = count / 2; left >= 1; --left) {
-    siftCodes(kind, left, count, heap);
-  }
+  for (std::size_t left = count / 2; left >= 1; --left) siftCodes(kind, left, count, heap);
   for (std::size_t right = count; right > 1; --right) {
     std::swap(heap[1], heap[right]);
     siftCodes(kind, 1, right - 1, heap);
@@ -277,11 +257,10 @@ void sortCodes(const Kind& kind, const Items& items, const std::vector<Column>& 
     fillEntries(kind, items, columns, &entries);
     heapSort(kind, &entries);
   }
-  if (roomy) {
+  if (roomy)
     arrangeFromCopy(kind, entries, vect, items.bytes);
-  } else {
+  else
     arrangeInPlace(kind, entries, vect, items.bytes);
-  }
 }
 
 /// @return false when the values do not fit a code, or memory is short: nothing has been moved then
@@ -291,22 +270,17 @@ bool sortByCodes(char* vect, std::size_t count, int size) {
   int bits = 0;
   for (std::size_t place = 0; place < (hasThreeKeys(size) ? 3U : 2U); ++place) {
     const std::optional<Column> column = describe(items, place);
-    if (!column) {
-      return false;
-    }
+    if (!column) return false;
     bits += column->bits;
     columns.push_back(*column);
   }
-  if (bits > 64) {
-    return false;
-  }
+  if (bits > 64) return false;
   const int placeBits = static_cast<int>(std::bit_width(count));
   try {
-    if (bits + placeBits <= 64) {
+    if (bits + placeBits <= 64)
       sortCodes(ShortEntries{placeBits}, items, columns, bits, vect);
-    } else {
+    else
       sortCodes(LongEntries{}, items, columns, bits, vect);
-    }
   } catch (const std::bad_alloc&) {
     return false;
   }
@@ -318,14 +292,10 @@ bool sortByCodes(char* vect, std::size_t count, int size) {
 int compareItems(const char* item1, const char* item2, int itemSize) {
   const double first1 = valueAt(item1, 0);
   const double first2 = valueAt(item2, 0);
-  if (first1 != first2) {
-    return first1 < first2 ? -1 : 1;
-  }
+  if (first1 != first2) return first1 < first2 ? -1 : 1;
   const double second1 = valueAt(item1, 1);
   const double second2 = valueAt(item2, 1);
-  if (second1 != second2 || !hasThreeKeys(itemSize)) {
-    return compareLast(second1, second2);
-  }
+  if (second1 != second2 || !hasThreeKeys(itemSize)) return compareLast(second1, second2);
   return compareLast(valueAt(item1, 2), valueAt(item2, 2));
 }
 
@@ -334,11 +304,7 @@ void segySift(int left, int right, char* vect, int size) {
 }
 
 void segySort(char* vect, int samples, int size) {
-  if (samples < 2 || size < 2 * static_cast<int>(sizeof(double)) || size > SORT_SCRATCH_BYTES) {
-    return;
-  }
+  if (samples < 2 || size < 2 * static_cast<int>(sizeof(double)) || size > SORT_SCRATCH_BYTES) return;
   const auto count = static_cast<std::size_t>(samples);
-  if (!sortByCodes(vect, count, size)) {
-    sortItems(vect, count, size);
-  }
+  if (!sortByCodes(vect, count, size)) sortItems(vect, count, size);
 }

@@ -116,13 +116,12 @@ void controlGone() {
 void makeBlockStr(char* dst, int bytes) {
   constexpr int KILO = 1024;
   constexpr int MEGA = KILO * KILO;
-  if (bytes < KILO) {
+  if (bytes < KILO)
     std::snprintf(dst, BLOCK_STR_SIZE, "%d byte%s", bytes, bytes == 1 ? "" : "s");
-  } else if (bytes / KILO < KILO) {
+  else if (bytes / KILO < KILO)
     std::snprintf(dst, BLOCK_STR_SIZE, "%d KB", bytes / KILO);
-  } else {
+  else
     std::snprintf(dst, BLOCK_STR_SIZE, "%d MB", static_cast<std::int16_t>(bytes / MEGA));
-  }
 }
 
 void set_ctrl_state(WINDOW xdWindow, int enable, const char* driveName, const UnitStruct* unit) {

@@ -69,11 +69,10 @@ void closeTask() {
 }
 
 void quit(bool query) {
-  if (query) {
+  if (query)
     xvt_app_allow_quit();
-  } else {
+  else
     requestStopOfJobs(xvt_app_destroy);
-  }
 }
 
 }  // namespace

@@ -21,9 +21,8 @@ FileHandle& streamOf(const UnitStruct* unit) {
 
 void sayIfLocked(const std::string& path) {
   const int reason = errno;
-  if (reason == EBUSY) {
+  if (reason == EBUSY)
     console_printf("  *** %s is a temporary file of a job that runs: choose another output.", path.c_str());
-  }
   errno = reason;
 }
 
@@ -37,9 +36,7 @@ bool openDiskUnit(UnitStruct* unit, const FILE_SPEC& file, const char* mode) {
   const bool isInput = std::string_view(mode) == "rb";
   FileHandle stream = openFile(pathOf(file).c_str(), mode);
   if (!stream || (!isInput && !keepFromLockers(stream.get()))) {
-    if (!isInput) {
-      sayIfLocked(pathOf(file));
-    }
+    if (!isInput) sayIfLocked(pathOf(file));
     return false;
   }
   if (isInput && !fileSize(stream.get())) {
@@ -60,9 +57,7 @@ bool openDiskUnit(UnitStruct* unit, const FILE_SPEC& file, const char* mode) {
 }
 
 int closeDiskUnit(UnitStruct* unit) {
-  if (unit->type != UT_DISK) {
-    return 0;
-  }
+  if (unit->type != UT_DISK) return 0;
   int result = 0;
   if (unit->fp != nullptr && !closeFile(streamOf(unit))) {
     console_printf("  *** Error closing disk file \"%s\": %s.", unit->name, std::strerror(errno));

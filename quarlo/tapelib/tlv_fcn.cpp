@@ -233,23 +233,28 @@ int tlv_weof(UnitStruct* aUnit, int uNum, int count) {
 }
 
 int tlv_skip_blocks(UnitStruct* aUnit, int uNum, int count) {
-  return onUnits(aUnit, uNum, "skip blocks", [&](int unit) { return unixSkipBlocks(aUnit, unit, count); });
+  return onUnits(
+      aUnit, uNum, "skip blocks", [&](int unit) { return unixSkipBlocks(aUnit, unit, count); });
 }
 
 int tlv_skip_files(UnitStruct* aUnit, int uNum, int count) {
-  return onUnits(aUnit, uNum, "skip files", [&](int unit) { return unixSkipFiles(aUnit, unit, count); });
+  return onUnits(
+      aUnit, uNum, "skip files", [&](int unit) { return unixSkipFiles(aUnit, unit, count); });
 }
 
 int tlv_skip_eod(UnitStruct* aUnit, int uNum) {
-  return onUnits(aUnit, uNum, "skip to end of data", [&](int unit) { return unixSkipEOD(aUnit, unit); });
+  return onUnits(
+      aUnit, uNum, "skip to end of data", [&](int unit) { return unixSkipEOD(aUnit, unit); });
 }
 
 int tlv_rewind(UnitStruct* aUnit, int uNum) {
-  return onUnits(aUnit, uNum, "rewind", [&](int unit) { return unixRewind(aUnit, unit); });
+  return onUnits(
+      aUnit, uNum, "rewind", [&](int unit) { return unixRewind(aUnit, unit); });
 }
 
 int tlv_unload(UnitStruct* aUnit, int uNum) {
-  return onUnits(aUnit, uNum, "unload", [&](int unit) { return unixUnload(aUnit, unit); });
+  return onUnits(
+      aUnit, uNum, "unload", [&](int unit) { return unixUnload(aUnit, unit); });
 }
 
 void forgetWritten(UnitStruct* aUnit) {

@@ -228,9 +228,11 @@ void FileBox::fill() {
   hint(read ? (purpose_ == Purpose::place ? PLACE_HINT : "")
             : std::string("This folder cannot be read: ") + std::strerror(errno));
   const std::string wanted = pattern();
-  std::erase_if(entries, [&](const xvt::DirectoryEntry& entry) {
-    return !entry.isDirectory && (purpose_ == Purpose::directory || !xvt::matchesPattern(entry.name, wanted));
-  });
+  std::erase_if(
+      entries,
+      [&](const xvt::DirectoryEntry& entry) {
+        return !entry.isDirectory && (purpose_ == Purpose::directory || !xvt::matchesPattern(entry.name, wanted));
+      });
   std::stable_partition(entries.begin(), entries.end(), [](const auto& entry) { return entry.isDirectory; });
   rows_ = {{"..", true}};
   rows_.insert(rows_.end(), entries.begin(), entries.end());

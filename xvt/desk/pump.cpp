@@ -95,7 +95,8 @@ void Pump::lastTick() {
 }
 
 void Pump::wakeForTick() {
-  wake_ = desk_.events().alarm(kServeEvery.count(), [this] { wake_ = 0; });
+  wake_ = desk_.events().alarm(
+      kServeEvery.count(), [this] { wake_ = 0; });
 }
 
 }  // namespace xvt

@@ -58,7 +58,8 @@ std::map<long, std::unique_ptr<Timer>>& timers() {
 }  // namespace
 
 void dropTimers(const BaseWindow& window) {
-  std::erase_if(timers(), [&](const auto& entry) { return entry.second->isOf(window); });
+  std::erase_if(
+      timers(), [&](const auto& entry) { return entry.second->isOf(window); });
 }
 
 namespace runtime {

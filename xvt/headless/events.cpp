@@ -18,7 +18,8 @@ long PollEvents::alarm(long period, std::function<void()> work) {
 }
 
 void PollEvents::cancelAlarm(long alarm) {
-  std::erase_if(alarms_, [alarm](const auto& entry) { return entry.second.number == alarm; });
+  std::erase_if(
+      alarms_, [alarm](const auto& entry) { return entry.second.number == alarm; });
 }
 
 void PollEvents::watch(int file, std::function<void()> work) {

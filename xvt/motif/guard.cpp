@@ -10,11 +10,13 @@ using CallbackWork = std::function<void(XtPointer)>;
 using EventWork = std::function<void(XEvent*)>;
 
 void called(Widget, XtPointer work, XtPointer data) {
-  guarded("callback", [&] { (*static_cast<CallbackWork*>(work))(data); });
+  guarded(
+      "callback", [&] { (*static_cast<CallbackWork*>(work))(data); });
 }
 
 void happened(Widget, XtPointer work, XEvent* event, Boolean*) {
-  guarded("event", [&] { (*static_cast<EventWork*>(work))(event); });
+  guarded(
+      "event", [&] { (*static_cast<EventWork*>(work))(event); });
 }
 
 template <typename Work>

@@ -31,7 +31,8 @@ OptionItem::OptionItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : It
       XtVaCreateManagedWidget(line.name != nullptr ? line.name : "option", xmDrawnButtonWidgetClass, parent,
                               XmNlabelString, static_cast<XmString>(empty), XmNlabelType, XmSTRING, XmNrecomputeSize,
                               False, XmNpushButtonEnabled, True, XmNmarginRight, look.px(kArrowRoom), nullptr);
-  onCallback(widget_, XmNexposeCallback, [this](XtPointer) { drawArrow(); });
+  onCallback(
+      widget_, XmNexposeCallback, [this](XtPointer) { drawArrow(); });
   onCallback(widget_, XmNactivateCallback, [this](XtPointer) { openList(); });
   onEvent(widget_, KeyPressMask, [this](XEvent* event) {
     const KeySym key = XLookupKeysym(&event->xkey, 0);

@@ -84,7 +84,8 @@ void ShellWindow::listen() {
   XmAddWMProtocolCallback(
       shell_, remove,
       [](Widget, XtPointer self, XtPointer) {
-        guarded("close", [&] { static_cast<ShellWindow*>(self)->requestClose(); });
+        guarded(
+            "close", [&] { static_cast<ShellWindow*>(self)->requestClose(); });
       },
       this);
   onEvent(shell_, FocusChangeMask, [this](XEvent* event) {
@@ -175,11 +176,10 @@ void ShellWindow::open(WindowWish wish, Extent smallest, bool show) {
   XtRealizeWidget(shell_);
   hintPlace();
   arrangeContents(size_);
-  if (show) {
+  if (show)
     popUp();
-  } else {
+  else
     wish_later_ = wish;
-  }
 }
 
 void ShellWindow::hintPlace() const {
@@ -260,11 +260,10 @@ void ShellWindow::setVisible(bool visible) {
   if (visible == isVisible() || isDying() || !XtIsRealized(shell_)) return;
   if (!visible) return popDown();
   // A window that was made hidden stands beside what is open when it is first shown, not when it was made.
-  if (wish_later_) {
+  if (wish_later_)
     findPlace(*wish_later_, least_);
-  } else {
+  else
     XtVaSetValues(shell_, XmNx, static_cast<Position>(place_.h), XmNy, static_cast<Position>(place_.v), nullptr);
-  }
   wish_later_.reset();
   hintPlace();
   popUp();

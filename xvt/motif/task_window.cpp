@@ -97,7 +97,8 @@ void TaskWindow::watchHelp(Widget widget, const char* help) {
     const MotifString string(shown);
     XtVaSetValues(line_, XmNlabelString, static_cast<XmString>(string), nullptr);
   };
-  onEvent(widget, EnterWindowMask, [show, text](XEvent*) { show(text); });
+  onEvent(
+      widget, EnterWindowMask, [show, text](XEvent*) { show(text); });
   onEvent(widget, LeaveWindowMask, [show](XEvent*) { show(kIdleLine); });
 }
 

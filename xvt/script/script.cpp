@@ -74,7 +74,8 @@ Course& Player::course() {
 }
 
 void Player::forgetAnswersOf(const Course* giver) {
-  std::erase_if(windowAnswers_, [giver](const WindowAnswer& answer) { return answer.giver == giver; });
+  std::erase_if(
+      windowAnswers_, [giver](const WindowAnswer& answer) { return answer.giver == giver; });
 }
 
 void Player::attempt() {

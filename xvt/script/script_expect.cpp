@@ -77,22 +77,28 @@ Outcome onList(const Statement& s, Outcome (*look)(WINDOW, const Statement&)) {
 }
 
 Outcome row(Player&, const Statement& s) {
-  return onList(s, [](WINDOW list, const Statement& is) {
-    return unless(!findRows(list, is.text(1)).empty(), is.text(0) + " has no row " + quoted(is.text(1)));
-  });
+  return onList(
+      s,
+      [](WINDOW list, const Statement& is) {
+        return unless(!findRows(list, is.text(1)).empty(), is.text(0) + " has no row " + quoted(is.text(1)));
+      });
 }
 
 Outcome noRow(Player&, const Statement& s) {
-  return onList(s, [](WINDOW list, const Statement& is) {
-    return unless(findRows(list, is.text(1)).empty(), is.text(0) + " has a row " + quoted(is.text(1)));
-  });
+  return onList(
+      s,
+      [](WINDOW list, const Statement& is) {
+        return unless(findRows(list, is.text(1)).empty(), is.text(0) + " has a row " + quoted(is.text(1)));
+      });
 }
 
 Outcome rows(Player&, const Statement& s) {
-  return onList(s, [](WINDOW list, const Statement& is) {
-    const int count = xvt_list_count(list);
-    return unless(count == static_cast<int>(is.number(1)), is.text(0) + " has " + std::to_string(count) + " rows");
-  });
+  return onList(
+      s,
+      [](WINDOW list, const Statement& is) {
+        const int count = xvt_list_count(list);
+        return unless(count == static_cast<int>(is.number(1)), is.text(0) + " has " + std::to_string(count) + " rows");
+      });
 }
 
 Outcome menuState(const Statement& s, bool (*ask)(WINDOW, int), bool wanted, const char* word) {

@@ -72,8 +72,9 @@ std::string textOf(WINDOW window) {
 }
 
 bool names(const Statement& statement, const std::string& window) {
-  return std::any_of(statement.arguments.begin(), statement.arguments.end(),
-                     [&](const Word& word) { return word.text == window || word.text.starts_with(window + "."); });
+  return std::any_of(
+      statement.arguments.begin(), statement.arguments.end(),
+      [&](const Word& word) { return word.text == window || word.text.starts_with(window + "."); });
 }
 
 std::string shownText(WINDOW control) {

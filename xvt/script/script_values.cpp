@@ -89,7 +89,8 @@ bool isDecimal(const std::string& text) {
 
 bool isVariableName(std::string_view name) {
   return !name.empty() && isLetter(name.front()) &&
-         std::all_of(name.begin(), name.end(), [](char c) { return isLetter(c) || isDigit(c) || c == '-'; });
+         std::all_of(
+             name.begin(), name.end(), [](char c) { return isLetter(c) || isDigit(c) || c == '-'; });
 }
 
 std::vector<std::string> splitAt(std::string_view text, char separator) {

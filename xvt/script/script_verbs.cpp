@@ -28,7 +28,8 @@ Outcome act(const std::string& what, const Target& target, Action action) {
 Outcome press(Player&, const Statement& s) { return act("press " + s.text(0), findControl(s.text(0)), probe::press); }
 
 Outcome type(Player&, const Statement& s) {
-  return act("type " + s.text(0), findControl(s.text(0)), [&](WINDOW edit) { return probe::type(edit, s.text(1)); });
+  return act(
+      "type " + s.text(0), findControl(s.text(0)), [&](WINDOW edit) { return probe::type(edit, s.text(1)); });
 }
 
 /// The row that a statement means, or -1 and why there is none. Among several rows nothing is chosen by chance.
@@ -46,15 +47,18 @@ int findRow(WINDOW list, const Statement& s, std::string* missing) {
 /// Does something with the row that a statement means.
 template <typename Action>
 Outcome actOnRow(const std::string& verb, const Statement& s, Action action) {
-  return act(verb + " " + s.text(0), findControl(s.text(0)), [&](WINDOW list) -> probe::Refusal {
-    std::string missing = "it is not a list";
-    const int row = isList(list) ? findRow(list, s, &missing) : -1;
-    return row >= 0 ? action(list, row) : missing;
-  });
+  return act(
+      verb + " " + s.text(0), findControl(s.text(0)),
+      [&](WINDOW list) -> probe::Refusal {
+        std::string missing = "it is not a list";
+        const int row = isList(list) ? findRow(list, s, &missing) : -1;
+        return row >= 0 ? action(list, row) : missing;
+      });
 }
 
 Outcome select(Player&, const Statement& s) {
-  return actOnRow("select", s, [&](WINDOW list, int row) { return probe::select(list, row, s.has(2)); });
+  return actOnRow(
+      "select", s, [&](WINDOW list, int row) { return probe::select(list, row, s.has(2)); });
 }
 
 Outcome doubleClick(Player&, const Statement& s) { return actOnRow("doubleclick", s, probe::doubleClick); }
@@ -68,7 +72,8 @@ Outcome menu(Player&, const Statement& s) {
 Outcome close(Player&, const Statement& s) { return act("close " + s.text(0), findWindow(s.text(0)), probe::close); }
 
 Outcome key(Player&, const Statement& s) {
-  return act("key " + s.text(1), findWindow(s.text(0)), [&](WINDOW window) { return probe::key(window, s.text(1)); });
+  return act(
+      "key " + s.text(1), findWindow(s.text(0)), [&](WINDOW window) { return probe::key(window, s.text(1)); });
 }
 
 Outcome answer(Player& player, const Statement& s) {
@@ -108,15 +113,18 @@ Outcome useText(const Statement& s, Use use) {
 }
 
 Outcome print(Player& player, const Statement& s) {
-  return useText(s, [&](const std::string& text) {
-    player.echo().update(true);
-    std::printf("%s\n", text.c_str());
-    std::fflush(stdout);
-  });
+  return useText(
+      s,
+      [&](const std::string& text) {
+        player.echo().update(true);
+        std::printf("%s\n", text.c_str());
+        std::fflush(stdout);
+      });
 }
 
 Outcome report(Player& player, const Statement& s) {
-  return useText(s, [&](const std::string& text) { player.report(s, text); });
+  return useText(
+      s, [&](const std::string& text) { player.report(s, text); });
 }
 
 Outcome giveUp(Player&, const Statement& s) { return failed(s.text(0)); }

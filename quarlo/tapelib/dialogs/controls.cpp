@@ -37,7 +37,8 @@ bool chooseFile(FileBox box, FILE_SPEC* file, const char* extension, const char*
 }  // namespace
 
 void setControlText(WINDOW dialog, int control, const char* text) {
-  withControl(dialog, control, [text](WINDOW found) { xvt_vobj_set_title(found, text); });
+  withControl(
+      dialog, control, [text](WINDOW found) { xvt_vobj_set_title(found, text); });
 }
 
 void setControlNumber(WINDOW dialog, int control, long value) {
@@ -51,7 +52,8 @@ std::string controlText(WINDOW dialog, int control) {
 }
 
 void enableControl(WINDOW dialog, int control, bool enabled) {
-  withControl(dialog, control, [enabled](WINDOW found) { xvt_vobj_set_enabled(found, enabled); });
+  withControl(
+      dialog, control, [enabled](WINDOW found) { xvt_vobj_set_enabled(found, enabled); });
 }
 
 void enableControls(WINDOW dialog, std::initializer_list<int> controls, bool enabled) {
@@ -59,7 +61,8 @@ void enableControls(WINDOW dialog, std::initializer_list<int> controls, bool ena
 }
 
 void showControl(WINDOW dialog, int control, bool visible) {
-  withControl(dialog, control, [visible](WINDOW found) { xvt_vobj_set_visible(found, visible); });
+  withControl(
+      dialog, control, [visible](WINDOW found) { xvt_vobj_set_visible(found, visible); });
 }
 
 void showControls(WINDOW dialog, std::initializer_list<int> controls, bool visible) {
@@ -67,7 +70,8 @@ void showControls(WINDOW dialog, std::initializer_list<int> controls, bool visib
 }
 
 void checkControl(WINDOW dialog, int control, bool checked) {
-  withControl(dialog, control, [checked](WINDOW found) { xvt_ctl_set_checked(found, checked); });
+  withControl(
+      dialog, control, [checked](WINDOW found) { xvt_ctl_set_checked(found, checked); });
 }
 
 bool isPress(const EVENT& event, int control) {
@@ -111,11 +115,13 @@ bool chooseRadio(WINDOW dialog, const EVENT& event, int first, int last, int* ch
 }
 
 void fillList(WINDOW dialog, int control, std::span<const char* const> rows, int selected) {
-  withControl(dialog, control, [rows, selected](WINDOW list) {
-    xvt_list_clear(list);
-    for (const char* row : rows) xvt_list_add(list, -1, row);
-    if (selected >= 0) xvt_list_set_selected(list, selected, true);
-  });
+  withControl(
+      dialog, control,
+      [rows, selected](WINDOW list) {
+        xvt_list_clear(list);
+        for (const char* row : rows) xvt_list_add(list, -1, row);
+        if (selected >= 0) xvt_list_set_selected(list, selected, true);
+      });
 }
 
 bool chooseFileToOpen(FILE_SPEC* file, const char* extension, const char* title) {

@@ -19,11 +19,10 @@ static_assert(offsetof(UnitStruct, useMultipleOut) + 1 - offsetof(UnitStruct, in
 void createErrorOptions(WINDOW window) {
   flagWord = xvt_vobj_get_data(window);
   localStopFlag = 0;
-  if (flagWord == nullptr) {
+  if (flagWord == nullptr)
     enableControl(window, ERR_STOP_ON_ERROR, false);
-  } else {
+  else
     std::memcpy(&localStopFlag, flagWord, sizeof localStopFlag);
-  }
   checkControl(window, ERR_STOP_ON_ERROR, localStopFlag != 0);
 }
 

@@ -41,11 +41,8 @@ int binary24(const char* block, int position) { return get3byte(block + position
 int digits(const char* block, int position, int count) { return unbcd(block, position - 1, 1, count); }
 
 bool areDigits(const char* block, int position, int bytes) {
-  for (int i = position; i < position + bytes; ++i) {
-    if (highNibble(block, i) > 9 || lowNibble(block, i) > 9) {
-      return false;
-    }
-  }
+  for (int i = position; i < position + bytes; ++i)
+    if (highNibble(block, i) > 9 || lowNibble(block, i) > 9) return false;
   return true;
 }
 
@@ -64,9 +61,7 @@ segdscan scanHeader(const char* block, const segdheader& general) {
   scan.chanSetNum = byteAt(block, 2) == EXTENDED ? binary16(block, 27) : digits(block, 2, 2);
   scan.startTime = binary16(block, 3) * 2;
   scan.endTime = binary16(block, 5) * 2;
-  if (scan.endTime == 0) {
-    scan.endTime = general.recLen;
-  }
+  if (scan.endTime == 0) scan.endTime = general.recLen;
   scan.numChan = digits(block, 9, 4);
   scan.chanType = highNibble(block, 11);
   scan.subscans = 1 << highNibble(block, 12);
@@ -78,9 +73,7 @@ segdscan scanHeader(const char* block, const segdheader& general) {
 /// Bytes of the samples between two times; 0 for a sample interval of 0, below 0 for times that are the wrong way
 /// round.
 double sampleBytes(double milliseconds, int subscans, const segdheader& general) {
-  if (general.sampInt <= 0) {
-    return 0;
-  }
+  if (general.sampInt <= 0) return 0;
   return std::trunc(milliseconds / static_cast<double>(general.sampInt) * subscans * static_cast<double>(general.bPS));
 }
 
@@ -127,21 +120,13 @@ void SegdHeaders::takeFormat() {
 
 void SegdHeaders::getOptGenHeaders(const char* optHdrAddr) {
   const char* const block = optHdrAddr;
-  if (GenHdr.ffilenum == EXTENDED_16) {
-    GenHdr.ffilenum = binary24(block, 1);
-  }
-  if (GenHdr.extendFields == EXTENDED) {
-    GenHdr.extendFields = binary16(block, 6);
-  }
-  if (GenHdr.externalFields == EXTENDED) {
-    GenHdr.externalFields = binary16(block, 8);
-  }
+  if (GenHdr.ffilenum == EXTENDED_16) GenHdr.ffilenum = binary24(block, 1);
+  if (GenHdr.extendFields == EXTENDED) GenHdr.extendFields = binary16(block, 6);
+  if (GenHdr.externalFields == EXTENDED) GenHdr.externalFields = binary16(block, 8);
   trailerBlocks = binary16(block, 13);
   // One byte behind where the standard has it; it only chooses how the scale factors are read.
   GenHdr.revision = static_cast<float>(signedByteAt(block, 12)) + static_cast<float>(signedByteAt(block, 13)) / 100;
-  if (longRecord) {
-    GenHdr.recLen = binary24(block, 15);
-  }
+  if (longRecord) GenHdr.recLen = binary24(block, 15);
 }
 
 void SegdHeaders::getGenHdrSamples() {
@@ -152,16 +137,13 @@ void SegdHeaders::getGenHdrSamples() {
 
 void SegdHeaders::getScanHeaders(std::span<const char> blocks) {
   ScanHdr.clear();
-  for (int i = 0; i < TotalChannelSets(); ++i) {
+  for (int i = 0; i < TotalChannelSets(); ++i)
     ScanHdr.push_back(scanHeader(blocks.data() + std::ptrdiff_t{SEGD_BLOCK_BYTES} * i, GenHdr));
-  }
 }
 
 int SegdHeaders::NumberOfChannels() const {
   int traces = 0;
-  for (const segdscan& scan : ScanHdr) {
-    traces += scan.numChan;
-  }
+  for (const segdscan& scan : ScanHdr) traces += scan.numChan;
   return traces;
 }
 
@@ -172,33 +154,24 @@ void SegdHeaders::getRecordSize() { TraceSize = sampleBytes(GenHdr.recLen, 1, Ge
 void SegdHeaders::getTraceSize(const char* traceHeader) {
   const int scanType = digits(traceHeader, 3, 2);
   const int channelSet = digits(traceHeader, 4, 2);
-  if (scanType == 0 || channelSet == 0) {
-    return;
-  }
+  if (scanType == 0 || channelSet == 0) return;
   const auto scan = std::find_if(ScanHdr.begin(), ScanHdr.end(), [&](const segdscan& each) {
     return each.scanType == scanType && each.chanSetNum == channelSet;
   });
-  if (scan != ScanHdr.end()) {
-    TraceSize = sampleBytes(scan->endTime - scan->startTime, scan->subscans, GenHdr);
-  }
+  if (scan != ScanHdr.end()) TraceSize = sampleBytes(scan->endTime - scan->startTime, scan->subscans, GenHdr);
 }
 
 void SegdHeaders::getExtensionSize(const char* extension) {
   const int samples = binary24(extension, 8);
-  if (samples > GenHdrSamples) {
-    TraceSize = std::trunc(samples * static_cast<double>(GenHdr.bPS));
-  }
+  if (samples > GenHdrSamples) TraceSize = std::trunc(samples * static_cast<double>(GenHdr.bPS));
 }
 
 void SegdHeaders::measureTrace(const char* trace, bool byChannelSet) {
-  if (byChannelSet) {
+  if (byChannelSet)
     getTraceSize(trace);
-  } else {
+  else
     getRecordSize();
-  }
-  if (traceHeaderExtensions(trace) > 0) {
-    getExtensionSize(trace + SEGD_TRACE_HEADER_BYTES);
-  }
+  if (traceHeaderExtensions(trace) > 0) getExtensionSize(trace + SEGD_TRACE_HEADER_BYTES);
 }
 
 int getChannelSet(const char* traceHeader) {
@@ -241,17 +214,13 @@ bool isGeneralHeader(const char* block) {
 int badGeneralHeaderByte(const char* block) {
   for (int position = 28; position <= 32; ++position) {
     const bool mayBeExtended = position >= 31 && byteAt(block, position) == EXTENDED;
-    if (!mayBeExtended && !areDigits(block, position, 1)) {
-      return position;
-    }
+    if (!mayBeExtended && !areDigits(block, position, 1)) return position;
   }
   return 0;
 }
 
 int announcedHeaderBytes(const char* block) {
-  if (badGeneralHeaderByte(block) != 0) {
-    return 0;
-  }
+  if (badGeneralHeaderByte(block) != 0) return 0;
   SegdHeaders headers;
   headers.getGenHeader(block);
   const segdheader& counts = headers.GenHdr;

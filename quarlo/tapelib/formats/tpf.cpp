@@ -31,9 +31,7 @@ HeaderBytes encode(const Header& header) {
   HeaderBytes bytes{};
   storeLe32(bytes.data(), static_cast<std::uint32_t>(header.length));
   storeLe32(bytes.data() + 4, header.blockType);
-  for (std::size_t i = 0; i < header.reserved.size(); ++i) {
-    storeLe32(bytes.data() + 8 + 4 * i, header.reserved[i]);
-  }
+  for (std::size_t i = 0; i < header.reserved.size(); ++i) storeLe32(bytes.data() + 8 + 4 * i, header.reserved[i]);
   storeLe32(bytes.data() + 28, header.marker);
   return bytes;
 }
@@ -42,9 +40,7 @@ Header decode(const HeaderBytes& bytes) {
   Header header;
   header.length = static_cast<std::int32_t>(loadLe32(bytes.data()));
   header.blockType = loadLe32(bytes.data() + 4);
-  for (std::size_t i = 0; i < header.reserved.size(); ++i) {
-    header.reserved[i] = loadLe32(bytes.data() + 8 + 4 * i);
-  }
+  for (std::size_t i = 0; i < header.reserved.size(); ++i) header.reserved[i] = loadLe32(bytes.data() + 8 + 4 * i);
   header.marker = loadLe32(bytes.data() + 28);
   return header;
 }
@@ -75,9 +71,7 @@ bool Reader::lengthIsSound() const {
 /// After a failed read, with its errno. @return false when nothing went wrong but that the file ends here
 bool Reader::sayReadError() const {
   const int reason = errno;
-  if (std::ferror(file) == 0) {
-    return false;
-  }
+  if (std::ferror(file) == 0) return false;
   const off_t place = ftello(file);
   console_printf("  *** Error reading the %s \"%s\" at byte %.0f: %s.", kind, name,
                  place < 0 ? position : static_cast<double>(place), std::strerror(reason));
@@ -93,9 +87,7 @@ Item Reader::next(char* buffer, int* length) {
   *length = 0;
   HeaderBytes bytes{};
   if (tpfRead(bytes.data(), 1, HEADER_SIZE, file) < 0) {
-    if (!sayReadError()) {
-      console_printf("  *** No whole block header at byte %.0f of the %s.", position, kind);
-    }
+    if (!sayReadError()) console_printf("  *** No whole block header at byte %.0f of the %s.", position, kind);
     return Item::Failed;
   }
   current = decode(bytes);
@@ -103,9 +95,7 @@ Item Reader::next(char* buffer, int* length) {
     position += HEADER_SIZE;
     return Item::Mark;
   }
-  if (!lengthIsSound()) {
-    return Item::Failed;
-  }
+  if (!lengthIsSound()) return Item::Failed;
   if (current.length > 0 && tpfRead(buffer, 1, current.length, file) < 0) {
     if (!sayReadError()) {
       console_printf("  *** The block of %d bytes at byte %.0f of the %s is not whole.",
@@ -125,9 +115,7 @@ double Reader::bytesLeft() {
     got = std::fread(bytes.data(), 1, bytes.size(), file);
   } while (got == bytes.size() && decode(bytes).isMark());
   const bool ends = got == 0 && std::ferror(file) == 0;
-  if (ends || fseeko(file, 0, SEEK_END) != 0) {
-    return 0;
-  }
+  if (ends || fseeko(file, 0, SEEK_END) != 0) return 0;
   return static_cast<double>(ftello(file)) - position;
 }
 
@@ -140,13 +128,9 @@ constexpr std::size_t PIECE = std::size_t{128} * 1024;
 
 bool Writer::begin(bool withFileHeader) {
   const int descriptor = fileno(file);
-  if (std::fflush(file) != 0 || lseek(descriptor, 0, SEEK_SET) < 0) {
-    return false;
-  }
+  if (std::fflush(file) != 0 || lseek(descriptor, 0, SEEK_SET) < 0) return false;
   // A device cannot be cut, and need not be.
-  if (ftruncate(descriptor, 0) != 0 && errno != EINVAL) {
-    return false;
-  }
+  if (ftruncate(descriptor, 0) != 0 && errno != EINVAL) return false;
   held.clear();
   held.reserve(PIECE);
   unsure.clear();
@@ -158,9 +142,7 @@ bool Writer::begin(bool withFileHeader) {
 }
 
 bool Writer::writeBlock(const Header* header, const char* data, int length) {
-  if (header == nullptr) {
-    return writeItem(data, length, nullptr, 0, length);
-  }
+  if (header == nullptr) return writeItem(data, length, nullptr, 0, length);
   const HeaderBytes bytes = encode(*header);
   return writeItem(bytes.data(), HEADER_SIZE, data, length, length);
 }
@@ -186,9 +168,7 @@ bool Writer::put(const char* bytes, std::size_t count) {
   while (count > 0) {
     const std::size_t room = PIECE - static_cast<std::size_t>(onDisk) % PIECE;
     if (held.empty() && count >= room) {  // large blocks need not be copied first
-      if (!store(bytes, room)) {
-        return false;
-      }
+      if (!store(bytes, room)) return false;
       bytes += room;
       count -= room;
       continue;
@@ -198,9 +178,7 @@ bool Writer::put(const char* bytes, std::size_t count) {
     bytes += now;
     count -= now;
     if (held.size() == room) {
-      if (!store(held.data(), room)) {
-        return false;
-      }
+      if (!store(held.data(), room)) return false;
       held.clear();
     }
   }
@@ -221,9 +199,7 @@ bool Writer::flush() {
 bool Writer::store(const char* bytes, std::size_t count) {
   while (count > 0) {
     const ssize_t now = write(fileno(file), bytes, count);
-    if (now < 0 && errno == EINTR) {
-      continue;
-    }
+    if (now < 0 && errno == EINTR) continue;
     if (now <= 0) {
       errno = now < 0 ? errno : ENOSPC;
       return false;
@@ -237,9 +213,7 @@ bool Writer::store(const char* bytes, std::size_t count) {
 
 /// Forgets the items that are wholly on disk.
 void Writer::settle() {
-  for (; !unsure.empty() && unsure.front().end <= onDisk; unsure.pop_front()) {
-    whole = unsure.front().end;
-  }
+  for (; !unsure.empty() && unsure.front().end <= onDisk; unsure.pop_front()) whole = unsure.front().end;
 }
 
 /// After a failed write: counts what is lost, ends the file with its last whole item. Keeps errno.
@@ -252,9 +226,7 @@ void Writer::cutBack() {
   }
   unsure.clear();
   held.clear();
-  if (ftruncate(fileno(file), whole) == 0) {
-    (void)lseek(fileno(file), whole, SEEK_SET);
-  }
+  if (ftruncate(fileno(file), whole) == 0) (void)lseek(fileno(file), whole, SEEK_SET);
   onDisk = whole;
   errno = reason;
 }

@@ -29,9 +29,7 @@ BlockRead PatientReader::read(UnitStruct* units, char* buffer, int bytes, int* c
     skippedInARow = 0;
     return BlockRead::Done;
   }
-  if (maySkip) {
-    words.tell(words.tooMany);
-  }
+  if (maySkip) words.tell(words.tooMany);
   return BlockRead::Failed;
 }
 
@@ -54,40 +52,31 @@ BlockRead PatientReader::passOver(UnitStruct* units, int* count) {
 /// and a mark is none.
 void PatientReader::note(const UnitStruct* units, int count) {
   const int reason = errno;
-  if (count > 0) {
+  if (count > 0)
     place.passBlocks(1);
-  } else if (count == 0 && units->eofMark != 0) {
+  else if (count == 0 && units->eofMark != 0)
     place.passMark();
-  } else if (count < 0 && !tlv_position_lost(units, 0) && !tlv_failed_at_mark(units, 0)) {
+  else if (count < 0 && !tlv_position_lost(units, 0) && !tlv_failed_at_mark(units, 0))
     noteLost();
-  }
   stuck = stuck && count < 0;
   errno = reason;
 }
 
 /// The block that the tape stands before could not be read. It counts once.
 void PatientReader::noteLost() {
-  if (stuck) {
-    return;
-  }
+  if (stuck) return;
   place.passBlocks(1);
-  if (++lost <= NAMED) {
-    firstLost.push_back(place.block());
-  }
+  if (++lost <= NAMED) firstLost.push_back(place.block());
 }
 
 void PatientReader::tellOfLost() const {
-  if (lost == 0) {
-    return;
-  }
+  if (lost == 0) return;
   std::string line = formatText("  ** %lld block%s could not be read:", lost, plural(lost));
   const char* between = " ";
   for (const TapePlace::Block& block : firstLost) {
     line += formatText("%stape %d file %d block %lld", between, block.tape, block.file, block.block);
     between = ", ";
   }
-  if (lost > NAMED) {
-    line += formatText(" and %lld more", lost - NAMED);
-  }
+  if (lost > NAMED) line += formatText(" and %lld more", lost - NAMED);
   words.tell((line + ".").c_str());
 }

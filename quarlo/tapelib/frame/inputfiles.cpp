@@ -11,18 +11,14 @@ namespace {
 
 std::optional<std::pair<dev_t, ino_t>> nodeOf(const std::string& path) {
   struct stat facts {};
-  if (stat(path.c_str(), &facts) != 0) {
-    return std::nullopt;
-  }
+  if (stat(path.c_str(), &facts) != 0) return std::nullopt;
   return std::pair(facts.st_dev, facts.st_ino);
 }
 
 }  // namespace
 
 void FileSet::add(const std::string& path) {
-  if (const auto node = nodeOf(path)) {
-    nodes.insert(*node);
-  }
+  if (const auto node = nodeOf(path)) nodes.insert(*node);
 }
 
 bool FileSet::holds(const std::string& path) const {
@@ -31,17 +27,14 @@ bool FileSet::holds(const std::string& path) const {
 }
 
 void DirectoryFiles::nameOthers(void (*tell)(const char* line)) const {
-  for (const std::string& name : others) {
+  for (const std::string& name : others)
     tell(formatText("  ** %s is no regular file and is not copied.", name.c_str()).c_str());
-  }
 }
 
 DirectoryFiles listFiles(const DIRECTORY& directory, const char* pattern) {
   DirectoryFiles found;
   const DirectoryVisit visit(directory);
-  if (!visit.isThere()) {
-    return found;
-  }
+  if (!visit.isThere()) return found;
   for (const bool directories : {false, true}) {
     const std::unique_ptr<xvt_string_list, decltype(&xvt_slist_destroy)> list(xvt_fsys_list_files(pattern, directories),
                                                                               xvt_slist_destroy);
@@ -50,9 +43,7 @@ DirectoryFiles listFiles(const DIRECTORY& directory, const char* pattern) {
       const std::string name = xvt_slist_get_text(list.get(), element);
       struct stat facts {};
       const bool isOther = stat(name.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode);
-      if (name != "..") {
-        (isOther ? found.others : found.names).push_back(name);
-      }
+      if (name != "..") (isOther ? found.others : found.names).push_back(name);
     }
   }
   return found;

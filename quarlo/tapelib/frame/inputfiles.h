@@ -27,9 +27,7 @@ class DirectoryVisit {
     there = saved && directory.path[0] != '\0' && xvt_fsys_set_dir(&directory);
   }
   ~DirectoryVisit() {
-    if (saved) {
-      xvt_fsys_restore_dir();
-    }
+    if (saved) xvt_fsys_restore_dir();
   }
   DirectoryVisit(const DirectoryVisit&) = delete;
   DirectoryVisit& operator=(const DirectoryVisit&) = delete;

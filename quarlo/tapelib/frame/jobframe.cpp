@@ -12,11 +12,10 @@ namespace {
 /// @param reason an exception's text; null when memory was wanting
 void sayBroken(const char* reason) noexcept {
   try {
-    if (reason == nullptr) {
+    if (reason == nullptr)
       console_out("  *** There is not enough memory for this job.");
-    } else {
+    else
       console_printf("  *** Unexpected error: %s.", reason);
-    }
   } catch (...) {
     std::fputs("quarlo: a job ended without its last line\n", stderr);
   }

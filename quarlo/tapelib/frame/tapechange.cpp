@@ -7,9 +7,7 @@
 namespace {
 
 void say(const TapeChangeWords& words, const char* line) {
-  if (line != nullptr) {
-    words.tell(line);
-  }
+  if (line != nullptr) words.tell(line);
 }
 
 int autoLoadInput(UnitStruct* units) {
@@ -22,9 +20,7 @@ int autoLoadInput(UnitStruct* units) {
 /// Asks the operator for a tape of a unit whose magazine is empty; opening by hand reports failures again meanwhile.
 template <typename Ask>
 int askBesideMagazine(UnitStruct* unit, const TapeChangeWords& words, Ask ask) {
-  if (jobIsStopped()) {
-    return 0;
-  }
+  if (jobIsStopped()) return 0;
   unit->autoMode = false;
   say(words, words.magazineFinished);
   say(words, words.afterMagazine);
@@ -35,9 +31,7 @@ int askBesideMagazine(UnitStruct* unit, const TapeChangeWords& words, Ask ask) {
 
 /// Unloads an open unit when its operator wants tapes unloaded at their end; outputs have that wish in unit 1.
 void unloadIfSo(UnitStruct* units, int uNum) {
-  if (units[uNum].state == 1 && units[uNum == 0 ? 0 : 1].unloadAtEot) {
-    tlv_unload(units, uNum);
-  }
+  if (units[uNum].state == 1 && units[uNum == 0 ? 0 : 1].unloadAtEot) tlv_unload(units, uNum);
 }
 
 int askInput(UnitStruct* units) {
@@ -60,9 +54,7 @@ int nextInputTape(UnitStruct* units, const TapeChangeWords& words) {
     return askInput(units);
   }
   say(words, words.finished);
-  if (autoLoadInput(units) != 0) {
-    return 1;
-  }
+  if (autoLoadInput(units) != 0) return 1;
   return askBesideMagazine(units, words, [units] { return askInput(units); });
 }
 
@@ -75,17 +67,13 @@ int nextOutputTapes(UnitStruct* units, const TapeChangeWords& words) {
     if (options.autoMode) {
       say(words, words.finished);
       more = tlvLoadNextTape(units, uNum);
-      if (more == 0) {
-        more = askBesideMagazine(&options, words, [units, uNum] { return askOutput(units, uNum); });
-      }
+      if (more == 0) more = askBesideMagazine(&options, words, [units, uNum] { return askOutput(units, uNum); });
     } else {
       unloadIfSo(units, uNum);
       more = askOutput(units, uNum);
     }
     if (more == 0) {
-      for (int rest = uNum + 1; rest <= units->nOutputs; ++rest) {
-        unloadIfSo(units, rest);
-      }
+      for (int rest = uNum + 1; rest <= units->nOutputs; ++rest) unloadIfSo(units, rest);
       return 0;
     }
   }
@@ -93,9 +81,7 @@ int nextOutputTapes(UnitStruct* units, const TapeChangeWords& words) {
 }
 
 bool completeOutputTapes(UnitStruct* units, int marks) {
-  if (tlv_weof(units, ALL_OUTPUTS, marks) != 0) {
-    return false;
-  }
+  if (tlv_weof(units, ALL_OUTPUTS, marks) != 0) return false;
   forgetWritten(units);
   return true;
 }
@@ -106,16 +92,12 @@ bool closeOutputTapes(UnitStruct* units, JobEnd end, int marks, void (*tell)(con
   for (int uNum = 1; uNum <= units->nOutputs; ++uNum) {
     const UnitStruct& unit = units[uNum];
     const bool spared = end == JobEnd::CutShort && unit.lastWritten == LW_NOTHING;
-    if (unit.state != 1 || spared || tlv_position_lost(units, uNum)) {
-      continue;
-    }
+    if (unit.state != 1 || spared || tlv_position_lost(units, uNum)) continue;
     const bool written = tlv_weof(units, uNum, unit.lastWritten == LW_MARK ? marks : 2) == 0;
     whole = whole && written;
     wrote = wrote || written;
   }
-  if (whole && wrote) {
-    tell("Wrote double end-of-file.");
-  }
+  if (whole && wrote) tell("Wrote double end-of-file.");
   forgetWritten(units);
   return whole;
 }

@@ -24,12 +24,8 @@ std::string withoutLinks(const std::string& path) {
 TempFile::~TempFile() { release(); }
 
 void TempFile::release() {
-  if (made && !kept && isInPlace()) {
-    (void)unlink(place.c_str());
-  }
-  if (file >= 0) {
-    close(std::exchange(file, -1));  // and with it goes the lock
-  }
+  if (made && !kept && isInPlace()) (void)unlink(place.c_str());
+  if (file >= 0) close(std::exchange(file, -1));  // and with it goes the lock
   made = kept = false;
 }
 
@@ -56,9 +52,7 @@ TempFile::Claim TempFile::claim(const std::string& path) {
   Claim result = Claim::InUse;
   for (int i = 0; i < ATTEMPTS; ++i) {
     result = open(path);
-    if (result != Claim::Taken || isInPlace()) {
-      break;
-    }
+    if (result != Claim::Taken || isInPlace()) break;
     result = Claim::InUse;
     release();
   }
@@ -74,32 +68,22 @@ TempFile::Claim TempFile::open(const std::string& path) {
   constexpr int FLAGS = O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK;  // the opening of a pipe is not to be waited for
   file = ::open(path.c_str(), FLAGS | O_EXCL, NEW_FILE_MODE);
   made = file >= 0;
-  if (!made && errno == EEXIST) {
-    file = ::open(path.c_str(), FLAGS, NEW_FILE_MODE);
-  }
+  if (!made && errno == EEXIST) file = ::open(path.c_str(), FLAGS, NEW_FILE_MODE);
   struct stat facts {};
-  if (file < 0 || fstat(file, &facts) != 0) {
-    return Claim::Failed;
-  }
+  if (file < 0 || fstat(file, &facts) != 0) return Claim::Failed;
   if (!S_ISREG(facts.st_mode)) {
     errno = EINVAL;
     return Claim::Failed;
   }
   place = withoutLinks(path);
-  if (flock(file, LOCK_EX | LOCK_NB) == 0) {
-    return Claim::Taken;
-  }
-  if (errno != EWOULDBLOCK) {
-    return Claim::NoLocks;
-  }
+  if (flock(file, LOCK_EX | LOCK_NB) == 0) return Claim::Taken;
+  if (errno != EWOULDBLOCK) return Claim::NoLocks;
   made = false;  // whoever locked it first has it
   return Claim::InUse;
 }
 
 bool TempFile::empty() {
-  if (ftruncate(file, 0) != 0) {
-    return false;
-  }
+  if (ftruncate(file, 0) != 0) return false;
   made = true;
   return true;
 }

@@ -21,9 +21,11 @@ constexpr int kLargestSide = 16384;
 // ---- what Xt calls
 
 void inputAction(Widget widget, XEvent* event, String*, Cardinal*) {
-  guarded("text view", [&] {
-    if (TextViewImpl* view = TextViewImpl::of(widget)) view->handle(event);
-  });
+  guarded(
+      "text view",
+      [&] {
+        if (TextViewImpl* view = TextViewImpl::of(widget)) view->handle(event);
+      });
 }
 
 void focusHandler(Widget widget, XtPointer, XEvent* event, Boolean*) {
@@ -31,9 +33,11 @@ void focusHandler(Widget widget, XtPointer, XEvent* event, Boolean*) {
 }
 
 void exposed(Widget widget, XtPointer, XtPointer) {
-  guarded("text view", [&] {
-    if (TextViewImpl* view = TextViewImpl::of(widget)) view->exposed();
-  });
+  guarded(
+      "text view",
+      [&] {
+        if (TextViewImpl* view = TextViewImpl::of(widget)) view->exposed();
+      });
 }
 
 void resizedByParent(Widget widget, XtPointer, XtPointer) {

@@ -275,17 +275,16 @@ void TextViewImpl::key(XKeyEvent& event) {
   symbol = plainKey(symbol);
   const bool shift = (event.state & ShiftMask) != 0;
   const bool control = (event.state & ControlMask) != 0;
-  if (symbol == XK_Tab || symbol == XK_ISO_Left_Tab) {
+  if (symbol == XK_Tab || symbol == XK_ISO_Left_Tab)
     XmProcessTraversal(widget, shift ? XmTRAVERSE_PREV_TAB_GROUP : XmTRAVERSE_NEXT_TAB_GROUP);
-  } else if (control && (symbol == XK_a || symbol == XK_A)) {
+  else if (control && (symbol == XK_a || symbol == XK_A))
     selectAll();
-  } else if (control && (symbol == XK_c || symbol == XK_C || symbol == XK_Insert)) {
+  else if (control && (symbol == XK_c || symbol == XK_C || symbol == XK_Insert))
     copyToClipboard(event.time);
-  } else if (shift && selectKey(symbol, event.state)) {
+  else if (shift && selectKey(symbol, event.state))
     offerPrimary(event.time);
-  } else {
+  else
     scrollKey(symbol, event.state);
-  }
 }
 
 }  // namespace xvt

@@ -58,7 +58,8 @@ std::size_t TextMetrics::byteAt(std::string_view line, long x) const {
 }
 
 long TextMetrics::xOf(std::string_view line, std::size_t byte) const {
-  return walk(line, [&](std::size_t at, std::size_t, char32_t, long, int) { return at < byte; });
+  return walk(
+      line, [&](std::size_t at, std::size_t, char32_t, long, int) { return at < byte; });
 }
 
 }  // namespace xvt
