@@ -55,9 +55,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   DatasetFile file(memory.path(), [](const std::string& /*line*/) {});
   if (file.openRead() != kyrOk) return 0;
   const DatasetShape& shape = file.shape();
-  if (!shape.isSound() || shape.samples > maxSamples) std::abort();
+  if (!shape.isSound() || shape.samples > kMaxSamples) std::abort();
   // What is told is no more than what is there, so that a caller may take memory by it.
-  const std::uint64_t there = (size + datasetHeaderSize) / shape.slotSize();
+  const std::uint64_t there = (size + kDatasetHeaderSize) / shape.slotSize();
   if (shape.slotsInPart(0) > there + static_cast<std::uint64_t>(shape.slotsPerRecord)) std::abort();
   std::vector<float> samples(static_cast<std::size_t>(shape.samples));
   for (int record = 0; record <= std::min(shape.records, 3) + 1; ++record)

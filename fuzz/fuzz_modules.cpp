@@ -117,7 +117,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string file =
       size > 0 && data[0] % 8 == 1 ? std::string(bytes.begin(), bytes.end()) : damaged(bytes.first(size / 4 * 4));
   const auto* head = reinterpret_cast<const unsigned char*>(file.data());
-  const bool passes = elfFault({head, std::min(file.size(), elfHeadSize)}, file.size()).empty();
+  const bool passes = elfFault({head, std::min(file.size(), kElfHeadSize)}, file.size()).empty();
   if (passes) checkSegments(file);
   // What passes is loaded in a process of its own, which takes its time.
   if (++run % (passes ? 8 : 4) != 0) return 0;

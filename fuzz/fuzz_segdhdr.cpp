@@ -32,13 +32,13 @@ void require(bool holds) {
 }
 
 void readTrace(SegdHeaders* headers, Input* input) {
-  const std::vector<char> trace = input->take(SEGD_TRACE_HEADER_BYTES);
+  const std::vector<char> trace = input->take(kSegdTraceHeaderBytes);
   headers->getTraceSize(trace.data());
-  headers->getExtensionSize(input->take(SEGD_BLOCK_BYTES).data());
+  headers->getExtensionSize(input->take(kSegdBlockBytes).data());
   require(headers->TraceSize == std::trunc(headers->TraceSize));
   require(traceHeaderExtensions(trace.data()) >= 0 && getChannelSet(trace.data()) >= 0);
-  for (int byte = -1; byte <= SEGD_TRACE_HEADER_BYTES + 1; ++byte) {
-    for (int type = -1; type <= SEGD_KEY_TYPES; ++type)
+  for (int byte = -1; byte <= kSegdTraceHeaderBytes + 1; ++byte) {
+    for (int type = -1; type <= kSegdKeyTypes; ++type)
       if (keyIsInTraceHeader(byte, type)) getHeaderField(trace.data(), byte, type);
   }
 }
@@ -49,15 +49,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   Input input{bytes, size};
   SegdHeaders headers;
   while (input.size > 0) {
-    const std::vector<char> first = input.take(SEGD_BLOCK_BYTES);
+    const std::vector<char> first = input.take(kSegdBlockBytes);
     headers.getGenHeader(first.data());
     require(headers.GenHdr.genHeaders >= 1 && headers.GenHdr.genHeaders <= 16 && headers.GenHdr.recLen >= 0);
-    if (headers.GenHdr.genHeaders > 1) headers.getOptGenHeaders(input.take(SEGD_BLOCK_BYTES).data());
+    if (headers.GenHdr.genHeaders > 1) headers.getOptGenHeaders(input.take(kSegdBlockBytes).data());
     headers.getGenHdrSamples();
     headers.getRecordSize();
     require(headers.GenHdrSamples >= 0 && headers.TraceSize >= 0);
     if (badGeneralHeaderByte(first.data()) == 0)
-      require(headers.TotalChannelSets() <= 99 * 99 && headers.scanHeaderBytes() <= 198 * 99 * SEGD_BLOCK_BYTES);
+      require(headers.TotalChannelSets() <= 99 * 99 && headers.scanHeaderBytes() <= 198 * 99 * kSegdBlockBytes);
     headers.getScanHeaders(input.take(static_cast<std::size_t>(headers.scanHeaderBytes())));
     require(headers.NumberOfChannels() >= 0);
     readTrace(&headers, &input);

@@ -99,8 +99,8 @@ void fields(Input input) {
 }
 
 void text(Input input) {
-  int a2e[a2eTableSize];
-  int e2a[e2aTableSize];
+  int a2e[kA2eTableSize];
+  int e2a[kE2aTableSize];
   initascebc(a2e, e2a);
   std::vector<char> line = input.rest();
   const int bytes = count(line.size(), 1);

@@ -21,11 +21,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(fmemopen(const_cast<std::uint8_t*>(data), size, "rb"),
                                                              std::fclose);
   if (!file) return 0;
-  (void)std::fseek(file.get(), tpf::HEADER_SIZE, SEEK_SET);
+  (void)std::fseek(file.get(), tpf::kHeaderSize, SEEK_SET);
   tpf::Reader reader(file.get(), LIMIT, "fuzz.tpf");
-  std::size_t total = tpf::HEADER_SIZE;
+  std::size_t total = tpf::kHeaderSize;
   for (int length = 0; reader.next(buffer.data(), &length) != tpf::Item::Failed;) {
-    total += tpf::HEADER_SIZE + static_cast<std::size_t>(length);
+    total += tpf::kHeaderSize + static_cast<std::size_t>(length);
     if (length < 0 || static_cast<unsigned>(length) > LIMIT || total > size) std::abort();
     if (length == 0 && (size & 1) != 0) {
       (void)reader.bytesLeft();

@@ -30,7 +30,7 @@ std::uint64_t newId() {
 
 /// The most samples, or traces of a record, that a dataset without a trace tells: no caller reserves much room for
 /// them.
-constexpr int mostOfNothing = 1 << 22;
+constexpr int kMostOfNothing = 1 << 22;
 
 bool isRange(int property) {
   return (property >= dsMinReceiverLocation && property <= dsMaxCmpLine) || property == dsMinFieldFile ||
@@ -105,7 +105,7 @@ int DatasetFile::openParts() {
     const auto size = store_.parts().back().size();
     if (!size) return kyrDiskError;
     const std::uint64_t slots =
-        (std::max<std::uint64_t>(*size, datasetHeaderSize) - datasetHeaderSize) / shape.slotSize();
+        (std::max<std::uint64_t>(*size, kDatasetHeaderSize) - kDatasetHeaderSize) / shape.slotSize();
     if (slots > 0) {
       gaps = !whole_;
       available = shape.slotsBefore(part) + std::min(slots, shape.slotsInPart(part));
@@ -165,14 +165,14 @@ void DatasetFile::settleEmpty() {
   DatasetShape shape = shape_;
   if (shape.records > 0 && shape.tracesPerRecord > 0) return;
   shape.records = 0;
-  shape.tracesPerRecord = std::min(shape.tracesPerRecord, mostOfNothing);
-  shape.samples = std::min(shape.samples, mostOfNothing);
+  shape.tracesPerRecord = std::min(shape.tracesPerRecord, kMostOfNothing);
+  shape.samples = std::min(shape.samples, kMostOfNothing);
   setShape(shape);
 }
 
 bool DatasetFile::uses(const char* path) const {
   const int parts = std::max(shape_.parts(), old_ ? old_->shape().parts() : 1);
-  for (int part = 0; part < std::min(parts, maxDatasetParts); ++part)
+  for (int part = 0; part < std::min(parts, kMaxDatasetParts); ++part)
     if (sameFile(datasetPartName(path_, part).c_str(), path)) return true;
   return false;
 }
@@ -362,7 +362,7 @@ int DatasetFile::copyProperties(const DatasetFile& from) {
   if (stage_ != Stage::Announced && stage_ != Stage::Writing) return kyrTooLate;
   const GeneralSeisDataOrg ours = header_.org;
   header_.org = from.header_.org;
-  for (int property = 0; property < datasetPropertyCount; ++property)
+  for (int property = 0; property < kDatasetPropertyCount; ++property)
     if (isRange(property))
       std::copy_n(ours.bytes + seisOrgOffset(property), 4, header_.org.bytes + seisOrgOffset(property));
   setShape(shape_);
@@ -393,7 +393,7 @@ int DatasetFile::readSlot(int record, int trace, float* samples, TraceInfo* info
   if (!store_.flush()) return fail("writing to");
   const SlotStore::Place place = placeOf(record, trace);
   const std::uint64_t seed = seedOf(record, trace);
-  std::array<unsigned char, traceslot::headSize> head{};
+  std::array<unsigned char, traceslot::kHeadSize> head{};
   const unsigned char* slot = head.data();
   std::size_t got = 0;
   if (samples != nullptr)

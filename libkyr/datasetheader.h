@@ -8,11 +8,11 @@
 
 #include "libkyr/seisorg.h"
 
-constexpr std::size_t datasetHeaderSize = 4096;
+constexpr std::size_t kDatasetHeaderSize = 4096;
 /// The most files that one dataset can be spread over.
-constexpr int maxDatasetParts = 999;
+constexpr int kMaxDatasetParts = 999;
 
-using DatasetHeaderBytes = std::array<unsigned char, datasetHeaderSize>;
+using DatasetHeaderBytes = std::array<unsigned char, kDatasetHeaderSize>;
 
 /// The counts of a dataset, and the places that follow.
 struct DatasetShape {

@@ -28,7 +28,7 @@ struct KyrDatasets {
 
 namespace {
 
-constexpr std::uint64_t largestPart = std::uint64_t{1} << 40U;
+constexpr std::uint64_t kLargestPart = std::uint64_t{1} << 40U;
 
 /// Nothing is thrown through the library's calls.
 template <typename Work>
@@ -216,8 +216,8 @@ int CloseAllFiles(ProcessRecord* procRecord) {
 }
 
 int GetRecordsPerFile(int records, int tracesPerRecord, int samples) {
-  if (records < 1 || tracesPerRecord < 1 || samples < 0 || samples > maxSamples) return 1;
-  const std::uint64_t traces = largestPart / traceslot::size(samples);
+  if (records < 1 || tracesPerRecord < 1 || samples < 0 || samples > kMaxSamples) return 1;
+  const std::uint64_t traces = kLargestPart / traceslot::size(samples);
   const std::uint64_t fitting = traces / static_cast<std::uint64_t>(tracesPerRecord);
   return static_cast<int>(std::clamp<std::uint64_t>(fitting, 1, static_cast<std::uint64_t>(records)));
 }

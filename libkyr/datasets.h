@@ -20,7 +20,7 @@ enum SeisType : int {
 };
 
 /// The largest count of samples that a trace may have.
-constexpr int maxSamples = 1 << 28;
+constexpr int kMaxSamples = 1 << 28;
 
 // ---- opening and closing ----------------------------------------------------------------------------------------
 

@@ -10,7 +10,7 @@
 namespace {
 
 /// Files held open at a time: what is written sooner is waited for sooner.
-constexpr std::size_t held = 256;
+constexpr std::size_t kHeld = 256;
 
 /// What is not kept on a disk has nothing to be brought there.
 bool synced(int result) { return result == 0 || errno == EINVAL || errno == EROFS || errno == ENOTSUP; }
@@ -18,16 +18,16 @@ bool synced(int result) { return result == 0 || errno == EINVAL || errno == EROF
 }  // namespace
 
 DiskSync::~DiskSync() {
-  for (const File& file : files) close(file.descriptor);
+  for (const File& file : files_) close(file.descriptor);
 }
 
 void DiskSync::note(bool done, const std::string& path, bool isDirectory) {
-  if (!done) failures.push_back({path, isDirectory, errno});
+  if (!done) failures_.push_back({path, isDirectory, errno});
 }
 
 void DiskSync::add(int written, const std::string& path) {
   const std::filesystem::path directory = std::filesystem::path(path).parent_path();
-  directories.insert(directory.empty() ? "." : directory.string());
+  directories_.insert(directory.empty() ? "." : directory.string());
   const int descriptor = fcntl(written, F_DUPFD_CLOEXEC, 0);
   if (descriptor < 0) {
     note(synced(fdatasync(written)), path);
@@ -35,26 +35,26 @@ void DiskSync::add(int written, const std::string& path) {
   }
   // What this cannot do, or fails at, shows in the wait.
   (void)sync_file_range(descriptor, 0, 0, SYNC_FILE_RANGE_WRITE);
-  files.push_back({descriptor, path});
-  if (files.size() > held) waitForOldest();
+  files_.push_back({descriptor, path});
+  if (files_.size() > kHeld) waitForOldest();
 }
 
 void DiskSync::waitForOldest() {
-  const File file = std::move(files.front());
-  files.pop_front();
+  const File file = std::move(files_.front());
+  files_.pop_front();
   note(synced(fdatasync(file.descriptor)), file.path);
   close(file.descriptor);
 }
 
 bool DiskSync::wait(const Failed& failed) {
-  while (!files.empty()) waitForOldest();
-  for (const std::string& path : directories) {
+  while (!files_.empty()) waitForOldest();
+  for (const std::string& path : directories_) {
     const int directory = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (directory < 0) continue;  // who may write into it need not be allowed to read it
     note(synced(fsync(directory)), path, true);
     close(directory);
   }
-  directories.clear();
-  for (const Failure& failure : failures) failed(failure);
-  return std::exchange(failures, {}).empty();
+  directories_.clear();
+  for (const Failure& failure : failures_) failed(failure);
+  return std::exchange(failures_, {}).empty();
 }

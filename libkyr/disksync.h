@@ -40,7 +40,7 @@ class DiskSync {
   void waitForOldest();
   void note(bool done, const std::string& path, bool isDirectory = false);
 
-  std::deque<File> files;  // on their way
-  std::set<std::string> directories;
-  std::vector<Failure> failures;
+  std::deque<File> files_;  // on their way
+  std::set<std::string> directories_;
+  std::vector<Failure> failures_;
 };

@@ -9,7 +9,7 @@
 namespace {
 
 #if defined(__x86_64__)
-constexpr unsigned hostMachine = EM_X86_64;
+constexpr unsigned kHostMachine = EM_X86_64;
 #elif defined(__aarch64__)
 constexpr unsigned hostMachine = EM_AARCH64;
 #else
@@ -18,7 +18,7 @@ constexpr unsigned hostMachine = EM_AARCH64;
 static_assert(std::endian::native == std::endian::little && sizeof(void*) == 8);
 
 /// User space ends below this address on both machines.
-constexpr std::uint64_t addressLimit = std::uint64_t{1} << 47;
+constexpr std::uint64_t kAddressLimit = std::uint64_t{1} << 47;
 
 using Bytes = std::span<const unsigned char>;
 
@@ -45,12 +45,12 @@ struct Segment {
 };
 
 const char* identityFault(Bytes head) {
-  constexpr unsigned char magic[] = {ELFMAG0, ELFMAG1, ELFMAG2, ELFMAG3};
-  for (std::size_t i = 0; i < sizeof magic; ++i)
-    if (i >= head.size() || head[i] != magic[i]) return "no shared object";
+  constexpr unsigned char kMagic[] = {ELFMAG0, ELFMAG1, ELFMAG2, ELFMAG3};
+  for (std::size_t i = 0; i < sizeof kMagic; ++i)
+    if (i >= head.size() || head[i] != kMagic[i]) return "no shared object";
   if (head.size() < sizeof(Elf64_Ehdr)) return "cut off in its header";
   if (head[EI_CLASS] != ELFCLASS64 || head[EI_DATA] != ELFDATA2LSB) return "made for another machine";
-  if (loadLe16(&head[offsetof(Elf64_Ehdr, e_machine)]) != hostMachine) return "made for another machine";
+  if (loadLe16(&head[offsetof(Elf64_Ehdr, e_machine)]) != kHostMachine) return "made for another machine";
   if (loadLe16(&head[offsetof(Elf64_Ehdr, e_type)]) != ET_DYN) return "no shared object but another kind of program";
   return nullptr;
 }
@@ -65,8 +65,8 @@ const char* sectionFault(Bytes head, std::uint64_t fileSize) {
 const char* segmentFault(const Segment& segment, std::uint64_t fileSize) {
   if (!fits(segment.offset, 1, segment.fileBytes, fileSize)) return "cut off, or damaged in its segments";
   if (segment.type != PT_LOAD) return nullptr;
-  const bool sane = segment.fileBytes <= segment.memoryBytes && segment.address < addressLimit &&
-                    segment.memoryBytes < addressLimit && std::has_single_bit(segment.alignment) &&
+  const bool sane = segment.fileBytes <= segment.memoryBytes && segment.address < kAddressLimit &&
+                    segment.memoryBytes < kAddressLimit && std::has_single_bit(segment.alignment) &&
                     (segment.address - segment.offset) % segment.alignment == 0;
   return sane ? nullptr : "damaged in its segments";
 }

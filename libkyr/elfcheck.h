@@ -8,7 +8,7 @@
 #include <string>
 
 /// Bytes from a file's beginning that are enough for any judgement.
-constexpr std::size_t elfHeadSize = 65536;
+constexpr std::size_t kElfHeadSize = 65536;
 
 /// @param head the file's first elfHeadSize bytes, or all of a shorter file
 /// @param fileSize bytes of the whole file

@@ -92,9 +92,9 @@ bool StreamBuffer::attach(std::FILE* stream, std::size_t size) {
 }
 
 std::FILE* openStream(const char* path, const char* mode) {
-  constexpr mode_t newFileMode = 0666;
+  constexpr mode_t kNewFileMode = 0666;
   // A pipe that nobody writes to would hold an ordinary open for ever.
-  const int descriptor = ::open(path, flagsOf(mode) | O_NONBLOCK | O_CLOEXEC, newFileMode);
+  const int descriptor = ::open(path, flagsOf(mode) | O_NONBLOCK | O_CLOEXEC, kNewFileMode);
   if (descriptor < 0) return nullptr;
   const int flags = fcntl(descriptor, F_GETFL);
   const bool ready =
@@ -176,12 +176,12 @@ std::size_t writeAllAt(int descriptor, const void* bytes, std::size_t count, std
 }
 
 bool readTextLine(std::FILE* stream, std::string* line) {
-  constexpr std::size_t limit = std::size_t{64} * 1024;
+  constexpr std::size_t kLimit = std::size_t{64} * 1024;
   line->clear();
   int byte = std::getc(stream);
   if (byte == EOF) return false;
   for (; byte != EOF && byte != '\n'; byte = std::getc(stream))
-    if (line->size() < limit) *line += static_cast<char>(byte);
+    if (line->size() < kLimit) *line += static_cast<char>(byte);
   *line = trimText(*line);
   return std::ferror(stream) == 0;
 }

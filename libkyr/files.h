@@ -21,14 +21,14 @@ std::optional<std::uint64_t> fileSize(const char* path);
 std::optional<std::uint64_t> fileSize(std::FILE* stream);
 
 /// Bytes of a stream's buffer in the jobs: small reads and writes cost half of what they do with the C library's own.
-constexpr std::size_t streamBufferSize = std::size_t{128} * 1024;
+constexpr std::size_t kStreamBufferSize = std::size_t{128} * 1024;
 
 /// Memory for one stream's buffer. It must outlive the stream: close the stream first.
 class StreamBuffer {
  public:
   /// Gives the buffer to a stream that was opened just now, before anything was read or written. Without memory for
   /// it the stream keeps its own. @return true when the stream uses the buffer
-  bool attach(std::FILE* stream, std::size_t size = streamBufferSize);
+  bool attach(std::FILE* stream, std::size_t size = kStreamBufferSize);
 
  private:
   std::unique_ptr<char[]> bytes_;
@@ -53,7 +53,7 @@ std::FILE* openStream(const char* path, const char* mode);
 bool keepFromLockers(std::FILE* stream);
 
 /// openStream with a buffer of `bufferSize` bytes (0: the C library's). An empty handle, and errno, tell a failure.
-FileHandle openFile(const char* path, const char* mode, std::size_t bufferSize = streamBufferSize);
+FileHandle openFile(const char* path, const char* mode, std::size_t bufferSize = kStreamBufferSize);
 
 /// Flushes and closes. @return false when an earlier write or the close failed (errno); true for an empty handle
 bool closeFile(FileHandle& file);

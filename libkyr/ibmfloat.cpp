@@ -7,13 +7,13 @@
 
 namespace {
 
-constexpr std::uint32_t signBit = 0x80000000U;
-constexpr std::uint32_t fractionMask = 0x00FFFFFFU;
-constexpr std::uint32_t largestMagnitude = 0x7FFFFFFFU;
-constexpr int exponentBias = 64;
+constexpr std::uint32_t kSignBit = 0x80000000U;
+constexpr std::uint32_t kFractionMask = 0x00FFFFFFU;
+constexpr std::uint32_t kLargestMagnitude = 0x7FFFFFFFU;
+constexpr int kExponentBias = 64;
 
 // 16^(exponent - 64) / 2^24: what the fraction, taken as an integer, counts. All of it is exact in double precision.
-constexpr std::array<double, 128> fractionUnits = [] {
+constexpr std::array<double, 128> kFractionUnits = [] {
   std::array<double, 128> units{};
   double unit = 0x1p-280;
   for (double& entry : units) {
@@ -46,22 +46,22 @@ void convertWords(void* words, std::size_t count, Convert convert) {
 }  // namespace
 
 float ibmToIeee(std::uint32_t word) {
-  const double magnitude = (word & fractionMask) * fractionUnits[(word & ~signBit) >> 24];
+  const double magnitude = (word & kFractionMask) * kFractionUnits[(word & ~kSignBit) >> 24];
   // 24 bits below 2^128 are at most the largest float: only what is beyond must be kept from the conversion.
   const float result = magnitude < 0x1p128 ? static_cast<float>(magnitude) : HUGE_VALF;
-  return (word & signBit) != 0U ? -result : result;
+  return (word & kSignBit) != 0U ? -result : result;
 }
 
 std::uint32_t ieeeToIbm(float value) {
-  const std::uint32_t sign = std::bit_cast<std::uint32_t>(value) & signBit;
-  if (!std::isfinite(value)) return sign | largestMagnitude;
+  const std::uint32_t sign = std::bit_cast<std::uint32_t>(value) & kSignBit;
+  if (!std::isfinite(value)) return sign | kLargestMagnitude;
   if (value == 0.0F) return sign;
   int binary = 0;
   const auto mantissa = static_cast<std::uint32_t>(std::ldexp(std::fabs(std::frexp(value, &binary)), 24));
   // The power of 16 is the power of two rounded up to a multiple of four; the fraction pays for the difference.
-  int hexadecimal = (binary + 4 * exponentBias + 3) / 4;
-  std::uint32_t fraction = roundOff(mantissa, 4 * (hexadecimal - exponentBias) - binary);
-  if (fraction > fractionMask) {
+  int hexadecimal = (binary + 4 * kExponentBias + 3) / 4;
+  std::uint32_t fraction = roundOff(mantissa, 4 * (hexadecimal - kExponentBias) - binary);
+  if (fraction > kFractionMask) {
     fraction >>= 4;
     ++hexadecimal;
   }

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int newFileMode = 0666;
+constexpr int kNewFileMode = 0666;
 
 int flagsOf(PartFile::Mode mode) {
   switch (mode) {
@@ -33,7 +33,7 @@ PartFile::~PartFile() { close(); }
 bool PartFile::open(const std::string& path, Mode mode) {
   close();
   // Without O_NONBLOCK the opening of a pipe or a tape would wait for its other side.
-  descriptor_ = ::open(path.c_str(), flagsOf(mode) | O_CLOEXEC | O_NONBLOCK, newFileMode);
+  descriptor_ = ::open(path.c_str(), flagsOf(mode) | O_CLOEXEC | O_NONBLOCK, kNewFileMode);
   if (descriptor_ < 0) return false;
   struct stat status {};
   if (fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) return true;

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr std::array traceTable{
+constexpr std::array kTraceTable{
     PropertyEntry{trCmpLine, "cmp-line", false, false},
     PropertyEntry{trCmpLocation, "cmp-location", true, false},
     PropertyEntry{trSourceLine, "source-line", false, false},
@@ -30,7 +30,7 @@ constexpr std::array traceTable{
     PropertyEntry{trReceiverElevation, "receiver-elevation", true, false},
 };
 
-constexpr std::array datasetTable{
+constexpr std::array kDatasetTable{
     PropertyEntry{dsRecords, "records", false, false},
     PropertyEntry{dsTotalTraces, "total-traces", false, false},
     PropertyEntry{dsLargestRecord, "largest-record", false, false},
@@ -55,11 +55,11 @@ constexpr std::array datasetTable{
     PropertyEntry{dsMaxFieldFile, "max-field-file", false, false},
 };
 
-constexpr int firstFreeInteger = 100;
-constexpr int firstFreeFloat = 150;
+constexpr int kFirstFreeInteger = 100;
+constexpr int kFirstFreeFloat = 150;
 
 std::optional<PropertyEntry> find(std::span<const PropertyEntry> table, int code, int count) {
-  if (code >= firstFreeInteger && code < count) return PropertyEntry{code, nullptr, code >= firstFreeFloat, false};
+  if (code >= kFirstFreeInteger && code < count) return PropertyEntry{code, nullptr, code >= kFirstFreeFloat, false};
   const auto found =
       std::find_if(table.begin(), table.end(), [code](const PropertyEntry& entry) { return entry.code == code; });
   return found == table.end() ? std::nullopt : std::optional(*found);
@@ -67,13 +67,13 @@ std::optional<PropertyEntry> find(std::span<const PropertyEntry> table, int code
 
 }  // namespace
 
-std::span<const PropertyEntry> tracePropertyTable() { return traceTable; }
-std::span<const PropertyEntry> datasetPropertyTable() { return datasetTable; }
+std::span<const PropertyEntry> tracePropertyTable() { return kTraceTable; }
+std::span<const PropertyEntry> datasetPropertyTable() { return kDatasetTable; }
 
 std::optional<PropertyEntry> traceProperty(int code) {
-  return find(traceTable, code, static_cast<int>(traceHeaderWords));
+  return find(kTraceTable, code, static_cast<int>(kTraceHeaderWords));
 }
-std::optional<PropertyEntry> datasetProperty(int code) { return find(datasetTable, code, datasetPropertyCount); }
+std::optional<PropertyEntry> datasetProperty(int code) { return find(kDatasetTable, code, kDatasetPropertyCount); }
 
 int GetTraceProperty(int property, int type, int units, void* value, const TraceInfo* header) {
   const auto entry = traceProperty(property);

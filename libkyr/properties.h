@@ -71,11 +71,11 @@ constexpr int gSecondsUnits = 1;
 constexpr int gMillisecondsUnits = 2;
 constexpr int gMicrosecondsUnits = 3;
 
-constexpr std::size_t traceHeaderWords = 200;
+constexpr std::size_t kTraceHeaderWords = 200;
 
 /// A trace header. Floats are kept as their bits. Zero-filled it belongs to a live trace.
 struct TraceInfo {
-  std::array<std::uint32_t, traceHeaderWords> words;
+  std::array<std::uint32_t, kTraceHeaderWords> words;
 };
 
 /// Fetches a property from a trace header, converted to the caller's type: a float to the nearest integer (half away

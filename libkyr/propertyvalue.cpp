@@ -12,7 +12,7 @@
 namespace {
 
 /// Values pass through a double, which holds every int and float exactly; null is the float's null there.
-constexpr double null = nullFloat;
+constexpr double kNull = kNullFloat;
 
 template <typename T>
 T fetch(const void* value) {
@@ -28,13 +28,13 @@ void put(T typed, void* value) {
 
 /// The null of an int is the bottom of its range: numbers stop one above it.
 template <typename T>
-constexpr T lowestNumber = std::numeric_limits<T>::min() + (std::is_same_v<T, std::int32_t> ? 1 : 0);
+constexpr T kLowestNumber = std::numeric_limits<T>::min() + (std::is_same_v<T, std::int32_t> ? 1 : 0);
 
 template <typename T>
 T nearestInteger(double number) {
   if (IsValueNull(number) || std::isnan(number)) return std::numeric_limits<T>::min();
   const double rounded = std::round(number);
-  if (rounded <= lowestNumber<T>) return lowestNumber<T>;
+  if (rounded <= kLowestNumber<T>) return kLowestNumber<T>;
   if (rounded >= std::numeric_limits<T>::max()) return std::numeric_limits<T>::max();
   return static_cast<T>(rounded);
 }
@@ -44,7 +44,7 @@ float nearestFloat(double number) {
   if (!std::isfinite(number) || IsValueNull(number)) return static_cast<float>(number);
   const double largest = std::numeric_limits<float>::max();
   if (number >= largest) return std::numeric_limits<float>::max();
-  if (number <= null) return std::nextafter(nullFloat, 0.0F);
+  if (number <= kNull) return std::nextafter(kNullFloat, 0.0F);
   return static_cast<float>(number);
 }
 
@@ -57,7 +57,7 @@ std::optional<double> numberOf(int type, const void* value) {
       return fetch<std::int16_t>(value);
     case longIntType: {
       const auto number = fetch<std::int32_t>(value);
-      return IsValueNull(number) ? null : number;
+      return IsValueNull(number) ? kNull : number;
     }
     case singleFloatType:
       return fetch<float>(value);
@@ -110,7 +110,7 @@ std::optional<double> unitsPerKept(const PropertyEntry& entry, int units) {
 }  // namespace
 
 std::uint32_t nullWord(const PropertyEntry& entry) {
-  return entry.isFloat ? std::bit_cast<std::uint32_t>(nullFloat) : std::bit_cast<std::uint32_t>(nullInt);
+  return entry.isFloat ? std::bit_cast<std::uint32_t>(kNullFloat) : std::bit_cast<std::uint32_t>(kNullInt);
 }
 
 std::optional<std::uint32_t> wordFromValue(const PropertyEntry& entry, int type, int units, const void* value) {
@@ -127,7 +127,7 @@ int valueFromWord(const PropertyEntry& entry, std::uint32_t word, int type, int 
   if (!scale) return failedValue(type, value);
   const auto asInteger = std::bit_cast<std::int32_t>(word);
   double number = entry.isFloat ? double{std::bit_cast<float>(word)} : static_cast<double>(asInteger);
-  if (!entry.isFloat && IsValueNull(asInteger)) number = null;
+  if (!entry.isFloat && IsValueNull(asInteger)) number = kNull;
   if (!IsValueNull(number)) number *= *scale;
   return putNumber(type, number, value) ? kyrOk : kyrBadCall;
 }

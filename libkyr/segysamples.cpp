@@ -60,12 +60,12 @@ void convert(Samples samples, void* out, Convert toWord) {
 // Integers of type `Value`, each in a word of type `Word`.
 template <typename Value, typename Word = Value>
 short toIntegers(Samples samples, void* out) {
-  constexpr Range range = rangeOf<Value>();
-  const int weight = weightingFactor(samples, range);
+  constexpr Range kRange = rangeOf<Value>();
+  const int weight = weightingFactor(samples, kRange);
   const double scale = std::ldexp(1.0, weight);
-  convert<Word>(samples, out, [range, scale](float sample) {
+  convert<Word>(samples, out, [kRange, scale](float sample) {
     if (std::isnan(sample)) return Word{0};
-    return static_cast<Word>(std::nearbyint(std::clamp(sample * scale, range.low, range.high)));
+    return static_cast<Word>(std::nearbyint(std::clamp(sample * scale, kRange.low, kRange.high)));
   });
   return static_cast<short>(weight);
 }

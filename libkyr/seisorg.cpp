@@ -13,7 +13,7 @@ unsigned char* wordOf(GeneralSeisDataOrg* org, int property) { return org->bytes
 
 GeneralSeisDataOrg newSeisOrg() {
   GeneralSeisDataOrg org{};
-  for (int property = 0; property < datasetPropertyCount; ++property)
+  for (int property = 0; property < kDatasetPropertyCount; ++property)
     if (const auto entry = datasetProperty(property); entry && !isCountProperty(property))
       storeLe32(wordOf(&org, property), nullWord(*entry));
   return org;

@@ -5,19 +5,19 @@
 #include <cstdint>
 
 /// Bytes of the record.
-constexpr std::size_t seisOrgSize = 860;
+constexpr std::size_t kSeisOrgSize = 860;
 /// Dataset properties have the codes 0 to 214: one 32-bit word each.
-constexpr int datasetPropertyCount = 215;
+constexpr int kDatasetPropertyCount = 215;
 
 /// The record as it stands in files: the word of property p is at byte 4 p, little-endian, a float's bits for a float
 /// property. Reached through SetDSProperty and GetDSProperty only. Zero-filled it is a valid one of zeros.
 struct GeneralSeisDataOrg {
-  unsigned char bytes[seisOrgSize];
+  unsigned char bytes[kSeisOrgSize];
 };
 
 /// Where the word of a property stands in the record.
 constexpr std::size_t seisOrgOffset(int property) { return 4 * static_cast<std::size_t>(property); }
-static_assert(sizeof(GeneralSeisDataOrg) == seisOrgSize && seisOrgSize == seisOrgOffset(datasetPropertyCount));
+static_assert(sizeof(GeneralSeisDataOrg) == kSeisOrgSize && kSeisOrgSize == seisOrgOffset(kDatasetPropertyCount));
 
 /// A record that knows nothing yet: counts are 0, everything else is null.
 GeneralSeisDataOrg newSeisOrg();

@@ -24,8 +24,8 @@
 
 namespace {
 
-constexpr int loadFlags = RTLD_NOW | RTLD_LOCAL;
-constexpr std::chrono::seconds patience{10};
+constexpr int kLoadFlags = RTLD_NOW | RTLD_LOCAL;
+constexpr std::chrono::seconds kPatience{10};
 
 using Symbols = std::span<const char* const>;
 
@@ -42,7 +42,7 @@ std::string headerFault(const std::string& path) {
   if (!file) return std::strerror(errno);
   const auto size = fileSize(file.get());
   if (!size) return "no file";
-  std::vector<unsigned char> head(elfHeadSize);
+  std::vector<unsigned char> head(kElfHeadSize);
   const std::size_t read = std::fread(head.data(), 1, head.size(), file.get());
   if (std::ferror(file.get()) != 0) return std::strerror(errno);
   return elfFault(std::span(head).first(read), *size);
@@ -55,7 +55,7 @@ const char* lastLoaderError() {
 
 /// Loads, searches and unloads. @return "+", or why not
 const char* trialIn(const char* path, Symbols symbols) {
-  void* object = dlopen(path, loadFlags);
+  void* object = dlopen(path, kLoadFlags);
   if (object == nullptr) return lastLoaderError();
   for (const char* symbol : symbols) static_cast<void>(dlsym(object, symbol));
   dlclose(object);
@@ -65,26 +65,26 @@ const char* trialIn(const char* path, Symbols symbols) {
 /// The child's life: nothing of the parent's is open in it, and whatever it dies of leaves no core. In a process group
 /// of its own it can be ended together with what the object starts.
 [[noreturn]] void tryInChild(const char* path, Symbols symbols, int verdict) {
-  constexpr int kept = 3;
+  constexpr int kEpt = 3;
   const struct rlimit none {};
   setrlimit(RLIMIT_CORE, &none);
   setpgid(0, 0);
   for (int number = 1; number < NSIG; ++number) std::signal(number, SIG_DFL);
   const int nowhere = open("/dev/null", O_RDWR);
-  for (int standard = 0; standard < kept; ++standard) dup2(nowhere, standard);
-  dup2(verdict, kept);
-  close_range(kept + 1, ~0U, 0);
+  for (int standard = 0; standard < kEpt; ++standard) dup2(nowhere, standard);
+  dup2(verdict, kEpt);
+  close_range(kEpt + 1, ~0U, 0);
   const pid_t self = getpid();
   const char* text = trialIn(path, symbols);
   // A constructor may have forked: its copy of this process comes here too and has no say.
-  const bool told = getpid() == self && write(kept, text, std::strlen(text)) > 0;
+  const bool told = getpid() == self && write(kEpt, text, std::strlen(text)) > 0;
   _exit(told ? 0 : 1);
 }
 
 /// Waits for the child's end, but does not reap it: until then its number, and its group's, is nobody else's.
 /// @return false when it takes too long
 bool endsInTime(pid_t child) {
-  const auto end = std::chrono::steady_clock::now() + patience;
+  const auto end = std::chrono::steady_clock::now() + kPatience;
   for (;;) {
     siginfo_t info{};
     const int result = waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOHANG | WNOWAIT);
@@ -162,7 +162,7 @@ void* loadSharedObject(const std::string& path, std::string* why, std::span<cons
   // With a slash in it the loader takes a name for the path that it is.
   const std::string file = path.find('/') == std::string::npos ? "./" + path : path;
   std::string fault = faultOf(file, symbols);
-  void* object = fault.empty() ? dlopen(file.c_str(), loadFlags) : nullptr;
+  void* object = fault.empty() ? dlopen(file.c_str(), kLoadFlags) : nullptr;
   if (object == nullptr && fault.empty()) fault = lastLoaderError();
   if (why != nullptr) *why = fault;
   return object;

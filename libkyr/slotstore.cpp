@@ -7,9 +7,9 @@
 namespace {
 
 /// Bytes of one read or write of slots in a row. More is no faster.
-constexpr std::size_t pieceSize = std::size_t{256} * 1024;
+constexpr std::size_t kPieceSize = std::size_t{256} * 1024;
 
-std::size_t wholeSlots(std::size_t slotSize) { return std::max(pieceSize / slotSize, std::size_t{1}) * slotSize; }
+std::size_t wholeSlots(std::size_t slotSize) { return std::max(kPieceSize / slotSize, std::size_t{1}) * slotSize; }
 
 }  // namespace
 

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr std::size_t longestCharacter = 4;
+constexpr std::size_t kLongestCharacter = 4;
 
 bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
 
@@ -16,7 +16,7 @@ bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0
 // continuation bytes longer than a character has) are cut at the limit.
 std::size_t cutPosition(std::string_view text, std::size_t limit) {
   if (text.size() <= limit) return text.size();
-  for (std::size_t cut = limit; limit - cut < longestCharacter; --cut) {
+  for (std::size_t cut = limit; limit - cut < kLongestCharacter; --cut) {
     if (!isContinuation(text[cut])) return cut;
     if (cut == 0) break;
   }
@@ -34,10 +34,10 @@ bool copyText(char* field, std::size_t size, std::string_view text) {
 }
 
 std::string_view trimText(std::string_view text) {
-  constexpr std::string_view white = " \t\r\n\v\f";
-  const std::size_t first = text.find_first_not_of(white);
+  constexpr std::string_view kWhite = " \t\r\n\v\f";
+  const std::size_t first = text.find_first_not_of(kWhite);
   if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(white) - first + 1);
+  return text.substr(first, text.find_last_not_of(kWhite) - first + 1);
 }
 
 std::string formatTextV(const char* format, std::va_list arguments) {

@@ -8,11 +8,11 @@
 
 namespace traceslot {
 
-constexpr std::size_t prefixSize = 24;
-constexpr std::size_t headSize = prefixSize + 4 * traceHeaderWords;  ///< marker, sums and trace header
+constexpr std::size_t kPrefixSize = 24;
+constexpr std::size_t kHeadSize = kPrefixSize + 4 * kTraceHeaderWords;  ///< marker, sums and trace header
 
 /// Bytes of a slot, a multiple of 8.
-constexpr std::uint64_t size(int samples) { return (headSize + 4 * static_cast<std::uint64_t>(samples) + 7) / 8 * 8; }
+constexpr std::uint64_t size(int samples) { return (kHeadSize + 4 * static_cast<std::uint64_t>(samples) + 7) / 8 * 8; }
 
 /// What a slot was found to be.
 enum class State { Written, NeverWritten, Damaged };

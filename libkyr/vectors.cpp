@@ -147,7 +147,7 @@ IndexedValue maxvi(const float* a, int ia, int n) {
 }
 
 int power_of_two(int n) {
-  constexpr int largest = 1 << 30;
+  constexpr int kLargest = 1 << 30;
   if (n <= 1) return 1;
-  return n > largest ? 0 : static_cast<int>(std::bit_ceil(static_cast<unsigned>(n)));
+  return n > kLargest ? 0 : static_cast<int>(std::bit_ceil(static_cast<unsigned>(n)));
 }

@@ -7,9 +7,9 @@
 
 namespace {
 
-constexpr std::uint64_t odd = 0x9E3779B97F4A7C15U;
+constexpr std::uint64_t kOdd = 0x9E3779B97F4A7C15U;
 
-constexpr std::uint64_t step(std::uint64_t lane, std::uint64_t word) { return std::rotl((lane ^ word) * odd, 29); }
+constexpr std::uint64_t step(std::uint64_t lane, std::uint64_t word) { return std::rotl((lane ^ word) * kOdd, 29); }
 
 }  // namespace
 

@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr std::string_view intervalMark = "# interval ";
+constexpr std::string_view kIntervalMark = "# interval ";
 
 // Between two phases the module stays loaded: what they share may lie in variables.
 struct Job {
@@ -56,7 +56,7 @@ int forEachTrace(ProcessRecord* record, Use use) {
   std::string line;
   for (int number = 1; std::getline(text, line); ++number) {
     if (kyrGoOn() == 0) return failed(record, "Stopped.");
-    if (line.starts_with(intervalMark)) job.interval = std::strtof(line.c_str() + intervalMark.size(), nullptr);
+    if (line.starts_with(kIntervalMark)) job.interval = std::strtof(line.c_str() + kIntervalMark.size(), nullptr);
     if (trimText(line).empty() || line[0] == '#') continue;
     const std::vector<float> samples = numbersOf(line);
     if (samples.empty()) return failed(record, formatText("Line %d holds something else than numbers.", number));

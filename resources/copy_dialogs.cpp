@@ -3,7 +3,7 @@
 
 namespace {
 
-constexpr DLG_ITEM COPY_ITEMS[] = {
+constexpr DLG_ITEM kCopyItems[] = {
     ui::grid(3, IF_GROW),
     ui::push(CP_INPUT_TAPE, "input-tape", "~Input tape…", 0, "Choose the tape drive to copy from"),
     ui::push(CP_INPUT_DISK, "input-disk", "Input ~disk…", 0, "Choose the disk file to copy from"),
@@ -31,7 +31,7 @@ constexpr DLG_ITEM COPY_ITEMS[] = {
     ui::status(CP_STATUS, "status"),
 };
 
-constexpr DLG_ITEM UNFORMATTED_ITEMS[] = {
+constexpr DLG_ITEM kUnformattedItems[] = {
     ui::row(),
     ui::card("Disk output"),
     ui::radio(UF_TPF, "tape-image", "~Tape image with headers (tpf)", 0, "Keeps block lengths and filemarks"),
@@ -59,7 +59,7 @@ constexpr DLG_ITEM UNFORMATTED_ITEMS[] = {
     ui::endOf(),
 };
 
-constexpr DLG_ITEM VERIFY_ITEMS[] = {
+constexpr DLG_ITEM kVerifyItems[] = {
     ui::grid(3, IF_GROW),
     ui::push(VF_FIRST_TAPE, "first-tape", "~First tape…", 0, "Choose a tape drive as first input"),
     ui::push(VF_FIRST_DISK, "first-disk", "First ~disk…", 0, "Choose a tape-image file as first input"),
@@ -82,12 +82,12 @@ constexpr DLG_ITEM VERIFY_ITEMS[] = {
     ui::status(VF_STATUS, "status"),
 };
 
-constexpr DLG_RES DIALOGS[] = {
-    dialogOf(DLG_COPY, "copy", "Copy", COPY_ITEMS),
-    dialogOf(DLG_VERIFY, "verify", "Verify", VERIFY_ITEMS),
-    dialogOf(DLG_UNFORMATTED, "unformatted", "Unformatted copy parameters", UNFORMATTED_ITEMS),
+constexpr DLG_RES kDialogs[] = {
+    dialogOf(DLG_COPY, "copy", "Copy", kCopyItems),
+    dialogOf(DLG_VERIFY, "verify", "Verify", kVerifyItems),
+    dialogOf(DLG_UNFORMATTED, "unformatted", "Unformatted copy parameters", kUnformattedItems),
 };
 
 }  // namespace
 
-const std::span<const DLG_RES> copyDialogs(DIALOGS);
+const std::span<const DLG_RES> kCopyDialogs(kDialogs);

@@ -20,7 +20,7 @@ namespace {
 
 constexpr const char* nameOr(const char* name, const char* otherwise) { return *name != '\0' ? name : otherwise; }
 
-constexpr MENU_ITEM mainMenu[] = {
+constexpr MENU_ITEM kMainMenu[] = {
     ui::menu("~File"),
     ui::command(CMD_MAIN_WINDOW, "main-window", "~Main window", "Ctrl+M"),
     ui::checkItem(CMD_CONSOLE, "console", "~Console", "Ctrl+L"),
@@ -61,8 +61,8 @@ constexpr MENU_ITEM mainMenu[] = {
     ui::command(CMD_ABOUT, "about", "~About Quarlo"),
 };
 
-constexpr MENU_RES menus[] = {{MENU_BAR, mainMenu, sizeof mainMenu / sizeof mainMenu[0]}};
+constexpr MENU_RES kMenus[] = {{MENU_BAR, kMainMenu, sizeof kMainMenu / sizeof kMainMenu[0]}};
 
 }  // namespace
 
-constinit const std::span<const MENU_RES> quarloMenus = menus;
+constinit const std::span<const MENU_RES> kQuarloMenus = kMenus;

@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr DLG_ITEM progress[] = {
+constexpr DLG_ITEM kProgress[] = {
     ui::heading("Progress", PROG_HEADING, "heading"),
     ui::grid(2),
     ui::value(PROG_FIRST_LABEL, "first-label", 22),
@@ -25,7 +25,7 @@ constexpr DLG_ITEM progress[] = {
     ui::endOf(),
 };
 
-constexpr DLG_ITEM errorOptions[] = {
+constexpr DLG_ITEM kErrorOptions[] = {
     ui::card("When the input tape cannot be read"),
     ui::check(ERR_STOP_ON_ERROR, "stop-on-error", "~Stop the job at the first read error"),
     ui::hint("Otherwise a bad block is tried again five times, then skipped.", ERR_HINT, "hint"),
@@ -37,11 +37,11 @@ constexpr DLG_ITEM errorOptions[] = {
     ui::endOf(),
 };
 
-constexpr DLG_RES dialogs[] = {
-    dialogOf(DLG_PROGRESS, "progress", "Progress", progress),
-    dialogOf(DLG_ERROR_OPTIONS, "error-options", "Error options", errorOptions),
+constexpr DLG_RES kDialogs[] = {
+    dialogOf(DLG_PROGRESS, "progress", "Progress", kProgress),
+    dialogOf(DLG_ERROR_OPTIONS, "error-options", "Error options", kErrorOptions),
 };
 
 }  // namespace
 
-constinit const std::span<const DLG_RES> progressDialogs = dialogs;
+constinit const std::span<const DLG_RES> kProgressDialogs = kDialogs;

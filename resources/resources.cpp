@@ -6,8 +6,8 @@ namespace {
 
 std::vector<DLG_RES> allDialogs() {
   std::vector<DLG_RES> all;
-  for (const auto& topic :
-       {shellDialogs, progressDialogs, driveDialogs, tapeDialogs, copyDialogs, segyDialogs, segdDialogs, dumpDialogs})
+  for (const auto& topic : {kShellDialogs, kProgressDialogs, kDriveDialogs, kTapeDialogs, kCopyDialogs, kSegyDialogs,
+                            kSegdDialogs, kDumpDialogs})
     all.insert(all.end(), topic.begin(), topic.end());
   return all;
 }
@@ -16,6 +16,6 @@ std::vector<DLG_RES> allDialogs() {
 
 const RESOURCES* quarloResources() {
   static const std::vector<DLG_RES> dialogs = allDialogs();
-  static const RESOURCES resources = {quarloMenus.data(), quarloMenus.size(), dialogs.data(), dialogs.size()};
+  static const RESOURCES resources = {kQuarloMenus.data(), kQuarloMenus.size(), dialogs.data(), dialogs.size()};
   return &resources;
 }

@@ -4,11 +4,11 @@
 
 namespace {
 
-constexpr int PATH_COLUMNS = 24;
+constexpr int kPathColumns = 24;
 
-constexpr DLG_ITEM pathValue(int id, const char* name) { return ui::value(id, name, PATH_COLUMNS, "", IF_GROW); }
+constexpr DLG_ITEM pathValue(int id, const char* name) { return ui::value(id, name, kPathColumns, "", IF_GROW); }
 
-constexpr DLG_ITEM SEGD_ITEMS[] = {
+constexpr DLG_ITEM kSegdItems[] = {
     ui::card("Field files"),
     ui::grid(3),
     ui::check(SD_LIMIT, "limit", "~Keep or drop listed field files"),
@@ -73,7 +73,7 @@ constexpr DLG_ITEM SEGD_ITEMS[] = {
     ui::endOf(),
 };
 
-constexpr DLG_ITEM FILES_ITEMS[] = {
+constexpr DLG_ITEM kFilesItems[] = {
     ui::card("Field files in the list"),
     ui::row(),
     ui::radio(SF_INCLUSION, "inclusion", "are ~kept"),
@@ -82,7 +82,7 @@ constexpr DLG_ITEM FILES_ITEMS[] = {
     ui::endOf(),
     ui::row(),
     ui::push(SF_CHOOSE_FILE, "choose-file", "~List file…"),
-    ui::value(SF_PATH, "path", PATH_COLUMNS, "", IF_GROW),
+    ui::value(SF_PATH, "path", kPathColumns, "", IF_GROW),
     ui::endOf(),
     ui::hint("One field file number a line, or a range such as 10 - 12 with blanks around the dash."),
     ui::buttons(),
@@ -92,10 +92,10 @@ constexpr DLG_ITEM FILES_ITEMS[] = {
     ui::endOf(),
 };
 
-constexpr DLG_ITEM ZERO_ITEMS[] = {
+constexpr DLG_ITEM kZeroItems[] = {
     ui::row(),
     ui::push(ZT_CHOOSE_FILE, "choose-file", "~List file…"),
-    ui::value(ZT_PATH, "path", PATH_COLUMNS, "", IF_GROW),
+    ui::value(ZT_PATH, "path", kPathColumns, "", IF_GROW),
     ui::endOf(),
     ui::hint("One value a line, or a range such as 10 - 12 with blanks around the dash."),
     ui::card("Field of the trace header that is looked up in the list"),
@@ -114,12 +114,12 @@ constexpr DLG_ITEM ZERO_ITEMS[] = {
     ui::endOf(),
 };
 
-constexpr DLG_RES DIALOGS[] = {
-    dialogOf(DLG_SEGD, "segd", "SEG D copy options", SEGD_ITEMS),
-    dialogOf(DLG_SEGD_FILES, "segd-files", "Field file list", FILES_ITEMS),
-    dialogOf(DLG_SEGD_ZERO, "segd-zero", "Zero trace list", ZERO_ITEMS),
+constexpr DLG_RES kDialogs[] = {
+    dialogOf(DLG_SEGD, "segd", "SEG D copy options", kSegdItems),
+    dialogOf(DLG_SEGD_FILES, "segd-files", "Field file list", kFilesItems),
+    dialogOf(DLG_SEGD_ZERO, "segd-zero", "Zero trace list", kZeroItems),
 };
 
 }  // namespace
 
-const std::span<const DLG_RES> segdDialogs(DIALOGS);
+const std::span<const DLG_RES> kSegdDialogs(kDialogs);

@@ -4,17 +4,17 @@
 
 namespace {
 
-constexpr const char* BYTE_HELP = "First byte of the field in the 240-byte trace header, counted from 1";
-constexpr const char* TYPE_HELP =
+constexpr const char* kByteHelp = "First byte of the field in the 240-byte trace header, counted from 1";
+constexpr const char* kTypeHelp =
     "How the field is stored: a signed integer of 1, 2 or 4 bytes, or a 4-byte IEEE float; big-endian";
-constexpr int BYTE_COLUMNS = 6;
-constexpr int TYPE_COLUMNS = 15;
-constexpr int PATH_COLUMNS = 40;
+constexpr int kByteColumns = 6;
+constexpr int kTypeColumns = 15;
+constexpr int kPathColumns = 40;
 
-constexpr DLG_ITEM byteField(int id, const char* name) { return ui::edit(id, name, BYTE_COLUMNS, 0, BYTE_HELP); }
-constexpr DLG_ITEM typeField(int id, const char* name) { return ui::option(id, name, TYPE_COLUMNS, 0, TYPE_HELP); }
+constexpr DLG_ITEM byteField(int id, const char* name) { return ui::edit(id, name, kByteColumns, 0, kByteHelp); }
+constexpr DLG_ITEM typeField(int id, const char* name) { return ui::option(id, name, kTypeColumns, 0, kTypeHelp); }
 
-constexpr DLG_ITEM SEGY_ITEMS[] = {
+constexpr DLG_ITEM kSegyItems[] = {
     ui::card("Range limit"),
     ui::row(),
     ui::check(SY_RANGE_LIMIT, "range-limit", "Li~mit traces by their header values"),
@@ -42,7 +42,7 @@ constexpr DLG_ITEM SEGY_ITEMS[] = {
     ui::endOf(),
     ui::row(),
     ui::push(SY_SORT_FILE, "sort-file", "Temporary ~file…", 0, "Needs the room of all traces that are kept"),
-    ui::value(SY_SORT_PATH, "sort-path", PATH_COLUMNS, "", IF_GROW),
+    ui::value(SY_SORT_PATH, "sort-path", kPathColumns, "", IF_GROW),
     ui::check(SY_KEEP_SORT_FILE, "keep-sort-file", "~Keep it after the job"),
     ui::endOf(),
     ui::endOf(),
@@ -71,9 +71,9 @@ constexpr DLG_ITEM SEGY_ITEMS[] = {
     ui::endOf(),
 };
 
-constexpr const char* POINT_HELP = "A corner of the polygon: its value of this key";
+constexpr const char* kPointHelp = "A corner of the polygon: its value of this key";
 
-constexpr DLG_ITEM pointField(int id, const char* name) { return ui::edit(id, name, 14, 0, POINT_HELP); }
+constexpr DLG_ITEM pointField(int id, const char* name) { return ui::edit(id, name, 14, 0, kPointHelp); }
 
 #define POLYGON_HEAD                                                            \
   ui::label("Point", PG_FIRST_PRIMARY), ui::label("Primary", PG_FIRST_PRIMARY), \
@@ -82,7 +82,7 @@ constexpr DLG_ITEM pointField(int id, const char* name) { return ui::edit(id, na
   ui::label(TEXT, PG_FIRST_PRIMARY + (NUMBER)-1), pointField(PG_FIRST_PRIMARY + (NUMBER)-1, "primary-" #NUMBER), \
       pointField(PG_FIRST_SECONDARY + (NUMBER)-1, "secondary-" #NUMBER)
 
-constexpr DLG_ITEM POLYGON_ITEMS[] = {
+constexpr DLG_ITEM kPolygonItems[] = {
     ui::row(),
     ui::card("Points"),
     ui::radio(PG_TYPED, "typed", "~Typed below", 0, "The log of kept values goes to the folder of the program"),
@@ -96,7 +96,7 @@ constexpr DLG_ITEM POLYGON_ITEMS[] = {
     ui::endOf(),
     ui::row(),
     ui::push(PG_CHOOSE_FILE, "choose-file", "~Polygon file…"),
-    ui::value(PG_PATH, "path", PATH_COLUMNS, "", IF_GROW),
+    ui::value(PG_PATH, "path", kPathColumns, "", IF_GROW),
     ui::endOf(),
     ui::card("Trace header fields"),
     ui::grid(3),
@@ -111,7 +111,7 @@ constexpr DLG_ITEM POLYGON_ITEMS[] = {
     ui::card("Typed points"),
     ui::row(),
     ui::label("~Number of points:", PG_POINTS),
-    ui::edit(PG_POINTS, "points", BYTE_COLUMNS, 0, "1 to 10 points can be typed; the polygon closes by itself"),
+    ui::edit(PG_POINTS, "points", kByteColumns, 0, "1 to 10 points can be typed; the polygon closes by itself"),
     ui::endOf(),
     ui::row(),
     ui::grid(3),
@@ -142,7 +142,7 @@ constexpr DLG_ITEM POLYGON_ITEMS[] = {
 #undef POLYGON_HEAD
 #undef POLYGON_ROW
 
-constexpr DLG_ITEM LIST_ITEMS[] = {
+constexpr DLG_ITEM kListItems[] = {
     ui::card("Traces whose values are in the list"),
     ui::row(),
     ui::radio(LL_INCLUSION, "inclusion", "are ~kept"),
@@ -153,7 +153,7 @@ constexpr DLG_ITEM LIST_ITEMS[] = {
     ui::row(),
     ui::push(LL_CHOOSE_FILE, "choose-file", "~List file…", 0,
              "One entry a line: a value, or a range such as 10 - 20; then the secondary value or range"),
-    ui::value(LL_PATH, "path", PATH_COLUMNS, "", IF_GROW),
+    ui::value(LL_PATH, "path", kPathColumns, "", IF_GROW),
     ui::endOf(),
     ui::label("Inclusion List Trace Header Fields", LL_KEYS_LABEL, "keys-title", IF_BOLD),
     ui::grid(3),
@@ -171,12 +171,12 @@ constexpr DLG_ITEM LIST_ITEMS[] = {
     ui::endOf(),
 };
 
-constexpr DLG_RES DIALOGS[] = {
-    dialogOf(DLG_SEGY, "segy", "SEG Y copy options", SEGY_ITEMS),
-    dialogOf(DLG_SEGY_POLYGON, "segy-polygon", "Range limit polygon", POLYGON_ITEMS),
-    dialogOf(DLG_SEGY_LIST, "segy-list", "Range limit list", LIST_ITEMS),
+constexpr DLG_RES kDialogs[] = {
+    dialogOf(DLG_SEGY, "segy", "SEG Y copy options", kSegyItems),
+    dialogOf(DLG_SEGY_POLYGON, "segy-polygon", "Range limit polygon", kPolygonItems),
+    dialogOf(DLG_SEGY_LIST, "segy-list", "Range limit list", kListItems),
 };
 
 }  // namespace
 
-const std::span<const DLG_RES> segyDialogs(DIALOGS);
+const std::span<const DLG_RES> kSegyDialogs(kDialogs);

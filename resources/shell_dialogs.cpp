@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr DLG_ITEM mainPanel[] = {
+constexpr DLG_ITEM kMainPanel[] = {
     ui::label("Copy", 0, nullptr, IF_BOLD),
     ui::push(MAIN_IMAGE_COPY, "image-copy", "~Image copy…", IF_DEFAULT, "Tape to disk, disk to tape, tape to tape"),
     ui::push(MAIN_VERIFY, "verify", "~Verify…", 0, "Compare two copies byte for byte"),
@@ -16,7 +16,7 @@ constexpr DLG_ITEM mainPanel[] = {
     ui::push(MAIN_FILE_SCAN, "file-scan", "File ~scan…", 0, "Index a file by its trace headers"),
 };
 
-constexpr DLG_ITEM about[] = {
+constexpr DLG_ITEM kAbout[] = {
     ui::heading("Quarlo"),
     ui::label("Tape and disk input and output for seismic data"),
     ui::row(),
@@ -29,11 +29,11 @@ constexpr DLG_ITEM about[] = {
     ui::endOf(),
 };
 
-constexpr DLG_RES dialogs[] = {
-    dialogOf(DLG_MAIN, "main", "Quarlo", mainPanel),
-    dialogOf(DLG_ABOUT, "about", "About Quarlo", about),
+constexpr DLG_RES kDialogs[] = {
+    dialogOf(DLG_MAIN, "main", "Quarlo", kMainPanel),
+    dialogOf(DLG_ABOUT, "about", "About Quarlo", kAbout),
 };
 
 }  // namespace
 
-constinit const std::span<const DLG_RES> shellDialogs = dialogs;
+constinit const std::span<const DLG_RES> kShellDialogs = kDialogs;

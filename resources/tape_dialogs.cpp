@@ -4,10 +4,10 @@
 
 namespace {
 
-constexpr int COUNT_COLUMNS = 8;
-constexpr const char* backward = "A negative count spaces backward.";
+constexpr int kCountColumns = 8;
+constexpr const char* kBackward = "A negative count spaces backward.";
 
-constexpr DLG_ITEM tapeControl[] = {
+constexpr DLG_ITEM kTapeControl[] = {
     ui::card("Input drive"),
     ui::row(),
     ui::value(TC_DRIVE, "drive", 38, "", IF_BOLD | IF_GROW),
@@ -28,13 +28,13 @@ constexpr DLG_ITEM tapeControl[] = {
     ui::card("Position"),
     ui::grid(3),
     ui::label("B~locks:"),
-    ui::edit(TC_BLOCK_COUNT, "block-count", COUNT_COLUMNS, 0, backward),
+    ui::edit(TC_BLOCK_COUNT, "block-count", kCountColumns, 0, kBackward),
     ui::push(TC_SKIP_BLOCKS, "skip-blocks", "Skip ~blocks", IF_ENTER),
     ui::label("F~iles:"),
-    ui::edit(TC_FILE_COUNT, "file-count", COUNT_COLUMNS, 0, backward),
+    ui::edit(TC_FILE_COUNT, "file-count", kCountColumns, 0, kBackward),
     ui::push(TC_SKIP_FILES, "skip-files", "Skip ~files", IF_ENTER),
     ui::endOf(),
-    ui::hint(backward),
+    ui::hint(kBackward),
     ui::row(),
     ui::push(TC_REWIND, "rewind", "~Rewind"),
     ui::push(TC_SKIP_EOD, "skip-to-end-of-data", "To ~end of data"),
@@ -50,12 +50,12 @@ constexpr DLG_ITEM tapeControl[] = {
     ui::endOf(),
 };
 
-constexpr DLG_ITEM skipFiles[] = {
+constexpr DLG_ITEM kSkipFiles[] = {
     ui::row(),
     ui::label("~Files to skip:"),
-    ui::edit(SKIP_COUNT, "count", COUNT_COLUMNS),
+    ui::edit(SKIP_COUNT, "count", kCountColumns),
     ui::endOf(),
-    ui::hint(backward),
+    ui::hint(kBackward),
     ui::buttons(),
     ui::glue(),
     ui::push(SKIP_OK, "ok", "OK", IF_DEFAULT),
@@ -63,12 +63,12 @@ constexpr DLG_ITEM skipFiles[] = {
     ui::endOf(),
 };
 
-constexpr DLG_ITEM skipRecords[] = {
+constexpr DLG_ITEM kSkipRecords[] = {
     ui::row(),
     ui::label("~Blocks to skip:"),
-    ui::edit(SKIP_COUNT, "count", COUNT_COLUMNS),
+    ui::edit(SKIP_COUNT, "count", kCountColumns),
     ui::endOf(),
-    ui::hint(backward),
+    ui::hint(kBackward),
     ui::buttons(),
     ui::glue(),
     ui::push(SKIP_OK, "ok", "OK", IF_DEFAULT),
@@ -76,7 +76,7 @@ constexpr DLG_ITEM skipRecords[] = {
     ui::endOf(),
 };
 
-constexpr DLG_ITEM inContinue[] = {
+constexpr DLG_ITEM kInContinue[] = {
     ui::heading("The input tape has ended"),
     ui::hint("Put in the next tape and open the drive, then continue; or stop.", IC_HINT, "hint"),
     ui::card("Drive"),
@@ -96,13 +96,13 @@ constexpr DLG_ITEM inContinue[] = {
     ui::card("Position"),
     ui::grid(3),
     ui::label("F~iles:"),
-    ui::edit(IC_FILE_COUNT, "file-count", COUNT_COLUMNS, 0, backward),
+    ui::edit(IC_FILE_COUNT, "file-count", kCountColumns, 0, kBackward),
     ui::push(IC_SKIP_FILES, "skip-files", "Skip ~files", IF_ENTER),
     ui::label("B~locks:"),
-    ui::edit(IC_BLOCK_COUNT, "block-count", COUNT_COLUMNS, 0, backward),
+    ui::edit(IC_BLOCK_COUNT, "block-count", kCountColumns, 0, kBackward),
     ui::push(IC_SKIP_BLOCKS, "skip-blocks", "Skip ~blocks", IF_ENTER),
     ui::endOf(),
-    ui::hint(backward),
+    ui::hint(kBackward),
     ui::endOf(),
     ui::buttons(),
     ui::glue(),
@@ -111,7 +111,7 @@ constexpr DLG_ITEM inContinue[] = {
     ui::endOf(),
 };
 
-constexpr DLG_ITEM outContinue[] = {
+constexpr DLG_ITEM kOutContinue[] = {
     ui::heading("The output needs its next tape"),
     ui::hint("Put in the next tape and open the drive, then continue; or stop.", OC_HINT, "hint"),
     ui::card("Drive"),
@@ -135,7 +135,7 @@ constexpr DLG_ITEM outContinue[] = {
     ui::endOf(),
 };
 
-constexpr DLG_ITEM tapePosition[] = {
+constexpr DLG_ITEM kTapePosition[] = {
     ui::heading("This tape is not at its beginning", TP_HEADING, "heading"),
     ui::value(TP_DRIVE, "drive", 40, "", IF_BOLD),
     ui::hint("The job starts where the tape stands unless you rewind it now.", TP_HINT, "hint"),
@@ -146,15 +146,15 @@ constexpr DLG_ITEM tapePosition[] = {
     ui::endOf(),
 };
 
-constexpr DLG_RES dialogs[] = {
-    dialogOf(DLG_TAPE_CONTROL, "tape-control", "Tape control", tapeControl),
-    dialogOf(DLG_SKIP_FILES, "skip-files", "Skip files", skipFiles),
-    dialogOf(DLG_SKIP_RECORDS, "skip-records", "Skip blocks", skipRecords),
-    dialogOf(DLG_IN_CONTINUE, "input-continue", "Next input tape", inContinue),
-    dialogOf(DLG_OUT_CONTINUE, "output-continue", "Next output tape", outContinue),
-    dialogOf(DLG_TAPE_POSITION, "tape-position", "Tape position", tapePosition),
+constexpr DLG_RES kDialogs[] = {
+    dialogOf(DLG_TAPE_CONTROL, "tape-control", "Tape control", kTapeControl),
+    dialogOf(DLG_SKIP_FILES, "skip-files", "Skip files", kSkipFiles),
+    dialogOf(DLG_SKIP_RECORDS, "skip-records", "Skip blocks", kSkipRecords),
+    dialogOf(DLG_IN_CONTINUE, "input-continue", "Next input tape", kInContinue),
+    dialogOf(DLG_OUT_CONTINUE, "output-continue", "Next output tape", kOutContinue),
+    dialogOf(DLG_TAPE_POSITION, "tape-position", "Tape position", kTapePosition),
 };
 
 }  // namespace
 
-constinit const std::span<const DLG_RES> tapeDialogs = dialogs;
+constinit const std::span<const DLG_RES> kTapeDialogs = kDialogs;

@@ -26,9 +26,9 @@ struct TypeName {
   int type;
   const char* name;
 };
-constexpr std::array typeNames{TypeName{kStackedData, "stack-2d"}, TypeName{kAnyUnknownSeismic, "unknown"},
-                               TypeName{kAnySeismicType, "unstacked"}, TypeName{brickedTimeStack, "stack-3d"},
-                               TypeName{kRadarData, "radar"}};
+constexpr std::array kTypeNames{TypeName{kStackedData, "stack-2d"}, TypeName{kAnyUnknownSeismic, "unknown"},
+                                TypeName{kAnySeismicType, "unstacked"}, TypeName{brickedTimeStack, "stack-3d"},
+                                TypeName{kRadarData, "radar"}};
 
 using Finder = std::optional<PropertyEntry> (*)(int);
 
@@ -45,7 +45,7 @@ struct Assignment {
 };
 
 std::optional<double> parseValue(const PropertyEntry& property, const std::string& text) {
-  if (text == "null") return double{nullFloat};
+  if (text == "null") return double{kNullFloat};
   if (property.isFloat) return parseFloat(text);
   const auto number = parseInt(text);
   return number && !IsValueNull(*number) ? std::optional<double>(*number) : std::nullopt;
@@ -106,13 +106,13 @@ std::optional<float> parseFloat(const std::string& text) {
 }
 
 const char* typeName(int type) {
-  for (const TypeName& entry : typeNames)
+  for (const TypeName& entry : kTypeNames)
     if (entry.type == type) return entry.name;
   return "strange";
 }
 
 std::optional<int> typeOf(std::string_view name) {
-  for (const TypeName& entry : typeNames)
+  for (const TypeName& entry : kTypeNames)
     if (name == entry.name) return entry.type;
   return std::nullopt;
 }
@@ -145,7 +145,7 @@ std::string checkDataset(const std::string& assignment) {
 
 void writeHead(std::ostream& out, const DatasetFile& file) {
   out << "type " << typeName(file.header().type) << "\n";
-  for (int code = 0; code < datasetPropertyCount; ++code) {
+  for (int code = 0; code < kDatasetPropertyCount; ++code) {
     const auto property = datasetProperty(code);
     if (!property || code == dsTotalTraces || code == dsLargestRecord) continue;
     double value = 0;
@@ -158,7 +158,7 @@ void writeHead(std::ostream& out, const DatasetFile& file) {
 
 void writeTrace(std::ostream& out, int record, int trace, const TraceInfo& info, const float* samples, int count) {
   out << "trace " << record << " " << trace;
-  for (int code = 0; code < static_cast<int>(traceHeaderWords); ++code) {
+  for (int code = 0; code < static_cast<int>(kTraceHeaderWords); ++code) {
     const auto property = traceProperty(code);
     if (!property || info.words[static_cast<std::size_t>(code)] == 0) continue;
     double value = 0;

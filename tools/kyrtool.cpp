@@ -23,7 +23,7 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-constexpr const char* usage =
+constexpr const char* kUsage =
     "usage: kyrtool info DATASET                          type, state, counts and properties\n"
     "       kyrtool check DATASET                         reads every trace; counts live, dead and lost ones\n"
     "       kyrtool headers DATASET [RECORD [TRACE]]      trace headers as text\n"
@@ -38,13 +38,13 @@ constexpr const char* usage =
     "       RECORD and TRACE: a number, a range such as 3-8, or all\n"
     "       TYPE: unstacked, stack-2d, stack-3d, unknown, radar\n";
 
-constexpr int done = 0;
-constexpr int dataProblem = 1;
-constexpr int failure = 2;
+constexpr int kDone = 0;
+constexpr int kDataProblem = 1;
+constexpr int kFailure = 2;
 
 int complain(const std::string& what) {
   std::fprintf(stderr, "kyrtool: %s\n", what.c_str());
-  return failure;
+  return kFailure;
 }
 
 void say(const std::string& line) { std::fprintf(stderr, "kyrtool: %s\n", std::string(trimText(line)).c_str()); }
@@ -80,8 +80,8 @@ std::optional<Selection> parseSelection(const Arguments& arguments, std::size_t 
 int forEach(const Selection& selection, const std::function<int(int record, int trace)>& work) {
   for (int record = selection.records.first; record <= selection.records.last; ++record)
     for (int trace = selection.traces.first; trace <= selection.traces.last; ++trace)
-      if (const int result = work(record, trace); result != done) return result;
-  return done;
+      if (const int result = work(record, trace); result != kDone) return result;
+  return kDone;
 }
 
 int openFailed(const std::string& path, int result) { return complain(path + ": " + kyrtext::reason(result)); }
@@ -95,7 +95,7 @@ int info(const Arguments& arguments) {
             << "files " << file.shape().parts() << "\n"
             << "bytes-per-trace " << file.shape().slotSize() << "\n";
   kyrtext::writeHead(std::cout, file);
-  return file.isWhole() ? done : dataProblem;
+  return file.isWhole() ? kDone : kDataProblem;
 }
 
 int check(const Arguments& arguments) {
@@ -113,10 +113,10 @@ int check(const Arguments& arguments) {
        : !IsDead(header)                              ? live
        : header.words[trKillFlag] == killNeverWritten ? unwritten
                                                       : dead);
-    return done;
+    return kDone;
   });
   std::printf("live %ld\ndead %ld\nnever-written %ld\nlost %ld\n", live, dead, unwritten, lost);
-  return lost == 0 && file.isWhole() ? done : dataProblem;
+  return lost == 0 && file.isWhole() ? kDone : kDataProblem;
 }
 
 int show(const Arguments& arguments, bool withSamples) {
@@ -138,10 +138,10 @@ int show(const Arguments& arguments, bool withSamples) {
       kyrtext::writeTrace(std::cout, record, trace, header, withSamples ? samples.data() : nullptr,
                           file.shape().samples);
     lost = lost || result != kyrOk;
-    return done;
+    return kDone;
   };
   forEach(*selection, showTrace);
-  return lost || !file.isWhole() ? dataProblem : done;
+  return lost || !file.isWhole() ? kDataProblem : kDone;
 }
 
 int headers(const Arguments& arguments) { return show(arguments, false); }
@@ -158,12 +158,12 @@ bool mayCreate(const std::string& path) {
 }
 
 int make(const Arguments& arguments) {
-  if (!mayCreate(arguments[0])) return failure;
+  if (!mayCreate(arguments[0])) return kFailure;
   std::ifstream text;
   if (arguments[1] != "-") text.open(arguments[1]);
   if (!text) return complain(arguments[1] + ": cannot be read");
   const std::string problem = kyrtext::make(arguments[1] == "-" ? std::cin : text, arguments[1], arguments[0], say);
-  return problem.empty() ? done : complain(problem);
+  return problem.empty() ? kDone : complain(problem);
 }
 
 /// Fills a dataset trace by trace with raw floats.
@@ -184,7 +184,7 @@ int copyRaw(std::FILE* in, const std::string& name, DatasetFile& file) {
     SetTraceProperty(trChannel, longIntType, gUnknownUnits, &trace, &header);
     SetTraceProperty(trTraceNumber, longIntType, gUnknownUnits, &number, &header);
     const int result = file.write(record, trace, samples.data(), header);
-    return result == kyrOk ? done : complain(file.path() + ": cannot be written");
+    return result == kyrOk ? kDone : complain(file.path() + ": cannot be written");
   });
 }
 
@@ -193,32 +193,32 @@ int fillRaw(std::FILE* in, DatasetFile& file, const Arguments& arguments) {
   if (!type) return complain("no such type: " + arguments[6]);
   int result = file.announce(*type, 0, 0);
   if (result != kyrOk) return openFailed(arguments[0], result);
-  constexpr const char* names[] = {"records", "traces-per-record", "samples", "sample-interval"};
+  constexpr const char* kNames[] = {"records", "traces-per-record", "samples", "sample-interval"};
   for (std::size_t i = 0; i < 4; ++i) {
-    const std::string problem = kyrtext::setDataset(file, std::string(names[i]) + "=" + arguments[2 + i]);
+    const std::string problem = kyrtext::setDataset(file, std::string(kNames[i]) + "=" + arguments[2 + i]);
     if (!problem.empty()) return complain(problem);
   }
   result = file.begin();
-  if (result != kyrOk) return failure;
-  if (const int copied = copyRaw(in, arguments[1], file); copied != done) return copied;
+  if (result != kyrOk) return kFailure;
+  if (const int copied = copyRaw(in, arguments[1], file); copied != kDone) return copied;
   if (std::fgetc(in) != EOF) return complain(arguments[1] + ": holds more floats than that");
-  return file.close() == kyrOk ? done : failure;
+  return file.close() == kyrOk ? kDone : kFailure;
 }
 
 int raw(const Arguments& arguments) {
-  if (!mayCreate(arguments[0])) return failure;
+  if (!mayCreate(arguments[0])) return kFailure;
   const bool standard = arguments[1] == "-";
   const FileHandle opened = standard ? FileHandle() : openFile(arguments[1].c_str(), "rb");
   if (!standard && !opened) return complain(arguments[1] + ": cannot be read");
   DatasetFile file(arguments[0], say);
-  int result = failure;
+  int result = kFailure;
   try {
     result = fillRaw(standard ? stdin : opened.get(), file, arguments);
   } catch (...) {
     file.discard();
     throw;
   }
-  if (result != done) file.discard();
+  if (result != kDone) file.discard();
   return result;
 }
 
@@ -238,10 +238,10 @@ int changeHeaders(const Arguments& arguments, const std::function<std::string(Tr
       if (const std::string problem = change(header); !problem.empty()) return complain(problem);
       status = file.write(record, trace, samples.data(), header);
     }
-    return status == kyrOk ? done : complain(formatText("trace %d of record %d cannot be changed", trace, record));
+    return status == kyrOk ? kDone : complain(formatText("trace %d of record %d cannot be changed", trace, record));
   });
   const int closed = file.close();
-  return result == done && closed != kyrOk ? failure : result;
+  return result == kDone && closed != kyrOk ? kFailure : result;
 }
 
 std::string setAll(TraceInfo& header, const Arguments& arguments) {
@@ -288,7 +288,7 @@ int property(const Arguments& arguments) {
     const std::string problem = kyrtext::setDataset(file, arguments[i]);
     if (!problem.empty()) return complain(problem);
   }
-  return file.close() == kyrOk ? done : failure;
+  return file.close() == kyrOk ? kDone : kFailure;
 }
 
 struct Verb {
@@ -298,13 +298,13 @@ struct Verb {
   int (*run)(const Arguments&);
 };
 
-constexpr std::size_t many = 1000;
-constexpr Verb verbs[] = {
+constexpr std::size_t kMany = 1000;
+constexpr Verb kVerbs[] = {
     {"info", 1, 1, info},       {"check", 1, 1, check},
     {"headers", 1, 3, headers}, {"dump", 1, 3, dump},
     {"make", 2, 2, make},       {"raw", 6, 7, raw},
-    {"set", 4, many, set},      {"kill", 3, 4, kill},
-    {"revive", 3, 3, revive},   {"property", 2, many, property},
+    {"set", 4, kMany, set},     {"kill", 3, 4, kill},
+    {"revive", 3, 3, revive},   {"property", 2, kMany, property},
 };
 
 /// Runs a verb to its end: want of memory is a line as any other failure.
@@ -325,11 +325,11 @@ int main(int argc, char** argv) {
   std::signal(SIGXFSZ, SIG_IGN);
   const std::string name = argc > 1 ? argv[1] : "";
   const Arguments arguments(argv + std::min(argc, 2), argv + argc);
-  for (const Verb& verb : verbs)
+  for (const Verb& verb : kVerbs)
     if (name == verb.name && arguments.size() >= verb.fewest && arguments.size() <= verb.most) {
       errno = 0;
-      return endOfOutput("kyrtool", run(verb, arguments), failure);
+      return endOfOutput("kyrtool", run(verb, arguments), kFailure);
     }
-  std::fputs(usage, stderr);
-  return failure;
+  std::fputs(kUsage, stderr);
+  return kFailure;
 }

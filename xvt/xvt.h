@@ -419,7 +419,7 @@ using T_CPOS = int;   ///< a horizontal offset in pixels
 
 /// Told when the field scrolled or changed by itself: its first visible line, its number of lines, the horizontal
 /// offset.
-using TX_SCROLL_CALLBACK = void (*)(TXEDIT text, T_LNUM origin_line, T_LNUM lines, T_CPOS origin_offset);
+using TX_SCROLL_CALLBACK = void (*)(TXEDIT text, T_LNUM originLine, T_LNUM lines, T_CPOS originOffset);
 
 /// The text field with number `id` of a window, or NULL_TXEDIT.
 TXEDIT xvt_tx_get(WINDOW window, int id);

@@ -30,14 +30,14 @@ void rewind(WINDOW window) {
   xvt_vobj_set_focus(xvt_win_get_ctl(window, TP_OK));
 }
 
-constexpr ControlAction actions[] = {{TP_OK, xvt_vobj_destroy}, {TP_REWIND, rewind}};
+constexpr ControlAction kActions[] = {{TP_OK, xvt_vobj_destroy}, {TP_REWIND, rewind}};
 
 }  // namespace
 
 void checkBOT(UnitStruct* units) {
   warnUnlessAtBeginning(units, 0);
   if (units[1].type != UT_TAPE) return;
-  for (int uNum = 1; uNum <= units->nOutputs && uNum < MAX_UNITS; ++uNum) warnUnlessAtBeginning(units, uNum);
+  for (int uNum = 1; uNum <= units->nOutputs && uNum < kMaxUnits; ++uNum) warnUnlessAtBeginning(units, uNum);
 }
 
 long BotDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
@@ -46,7 +46,7 @@ long BotDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
       createWarning(xdWindow);
       break;
     case E_CONTROL:
-      runAction(actions, xdWindow, *xdEvent);
+      runAction(kActions, xdWindow, *xdEvent);
       break;
     case E_CLOSE:
       xvt_vobj_destroy(xdWindow);

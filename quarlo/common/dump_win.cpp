@@ -64,8 +64,8 @@ void send(WINDOW window, EVENT_TYPE type, long code, const char* text) {
 void define(DumpWindow* dump, const char* title) {
   dump->dumpFont = docFont();
   const RCT area = docRectangle(dump->dumpFont, kWishedPlace, kColumns, kLines);
-  constexpr unsigned flags = WSF_SIZE | WSF_CLOSE | WSF_HSCROLL | WSF_VSCROLL | WSF_INVISIBLE;
-  dump->dumpWin[0] = {W_DOC, area, title, 0, NULL_FNTID, flags};
+  constexpr unsigned kFlags = WSF_SIZE | WSF_CLOSE | WSF_HSCROLL | WSF_VSCROLL | WSF_INVISIBLE;
+  dump->dumpWin[0] = {W_DOC, area, title, 0, NULL_FNTID, kFlags};
   const RCT field{0, 0, area.bottom - area.top, area.right - area.left};
   dump->dumpWin[1] = {WC_TEXTEDIT, field, nullptr, kTextField, dump->dumpFont, 0};
   dump->dumpWin[2] = {};
@@ -73,12 +73,12 @@ void define(DumpWindow* dump, const char* title) {
 
 }  // namespace
 
-void onDumpHidden(int dumpType, void (*told)()) { hiddenHooks[dumpType == TAPE_DUMP ? 0 : 1] = told; }
+void onDumpHidden(int dumpType, void (*told)()) { hiddenHooks[dumpType == kTapeDump ? 0 : 1] = told; }
 
 WINDOW dumpInit(int dumpType) {
-  aDumpWin = dumpType == TAPE_DUMP ? &tDumpWin : &fDumpWin;
+  aDumpWin = dumpType == kTapeDump ? &tDumpWin : &fDumpWin;
   if (aDumpWin->theWindow != NULL_WIN) send(aDumpWin->theWindow, E_DESTROY, 0, nullptr);
-  define(aDumpWin, dumpType == TAPE_DUMP ? "Tape Dump Window" : "File Dump Window");
+  define(aDumpWin, dumpType == kTapeDump ? "Tape Dump Window" : "File Dump Window");
   if (xvt_win_create_def(aDumpWin->dumpWin, TASK_WIN, dump_window_eh, aDumpWin) == NULL_WIN) {
     xvt_font_destroy(aDumpWin->dumpFont);
     *aDumpWin = DumpWindow{};

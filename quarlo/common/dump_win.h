@@ -23,7 +23,7 @@ extern DumpWindow* aDumpWin;  ///< the one last initialised
 extern short gTDumpIsVisible;
 extern short gFDumpIsVisible;
 
-constexpr int TAPE_DUMP = 2;  ///< dumpInit's type for a tape dump; any other is a file dump
+constexpr int kTapeDump = 2;  ///< dumpInit's type for a tape dump; any other is a file dump
 
 /// User events of a dump window.
 enum DUMP_USER_CODE : long { DUMP_APPEND = 2, DUMP_CLEAR = 3 };

@@ -3,5 +3,5 @@
 
 #include <cstddef>
 
-constexpr std::size_t PATH_FIELD = 256;
-using PathField = char[PATH_FIELD];
+constexpr std::size_t kPathField = 256;
+using PathField = char[kPathField];

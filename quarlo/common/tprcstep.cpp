@@ -25,26 +25,26 @@ int itOutputsTape = 0;
 
 namespace {
 
-constexpr const char* cannotLoad = "Error opening shared object : %s ";
-constexpr const char* identifierEntry = "GetTuDllIdentifier";
+constexpr const char* kCannotLoad = "Error opening shared object : %s ";
+constexpr const char* kIdentifierEntry = "GetTuDllIdentifier";
 
 /// Every entry that a module may have.
-constexpr const char* entryNames[] = {
-    identifierEntry,    "AllocInputMemory",  "DestroyInputMemory",  "GetInputDefaultParameters",
+constexpr const char* kEntryNames[] = {
+    kIdentifierEntry,   "AllocInputMemory",  "DestroyInputMemory",  "GetInputDefaultParameters",
     "PostInputDialog",  "AllocOutputMemory", "DestroyOutputMemory", "GetOutputDefaultParameters",
     "PostOutputDialog", "TInitialPhase",     "TMainPhase",          "TFinalPhase"};
 
 /// Room that a module finds for its display name: more than it may use.
-constexpr std::size_t nameRoom = 4096;
+constexpr std::size_t kNameRoom = 4096;
 
 void reportOnConsole(const char* dllName, const std::string& reason) {
-  console_printf(cannotLoad, dllName);
+  console_printf(kCannotLoad, dllName);
   console_printf("  ** %s", reason.c_str());
 }
 
 void reportInBox(const char* dllName, const std::string& reason) {
   reportOnConsole(dllName, reason);
-  xvt_dm_post_error(cannotLoad, dllName);
+  xvt_dm_post_error(kCannotLoad, dllName);
 }
 
 /// Loads a module and works with it; says so when it cannot be loaded.
@@ -59,7 +59,7 @@ void withModule(const char* dllName, Work work) {
 
 /// A block of the size that a module asked for, or null after a report.
 int* parameterBlock(const char* dllName, int size, const char* what) {
-  if (size < 0 || size > largestParameterBlock) {
+  if (size < 0 || size > kLargestParameterBlock) {
     console_printf("  *** Format module %s asks for a parameter block of %d bytes.", dllName, size);
     xvt_dm_post_error("Format module %s asks for a parameter block of %d bytes.", dllName, size);
     return nullptr;
@@ -104,10 +104,10 @@ bool isUsable(const std::string& name) {
     return false;
   }
   if (step.GetTuDllIdentifier(row.menuName, &row.uniqueId) != 0) return true;
-  if (step.hasEntry(identifierEntry))
+  if (step.hasEntry(kIdentifierEntry))
     console_printf("  ** Format module %s does not name itself. It is not used.", name.c_str());
   else
-    console_printf("  ** Format module %s has no entry \"%s\". It is not used.", name.c_str(), identifierEntry);
+    console_printf("  ** Format module %s has no entry \"%s\". It is not used.", name.c_str(), kIdentifierEntry);
   return false;
 }
 
@@ -141,9 +141,9 @@ ProcessingStep::ProcessingStep(const char* name) {
   copyText(DLLFileName.type, "DLL");
   const bool fits = copyText(DLLFileName.name, formatText("%s/%s", DLLDirectory, file.c_str()));
   if (fits)
-    aConnectionID = KyrLoadDLL(&DLLFileName, &reason, entryNames);
+    aConnectionID = KyrLoadDLL(&DLLFileName, &reason_, kEntryNames);
   else
-    reason = "its name is too long";
+    reason_ = "its name is too long";
   loadFailed = aConnectionID == nullptr ? 1 : 0;
 }
 
@@ -151,7 +151,7 @@ ProcessingStep::~ProcessingStep() { KyrUnloadDLL(aConnectionID); }
 
 void* ProcessingStep::find(const char* entry) {
   // A name that was not part of the trial is not looked up: that may be what a damaged module dies of.
-  if (std::ranges::find(entryNames, std::string_view(entry)) == std::end(entryNames)) return nullptr;
+  if (std::ranges::find(kEntryNames, std::string_view(entry)) == std::end(kEntryNames)) return nullptr;
   copyText(aSymbol, entry);
   return KyrFindSymbol(aSymbol, aConnectionID);
 }
@@ -187,8 +187,8 @@ int ProcessingStep::phase(const char* entry, Arguments... arguments) {
 }
 
 int ProcessingStep::GetTuDllIdentifier(char* theName, int* uniqueId) {
-  std::vector<char> room(nameRoom, '\0');
-  const int result = call(identifierEntry, room.data(), uniqueId);
+  std::vector<char> room(kNameRoom, '\0');
+  const int result = call(kIdentifierEntry, room.data(), uniqueId);
   room.back() = '\0';
   copyText(theName, sizeof DllList::menuName, room.data());
   return result == 0 ? 1 : 0;

@@ -55,7 +55,7 @@ class ProcessingStep {
   bool hasEntry(const char* entry) { return find(entry) != nullptr; }
 
   /// Why the module could not be loaded.
-  const std::string& whyNot() const { return reason; }
+  const std::string& whyNot() const { return reason_; }
 
   int loadFailed = 0;  ///< 1 when the module could not be loaded
 
@@ -71,7 +71,7 @@ class ProcessingStep {
   FILE_SPEC DLLFileName{};
   void* aConnectionID = nullptr;
   char aSymbol[128] = {};
-  std::string reason;
+  std::string reason_;
 };
 
 /// Finds the usable modules: those in "lib" below the start-up directory (KYRHOME where that is set) which can be
@@ -95,4 +95,4 @@ void destroyOutput(const char* dllName, int* outputFmt);
 void selectOutput(const char* dllName, int* outputFmt);
 
 /// Bytes beyond which a parameter block is no honest wish.
-constexpr int largestParameterBlock = 1 << 24;
+constexpr int kLargestParameterBlock = 1 << 24;

@@ -12,13 +12,13 @@ namespace {
 /// Holds a flag for as long as it lives.
 class Held {
  public:
-  explicit Held(bool* heldFlag) : flag(heldFlag) { *flag = true; }
-  ~Held() { *flag = false; }
+  explicit Held(bool* heldFlag) : flag_(heldFlag) { *flag_ = true; }
+  ~Held() { *flag_ = false; }
   Held(const Held&) = delete;
   Held& operator=(const Held&) = delete;
 
  private:
-  bool* flag;
+  bool* flag_;
 };
 
 void tellUnitsChanged() {
@@ -32,39 +32,39 @@ const char* wordFor(int result) { return result == JOB_NOT_BEGUN ? "Idle" : resu
 
 void UnitDialog::show(WINDOW dialog, COPY_STATE state) const {
   if (!xvt_vobj_is_valid(dialog)) return;
-  parts.showState(dialog, state);
-  remark(dialog, word);
+  parts_.showState(dialog, state);
+  remark(dialog, word_);
 }
 
-void UnitDialog::showUnits(WINDOW dialog) const { show(dialog, parts.ready() ? COPY_READY : COPY_NOT_READY); }
+void UnitDialog::showUnits(WINDOW dialog) const { show(dialog, parts_.ready() ? COPY_READY : COPY_NOT_READY); }
 
 void UnitDialog::open(WINDOW dialog) {
-  word = "Idle";
+  word_ = "Idle";
   show(dialog, COPY_NOT_READY);
 }
 
 void UnitDialog::showChange(WINDOW dialog) {
-  word = parts.ready() ? "Ready" : "Idle";
+  word_ = parts_.ready() ? "Ready" : "Idle";
   showUnits(dialog);
   tellUnitsChanged();
 }
 
 void UnitDialog::follow(WINDOW dialog) {
-  if (running) return;
-  if (!parts.ready() && word == std::string_view("Ready")) word = "Idle";
+  if (running_) return;
+  if (!parts_.ready() && word_ == std::string_view("Ready")) word_ = "Idle";
   showUnits(dialog);
 }
 
-void UnitDialog::remark(WINDOW dialog, const char* text) const { setControlText(dialog, parts.status, text); }
+void UnitDialog::remark(WINDOW dialog, const char* text) const { setControlText(dialog, parts_.status, text); }
 
 bool UnitDialog::takes(WINDOW dialog, DriveAnswer answer) const {
-  if (answer == DriveAnswer::None) remark(dialog, NO_DRIVE_CHOSEN);
+  if (answer == DriveAnswer::None) remark(dialog, kNoDriveChosen);
   return tookDrive(answer);
 }
 
 bool UnitDialog::refuses(WINDOW dialog) const {
   if (!refuseDuringJob()) return false;
-  remark(dialog, JOB_IS_RUNNING);
+  remark(dialog, kJobIsRunning);
   return true;
 }
 
@@ -72,18 +72,18 @@ void UnitDialog::run(WINDOW dialog, int* stopFlag, const std::function<int()>& j
   const RunningJob place(stopFlag);  // what waits for the job's end comes behind all else of it
   int result = JOB_FAILED;
   {
-    const Held held(&running);
-    word = "Running";
+    const Held held(&running_);
+    word_ = "Running";
     const bool through = runGuarded([&] {
       show(dialog, COPY_RUNNING);
       result = job();
     });
     if (!through) runGuarded(logFailed);
     int atEnd = JOB_FAILED;
-    runGuarded([&] { atEnd = parts.endUnits(); });
+    runGuarded([&] { atEnd = parts_.endUnits(); });
     if (atEnd != 0 && result == JOB_OK) result = JOB_FAILED;
   }
-  word = wordFor(result);
+  word_ = wordFor(result);
   runGuarded([&] {
     showUnits(dialog);
     tellUnitsChanged();
@@ -91,7 +91,7 @@ void UnitDialog::run(WINDOW dialog, int* stopFlag, const std::function<int()>& j
 }
 
 void UnitDialog::close(WINDOW dialog) const {
-  if (running)
+  if (running_)
     requestStopOfJobs([dialog] { xvt_vobj_destroy(dialog); });
   else
     xvt_vobj_destroy(dialog);

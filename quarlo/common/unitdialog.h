@@ -25,9 +25,9 @@ struct UnitDialogParts {
 
 class UnitDialog {
  public:
-  constexpr explicit UnitDialog(const UnitDialogParts& dialogParts) : parts(dialogParts) {}
+  constexpr explicit UnitDialog(const UnitDialogParts& dialogParts) : parts_(dialogParts) {}
 
-  bool isRunning() const { return running; }
+  bool isRunning() const { return running_; }
 
   /// A newly opened dialog: "Idle".
   void open(WINDOW dialog);
@@ -55,7 +55,7 @@ class UnitDialog {
   void show(WINDOW dialog, COPY_STATE state) const;
   void showUnits(WINDOW dialog) const;
 
-  UnitDialogParts parts;
-  const char* word = "Idle";
-  bool running = false;
+  UnitDialogParts parts_;
+  const char* word_ = "Idle";
+  bool running_ = false;
 };

@@ -26,12 +26,12 @@
 namespace {
 
 /// Proposed for raw images, which nothing but their maker's knowledge tells apart.
-constexpr const char* RAW_EXTENSION = "img";
+constexpr const char* kRawExtension = "img";
 
 int doImageCopy(UnitStruct* units) { return units->type == UT_TAPE ? doTapeCopy(units) : doDiskCopy(units); }
 
-constexpr const char* BAD_BLOCKS_SKIPPED = "Otherwise a bad block is tried again five times, then skipped.";
-constexpr const char* BAD_BLOCKS_FAIL =
+constexpr const char* kBadBlocksSkipped = "Otherwise a bad block is tried again five times, then skipped.";
+constexpr const char* kBadBlocksFail =
     "Otherwise a bad block is tried again five times; the job ends if that is in vain.";
 
 /// A format that can be copied; null functions belong to jobs that this build does not have.
@@ -46,17 +46,17 @@ struct Format {
   const char* badBlocks;  // what happens to them unless the job stops at once
 };
 
-constexpr Format FORMATS[] = {
-    {"UNFORMATTED", "tpf", "tpf", DLG_UNFORMATTED, NoFmtParam_eh, doImageCopy, false, BAD_BLOCKS_SKIPPED},
-    {"SEG Y", "", "sgy", DLG_SEGY, SegyCpy_eh, doSegyCopy, false, BAD_BLOCKS_SKIPPED},
-    {"SEG D", "", "sgd", DLG_SEGD, SegdCpy_eh, doSegdCopy, true, BAD_BLOCKS_FAIL},
+constexpr Format kFormats[] = {
+    {"UNFORMATTED", "tpf", "tpf", DLG_UNFORMATTED, NoFmtParam_eh, doImageCopy, false, kBadBlocksSkipped},
+    {"SEG Y", "", "sgy", DLG_SEGY, SegyCpy_eh, doSegyCopy, false, kBadBlocksSkipped},
+    {"SEG D", "", "sgd", DLG_SEGD, SegdCpy_eh, doSegdCopy, true, kBadBlocksFail},
 };
-constexpr int UNFORMATTED = 1;
+constexpr int kUnformatted = 1;
 
 UnitStruct* ioUnit = nullptr;
-int inFileType = UNFORMATTED;  // the chosen format's row plus one
+int inFileType = kUnformatted;  // the chosen format's row plus one
 
-const Format& format() { return FORMATS[inFileType - 1]; }
+const Format& format() { return kFormats[inFileType - 1]; }
 UnitStruct& input() { return ioUnit[0]; }
 UnitStruct& output() { return ioUnit[1]; }
 
@@ -80,7 +80,7 @@ void showState(WINDOW dialog, COPY_STATE state) {
 
 int closeInput() { return closeUnit(ioUnit, 0); }
 
-int closeOutput() { return output().type == UT_DISK ? closeDiskUnit(&output()) : tlv_tape_close(ioUnit, ALL_OUTPUTS); }
+int closeOutput() { return output().type == UT_DISK ? closeDiskUnit(&output()) : tlv_tape_close(ioUnit, kAllOutputs); }
 
 void rewindOutputs() {
   for (int uNum = 1; uNum <= ioUnit->nOutputs; ++uNum)
@@ -104,9 +104,9 @@ void showChange(WINDOW dialog) { theDialog.showChange(dialog); }
 /// Opens all chosen outputs; failures are reported also in automatic mode.
 void openOutputs() {
   const bool automatic = std::exchange(output().autoMode, false);
-  tlv_tape_open(ioUnit, ALL_OUTPUTS);
+  tlv_tape_open(ioUnit, kAllOutputs);
   output().autoMode = automatic;
-  if (automatic && output().hasAutoLoader) tlvInitLoader(ioUnit, ALL_OUTPUTS);
+  if (automatic && output().hasAutoLoader) tlvInitLoader(ioUnit, kAllOutputs);
 }
 
 void chooseInputTape(WINDOW dialog) {
@@ -128,7 +128,7 @@ void chooseOutputTape(WINDOW dialog) {
 /// Positions a disk input where its job begins. @return false after a box when it is no file of the chosen format
 bool positionInput() {
   std::rewind(input().fp);
-  if (inFileType != UNFORMATTED) return true;
+  if (inFileType != kUnformatted) return true;
   tpf::HeaderBytes bytes{};
   if (std::fread(bytes.data(), 1, bytes.size(), input().fp) == bytes.size() && tpf::isFileHeader(bytes)) return true;
   xvt_dm_post_error("Unrecognized format in file %s", input().name);
@@ -173,10 +173,10 @@ void chooseOutputDirectory(WINDOW dialog) {
 }
 
 void chooseOutputFile(WINDOW dialog) {
-  const bool image = inFileType == UNFORMATTED;
+  const bool image = inFileType == kUnformatted;
   const bool raw = image && getOutFileType() != OF_TPF;
   FILE_SPEC file{};
-  if (!chooseFileToSave(&file, raw ? RAW_EXTENSION : format().outputExtension, "Save dataset as:")) return;
+  if (!chooseFileToSave(&file, raw ? kRawExtension : format().outputExtension, "Save dataset as:")) return;
   if (input().type == UT_DISK && input().state == 1 && isSameFile(file, input().fs)) {
     xvt_dm_post_error("This file name is already being used for input. Choose another file name.");
     return;
@@ -255,7 +255,7 @@ void start(WINDOW dialog) {
   });
 }
 
-constexpr ControlAction ACTIONS[] = {
+constexpr ControlAction kActions[] = {
     {CP_START, start},
     {CP_INPUT_TAPE, chooseInputTape},
     {CP_INPUT_DISK, chooseInputDisk},
@@ -269,12 +269,12 @@ constexpr ControlAction ACTIONS[] = {
 
 void create(WINDOW dialog) {
   ioUnit = getDevPtr();
-  inFileType = UNFORMATTED;
+  inFileType = kUnformatted;
   unfmtInit();
   segyInit();
   segdInit();
-  constexpr const char* NAMES[] = {FORMATS[0].name, FORMATS[1].name, FORMATS[2].name};
-  fillList(dialog, CP_FORMAT, NAMES, 0);
+  constexpr const char* kNames[] = {kFormats[0].name, kFormats[1].name, kFormats[2].name};
+  fillList(dialog, CP_FORMAT, kNames, 0);
   theDialog.open(dialog);
 }
 
@@ -296,7 +296,7 @@ void control(WINDOW dialog, const EVENT& event) {
     else
       chooseFormat(dialog);
   else if (event.ctl.what == CTL_PRESS && !theDialog.refuses(dialog))
-    runAction(ACTIONS, dialog, event);
+    runAction(kActions, dialog, event);
 }
 
 }  // namespace

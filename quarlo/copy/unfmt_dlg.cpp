@@ -29,7 +29,7 @@ NumberField eofCountField() {
 
 void create(WINDOW dialog) {
   edited = {TheOutFileType == OF_RAW ? 1 : 0,
-            TheBlockType == BLOCK_TYPE_2 ? 1 : 0,
+            TheBlockType == kBlockType2 ? 1 : 0,
             EofCount,
             Concatenate,
             OneForOne,
@@ -46,7 +46,7 @@ void create(WINDOW dialog) {
 
 void store(WINDOW dialog) {
   TheOutFileType = edited.rawOutput != 0 ? OF_RAW : OF_TPF;
-  TheBlockType = edited.secondBlockType != 0 ? BLOCK_TYPE_2 : BLOCK_TYPE_1;
+  TheBlockType = edited.secondBlockType != 0 ? kBlockType2 : kBlockType1;
   EofCount = edited.eofCount;
   Concatenate = edited.concatenate;
   OneForOne = edited.oneForOne;
@@ -54,7 +54,7 @@ void store(WINDOW dialog) {
   xvt_vobj_destroy(dialog);
 }
 
-constexpr ControlAction ACTIONS[] = {{UF_OK, store}, {UF_CANCEL, xvt_vobj_destroy}};
+constexpr ControlAction kActions[] = {{UF_OK, store}, {UF_CANCEL, xvt_vobj_destroy}};
 
 void control(WINDOW dialog, const EVENT& event) {
   if (readNumber(dialog, event, eofCountField()) || chooseRadio(dialog, event, UF_TPF, UF_RAW, &edited.rawOutput) ||
@@ -63,7 +63,7 @@ void control(WINDOW dialog, const EVENT& event) {
       toggleFlag(dialog, event, UF_ONE_FOR_ONE, &edited.oneForOne) ||
       toggleFlag(dialog, event, UF_PRINT_FILES, &edited.printFiles))
     return;
-  runAction(ACTIONS, dialog, event);
+  runAction(kActions, dialog, event);
 }
 
 }  // namespace

@@ -16,7 +16,7 @@
 #include "quarlo/tapelib/frame/tapechange.h"
 
 int TheOutFileType = OF_TPF;
-int TheBlockType = BLOCK_TYPE_1;
+int TheBlockType = kBlockType1;
 int EofCount = 2;
 bool Concatenate = false;
 bool OneForOne = false;
@@ -24,7 +24,7 @@ bool PrintFiles = true;
 
 void unfmtInit() {
   TheOutFileType = OF_TPF;
-  TheBlockType = BLOCK_TYPE_1;
+  TheBlockType = kBlockType1;
   EofCount = 2;
   Concatenate = false;
   OneForOne = false;
@@ -35,18 +35,18 @@ int getOutFileType() { return TheOutFileType; }
 
 namespace {
 
-constexpr RetryWords RETRY_WORDS = {"  *** Error reading from input tape - retrying...",
+constexpr RetryWords kRetryWords = {"  *** Error reading from input tape - retrying...",
                                     "Retries failed. Skipping block.",
                                     "  *** Too many sequential bad blocks. Aborting."};
-constexpr TapeChangeWords INPUT_WORDS = {"Tape finished", "Magazine finished", "  "};
-constexpr TapeChangeWords OUTPUT_WORDS = {nullptr, nullptr, nullptr};
+constexpr TapeChangeWords kInputWords = {"Tape finished", "Magazine finished", "  "};
+constexpr TapeChangeWords kOutputWords = {nullptr, nullptr, nullptr};
 
 /// Where an image copy writes: all output tapes, or a disk file with or without headers.
 class ImageOutput {
  public:
-  explicit ImageOutput(UnitStruct* allUnits) : units(allUnits), disk(allUnits[1].fp) {}
+  explicit ImageOutput(UnitStruct* allUnits) : units_(allUnits), disk_(allUnits[1].fp) {}
 
-  bool isTape() const { return units[1].type == UT_TAPE; }
+  bool isTape() const { return units_[1].type == UT_TAPE; }
   bool isRaw() const { return !isTape() && TheOutFileType == OF_RAW; }
 
   /// Puts the disk file at its beginning as the kind now chosen wants it, whatever it was picked for.
@@ -58,22 +58,22 @@ class ImageOutput {
   /// The marks that end every copy. @return false when they could not be written
   bool writeClosingMarks(JobEnd end);
   /// One mark behind what the present output tapes hold. @return false when it could not be written
-  bool closeTapes() { return completeOutputTapes(units, 1); }
+  bool closeTapes() { return completeOutputTapes(units_, 1); }
   /// Blocks that a full disk took back.
-  const tpf::Writer::Lost& lost() const { return disk.lost(); }
+  const tpf::Writer::Lost& lost() const { return disk_.lost(); }
   /// The outputs' next tapes. @return false when the user declined
-  bool changeTapes() { return nextOutputTapes(units, OUTPUT_WORDS) != 0; }
+  bool changeTapes() { return nextOutputTapes(units_, kOutputWords) != 0; }
 
  private:
   bool writeDiskMark(const tpf::Header& from, bool atOnce);
   bool sayDiskError() const;
 
-  UnitStruct* units;
-  tpf::Writer disk;
+  UnitStruct* units_;
+  tpf::Writer disk_;
 };
 
 bool ImageOutput::begin() {
-  if (isTape() || disk.begin(TheOutFileType == OF_TPF)) return true;
+  if (isTape() || disk_.begin(TheOutFileType == OF_TPF)) return true;
   sayDiskError();
   xvt_dm_post_error("Error writing file header to disk file");
   return false;
@@ -85,21 +85,21 @@ bool ImageOutput::writeBlock(const char* data, int length, const tpf::Header& fr
       console_out("  *** A tape cannot hold a block of 0 bytes.");
       return false;
     }
-    return tlv_tape_write(units, ALL_OUTPUTS, data, length) >= length;
+    return tlv_tape_write(units_, kAllOutputs, data, length) >= length;
   }
   tpf::Header header = from;
   header.length = length;
   header.blockType = static_cast<std::uint32_t>(TheBlockType);
-  header.marker = tpf::MARKER_BLOCK;
-  if (disk.writeBlock(isRaw() ? nullptr : &header, data, length)) return true;
+  header.marker = tpf::kMarkerBlock;
+  if (disk_.writeBlock(isRaw() ? nullptr : &header, data, length)) return true;
   sayDiskError();
-  if (disk.failedAtHeader()) xvt_dm_post_error("Error writing block header to disk file");
+  if (disk_.failedAtHeader()) xvt_dm_post_error("Error writing block header to disk file");
   return false;
 }
 
 /// The line of a failed disk write. @return false
 bool ImageOutput::sayDiskError() const {
-  console_out(diskErrorText(units[1].name, errno).c_str());
+  console_out(diskErrorText(units_[1].name, errno).c_str());
   return false;
 }
 
@@ -107,24 +107,24 @@ bool ImageOutput::writeDiskMark(const tpf::Header& from, bool atOnce) {
   tpf::Header header = from;
   header.length = 0;
   header.blockType = static_cast<std::uint32_t>(TheBlockType);
-  header.marker = tpf::MARKER_FILEMARK;
-  if (disk.writeMark(header) && (!atOnce || disk.flush())) return true;
+  header.marker = tpf::kMarkerFilemark;
+  if (disk_.writeMark(header) && (!atOnce || disk_.flush())) return true;
   sayDiskError();
   xvt_dm_post_error("Error writing eof header to disk file");
   return false;
 }
 
 bool ImageOutput::copyMark(const tpf::Header& from) {
-  return isTape() ? tlv_weof(units, ALL_OUTPUTS, 1) == 0 : writeDiskMark(from, false);
+  return isTape() ? tlv_weof(units_, kAllOutputs, 1) == 0 : writeDiskMark(from, false);
 }
 
 bool ImageOutput::writeClosingMarks(JobEnd end) {
-  if (isTape()) return closeOutputTapes(units, end, 2);
+  if (isTape()) return closeOutputTapes(units_, end, 2);
   // What is held of the data first: if it does not fit, the marks close what did.
-  bool whole = disk.flush() || sayDiskError();
+  bool whole = disk_.flush() || sayDiskError();
   for (int mark = 0; mark < 2 && !isRaw(); ++mark) whole = writeDiskMark({}, true) && whole;
   DiskSync sync;
-  sync.add(units[1].fp, pathOf(units[1].fs));
+  sync.add(units_[1].fp, pathOf(units_[1].fs));
   return sync.wait([](const DiskSync::Failure& failure) { console_out(diskErrorText(failure).c_str()); }) && whole;
 }
 
@@ -147,7 +147,7 @@ struct Tally {
 /// What both directions share: the counters that the progress dialog shows, the run from the first line to the last.
 class ImageCopy {
  public:
-  explicit ImageCopy(UnitStruct* allUnits) : units(allUnits), output(allUnits) {}
+  explicit ImageCopy(UnitStruct* allUnits) : units_(allUnits), output_(allUnits) {}
   virtual ~ImageCopy() = default;
   int run();
 
@@ -161,30 +161,30 @@ class ImageCopy {
   bool copyMark(const tpf::Header& from);
   bool copyBlock(int length, const tpf::Header& from);
   bool fail() {
-    failed = true;
+    failed_ = true;
     return false;
   }
 
-  UnitStruct* units;
-  ImageOutput output;
-  int marks = 0;      // filemarks in a row
-  int nextBlock = 1;  // number of the block to come; the progress dialog shows one less
-  float bytes = 0;
-  int percent = 0;
-  bool declined = false;    // no further output tape was wanted
-  bool endsInMark = false;  // the copy, as far as it is
+  UnitStruct* units_;
+  ImageOutput output_;
+  int marks_ = 0;      // filemarks in a row
+  int nextBlock_ = 1;  // number of the block to come; the progress dialog shows one less
+  float bytes_ = 0;
+  int percent_ = 0;
+  bool declined_ = false;    // no further output tape was wanted
+  bool endsInMark_ = false;  // the copy, as far as it is
 
  private:
-  bool failed = false;
+  bool failed_ = false;
 };
 
 int ImageCopy::run() {
   logStarted("Copy");
-  JobFrame frame(JOB_UNFORMATTED, units->type, reinterpret_cast<int*>(&bytes), &percent, &nextBlock);
+  JobFrame frame(JOB_UNFORMATTED, units_->type, reinterpret_cast<int*>(&bytes_), &percent_, &nextBlock_);
   if (!frame.isOpen()) return JOB_NO_DIALOG;
   bool aborted = false;
   const bool unbroken = runGuarded([&] {
-    bool more = output.begin() || fail();
+    bool more = output_.begin() || fail();
     while ((more && !aborted) || frame.stopIsNews()) {
       aborted = !frame.goOn();
       if (aborted)
@@ -193,33 +193,33 @@ int ImageCopy::run() {
         more = step();
     }
   });
-  if (!unbroken) failed = true;
-  if (!output.writeClosingMarks(failed || aborted || declined ? JobEnd::CutShort : JobEnd::Success)) failed = true;
-  nextBlock -= output.lost().blocks;
-  bytes -= static_cast<float>(output.lost().bytes);
-  if (failed) logFailed();
+  if (!unbroken) failed_ = true;
+  if (!output_.writeClosingMarks(failed_ || aborted || declined_ ? JobEnd::CutShort : JobEnd::Success)) failed_ = true;
+  nextBlock_ -= output_.lost().blocks;
+  bytes_ -= static_cast<float>(output_.lost().bytes);
+  if (failed_) logFailed();
   logSummary();
   logLosses();
   frame.close();
   logEnded("Copy");
-  return failed ? JOB_FAILED : JOB_OK;
+  return failed_ ? JOB_FAILED : JOB_OK;
 }
 
 /// A mark missing on tape ends the job; one missing on disk has had its box and lets the blocks behind it be saved,
 /// unless blocks before it went with it.
 bool ImageCopy::copyMark(const tpf::Header& from) {
-  endsInMark = true;
-  if (output.copyMark(from)) return true;
-  failed = true;
-  return !output.isTape() && output.lost().blocks == 0;
+  endsInMark_ = true;
+  if (output_.copyMark(from)) return true;
+  failed_ = true;
+  return !output_.isTape() && output_.lost().blocks == 0;
 }
 
 bool ImageCopy::copyBlock(int length, const tpf::Header& from) {
-  marks = 0;
-  endsInMark = false;
-  if (!output.writeBlock(units->ioBuffer, length, from)) return fail();
-  ++nextBlock;
-  bytes += static_cast<float>(length);
+  marks_ = 0;
+  endsInMark_ = false;
+  if (!output_.writeBlock(units_->ioBuffer, length, from)) return fail();
+  ++nextBlock_;
+  bytes_ += static_cast<float>(length);
   return true;
 }
 
@@ -228,7 +228,7 @@ class TapeCopy : public ImageCopy {
  public:
   explicit TapeCopy(UnitStruct* allUnits)
       : ImageCopy(allUnits),
-        readSize(units->isM4 != 0 && TheBlockType == BLOCK_TYPE_1 ? 60000 : static_cast<int>(units->maxBlockSize)) {}
+        readSize_(units_->isM4 != 0 && TheBlockType == kBlockType1 ? 60000 : static_cast<int>(units_->maxBlockSize)) {}
 
  private:
   bool step() override;
@@ -241,22 +241,22 @@ class TapeCopy : public ImageCopy {
   void endOfFile();
   void logTape() const;
 
-  PatientReader reader{RETRY_WORDS};
-  int readSize;
-  int files = 0;
-  int tapes = 0;
-  Tally file;
-  Tally tape;
-  Tally inNoFile;          // copied from behind the last mark of a tape
-  bool blockLost = false;  // a block of this file could not be read
+  PatientReader reader_{kRetryWords};
+  int readSize_;
+  int files_ = 0;
+  int tapes_ = 0;
+  Tally file_;
+  Tally tape_;
+  Tally inNoFile_;          // copied from behind the last mark of a tape
+  bool blockLost_ = false;  // a block of this file could not be read
 };
 
 bool TapeCopy::step() {
   int length = 0;
-  switch (reader.read(units, units->ioBuffer, readSize, &length)) {
+  switch (reader_.read(units_, units_->ioBuffer, readSize_, &length)) {
     case BlockRead::Skipped:
-      marks = 0;  // a row of marks is marks with nothing between
-      blockLost = true;
+      marks_ = 0;  // a row of marks is marks with nothing between
+      blockLost_ = true;
       return true;
     case BlockRead::Failed:
       return fail();
@@ -267,88 +267,89 @@ bool TapeCopy::step() {
 }
 
 bool TapeCopy::takeMark() {
-  if (units->eofMark != 0) ++marks;
-  if (units->eodMark != 0) marks = EofCount + 1;
+  if (units_->eofMark != 0) ++marks_;
+  if (units_->eodMark != 0) marks_ = EofCount + 1;
   bool unreadable = false;
-  if (marks == 1) {
-    unreadable = blockLost && file.blocks == 0;
+  if (marks_ == 1) {
+    unreadable = blockLost_ && file_.blocks == 0;
     endOfFile();
   }
-  if (Concatenate || output.isRaw()) ++marks;
-  if (marks >= EofCount) return endOfTape();
+  if (Concatenate || output_.isRaw()) ++marks_;
+  if (marks_ >= EofCount) return endOfTape();
   // Two marks in a row may end the copy for its readers, where the tape had blocks between them.
-  if (unreadable && endsInMark) {
+  if (unreadable && endsInMark_) {
     console_printf("  ** File %d has no readable block: its filemark follows the one before it on the copy.",
-                   tape.files);
+                   tape_.files);
   }
   return copyMark({});
 }
 
 void TapeCopy::endOfFile() {
-  ++tape.files;
-  ++files;
+  ++tape_.files;
+  ++files_;
   if (PrintFiles)
-    console_printf("    File %d: %6d blocks, %15.0f bytes", tape.files, file.blocks, static_cast<double>(file.bytes));
-  blockLost = false;
-  file = {};
+    console_printf("    File %d: %6d blocks, %15.0f bytes", tape_.files, file_.blocks,
+                   static_cast<double>(file_.bytes));
+  blockLost_ = false;
+  file_ = {};
 }
 
 bool TapeCopy::takeBlock(int length) {
-  if (file.bytes == 0 && tape.files == 0 && PrintFiles) {
+  if (file_.bytes == 0 && tape_.files == 0 && PrintFiles) {
     logBlank();
-    console_printf("Begin input tape %d", tapes + 1);
+    console_printf("Begin input tape %d", tapes_ + 1);
   }
-  file.add(length);
-  tape.add(length);
+  file_.add(length);
+  tape_.add(length);
   return copyBlock(length, {});
 }
 
 bool TapeCopy::endOfTape() {
   logTape();
-  ++tapes;
-  inNoFile.add(file);
-  const bool more = nextInputTape(units, INPUT_WORDS) != 0;
-  file = {};
-  tape = {};
-  marks = 0;
-  blockLost = false;
-  reader.place.nextTape();
-  return more && (!OneForOne || !output.isTape() || changeOutputs());
+  ++tapes_;
+  inNoFile_.add(file_);
+  const bool more = nextInputTape(units_, kInputWords) != 0;
+  file_ = {};
+  tape_ = {};
+  marks_ = 0;
+  blockLost_ = false;
+  reader_.place.nextTape();
+  return more && (!OneForOne || !output_.isTape() || changeOutputs());
 }
 
 bool TapeCopy::changeOutputs() {
-  if (!output.closeTapes()) return fail();
-  endsInMark = false;
-  if (output.changeTapes()) return true;
-  declined = true;
-  console_printf("  ** Input tape %d, which is loaded now, was not copied: it has no output tape.", tapes + 1);
+  if (!output_.closeTapes()) return fail();
+  endsInMark_ = false;
+  if (output_.changeTapes()) return true;
+  declined_ = true;
+  console_printf("  ** Input tape %d, which is loaded now, was not copied: it has no output tape.", tapes_ + 1);
   return false;
 }
 
 void TapeCopy::logTape() const {
-  console_printf("Total input for tape %d: %d block%s, %.0f bytes, %d file%s", tapes + 1, tape.blocks,
-                 plural(tape.blocks), static_cast<double>(tape.bytes), tape.files, plural(tape.files));
+  console_printf("Total input for tape %d: %d block%s, %.0f bytes, %d file%s", tapes_ + 1, tape_.blocks,
+                 plural(tape_.blocks), static_cast<double>(tape_.bytes), tape_.files, plural(tape_.files));
   logBlank();
 }
 
 void TapeCopy::logSummary() {
-  const int blocks = nextBlock - 1;
+  const int blocks = nextBlock_ - 1;
   logBlank();
   logBlank();
   console_out("Unformatted Copy Summary:");
   console_printf("   %d block%s copied.", blocks, plural(blocks));
-  console_printf("   %.0f bytes copied.", static_cast<double>(bytes));
-  console_printf("   %d file%s copied.", files, plural(files));
-  console_printf("   %d tape%s copied.", tapes, plural(tapes));
+  console_printf("   %.0f bytes copied.", static_cast<double>(bytes_));
+  console_printf("   %d file%s copied.", files_, plural(files_));
+  console_printf("   %d tape%s copied.", tapes_, plural(tapes_));
   logBlank();
 }
 
 void TapeCopy::logLosses() {
-  reader.tellOfLost();
-  if (inNoFile.blocks > 0) {
+  reader_.tellOfLost();
+  if (inNoFile_.blocks > 0) {
     console_printf("  ** %d block%s (%.0f bytes) with no filemark behind %s copied, but count%s as no file.",
-                   inNoFile.blocks, plural(inNoFile.blocks), static_cast<double>(inNoFile.bytes),
-                   inNoFile.blocks > 1 ? "them were" : "it was", inNoFile.blocks > 1 ? "" : "s");
+                   inNoFile_.blocks, plural(inNoFile_.blocks), static_cast<double>(inNoFile_.bytes),
+                   inNoFile_.blocks > 1 ? "them were" : "it was", inNoFile_.blocks > 1 ? "" : "s");
   }
 }
 
@@ -356,7 +357,7 @@ void TapeCopy::logLosses() {
 class DiskCopy : public ImageCopy {
  public:
   explicit DiskCopy(UnitStruct* allUnits)
-      : ImageCopy(allUnits), input(units->fp, units->ioBufLen, units->name), size(GetAFileSize(units->fs)) {}
+      : ImageCopy(allUnits), input_(units_->fp, units_->ioBufLen, units_->name), size_(GetAFileSize(units_->fs)) {}
 
  private:
   bool step() override;
@@ -364,42 +365,42 @@ class DiskCopy : public ImageCopy {
   bool takeMark();
   void warnOfRest();
 
-  tpf::Reader input;
-  double size;
+  tpf::Reader input_;
+  double size_;
 };
 
 bool DiskCopy::step() {
   int length = 0;
-  switch (input.next(units->ioBuffer, &length)) {
+  switch (input_.next(units_->ioBuffer, &length)) {
     case tpf::Item::Failed:
       return fail();
     case tpf::Item::Mark:
-      units->eofMark = 1;
+      units_->eofMark = 1;
       return takeMark();
     case tpf::Item::Block:
       break;
   }
-  units->eofMark = 0;
-  const bool more = copyBlock(length, input.header());
-  percent = size > 0 ? static_cast<int>(std::min(100.0, static_cast<double>(bytes) / size * 100)) : 0;
+  units_->eofMark = 0;
+  const bool more = copyBlock(length, input_.header());
+  percent_ = size_ > 0 ? static_cast<int>(std::min(100.0, static_cast<double>(bytes_) / size_ * 100)) : 0;
   return more;
 }
 
 bool DiskCopy::takeMark() {
-  ++marks;
-  if (marks > 1) warnOfRest();
-  if (Concatenate || output.isRaw()) ++marks;
-  return marks <= 1 && copyMark(input.header());
+  ++marks_;
+  if (marks_ > 1) warnOfRest();
+  if (Concatenate || output_.isRaw()) ++marks_;
+  return marks_ <= 1 && copyMark(input_.header());
 }
 
 /// A file made with a larger EofCount goes on where this copy ends: that is said.
 void DiskCopy::warnOfRest() {
-  const double left = input.bytesLeft();
+  const double left = input_.bytesLeft();
   if (left > 0) console_printf("  ** %.0f bytes of the input file behind the double file mark were not copied.", left);
 }
 
 void DiskCopy::logSummary() {
-  console_printf("%.0f bytes copied.", static_cast<double>(bytes));
+  console_printf("%.0f bytes copied.", static_cast<double>(bytes_));
   logBlank();
 }
 

@@ -8,8 +8,8 @@
 enum OUT_FILE_TYPE : int { OF_TPF = 4, OF_RAW = 5 };
 
 /// Values of TheBlockType, the word in every header of a tape-image file. The first limits reads on M4 drives.
-constexpr int BLOCK_TYPE_1 = 0x1000001;
-constexpr int BLOCK_TYPE_2 = 0x2000002;
+constexpr int kBlockType1 = 0x1000001;
+constexpr int kBlockType2 = 0x2000002;
 
 // The job's settings, edited by NoFmtParam_eh and reset by unfmtInit each time the copy dialog opens.
 extern int TheOutFileType;  ///< disk output: OF_TPF or OF_RAW

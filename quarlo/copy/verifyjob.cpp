@@ -15,9 +15,9 @@ bool hasCats = false;
 
 namespace {
 
-constexpr TapeChangeWords WORDS = {"Tape finished.", "Magazine finished.", "  "};
-constexpr const char* FAILED_BOX = "Verify failed";
-constexpr const char* FAILED_SEE_CONSOLE_BOX = "Verify failed. See console for details.";
+constexpr TapeChangeWords kWords = {"Tape finished.", "Magazine finished.", "  "};
+constexpr const char* kFailedBox = "Verify failed";
+constexpr const char* kFailedSeeConsoleBox = "Verify failed. See console for details.";
 
 /// What an input shows at one place.
 enum class Shown {
@@ -31,16 +31,16 @@ enum class Shown {
 class VerifyInput {
  public:
   VerifyInput(UnitStruct* allUnits, int uNum, int mode)
-      : units(allUnits), number(uNum), file(unit().fp, allUnits->ioBufLen, unit().name, name()) {
-    const bool limited = isTape() && unit().isM4 != 0 && mode == BLOCK_TYPE_1;
-    readSize = limited ? 60000 : static_cast<int>(unit().maxBlockSize);
-    if (!isTape()) (void)fseeko(unit().fp, tpf::HEADER_SIZE, SEEK_SET);
+      : units_(allUnits), number_(uNum), file_(unit().fp, allUnits->ioBufLen, unit().name, name()) {
+    const bool limited = isTape() && unit().isM4 != 0 && mode == kBlockType1;
+    readSize_ = limited ? 60000 : static_cast<int>(unit().maxBlockSize);
+    if (!isTape()) (void)fseeko(unit().fp, tpf::kHeaderSize, SEEK_SET);
   }
 
-  UnitStruct& unit() const { return units[number]; }
+  UnitStruct& unit() const { return units_[number_]; }
   bool isTape() const { return unit().type == UT_TAPE; }
-  int capacity() const { return readSize; }
-  const char* name() const { return number == 0 ? "first input" : "second input"; }
+  int capacity() const { return readSize_; }
+  const char* name() const { return number_ == 0 ? "first input" : "second input"; }
 
   /// @param wanted what a tape read asks for, @param length receives the block's bytes, else 0
   /// A file ends behind two marks in a row, or it is not whole.
@@ -58,24 +58,24 @@ class VerifyInput {
   bool ended = false;  ///< its data are at their end
 
  private:
-  UnitStruct* units;
-  int number;
-  tpf::Reader file;
-  int readSize = 0;
+  UnitStruct* units_;
+  int number_;
+  tpf::Reader file_;
+  int readSize_ = 0;
 };
 
 Shown VerifyInput::next(int wanted, char* buffer, int* length) {
   *length = 0;
-  if (ended || (!isTape() && marks >= 2 && file.atEnd())) {
+  if (ended || (!isTape() && marks >= 2 && file_.atEnd())) {
     ended = true;
     return Shown::End;
   }
   tpf::Item item = tpf::Item::Failed;
   if (!isTape()) {
-    item = file.next(buffer, length);
+    item = file_.next(buffer, length);
     unit().eofMark = item == tpf::Item::Mark ? 1 : 0;
   } else {
-    *length = tlv_tape_read(units, number, buffer, wanted);
+    *length = tlv_tape_read(units_, number_, buffer, wanted);
     ended = *length == 0 && unit().eodMark != 0;
     item = *length < 0 ? tpf::Item::Failed : *length == 0 ? tpf::Item::Mark : tpf::Item::Block;
   }
@@ -85,17 +85,17 @@ Shown VerifyInput::next(int wanted, char* buffer, int* length) {
 }
 
 void VerifyInput::warnIfGoesOn() {
-  if (!ended && (isTape() ? tlv_goes_on(units, number, units->ioBuffer) : file.bytesLeft() > 0))
+  if (!ended && (isTape() ? tlv_goes_on(units_, number_, units_->ioBuffer) : file_.bytesLeft() > 0))
     console_printf("  ** The %s goes on behind its end.", name());
 }
 
 class Verify {
  public:
   Verify(int mode, UnitStruct* allUnits)
-      : units(allUnits),
-        first(allUnits, 0, mode),
-        second(allUnits, 1, mode),
-        firstSize(first.isTape() ? 0 : GetAFileSize(allUnits->fs)) {}
+      : units_(allUnits),
+        first_(allUnits, 0, mode),
+        second_(allUnits, 1, mode),
+        firstSize_(first_.isTape() ? 0 : GetAFileSize(allUnits->fs)) {}
   int run();
 
  private:
@@ -109,26 +109,26 @@ class Verify {
   bool endsDiffer(const char* box);
   void logEnds();
   bool fail() {
-    failed = true;
+    failed_ = true;
     return false;
   }
 
-  UnitStruct* units;
-  VerifyInput first;
-  VerifyInput second;
-  std::vector<char> held;    // the first input's block while the second's is read into the tape buffer
-  bool firstIsOpen = false;  // its end of data stands for the other's closing marks
-  bool secondIsOpen = false;
-  double firstSize;
-  float bytes = 0;
-  int percent = 0;
-  int blockNumber = 1;
-  bool failed = false;
+  UnitStruct* units_;
+  VerifyInput first_;
+  VerifyInput second_;
+  std::vector<char> held_;    // the first input's block while the second's is read into the tape buffer
+  bool firstIsOpen_ = false;  // its end of data stands for the other's closing marks
+  bool secondIsOpen_ = false;
+  double firstSize_;
+  float bytes_ = 0;
+  int percent_ = 0;
+  int blockNumber_ = 1;
+  bool failed_ = false;
 };
 
 int Verify::run() {
   logStarted("Verify");
-  JobFrame frame(JOB_VERIFY, units->type, reinterpret_cast<int*>(&bytes), &percent, &blockNumber);
+  JobFrame frame(JOB_VERIFY, units_->type, reinterpret_cast<int*>(&bytes_), &percent_, &blockNumber_);
   if (!frame.isOpen()) return JOB_NO_DIALOG;
   bool aborted = false;
   const bool unbroken = runGuarded([&] {
@@ -136,10 +136,10 @@ int Verify::run() {
       aborted = !frame.goOn();
     } while (!aborted && (step() || frame.stopIsNews()));
   });
-  if (!unbroken) failed = true;
+  if (!unbroken) failed_ = true;
   if (aborted) {
     logAborted("Verify");
-  } else if (failed) {
+  } else if (failed_) {
     logFailed();
   } else {
     console_out("Byte comparison succeeded.");
@@ -147,12 +147,12 @@ int Verify::run() {
   }
   frame.close();
   logEnded("Verify");
-  return failed ? JOB_FAILED : JOB_OK;
+  return failed_ ? JOB_FAILED : JOB_OK;
 }
 
 bool Verify::step() {
   int length = 0;
-  switch (first.next(first.capacity(), units->ioBuffer, &length)) {
+  switch (first_.next(first_.capacity(), units_->ioBuffer, &length)) {
     case Shown::Failed:
       console_out("  *** Error reading from first input");
       return fail();
@@ -167,52 +167,52 @@ bool Verify::step() {
 
 bool Verify::takeBlock(int length) {
   // The second input ended where the first had a mark: that mark did not close the first, then.
-  if (second.ended) return endsDiffer(FAILED_BOX);
-  if (length > second.capacity()) {
+  if (second_.ended) return endsDiffer(kFailedBox);
+  if (length > second_.capacity()) {
     console_out("  *** Block size of first input is larger than the read capacity");
     console_out("      of the second input device. Cannot continue verify operation.");
-    xvt_dm_post_error(FAILED_SEE_CONSOLE_BOX);
+    xvt_dm_post_error(kFailedSeeConsoleBox);
     return fail();
   }
-  held.assign(units->ioBuffer, units->ioBuffer + length);
+  held_.assign(units_->ioBuffer, units_->ioBuffer + length);
   int secondLength = 0;
-  const Shown shown = second.next(length, units->ioBuffer, &secondLength);
+  const Shown shown = second_.next(length, units_->ioBuffer, &secondLength);
   if (shown == Shown::Failed) return fail();
   if (shown != Shown::Block || secondLength != length) {
-    console_printf("  *** Block size mismatch between first and second inputs at block number %d.", blockNumber);
+    console_printf("  *** Block size mismatch between first and second inputs at block number %d.", blockNumber_);
     return fail();
   }
   if (!compare(length)) return fail();
-  ++blockNumber;
-  bytes += static_cast<float>(length);
-  percent = firstSize > 0 ? static_cast<int>(std::min(100.0, static_cast<double>(bytes) / firstSize * 100)) : 0;
+  ++blockNumber_;
+  bytes_ += static_cast<float>(length);
+  percent_ = firstSize_ > 0 ? static_cast<int>(std::min(100.0, static_cast<double>(bytes_) / firstSize_ * 100)) : 0;
   return true;
 }
 
 bool Verify::compare(int length) {
-  const char* const begin = held.data();
-  if (std::memcmp(begin, units->ioBuffer, static_cast<std::size_t>(length)) == 0) return true;
-  const char* const different = std::mismatch(begin, begin + length, units->ioBuffer).first;
+  const char* const begin = held_.data();
+  if (std::memcmp(begin, units_->ioBuffer, static_cast<std::size_t>(length)) == 0) return true;
+  const char* const different = std::mismatch(begin, begin + length, units_->ioBuffer).first;
   console_printf("  *** Byte comparison failed at byte %d on block number %d.", static_cast<int>(different - begin) + 1,
-                 blockNumber);
+                 blockNumber_);
   return false;
 }
 
 bool Verify::takeMark() {
-  if (first.ended || first.marks >= (hasCats ? 1 : 2)) return endOfFirst();
+  if (first_.ended || first_.marks >= (hasCats ? 1 : 2)) return endOfFirst();
   // Between the files of a tape a file and a tape that do not follow are told in different boxes.
-  return markOnSecond(second.isTape() ? FAILED_BOX : FAILED_SEE_CONSOLE_BOX);
+  return markOnSecond(second_.isTape() ? kFailedBox : kFailedSeeConsoleBox);
 }
 
 /// The second input must show a filemark now, or the end of its data, which stands for the marks that close the first:
 /// what the first holds next decides. @param box what is said when it does not
 bool Verify::markOnSecond(const char* box) {
   int length = 0;
-  switch (second.next(second.capacity(), units->ioBuffer, &length)) {
+  switch (second_.next(second_.capacity(), units_->ioBuffer, &length)) {
     case Shown::Mark:
       return true;
     case Shown::End:
-      secondIsOpen = true;
+      secondIsOpen_ = true;
       return true;
     default:
       return endsDiffer(box);
@@ -222,41 +222,41 @@ bool Verify::markOnSecond(const char* box) {
 /// The data of the first input are at their end: what the second holds can only be the marks that close it, two in a
 /// row at most, or nothing.
 bool Verify::endOfSecond() {
-  const int before = second.marks;
+  const int before = second_.marks;
   Shown shown = Shown::Mark;
-  while (shown == Shown::Mark && second.marks < 2) {
+  while (shown == Shown::Mark && second_.marks < 2) {
     int length = 0;
-    shown = second.next(second.capacity(), units->ioBuffer, &length);
+    shown = second_.next(second_.capacity(), units_->ioBuffer, &length);
   }
   if (shown == Shown::Failed) return fail();
-  if (shown == Shown::Block) return endsDiffer(FAILED_BOX);
-  firstIsOpen = second.marks > before;
+  if (shown == Shown::Block) return endsDiffer(kFailedBox);
+  firstIsOpen_ = second_.marks > before;
   return true;
 }
 
 bool Verify::endsDiffer(const char* box) {
   console_out("  *** EOF read on first input, non-EOF read on second input.");
-  console_printf("      Behind block number %d.", blockNumber - 1);
+  console_printf("      Behind block number %d.", blockNumber_ - 1);
   xvt_dm_post_error("%s", box);
   return fail();
 }
 
 bool Verify::endOfFirst() {
   // Before the tape may go; concatenated files are left out on purpose.
-  if (!hasCats) first.warnIfGoesOn();
-  if (first.isTape() && nextInputTape(units, WORDS) != 0) {
-    first.begin();
+  if (!hasCats) first_.warnIfGoesOn();
+  if (first_.isTape() && nextInputTape(units_, kWords) != 0) {
+    first_.begin();
     return true;
   }
   if (jobIsStopped()) return false;
-  if (first.ended ? endOfSecond() : markOnSecond(FAILED_BOX)) logEnds();
+  if (first_.ended ? endOfSecond() : markOnSecond(kFailedBox)) logEnds();
   return false;
 }
 
 void Verify::logEnds() {
-  for (const auto& [open, input] : {std::pair(firstIsOpen, &first), std::pair(secondIsOpen, &second)})
+  for (const auto& [open, input] : {std::pair(firstIsOpen_, &first_), std::pair(secondIsOpen_, &second_)})
     if (open) console_printf("  ** The %s ends without its closing filemarks.", input->name());
-  second.warnIfGoesOn();
+  second_.warnIfGoesOn();
 }
 
 }  // namespace

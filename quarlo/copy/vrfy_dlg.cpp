@@ -30,7 +30,7 @@ void showState(WINDOW dialog, COPY_STATE state) {
 /// Closes an input. The second one stands where outputs do: all that is open there goes with it.
 void closeVerifyInput(int uNum) {
   if (uNum == 1 && ioUnit[1].type == UT_TAPE)
-    tlv_tape_close(ioUnit, ALL_OUTPUTS);
+    tlv_tape_close(ioUnit, kAllOutputs);
   else
     closeUnit(ioUnit, uNum);
 }
@@ -88,10 +88,10 @@ void start(WINDOW dialog) {
     return;
   }
   int stopped = 0;
-  theDialog.run(dialog, &stopped, [] { return do_verify(secondBlockType != 0 ? BLOCK_TYPE_2 : BLOCK_TYPE_1, ioUnit); });
+  theDialog.run(dialog, &stopped, [] { return do_verify(secondBlockType != 0 ? kBlockType2 : kBlockType1, ioUnit); });
 }
 
-constexpr ControlAction ACTIONS[] = {
+constexpr ControlAction kActions[] = {
     {VF_START, start},
     {VF_FIRST_TAPE, chooseFirstTape},
     {VF_FIRST_DISK, chooseFirstDisk},
@@ -121,7 +121,7 @@ void control(WINDOW dialog, const EVENT& event) {
   else if (event.ctl.what == CTL_PRESS && !theDialog.refuses(dialog) &&
            !chooseRadio(dialog, event, VF_BLOCK_TYPE_1, VF_BLOCK_TYPE_2, &secondBlockType) &&
            !toggleFlag(dialog, event, VF_CONCATENATED, &hasCats))
-    runAction(ACTIONS, dialog, event);
+    runAction(kActions, dialog, event);
 }
 
 }  // namespace

@@ -21,17 +21,17 @@ struct TwoChars {
   char second;
 };
 
-constexpr auto decimalPairs = [] {
+constexpr auto kDecimalPairs = [] {
   std::array<TwoChars, 100> pairs{};
   for (unsigned i = 0; i < pairs.size(); ++i)
     pairs[i] = {static_cast<char>('0' + i / 10), static_cast<char>('0' + i % 10)};
   return pairs;
 }();
 
-constexpr auto hexPairs = [] {
-  constexpr const char* digits = "0123456789abcdef";
+constexpr auto kHexPairs = [] {
+  constexpr const char* kDigits = "0123456789abcdef";
   std::array<TwoChars, 256> pairs{};
-  for (unsigned i = 0; i < pairs.size(); ++i) pairs[i] = {digits[i / 16], digits[i % 16]};
+  for (unsigned i = 0; i < pairs.size(); ++i) pairs[i] = {kDigits[i / 16], kDigits[i % 16]};
   return pairs;
 }();
 
@@ -43,7 +43,7 @@ char* put(char* out, TwoChars pair) {
 /// `value` in `Width` characters, zeros in front; it has no more digits than that.
 template <int Width>
 char* putDigits(char* out, std::uint32_t value) {
-  for (int at = Width - 2; at >= 0; at -= 2, value /= 100) put(out + at, decimalPairs[value % 100]);
+  for (int at = Width - 2; at >= 0; at -= 2, value /= 100) put(out + at, kDecimalPairs[value % 100]);
   if constexpr (Width % 2 != 0) *out = static_cast<char>('0' + value);
   return out + Width;
 }
@@ -69,18 +69,18 @@ char* putSigned(char* out, std::int32_t value) {
 
 // ---- floats as printf's "%13g" ------------------------------------------------------------------------------------
 
-constexpr int floatWidth = 13;  // what the longest value of single precision needs, and one more
-constexpr int significant = 6;
+constexpr int kFloatWidth = 13;  // what the longest value of single precision needs, and one more
+constexpr int kSignificant = 6;
 
 /// 10 to the power of `significant` - 1 - e for the decimal exponents e of single precision, right to some units in the
 /// last place.
-constexpr int lowestExponent = -45;
-constexpr int highestExponent = 39;
-constexpr auto scales = [] {
-  std::array<double, highestExponent - lowestExponent + 1> powers{};
-  for (int e = lowestExponent; e <= highestExponent; ++e) {
-    const int power = significant - 1 - e;
-    double& scale = powers[static_cast<std::size_t>(e - lowestExponent)];
+constexpr int kLowestExponent = -45;
+constexpr int kHighestExponent = 39;
+constexpr auto kScales = [] {
+  std::array<double, kHighestExponent - kLowestExponent + 1> powers{};
+  for (int e = kLowestExponent; e <= kHighestExponent; ++e) {
+    const int power = kSignificant - 1 - e;
+    double& scale = powers[static_cast<std::size_t>(e - kLowestExponent)];
     scale = 1;
     for (int i = 0; i < power; ++i) scale *= 10;
     for (int i = 0; i > power; --i) scale *= 10;
@@ -98,29 +98,29 @@ struct Decimal {
 /// Rounds a finite value above 0 to six digits. @return false when it stands so near to the middle of two such numbers
 /// that double precision cannot tell which one is nearer
 bool roundToSix(double value, Decimal* rounded) {
-  constexpr double low = 1e5;
-  constexpr double high = 1e6;
-  constexpr double log10Of2 = 0.30102999566398120;
-  constexpr double doubtful = 1e-6;  // hundreds of times the error of the product
-  constexpr int doubleBias = 1023;
-  const int binary = static_cast<int>(std::bit_cast<std::uint64_t>(value) >> 52) - doubleBias;
+  constexpr double kLow = 1e5;
+  constexpr double kHigh = 1e6;
+  constexpr double kLog10Of2 = 0.30102999566398120;
+  constexpr double kDoubtful = 1e-6;  // hundreds of times the error of the product
+  constexpr int kDoubleBias = 1023;
+  const int binary = static_cast<int>(std::bit_cast<std::uint64_t>(value) >> 52) - kDoubleBias;
   // The number of digits of 2^binary, or one too few for the value: never too many.
-  int e = static_cast<int>(binary * log10Of2 + 1000) - 1000;
-  double scaled = value * scales[static_cast<std::size_t>(e - lowestExponent)];
-  if (scaled >= high) scaled = value * scales[static_cast<std::size_t>(++e - lowestExponent)];
+  int e = static_cast<int>(binary * kLog10Of2 + 1000) - 1000;
+  double scaled = value * kScales[static_cast<std::size_t>(e - kLowestExponent)];
+  if (scaled >= kHigh) scaled = value * kScales[static_cast<std::size_t>(++e - kLowestExponent)];
   const auto whole = static_cast<std::uint32_t>(scaled);
   const double rest = scaled - whole;
-  if (std::abs(rest - 0.5) < doubtful || scaled < low) return false;
+  if (std::abs(rest - 0.5) < kDoubtful || scaled < kLow) return false;
   *rounded = {whole + (rest > 0.5 ? 1U : 0U), e};
-  if (rounded->digits == static_cast<std::uint32_t>(high)) *rounded = {static_cast<std::uint32_t>(low), e + 1};
+  if (rounded->digits == static_cast<std::uint32_t>(kHigh)) *rounded = {static_cast<std::uint32_t>(kLow), e + 1};
   return true;
 }
 
 /// Writes a decimal as "%g" does, from the left. @return its end
 char* putDecimal(char* out, const Decimal& decimal) {
-  char digits[significant];
-  putDigits<significant>(digits, decimal.digits);
-  int count = significant;
+  char digits[kSignificant];
+  putDigits<kSignificant>(digits, decimal.digits);
+  int count = kSignificant;
   while (digits[count - 1] == '0') --count;
   const int e = decimal.exponent;
   if (e >= -4 && e < 0) {
@@ -128,7 +128,7 @@ char* putDecimal(char* out, const Decimal& decimal) {
     out[e] = '.';
     return std::copy_n(digits, count, out);
   }
-  const bool scientific = e < 0 || e >= significant;
+  const bool scientific = e < 0 || e >= kSignificant;
   const int before = scientific ? 1 : e + 1;
   out = std::copy_n(digits, before, out);
   if (count > before) {
@@ -138,7 +138,7 @@ char* putDecimal(char* out, const Decimal& decimal) {
   if (!scientific) return out;
   *out++ = 'e';
   *out++ = e < 0 ? '-' : '+';
-  return put(out, decimalPairs[static_cast<std::size_t>(std::abs(e))]);
+  return put(out, kDecimalPairs[static_cast<std::size_t>(std::abs(e))]);
 }
 
 char* putNumber(char* out, float value) {
@@ -147,13 +147,13 @@ char* putNumber(char* out, float value) {
     if (value < 0) *out++ = '-';
     return putDecimal(out, decimal);
   }
-  return std::to_chars(out, out + floatWidth, value, std::chars_format::general, significant).ptr;
+  return std::to_chars(out, out + kFloatWidth, value, std::chars_format::general, kSignificant).ptr;
 }
 
 char* putFloat(char* out, float value) {
-  char text[floatWidth];
+  char text[kFloatWidth];
   const std::ptrdiff_t length = putNumber(text, value) - text;
-  out = std::fill_n(out, floatWidth - length, ' ');
+  out = std::fill_n(out, kFloatWidth - length, ' ');
   return std::copy_n(text, length, out);
 }
 
@@ -161,10 +161,10 @@ char* putFloat(char* out, float value) {
 
 /// Five digits, or as many as it takes, and a blank.
 char* putOffset(char* out, long offset) {
-  constexpr long fiveDigits = 100000;
-  constexpr std::ptrdiff_t room = 10;
-  out = offset < fiveDigits ? putDigits<5>(out, static_cast<std::uint32_t>(offset))
-                            : std::to_chars(out, out + room, offset).ptr;
+  constexpr long kFiveDigits = 100000;
+  constexpr std::ptrdiff_t kRoom = 10;
+  out = offset < kFiveDigits ? putDigits<5>(out, static_cast<std::uint32_t>(offset))
+                             : std::to_chars(out, out + kRoom, offset).ptr;
   *out = ' ';
   return out + 1;
 }
@@ -175,10 +175,10 @@ std::uint16_t word16(const char* bytes, bool bigEndian) { return bigEndian ? loa
 std::uint32_t word32(const char* bytes, bool bigEndian) { return bigEndian ? loadBe32(bytes) : loadLe32(bytes); }
 
 char* hexValues(char* out, const char* bytes, int count, const DumpStyle& /*style*/) {
-  constexpr int groupBytes = 4;
+  constexpr int kGroupBytes = 4;
   for (int i = 0; i < count; ++i) {
-    if (i % groupBytes == 0) *out++ = ' ';
-    out = put(out, hexPairs[static_cast<unsigned char>(bytes[i])]);
+    if (i % kGroupBytes == 0) *out++ = ' ';
+    out = put(out, kHexPairs[static_cast<unsigned char>(bytes[i])]);
   }
   return out;
 }
@@ -194,8 +194,8 @@ CharTable asciiTable() {
 }
 
 CharTable ebcdicTable() {
-  int a2e[a2eTableSize];
-  int e2a[e2aTableSize];
+  int a2e[kA2eTableSize];
+  int e2a[kE2aTableSize];
   initascebc(a2e, e2a);
   CharTable table;
   std::ranges::transform(e2a, table.begin(), printable);
@@ -246,7 +246,7 @@ struct Layout {
   char* (*values)(char* out, const char* bytes, int count, const DumpStyle& style);
 };
 
-constexpr std::array<Layout, dumpFormats.size()> layouts = {{
+constexpr std::array<Layout, dumpFormats.size()> kLayouts = {{
     {1, 32, hexValues},
     {1, 80, textValues},
     {1, 80, textValues},
@@ -257,8 +257,8 @@ constexpr std::array<Layout, dumpFormats.size()> layouts = {{
 }};
 
 /// The widest line: an offset of ten digits, its blank, sixteen short integers of seven characters, the newline.
-constexpr int lineRoom = 128;
-constexpr int linesAtOnce = 256;
+constexpr int kLineRoom = 128;
+constexpr int kLinesAtOnce = 256;
 
 }  // namespace
 
@@ -269,9 +269,9 @@ DumpRange dumpRange(DUMP_FORMAT format, int nBytes, int startByte, int dumpBytes
 }
 
 long formatDump(std::span<const char> bytes, int offset, const DumpStyle& style, const LineTaker& take) {
-  const Layout& layout = layouts[static_cast<std::size_t>(style.format)];
+  const Layout& layout = kLayouts[static_cast<std::size_t>(style.format)];
   const int lineBytes = layout.valueBytes * layout.valuesPerLine;
-  std::array<char, std::size_t{lineRoom} * linesAtOnce> text;  // written before it is read
+  std::array<char, std::size_t{kLineRoom} * kLinesAtOnce> text;  // written before it is read
   char* out = text.data();
   long lines = 0;
   auto left = static_cast<long>(bytes.size()) / layout.valueBytes;
@@ -281,7 +281,7 @@ long formatDump(std::span<const char> bytes, int offset, const DumpStyle& style,
     out = layout.values(putOffset(out, offset + place), bytes.data() + place, count, style);
     left -= count;
     ++lines;
-    if (left == 0 || lines % linesAtOnce == 0) {
+    if (left == 0 || lines % kLinesAtOnce == 0) {
       *out = '\0';
       take(text.data());
       out = text.data();

@@ -24,15 +24,15 @@
 
 namespace {
 
-constexpr int FILE_DUMP = 1;  // to dumpInit: anything but TAPE_DUMP
+constexpr int kFileDump = 1;  // to dumpInit: anything but TAPE_DUMP
 WINDOW fileDumpDialog = NULL_WIN;
 
-constexpr DumpControls styleControls = {FD_FORMAT,     FD_SIGNED,        FD_UNSIGNED,
-                                        FD_BIG_ENDIAN, FD_LITTLE_ENDIAN, FD_SHOW_WINDOW};
-constexpr int MAX_READ = 65536;
-constexpr int INITIAL_BYTES = 1024;
+constexpr DumpControls kStyleControls = {FD_FORMAT,     FD_SIGNED,        FD_UNSIGNED,
+                                         FD_BIG_ENDIAN, FD_LITTLE_ENDIAN, FD_SHOW_WINDOW};
+constexpr int kMaxRead = 65536;
+constexpr int kInitialBytes = 1024;
 /// Whole numbers up to here, eight petabytes, are exact in a double.
-constexpr double EXACT = 9007199254740992.0;
+constexpr double kExact = 9007199254740992.0;
 
 constexpr ReportDialog dumpReports[] = {
     {"Trace Kills Report", 0, nullptr}, {"A/D Converter Test", 0, nullptr}, {"Crossfeed Test", 0, nullptr},
@@ -40,7 +40,7 @@ constexpr ReportDialog dumpReports[] = {
     {"Dynamic Range Test", 0, nullptr}, {"Impulse Resp. Test", 0, nullptr}, {"Gain Accuracy Test", 0, nullptr},
     {"Gain Step Test", 0, nullptr},
 };
-constexpr int REPORTS = static_cast<int>(std::size(dumpReports));
+constexpr int kReports = static_cast<int>(std::size(dumpReports));
 
 // The file. Positions and sizes are whole numbers of bytes, kept as doubles.
 std::unique_ptr<LargeFile> TheFile;
@@ -48,9 +48,9 @@ FILE_SPEC inputFile{};
 FILE_SPEC saveFile{};
 double inputSize = 0;  // as it was opened
 double currentByte = 0;
-double seekBytes = INITIAL_BYTES;
+double seekBytes = kInitialBytes;
 double goToByte = 0;
-int readBytes = INITIAL_BYTES;
+int readBytes = kInitialBytes;
 
 // The piece read last.
 std::unique_ptr<char[]> dumpBuf;
@@ -63,15 +63,15 @@ int theReport = 0;
 int repDlgUp = 0;
 ReportRecord reportRecord{};
 
-constexpr const char* AT_END_HINT = "The end of the file: \"Move back\" and \"Move to byte\" lead away from it.";
+constexpr const char* kAtEndHint = "The end of the file: \"Move back\" and \"Move to byte\" lead away from it.";
 
-constexpr NumberField readField = {.control = FD_READ_BYTES, .value = &readBytes, .low = 1, .high = MAX_READ};
+constexpr NumberField kReadField = {.control = FD_READ_BYTES, .value = &readBytes, .low = 1, .high = kMaxRead};
 
 bool isOpen() { return TheFile != nullptr; }
 
 bool isDataset() {
-  constexpr std::string_view extension = ".kyr";
-  return isOpen() && std::string_view(inputFile.name).ends_with(extension);
+  constexpr std::string_view kExtension = ".kyr";
+  return isOpen() && std::string_view(inputFile.name).ends_with(kExtension);
 }
 
 // ---- the piece as text --------------------------------------------------------------------------------------------
@@ -110,7 +110,7 @@ void readAndShow(WINDOW dialog) {
     xvt_dm_post_error("Read error from disk");
   } else {
     console_printf("Read %d bytes", result);
-    if (gFDumpIsVisible == 0) setDumpVisible(dialog, styleControls, dumpWindow, &gFDumpIsVisible, true);
+    if (gFDumpIsVisible == 0) setDumpVisible(dialog, kStyleControls, dumpWindow, &gFDumpIsVisible, true);
     dumpClear(dumpWindow);
     showFormatted();
   }
@@ -161,7 +161,7 @@ double parseBytes(const std::string& text, double low, double high) {
 }
 
 void readSeekBytes(WINDOW dialog) {
-  seekBytes = std::abs(parseBytes(controlText(dialog, FD_SEEK_BYTES), -EXACT, EXACT));
+  seekBytes = std::abs(parseBytes(controlText(dialog, FD_SEEK_BYTES), -kExact, kExact));
   showBytes(dialog, FD_SEEK_BYTES, seekBytes);
 }
 
@@ -171,9 +171,9 @@ void readGoToByte(WINDOW dialog) {
 }
 
 void readReadBytes(WINDOW dialog, const EVENT& event) {
-  if (parseNumber(controlText(dialog, FD_READ_BYTES).c_str(), {}) > MAX_READ)
-    xvt_dm_post_note("Maximum bytes per read is %d.", MAX_READ);
-  if (xvt_vobj_is_valid(dialog)) readNumber(dialog, event, readField);
+  if (parseNumber(controlText(dialog, FD_READ_BYTES).c_str(), {}) > kMaxRead)
+    xvt_dm_post_note("Maximum bytes per read is %d.", kMaxRead);
+  if (xvt_vobj_is_valid(dialog)) readNumber(dialog, event, kReadField);
 }
 
 /// Takes over a field that the user leaves. @return whether it was one
@@ -251,7 +251,7 @@ void startChosenReport(WINDOW dialog) { startReport(dialog, dumpReports[theRepor
 
 void chooseReport(WINDOW dialog) {
   const int row = xvt_list_get_selected(xvt_win_get_ctl(dialog, FD_REPORTS));
-  if (row >= 0 && row < REPORTS) theReport = row;
+  if (row >= 0 && row < kReports) theReport = row;
 }
 
 /// The file comes back from a report where it was left.
@@ -269,7 +269,7 @@ void reportEnded(WINDOW dialog) {
 // ---- events -------------------------------------------------------------------------------------------------------
 
 void showOrHide(WINDOW dialog) {
-  setDumpVisible(dialog, styleControls, dumpWindow, &gFDumpIsVisible, gFDumpIsVisible == 0);
+  setDumpVisible(dialog, kStyleControls, dumpWindow, &gFDumpIsVisible, gFDumpIsVisible == 0);
 }
 
 void close(WINDOW dialog) {
@@ -277,7 +277,7 @@ void close(WINDOW dialog) {
   xvt_vobj_destroy(dialog);
 }
 
-constexpr ControlAction ACTIONS[] = {
+constexpr ControlAction kActions[] = {
     {FD_OPEN, chooseInput},
     {FD_READ, readPiece},
     {FD_MOVE_BACK, moveBack},
@@ -291,37 +291,37 @@ constexpr ControlAction ACTIONS[] = {
 };
 
 void control(WINDOW dialog, const EVENT& event) {
-  if (leaveField(dialog, event) || chooseStyle(dialog, event, styleControls, &style)) return;
+  if (leaveField(dialog, event) || chooseStyle(dialog, event, kStyleControls, &style)) return;
   if (event.ctl.id == FD_REPORTS && event.ctl.what == CTL_SELECT) return chooseReport(dialog);
-  runAction(ACTIONS, dialog, event);
+  runAction(kActions, dialog, event);
 }
 
 /// The dump window's close box has hidden it: the button offers to show it again.
-void windowHidden() { nameShowButton(fileDumpDialog, styleControls, gFDumpIsVisible != 0); }
+void windowHidden() { nameShowButton(fileDumpDialog, kStyleControls, gFDumpIsVisible != 0); }
 
 void create(WINDOW dialog) {
   gFAnlsWindowUp = 1;
   fileDumpDialog = dialog;
-  onDumpHidden(FILE_DUMP, windowHidden);
+  onDumpHidden(kFileDump, windowHidden);
   style = DumpStyle{};
-  readBytes = INITIAL_BYTES;
-  seekBytes = INITIAL_BYTES;
+  readBytes = kInitialBytes;
+  seekBytes = kInitialBytes;
   goToByte = currentByte = inputSize = 0;
   theReport = repDlgUp = nBytesIn = 0;
   reportRecord.windowIsUp = nullptr;
-  dumpBuf = std::make_unique<char[]>(MAX_READ);
-  const WINDOW window = dumpInit(FILE_DUMP);
+  dumpBuf = std::make_unique<char[]>(kMaxRead);
+  const WINDOW window = dumpInit(kFileDump);
   dumpWindow = window == -1 ? NULL_WIN : window;
-  if (!showStyle(dialog, styleControls, style)) xvt_dm_post_error("Memory error getting format list");
+  if (!showStyle(dialog, kStyleControls, style)) xvt_dm_post_error("Memory error getting format list");
   initRepList(dialog);
-  showNumber(dialog, readField);
+  showNumber(dialog, kReadField);
   showBytes(dialog, FD_SEEK_BYTES, seekBytes);
   showBytes(dialog, FD_GO_TO_BYTE, goToByte);
   showFile(dialog);
 }
 
 void destroy() {
-  onDumpHidden(FILE_DUMP, nullptr);
+  onDumpHidden(kFileDump, nullptr);
   if (dumpWindow != NULL_WIN) {
     EVENT end;
     end.type = E_DESTROY;
@@ -348,7 +348,7 @@ void setCurrent(WINDOW theWindow) {
   const bool atEnd = currentByte >= inputSize;
   const std::string position = !isOpen() ? "" : failed ? "File Error" : atEnd ? "EOF" : formatText("%.0f", currentByte);
   setControlText(theWindow, FD_CURRENT_BYTE, position.c_str());
-  setControlText(theWindow, FD_HINT, isOpen() && atEnd && !failed ? AT_END_HINT : "");
+  setControlText(theWindow, FD_HINT, isOpen() && atEnd && !failed ? kAtEndHint : "");
   enableControls(theWindow, {FD_READ, FD_MOVE_FORWARD, FD_REWIND}, isOpen() && repDlgUp == 0 && !failed && !atEnd);
 }
 
@@ -362,10 +362,10 @@ void setDlgState(WINDOW theDlg, int reportDlgIsUp) {
 }
 
 void initRepList(WINDOW theWindow) {
-  const char* names[REPORTS];
+  const char* names[kReports];
   std::ranges::transform(dumpReports, names, &ReportDialog::name);
   fillList(theWindow, FD_REPORTS, names, theReport);
-  if (xvt_list_count(xvt_win_get_ctl(theWindow, FD_REPORTS)) != REPORTS)
+  if (xvt_list_count(xvt_win_get_ctl(theWindow, FD_REPORTS)) != kReports)
     xvt_dm_post_error("Memory error getting report list.");
 }
 

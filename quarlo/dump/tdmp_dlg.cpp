@@ -20,10 +20,10 @@
 
 namespace {
 
-constexpr DumpControls styleControls = {TD_FORMAT,     TD_SIGNED,        TD_UNSIGNED,
-                                        TD_BIG_ENDIAN, TD_LITTLE_ENDIAN, TD_SHOW_WINDOW};
-constexpr int tapeModes[] = {0x1000001, 0x2000002};
-constexpr int UNREAD = -1;  // no block to show again: none was read, or the last read failed
+constexpr DumpControls kStyleControls = {TD_FORMAT,     TD_SIGNED,        TD_UNSIGNED,
+                                         TD_BIG_ENDIAN, TD_LITTLE_ENDIAN, TD_SHOW_WINDOW};
+constexpr int kTapeModes[] = {0x1000001, 0x2000002};
+constexpr int kUnread = -1;  // no block to show again: none was read, or the last read failed
 
 UnitStruct* ioUnit = nullptr;
 
@@ -33,11 +33,11 @@ int readBlocks = 1;  // blocks of one Dump
 int skipBlocks = 1;
 int startByte = 0;
 int dumpBytes = 1024;
-int tapeMode = tapeModes[0];  // kept for the user; nothing here depends on it
+int tapeMode = kTapeModes[0];  // kept for the user; nothing here depends on it
 
 // The block read last, in memory of its own: other jobs use the units' buffer.
 std::unique_ptr<char[]> dumpBuf;
-int nBytesIn = UNREAD;
+int nBytesIn = kUnread;
 int blockNumber = 0;
 int blocksLastRead = 0;
 
@@ -48,7 +48,7 @@ WINDOW dumpWindow = NULL_WIN;
 FileHandle txtFp;
 bool fileGivenUp = false;  // after its first failure in a dump
 
-constexpr NumberField FIELDS[] = {
+constexpr NumberField kFields[] = {
     {.control = TD_READ_BLOCKS, .value = &readBlocks, .absolute = true},
     {.control = TD_SKIP_BLOCKS, .value = &skipBlocks, .absolute = true},
     {.control = TD_START_BYTE, .value = &startByte},
@@ -108,7 +108,7 @@ void showBlock(bool onConsole) {
 void beginOutput(WINDOW dialog) {
   fileGivenUp = false;
   if (txtFp) std::clearerr(txtFp.get());
-  if (gTDumpIsVisible == 0) setDumpVisible(dialog, styleControls, dumpWindow, &gTDumpIsVisible, true);
+  if (gTDumpIsVisible == 0) setDumpVisible(dialog, kStyleControls, dumpWindow, &gTDumpIsVisible, true);
 }
 
 // ---- reading ----------------------------------------------------------------------------------------------------
@@ -123,7 +123,7 @@ Read readBlock() {
     return Read::BLOCK;
   }
   if (ioUnit->eodMark != 0) {
-    nBytesIn = UNREAD;
+    nBytesIn = kUnread;
     return Read::END_OF_DATA;
   }
   ioUnit->fileNum++;
@@ -177,7 +177,7 @@ void dump(WINDOW dialog) {
 }
 
 void redump(WINDOW dialog) {
-  if (nBytesIn == UNREAD) return;
+  if (nBytesIn == kUnread) return;
   beginOutput(dialog);
   showBlock(false);
 }
@@ -206,13 +206,13 @@ void halt(WINDOW dialog) {
 }
 
 void showOrHide(WINDOW dialog) {
-  setDumpVisible(dialog, styleControls, dumpWindow, &gTDumpIsVisible, gTDumpIsVisible == 0);
+  setDumpVisible(dialog, kStyleControls, dumpWindow, &gTDumpIsVisible, gTDumpIsVisible == 0);
 }
 
 void close(WINDOW dialog) { theDialog.close(dialog); }
 
-constexpr ControlAction ANY_TIME[] = {{TD_HALT, halt}, {TD_SHOW_WINDOW, showOrHide}, {TD_CLOSE, close}};
-constexpr ControlAction BETWEEN_JOBS[] = {
+constexpr ControlAction kAnyTime[] = {{TD_HALT, halt}, {TD_SHOW_WINDOW, showOrHide}, {TD_CLOSE, close}};
+constexpr ControlAction kBetweenJobs[] = {
     {TD_SELECT_DRIVE, selectDrive}, {TD_DUMP, dump}, {TD_REDUMP, redump}, {TD_SKIP_BACK, skipBack},
     {TD_SKIP_FORWARD, skipForward},
 };
@@ -224,15 +224,15 @@ void initSettings() {
   readBlocks = skipBlocks = 1;
   startByte = 0;
   dumpBytes = 1024;
-  tapeMode = tapeModes[0];
-  nBytesIn = UNREAD;
+  tapeMode = kTapeModes[0];
+  nBytesIn = kUnread;
   blocksLastRead = 0;
   haltDump = 0;
 }
 
 void openOutput() {
   fileGivenUp = false;
-  dumpWindow = dumpInit(TAPE_DUMP);
+  dumpWindow = dumpInit(kTapeDump);
   if (dumpWindow == -1) {
     dumpWindow = NULL_WIN;
     return;
@@ -242,24 +242,24 @@ void openOutput() {
 }
 
 /// The dump window's close box has hidden it: the button offers to show it again.
-void windowHidden() { nameShowButton(gTAnlsWindow, styleControls, gTDumpIsVisible != 0); }
+void windowHidden() { nameShowButton(gTAnlsWindow, kStyleControls, gTDumpIsVisible != 0); }
 
 void create(WINDOW dialog) {
   gTAnlsWindow = dialog;
-  onDumpHidden(TAPE_DUMP, windowHidden);
+  onDumpHidden(kTapeDump, windowHidden);
   gTAnlsWindowUp = 1;
   ioUnit = getDevPtr();
   initSettings();
   dumpBuf.reset(new (std::nothrow) char[ioUnit->ioBufLen]);
-  if (!showStyle(dialog, styleControls, style)) xvt_dm_post_error("Memory error getting format list");
+  if (!showStyle(dialog, kStyleControls, style)) xvt_dm_post_error("Memory error getting format list");
   xdCheckRadioButton(dialog, TD_TAPE_MODE_1, TD_TAPE_MODE_1, TD_TAPE_MODE_2);
-  for (const NumberField& field : FIELDS) showNumber(dialog, field);
+  for (const NumberField& field : kFields) showNumber(dialog, field);
   theDialog.follow(dialog);
   openOutput();
 }
 
 void destroy() {
-  onDumpHidden(TAPE_DUMP, nullptr);
+  onDumpHidden(kTapeDump, nullptr);
   haltDump = 1;  // a dump that is still running sees it at its next block
   if (dumpWindow != NULL_WIN) {
     EVENT end;
@@ -274,15 +274,15 @@ void destroy() {
 }
 
 void control(WINDOW dialog, const EVENT& event) {
-  for (const NumberField& field : FIELDS)
+  for (const NumberField& field : kFields)
     if (readNumber(dialog, event, field)) return;
-  if (chooseStyle(dialog, event, styleControls, &style)) return;
+  if (chooseStyle(dialog, event, kStyleControls, &style)) return;
   if (int mode = 0; chooseRadio(dialog, event, TD_TAPE_MODE_1, TD_TAPE_MODE_2, &mode)) {
-    tapeMode = tapeModes[mode];
+    tapeMode = kTapeModes[mode];
     return;
   }
-  if (runAction(ANY_TIME, dialog, event) || event.ctl.what != CTL_PRESS) return;
-  if (!theDialog.refuses(dialog)) runAction(BETWEEN_JOBS, dialog, event);
+  if (runAction(kAnyTime, dialog, event) || event.ctl.what != CTL_PRESS) return;
+  if (!theDialog.refuses(dialog)) runAction(kBetweenJobs, dialog, event);
 }
 
 }  // namespace

@@ -11,8 +11,8 @@
 
 namespace {
 
-constexpr const char* OUTPUT_EXTENSION = ".sgd";
-constexpr std::size_t MAX_OUTPUT_NAME = 200;  // so that a number and the extension find room in a file's name
+constexpr const char* kOutputExtension = ".sgd";
+constexpr std::size_t kMaxOutputName = 200;  // so that a number and the extension find room in a file's name
 
 SgdCopyParams editedCopy;
 SgdCopyParams editedFiles;
@@ -26,7 +26,7 @@ SgdCopyParams& recordOf(WINDOW dialog) {
 
 // ---- options ----------------------------------------------------------------------------------------------------
 
-constexpr FlagControl<SgdCopyParams> FLAGS[] = {
+constexpr FlagControl<SgdCopyParams> kFlags[] = {
     {SD_LIMIT, &SgdCopyParams::limit},
     {SD_ZERO_TRACES, &SgdCopyParams::zeroTraces},
     {SD_LENGTH_OVERRIDE, &SgdCopyParams::recLenOR},
@@ -40,9 +40,9 @@ constexpr FlagControl<SgdCopyParams> FLAGS[] = {
 };
 
 // The limits keep what is shown and what is computed from it apart from zero and within its type.
-constexpr RealField BYTE_LIMIT = {
-    .control = SD_BYTE_LIMIT, .decimals = 3, .low = 0.001, .high = 1e9, .unit = BYTES_PER_GIGABYTE};
-constexpr RealField LENGTH_UNIT = {.control = SD_LENGTH_UNIT, .decimals = 4, .low = 0.0001, .high = 1000.0};
+constexpr RealField kByteLimit = {
+    .control = SD_BYTE_LIMIT, .decimals = 3, .low = 0.001, .high = 1e9, .unit = kBytesPerGigabyte};
+constexpr RealField kLengthUnit = {.control = SD_LENGTH_UNIT, .decimals = 4, .low = 0.0001, .high = 1000.0};
 
 NumberField intervalField(SgdCopyParams* params) {
   return {.control = SD_DECIMATE_INTERVAL, .value = &params->itsDecimateIntvl, .low = 1};
@@ -64,14 +64,14 @@ void showLists(WINDOW dialog, const SgdCopyParams& params) {
 }
 
 bool editOptionFlags(WINDOW dialog, const EVENT& event) {
-  if (!editFlags(dialog, event, FLAGS, &editedCopy)) return false;
+  if (!editFlags(dialog, event, kFlags, &editedCopy)) return false;
   enableByOptions(dialog, editedCopy);
   return true;
 }
 
 bool editLengthUnit(WINDOW dialog, const EVENT& event) {
   double seconds = editedCopy.recLenFactor;
-  if (!readReal(dialog, event, LENGTH_UNIT, &seconds)) return false;
+  if (!readReal(dialog, event, kLengthUnit, &seconds)) return false;
   editedCopy.recLenFactor = static_cast<float>(seconds);
   return true;
 }
@@ -89,8 +89,8 @@ bool editOutputName(WINDOW dialog, const EVENT& event) {
   name.erase(0, name.rfind('/') + 1);
   if (name.empty())
     copyText(editedCopy.outFile, "");
-  else if (name.size() <= MAX_OUTPUT_NAME)
-    copyText(editedCopy.outFile, name.ends_with(OUTPUT_EXTENSION) ? name : name + OUTPUT_EXTENSION);
+  else if (name.size() <= kMaxOutputName)
+    copyText(editedCopy.outFile, name.ends_with(kOutputExtension) ? name : name + kOutputExtension);
   showOutputName(dialog, editedCopy);
   return true;
 }
@@ -118,7 +118,7 @@ void storeCopy(WINDOW dialog) {
   xvt_vobj_destroy(dialog);
 }
 
-constexpr ControlAction ACTIONS[] = {
+constexpr ControlAction kActions[] = {
     {SD_LIMIT_LIST, editFileList}, {SD_ZERO_LIST, editZeroList}, {SD_PREPEND_FILE, choosePrependFile},
     {SD_LOG_FILE, chooseLogFile},  {SD_OK, storeCopy},           {SD_CANCEL, xvt_vobj_destroy},
 };
@@ -129,10 +129,10 @@ void createCopy(WINDOW dialog) {
 }
 
 void controlCopy(WINDOW dialog, const EVENT& event) {
-  if (!editOptionFlags(dialog, event) && !readReal(dialog, event, BYTE_LIMIT, &editedCopy.byteLimit) &&
+  if (!editOptionFlags(dialog, event) && !readReal(dialog, event, kByteLimit, &editedCopy.byteLimit) &&
       !editLengthUnit(dialog, event) && !editOutputName(dialog, event) &&
       !readNumber(dialog, event, intervalField(&editedCopy)))
-    runAction(ACTIONS, dialog, event);
+    runAction(kActions, dialog, event);
 }
 
 // ---- field file list --------------------------------------------------------------------------------------------
@@ -153,12 +153,12 @@ void storeFiles(WINDOW dialog) {
   xvt_vobj_destroy(dialog);
 }
 
-constexpr ControlAction FILES_ACTIONS[] = {
+constexpr ControlAction kFilesActions[] = {
     {SF_CHOOSE_FILE, chooseFilesList}, {SF_OK, storeFiles}, {SF_CANCEL, xvt_vobj_destroy}};
 
 void controlFiles(WINDOW dialog, const EVENT& event) {
   if (!chooseFromOne(dialog, event, SF_INCLUSION, SF_EXCLUSION, &editedFiles.recLimType))
-    runAction(FILES_ACTIONS, dialog, event);
+    runAction(kFilesActions, dialog, event);
 }
 
 // ---- zero trace list --------------------------------------------------------------------------------------------
@@ -170,7 +170,7 @@ KeyControls zeroKey() {
           .byte = &editedZero.trcLimByte,
           .type = &editedZero.trcLimType,
           .types = SegdDataTypes,
-          .lastByte = SEGD_TRACE_HEADER_BYTES - editedZero.trcLimType};
+          .lastByte = kSegdTraceHeaderBytes - editedZero.trcLimType};
 }
 
 /// Brings the key's byte into the trace header, whose room for it depends on the type.
@@ -179,7 +179,7 @@ void keepKeyInHeader() { editedZero.trcLimByte = std::clamp(editedZero.trcLimByt
 void createZero(WINDOW dialog) {
   editedZero = recordOf(dialog);
   showPath(dialog, ZT_PATH, editedZero.trcLimDir, editedZero.trcLimFile);
-  editedZero.trcLimType = std::clamp(editedZero.trcLimType, 0, SEGD_KEY_TYPES - 1);
+  editedZero.trcLimType = std::clamp(editedZero.trcLimType, 0, kSegdKeyTypes - 1);
   keepKeyInHeader();
   showKey(dialog, zeroKey());
 }
@@ -193,7 +193,7 @@ void storeZero(WINDOW dialog) {
   xvt_vobj_destroy(dialog);
 }
 
-constexpr ControlAction ZERO_ACTIONS[] = {
+constexpr ControlAction kZeroActions[] = {
     {ZT_CHOOSE_FILE, chooseZeroList}, {ZT_OK, storeZero}, {ZT_CANCEL, xvt_vobj_destroy}};
 
 void controlZero(WINDOW dialog, const EVENT& event) {
@@ -201,20 +201,20 @@ void controlZero(WINDOW dialog, const EVENT& event) {
     keepKeyInHeader();
     setControlNumber(dialog, ZT_BYTE, editedZero.trcLimByte);
   } else {
-    runAction(ZERO_ACTIONS, dialog, event);
+    runAction(kZeroActions, dialog, event);
   }
 }
 
 }  // namespace
 
 void setState(WINDOW theDialog, const SgdCopyParams* params) {
-  showFlags(theDialog, FLAGS, *params);
+  showFlags(theDialog, kFlags, *params);
   showLists(theDialog, *params);
   showPath(theDialog, SD_PREPEND_PATH, params->prepDir, params->prepFile);
   showPath(theDialog, SD_LOG_PATH, params->logDir, params->logFile);
   showOutputName(theDialog, *params);
-  showReal(theDialog, BYTE_LIMIT, params->byteLimit);
-  showReal(theDialog, LENGTH_UNIT, params->recLenFactor);
+  showReal(theDialog, kByteLimit, params->byteLimit);
+  showReal(theDialog, kLengthUnit, params->recLenFactor);
   setControlNumber(theDialog, SD_DECIMATE_INTERVAL, params->itsDecimateIntvl);
   enableByOptions(theDialog, *params);
 }

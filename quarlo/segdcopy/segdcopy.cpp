@@ -23,7 +23,7 @@ std::string listPath(const PathField& directory, const PathField& file) {
 
 class SegdCopy {
  public:
-  explicit SegdCopy(UnitStruct* allUnits) : units(allUnits), output(allUnits, taken) {}
+  explicit SegdCopy(UnitStruct* allUnits) : units_(allUnits), output_(allUnits, taken_) {}
   ~SegdCopy();
   SegdCopy(const SegdCopy&) = delete;
   SegdCopy& operator=(const SegdCopy&) = delete;
@@ -57,31 +57,31 @@ class SegdCopy {
     CopyError = -1;
     return false;
   }
-  bool IsDiskInput() const { return units->type == UT_DISK; }
+  bool IsDiskInput() const { return units_->type == UT_DISK; }
   bool zeroes() const { return IsDiskInput() && SgdParams.zeroTraces; }
 
-  UnitStruct* units;
-  SegdTakenFiles taken;
-  DirectoryFiles files;  // of a disk input
-  SegdOutput output;
-  std::unique_ptr<SegdInput> input;
-  std::optional<JobFrame> frame;
+  UnitStruct* units_;
+  SegdTakenFiles taken_;
+  DirectoryFiles files_;  // of a disk input
+  SegdOutput output_;
+  std::unique_ptr<SegdInput> input_;
+  std::optional<JobFrame> frame_;
 
   int CopyError = 0;
-  int fieldFile = 0;  // number of the field file in hand
-  int sequence = 0;   // field files met, the skipped ones too
-  int filesCopied = 0;
+  int fieldFile_ = 0;  // number of the field file in hand
+  int sequence_ = 0;   // field files met, the skipped ones too
+  int filesCopied_ = 0;
   int TraceCount = 0;    // all traces copied
   int ChannelCount = 0;  // those of the field file in hand
   int BlocksCopied = 0;  // blocks of the input
-  int percent = 0;
+  int percent_ = 0;
   double BytesCopied = 0;
-  bool unfinished = false;      // the field file in hand is begun and not ended
-  bool tapesAreSpared = false;  // who stopped, or declined a tape, may not want what is loaded to be written to
+  bool unfinished_ = false;      // the field file in hand is begun and not ended
+  bool tapesAreSpared_ = false;  // who stopped, or declined a tape, may not want what is loaded to be written to
 };
 
 SegdCopy::~SegdCopy() {
-  if (IsDiskInput()) closeDiskUnit(units);
+  if (IsDiskInput()) closeDiskUnit(units_);
   closeSegdLog();
 }
 
@@ -103,22 +103,22 @@ void SegdCopy::work() {
     fail();
     return;
   }
-  frame.emplace(JOB_SEGD, units->type, &sequence, &percent, &TraceCount);
-  bool more = frame->isOpen() || fail();
+  frame_.emplace(JOB_SEGD, units_->type, &sequence_, &percent_, &TraceCount);
+  bool more = frame_->isOpen() || fail();
   while (more) more = goOn() && copyNextFile();
-  if (frame->stopIsNews()) goOn();
+  if (frame_->stopIsNews()) goOn();
 }
 
 // ---- before the first field file --------------------------------------------------------------------------------
 
 void SegdCopy::findTakenFiles() {
   if (IsDiskInput()) {
-    files = listSegdFiles(units->fs);
-    for (const std::string& name : files.names) taken.inputs.add(joinPath(fieldText(units->fs.dir.path), name));
+    files_ = listSegdFiles(units_->fs);
+    for (const std::string& name : files_.names) taken_.inputs.add(joinPath(fieldText(units_->fs.dir.path), name));
   }
-  taken.others.add(listPath(SgdParams.recLimDir, SgdParams.recLimFile));
-  taken.others.add(listPath(SgdParams.trcLimDir, SgdParams.trcLimFile));
-  taken.others.add(listPath(SgdParams.prepDir, SgdParams.prepFile));
+  taken_.others.add(listPath(SgdParams.recLimDir, SgdParams.recLimFile));
+  taken_.others.add(listPath(SgdParams.trcLimDir, SgdParams.trcLimFile));
+  taken_.others.add(listPath(SgdParams.prepDir, SgdParams.prepFile));
 }
 
 bool SegdCopy::initLists() const {
@@ -128,7 +128,7 @@ bool SegdCopy::initLists() const {
 void SegdCopy::openLog() const {
   if (!SgdParams.useLog) return;
   const std::string path = listPath(SgdParams.logDir, SgdParams.logFile);
-  if (taken.inputs.holds(path) || taken.others.holds(path)) {
+  if (taken_.inputs.holds(path) || taken_.others.holds(path)) {
     SgdParams.useLog = false;
     logMessagef("  *** %s is used by this job already and cannot be its log.", path.c_str());
     xvt_dm_post_error("Error opening file %s", path.c_str());
@@ -138,7 +138,7 @@ void SegdCopy::openLog() const {
 }
 
 bool SegdCopy::prepare() {
-  taken.others.add(SgdParams.logFp != nullptr ? listPath(SgdParams.logDir, SgdParams.logFile) : "");
+  taken_.others.add(SgdParams.logFp != nullptr ? listPath(SgdParams.logDir, SgdParams.logFile) : "");
   if (SgdParams.itDecimates && SgdParams.itsDecimateIntvl < 1)
     logMessagef("  ** An interval of %d field files is none: every one is shown.", SgdParams.itsDecimateIntvl);
   if (SgdParams.zeroTraces && !IsDiskInput()) logMessage("  ** Traces are zeroed only where the input is on disk.");
@@ -149,29 +149,29 @@ bool SegdCopy::keyIsSound() const {
   const int type = SgdParams.trcLimType;
   if (!zeroes() || keyIsInTraceHeader(SgdParams.trcLimByte, type)) return true;
   logMessagef("  *** The zero list key (byte %d, %s) does not lie within the %d bytes of a trace header.",
-              SgdParams.trcLimByte, type >= 0 && type < SEGD_KEY_TYPES ? SegdDataTypes[type] : "unknown type",
-              SEGD_TRACE_HEADER_BYTES);
+              SgdParams.trcLimByte, type >= 0 && type < kSegdKeyTypes ? SegdDataTypes[type] : "unknown type",
+              kSegdTraceHeaderBytes);
   return false;
 }
 
 bool SegdCopy::openInput() {
   if (!IsDiskInput()) {
-    input = std::make_unique<SegdTapeInput>(units);
+    input_ = std::make_unique<SegdTapeInput>(units_);
   } else {
-    files.nameOthers(logMessage);
-    if (files.names.empty()) {
+    files_.nameOthers(logMessage);
+    if (files_.names.empty()) {
       logMessage("  *** No valid files found in directory.");
       return false;
     }
-    input = std::make_unique<SegdDiskInput>(units, files.names);
-    input->beforeRefill([this] { output.writeLent(); });
+    input_ = std::make_unique<SegdDiskInput>(units_, files_.names);
+    input_->beforeRefill([this] { output_.writeLent(); });
   }
-  if (SgdParams.recLenOR) input->headers.RecordLengthMultiplier = 100 * SgdParams.recLenFactor;
+  if (SgdParams.recLenOR) input_->headers.RecordLengthMultiplier = 100 * SgdParams.recLenFactor;
   return true;
 }
 
 bool SegdCopy::prepend() {
-  if (!output.isTape() || !SgdParams.prepend) return true;
+  if (!output_.isTape() || !SgdParams.prepend) return true;
   const std::string path = listPath(SgdParams.prepDir, SgdParams.prepFile);
   const FileHandle file = openFile(path.c_str(), "rb");
   if (!file) {
@@ -180,7 +180,7 @@ bool SegdCopy::prepend() {
     return true;
   }
   SgdParams.prepFp = file.get();
-  const bool done = output.prependFile(path);
+  const bool done = output_.prependFile(path);
   SgdParams.prepFp = nullptr;
   return done;
 }
@@ -188,14 +188,14 @@ bool SegdCopy::prepend() {
 // ---- field file by field file -----------------------------------------------------------------------------------
 
 bool SegdCopy::goOn() {
-  if (frame->goOn()) return true;
-  tapesAreSpared = true;
+  if (frame_->goOn()) return true;
+  tapesAreSpared_ = true;
   logMessagef("  *** Copy aborted by user at %s.", dateText().c_str());
   return false;
 }
 
 bool SegdCopy::copyNextFile() {
-  switch (input->getFieldFile()) {
+  switch (input_->getFieldFile()) {
     case SegdItem::End:
       return false;
     case SegdItem::Failed:
@@ -203,47 +203,47 @@ bool SegdCopy::copyNextFile() {
     case SegdItem::Data:
       break;
   }
-  fieldFile = input->GenHdr().ffilenum;
+  fieldFile_ = input_->GenHdr().ffilenum;
   ChannelCount = 0;
-  if (++sequence == 1) logFirst();
-  return SgdParams.limit && !fieldFileInRange(fieldFile) ? skipFile() : copyFile();
+  if (++sequence_ == 1) logFirst();
+  return SgdParams.limit && !fieldFileInRange(fieldFile_) ? skipFile() : copyFile();
 }
 
 void SegdCopy::logFirst() {
   logMessage(" ");
   logMessage(" ");
-  logMessagef("SEG D format code:   %d", input->GenHdr().fmtCode);
+  logMessagef("SEG D format code:   %d", input_->GenHdr().fmtCode);
   logMessage(" ");
   if (!IsDiskInput()) logMessagef("Start of input tape %d", 1);
-  if (output.isTape()) logMessagef("Start of output tape %d", 1);
+  if (output_.isTape()) logMessagef("Start of output tape %d", 1);
 }
 
 bool SegdCopy::skipFile() {
-  logMessagef("Field File: %6d  skipped", fieldFile);
-  percent = input->percent();
-  return input->skipFile(fieldFile) || fail();
+  logMessagef("Field File: %6d  skipped", fieldFile_);
+  percent_ = input_->percent();
+  return input_->skipFile(fieldFile_) || fail();
 }
 
 bool SegdCopy::copyFile() {
-  if (!output.beginFile(SgdParams.ffidOption ? fieldFile : sequence)) return fail();
-  unfinished = true;
+  if (!output_.beginFile(SgdParams.ffidOption ? fieldFile_ : sequence_)) return fail();
+  unfinished_ = true;
   ++BlocksCopied;
-  BytesCopied += static_cast<double>(input->HeaderRecord.size());
-  if (!output.putHeader(input->HeaderRecord)) return fail();
+  BytesCopied += static_cast<double>(input_->HeaderRecord.size());
+  if (!output_.putHeader(input_->HeaderRecord)) return fail();
   if (!copyTraces()) return false;
-  if (!output.endFile()) return fail();
-  unfinished = false;
-  ++filesCopied;
-  ++output.FilesPerTape;
+  if (!output_.endFile()) return fail();
+  unfinished_ = false;
+  ++filesCopied_;
+  ++output_.FilesPerTape;
   logFile();
-  percent = input->percent();
+  percent_ = input_->percent();
   return makeRoom();
 }
 
 bool SegdCopy::copyTraces() {
   while (goOn()) {
     std::span<const char> trace;
-    switch (input->getSegdTrace(&trace)) {
+    switch (input_->getSegdTrace(&trace)) {
       case SegdItem::End:
         return true;
       case SegdItem::Failed:
@@ -261,33 +261,33 @@ bool SegdCopy::copyTrace(std::span<const char> trace) {
   ++ChannelCount;
   ++BlocksCopied;
   BytesCopied += static_cast<double>(trace.size());
-  const bool hasHeader = trace.size() >= static_cast<std::size_t>(SEGD_TRACE_HEADER_BYTES);
-  return output.putSegdTrace(trace, hasHeader ? getChannelSet(trace.data()) : 0, input->traceIsLent);
+  const bool hasHeader = trace.size() >= static_cast<std::size_t>(kSegdTraceHeaderBytes);
+  return output_.putSegdTrace(trace, hasHeader ? getChannelSet(trace.data()) : 0, input_->traceIsLent);
 }
 
 void SegdCopy::logFile() {
   Silent =
-      SgdParams.itDecimates && SgdParams.itsDecimateIntvl > 0 && output.FilesPerTape % SgdParams.itsDecimateIntvl != 0;
-  logMessagef("Field File: %6d  -  %4d traces", fieldFile, ChannelCount);
+      SgdParams.itDecimates && SgdParams.itsDecimateIntvl > 0 && output_.FilesPerTape % SgdParams.itsDecimateIntvl != 0;
+  logMessagef("Field File: %6d  -  %4d traces", fieldFile_, ChannelCount);
   if (!IsDiskInput()) return;
-  logMessagef("Copied file  %s .", input->InputFileName.c_str());
-  if (input->bytesLeft() > 0) {
-    logMessagef("  ** %.0f byte%s of %s behind its last announced trace %s not copied.", input->bytesLeft(),
-                input->bytesLeft() > 1 ? "s" : "", input->InputFileName.c_str(),
-                input->bytesLeft() > 1 ? "were" : "was");
+  logMessagef("Copied file  %s .", input_->InputFileName.c_str());
+  if (input_->bytesLeft() > 0) {
+    logMessagef("  ** %.0f byte%s of %s behind its last announced trace %s not copied.", input_->bytesLeft(),
+                input_->bytesLeft() > 1 ? "s" : "", input_->InputFileName.c_str(),
+                input_->bytesLeft() > 1 ? "were" : "was");
   }
-  input->closeFile();
+  input_->closeFile();
 }
 
 bool SegdCopy::makeRoom() {
-  if (!output.isTape() || !SgdParams.limitBytes || output.BytesOut <= SgdParams.byteLimit) return true;
-  switch (output.handleFullOutput()) {
+  if (!output_.isTape() || !SgdParams.limitBytes || output_.BytesOut <= SgdParams.byteLimit) return true;
+  switch (output_.handleFullOutput()) {
     case SegdOutput::Tapes::Ready:
       return true;
     case SegdOutput::Tapes::Failed:
       return fail();
     default:
-      tapesAreSpared = true;
+      tapesAreSpared_ = true;
       return false;
   }
 }
@@ -295,7 +295,7 @@ bool SegdCopy::makeRoom() {
 // ---- the end ----------------------------------------------------------------------------------------------------
 
 void SegdCopy::finish() {
-  if (!output.finish(tapesAreSpared || CopyError != 0 ? JobEnd::CutShort : JobEnd::Success)) fail();
+  if (!output_.finish(tapesAreSpared_ || CopyError != 0 ? JobEnd::CutShort : JobEnd::Success)) fail();
   takeBackLost();
   nameUnfinished();
   if (CopyError != 0) {
@@ -304,23 +304,23 @@ void SegdCopy::finish() {
   }
   if (!IsDiskInput()) {
     logMessage(" ");
-    logMessagef("End of input tape %d", input ? input->tape : 1);
+    logMessagef("End of input tape %d", input_ ? input_->tape : 1);
   }
-  if (output.isTape()) {
+  if (output_.isTape()) {
     logMessage(" ");
-    logMessagef("End of output tape %d", output.OutputTapeNumber);
-    logMessagef("%d Field Files output to this tape.", output.FilesPerTape);
+    logMessagef("End of output tape %d", output_.OutputTapeNumber);
+    logMessagef("%d Field Files output to this tape.", output_.FilesPerTape);
   }
   logSummary();
-  if (input) input->tellOfLost();
-  if (frame) frame->close();
+  if (input_) input_->tellOfLost();
+  if (frame_) frame_->close();
   logMessagef("SEG D copy ended at %s.", dateText().c_str());
   logMessage(" ");
 }
 
 /// Takes out of the counts what the output accepted and could not keep.
 void SegdCopy::takeBackLost() {
-  const LostOutput& lost = output.lost();
+  const LostOutput& lost = output_.lost();
   TraceCount -= lost.traces;
   ChannelCount -= lost.traces;
   BlocksCopied -= lost.traces + (lost.headerBytes > 0 ? 1 : 0);
@@ -328,12 +328,12 @@ void SegdCopy::takeBackLost() {
 }
 
 void SegdCopy::nameUnfinished() {
-  if (!unfinished) return;
-  if (ChannelCount == input->announcedTraces() && input->bytesLeft() > 0) {
+  if (!unfinished_) return;
+  if (ChannelCount == input_->announcedTraces() && input_->bytesLeft() > 0) {
     logMessagef("  ** Field file %d: %s holds all of its %d announced trace%s, and not the %.0f bytes that follow.",
-                fieldFile, output.place().c_str(), ChannelCount, plural(ChannelCount), input->bytesLeft());
+                fieldFile_, output_.place().c_str(), ChannelCount, plural(ChannelCount), input_->bytesLeft());
   } else {
-    logMessagef("  ** Field file %d is not complete: %s holds %d trace%s of it.", fieldFile, output.place().c_str(),
+    logMessagef("  ** Field file %d is not complete: %s holds %d trace%s of it.", fieldFile_, output_.place().c_str(),
                 ChannelCount, plural(ChannelCount));
   }
 }
@@ -343,10 +343,10 @@ void SegdCopy::logSummary() {
   logMessage(" ");
   logMessage("SEG D Copy Summary:");
   logMessagef("   %.0f bytes copied.", BytesCopied);
-  logMessagef("   %d field file%s copied.", filesCopied, plural(filesCopied));
+  logMessagef("   %d field file%s copied.", filesCopied_, plural(filesCopied_));
   if (!IsDiskInput()) {
     // The counter is one ahead, and its plural goes with it.
-    const int tapes = input ? input->TapesCopied : 1;
+    const int tapes = input_ ? input_->TapesCopied : 1;
     logMessagef("   %d block%s copied.", BlocksCopied, plural(BlocksCopied));
     logMessagef("   %d tape%s copied.", tapes - 1, plural(tapes));
   }

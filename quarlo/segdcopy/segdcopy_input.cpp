@@ -21,11 +21,11 @@
 namespace {
 
 // No block of a field file is passed over.
-constexpr RetryWords RETRY_WORDS = {"  ** Tape read error - retrying...", nullptr, nullptr, logMessage};
-constexpr TapeChangeWords INPUT_WORDS = {"Tape finished.", "Magazine finished.", "  ", logMessage};
-constexpr int M4_READ = 60000;
-constexpr int LABEL_BYTES = 128;
-constexpr int TWO_BLOCKS = 2 * SEGD_BLOCK_BYTES;
+constexpr RetryWords kRetryWords = {"  ** Tape read error - retrying...", nullptr, nullptr, logMessage};
+constexpr TapeChangeWords kInputWords = {"Tape finished.", "Magazine finished.", "  ", logMessage};
+constexpr int kM4Read = 60000;
+constexpr int kLabelBytes = 128;
+constexpr int kTwoBlocks = 2 * kSegdBlockBytes;
 
 /// `text` with what a shell pattern would take as its own put behind backslashes.
 std::string literalPattern(std::string_view text) {
@@ -53,10 +53,10 @@ DirectoryFiles listSegdFiles(const FILE_SPEC& file) {
 }
 
 SegdDiskInput::SegdDiskInput(UnitStruct* allUnits, std::vector<std::string> names)
-    : SegdInput(allUnits), files(std::move(names)), directory(allUnits->fs.dir) {}
+    : SegdInput(allUnits), files_(std::move(names)), directory_(allUnits->fs.dir) {}
 
 int SegdDiskInput::percent() const {
-  return files.empty() ? 0 : static_cast<int>(100 * static_cast<double>(next) / static_cast<double>(files.size()));
+  return files_.empty() ? 0 : static_cast<int>(100 * static_cast<double>(next_) / static_cast<double>(files_.size()));
 }
 
 bool SegdDiskInput::complain(double place, const char* format, ...) const {
@@ -69,8 +69,8 @@ bool SegdDiskInput::complain(double place, const char* format, ...) const {
 }
 
 SegdItem SegdDiskInput::getFieldFile() {
-  if (next == files.size()) return SegdItem::End;
-  InputFileName = files[next++];
+  if (next_ == files_.size()) return SegdItem::End;
+  InputFileName = files_[next_++];
   if (!open()) {
     logMessagef("  *** Error opening input file %s - job will abort.", InputFileName.c_str());
     return SegdItem::Failed;
@@ -85,14 +85,14 @@ SegdItem SegdDiskInput::getFieldFile() {
 bool SegdDiskInput::open() {
   closeFile();
   FILE_SPEC file{};
-  file.dir = directory;
-  if (!copyText(file.name, InputFileName) || !openDiskUnit(units, file, "rb")) return false;
-  reader.begin(units->fp);
-  size = static_cast<double>(fileSize(units->fp).value_or(0));
+  file.dir = directory_;
+  if (!copyText(file.name, InputFileName) || !openDiskUnit(units_, file, "rb")) return false;
+  reader_.begin(units_->fp);
+  size_ = static_cast<double>(fileSize(units_->fp).value_or(0));
   return true;
 }
 
-void SegdDiskInput::closeFile() { closeDiskUnit(units); }
+void SegdDiskInput::closeFile() { closeDiskUnit(units_); }
 
 bool SegdDiskInput::skipFile(int /*fieldFile*/) {
   closeFile();
@@ -101,45 +101,45 @@ bool SegdDiskInput::skipFile(int /*fieldFile*/) {
 
 bool SegdDiskInput::readHeaders() {
   HeaderRecord.clear();
-  position = 0;
-  channelsRead = 0;
-  firstExtensions = oddTrace = 0;
-  fits.reset();
+  position_ = 0;
+  channelsRead_ = 0;
+  firstExtensions_ = oddTrace_ = 0;
+  fits_.reset();
   return readGeneralHeaders() && readChannelSets() &&
-         takeHeader(double{SEGD_BLOCK_BYTES} * GenHdr().extendFields, "extended headers") &&
-         takeHeader(double{SEGD_BLOCK_BYTES} * GenHdr().externalFields, "external headers") && sampleSizeIsKnown();
+         takeHeader(double{kSegdBlockBytes} * GenHdr().extendFields, "extended headers") &&
+         takeHeader(double{kSegdBlockBytes} * GenHdr().externalFields, "external headers") && sampleSizeIsKnown();
 }
 
 /// Appends the next bytes of the file to the header record.
 bool SegdDiskInput::takeHeader(double bytes, const char* what) {
   if (bytes > bytesLeft())
-    return complain(position, "%.0f bytes of %s should follow; the file holds %.0f more.", bytes, what, bytesLeft());
-  const std::span<const char> piece = reader.take(static_cast<std::size_t>(bytes));
+    return complain(position_, "%.0f bytes of %s should follow; the file holds %.0f more.", bytes, what, bytesLeft());
+  const std::span<const char> piece = reader_.take(static_cast<std::size_t>(bytes));
   HeaderRecord.insert(HeaderRecord.end(), piece.begin(), piece.end());
-  position += static_cast<double>(piece.size());
+  position_ += static_cast<double>(piece.size());
   return static_cast<double>(piece.size()) == bytes;
 }
 
 bool SegdDiskInput::readGeneralHeaders() {
-  if (!takeHeader(SEGD_BLOCK_BYTES, "general header")) return false;
+  if (!takeHeader(kSegdBlockBytes, "general header")) return false;
   if (const int bad = badGeneralHeaderByte(HeaderRecord.data()); bad != 0) {
     return complain(bad - 1, "the general header cannot be true (0x%02X is no number of blocks).",
                     static_cast<unsigned char>(HeaderRecord[static_cast<std::size_t>(bad) - 1]));
   }
   headers.getGenHeader(HeaderRecord.data());
-  if (!takeHeader(double{SEGD_BLOCK_BYTES} * (GenHdr().genHeaders - 1), "general headers")) return false;
-  if (GenHdr().genHeaders > 1) headers.getOptGenHeaders(HeaderRecord.data() + SEGD_BLOCK_BYTES);
+  if (!takeHeader(double{kSegdBlockBytes} * (GenHdr().genHeaders - 1), "general headers")) return false;
+  if (GenHdr().genHeaders > 1) headers.getOptGenHeaders(HeaderRecord.data() + kSegdBlockBytes);
   headers.getGenHdrSamples();
   headers.getRecordSize();
   return true;
 }
 
 bool SegdDiskInput::readChannelSets() {
-  const double begin = position;
+  const double begin = position_;
   if (!takeHeader(headers.scanHeaderBytes(), "channel sets and skew blocks")) return false;
   const std::span<const char> blocks = std::span(HeaderRecord).subspan(static_cast<std::size_t>(begin));
   for (int i = 0; i < headers.TotalChannelSets(); ++i) {
-    const std::ptrdiff_t at = std::ptrdiff_t{SEGD_BLOCK_BYTES} * i;
+    const std::ptrdiff_t at = std::ptrdiff_t{kSegdBlockBytes} * i;
     // Behind the first scan type skew blocks may be taken for descriptors: they hold what they hold.
     if (GenHdr().skewFields > 0 && i >= GenHdr().channelSets) break;
     if (const int bad = badScanHeaderByte(blocks.data() + at); bad != 0) {
@@ -173,21 +173,21 @@ bool SegdDiskInput::sampleSizeIsKnown() {
 }
 
 SegdItem SegdDiskInput::getSegdTrace(std::span<const char>* trace) {
-  if (channelsRead == NumberOfChannels) return endOfTraces();
+  if (channelsRead_ == NumberOfChannels) return endOfTraces();
   std::size_t headerBytes = 0;
   if (measureTrace(&headerBytes)) {
     const std::size_t bytes = headerBytes + static_cast<std::size_t>(headers.TraceSize);
     try {
-      *trace = reader.take(bytes);
+      *trace = reader_.take(bytes);
     } catch (const std::bad_alloc&) {
-      complain(position, "not enough memory for a trace of %zu bytes.", bytes);
+      complain(position_, "not enough memory for a trace of %zu bytes.", bytes);
       *trace = {};
     }
     if (trace->size() == bytes) {
       const auto length = static_cast<double>(bytes);
-      shortestTrace = channelsRead == 0 ? length : std::min(shortestTrace, length);
-      position += length;
-      ++channelsRead;
+      shortestTrace_ = channelsRead_ == 0 ? length : std::min(shortestTrace_, length);
+      position_ += length;
+      ++channelsRead_;
       traceIsLent = true;
       if (SgdParams.zeroTraces && traceInZeroRange(keyOf(*trace))) *trace = zeroed(*trace, headerBytes);
       return SegdItem::Data;
@@ -200,65 +200,66 @@ SegdItem SegdDiskInput::getSegdTrace(std::span<const char>* trace) {
 
 /// Finds out how long the next trace is. @param headerBytes receives its header's length with the extensions
 bool SegdDiskInput::measureTrace(std::size_t* headerBytes) {
-  if (bytesLeft() < SEGD_TRACE_HEADER_BYTES) {
-    return complain(position, "trace %d of %d should follow; the file holds %.0f more byte%s%s.", channelsRead + 1,
+  if (bytesLeft() < kSegdTraceHeaderBytes) {
+    return complain(position_, "trace %d of %d should follow; the file holds %.0f more byte%s%s.", channelsRead_ + 1,
                     NumberOfChannels, bytesLeft(), bytesLeft() == 1 ? "" : "s", extensionsText().c_str());
   }
-  std::span<const char> begin = reader.peek(SEGD_TRACE_HEADER_BYTES);
-  if (begin.size() < SEGD_TRACE_HEADER_BYTES || !isTraceHeader(begin.data())) return false;
+  std::span<const char> begin = reader_.peek(kSegdTraceHeaderBytes);
+  if (begin.size() < kSegdTraceHeaderBytes || !isTraceHeader(begin.data())) return false;
   *headerBytes = static_cast<std::size_t>(traceHeaderBytes(begin.data()));
   const double left = bytesLeft() - static_cast<double>(*headerBytes);
   if (left < 0) {
     const int extensions = traceHeaderExtensions(begin.data());
-    return complain(position,
+    return complain(position_,
                     "the header of trace %d of %d announces %d extensions (%d bytes); the file holds %.0f more.",
-                    channelsRead + 1, NumberOfChannels, extensions, extensions * SEGD_BLOCK_BYTES,
-                    bytesLeft() - SEGD_TRACE_HEADER_BYTES);
+                    channelsRead_ + 1, NumberOfChannels, extensions, extensions * kSegdBlockBytes,
+                    bytesLeft() - kSegdTraceHeaderBytes);
   }
-  begin = reader.peek(*headerBytes);
+  begin = reader_.peek(*headerBytes);
   if (begin.size() < *headerBytes) return false;
   noteExtensions(traceHeaderExtensions(begin.data()));
   headers.measureTrace(begin.data(), SgdParams.useScanHdr);
   if (headers.TraceSize < 0)
-    return complain(position, "the channel set of trace %d ends before it begins.", channelsRead + 1);
+    return complain(position_, "the channel set of trace %d ends before it begins.", channelsRead_ + 1);
   if (GenHdr().sampInt == 0 && headers.TraceSize == 0)
-    return complain(position, "the length of trace %d is not known (the sample interval is 0).", channelsRead + 1);
+    return complain(position_, "the length of trace %d is not known (the sample interval is 0).", channelsRead_ + 1);
   if (headers.TraceSize > std::min<double>(left, INT_MAX)) {
-    return complain(position, "trace %d should have %.0f bytes of samples; the file holds %.0f more%s.",
-                    channelsRead + 1, headers.TraceSize, left, extensionsText().c_str());
+    return complain(position_, "trace %d should have %.0f bytes of samples; the file holds %.0f more%s.",
+                    channelsRead_ + 1, headers.TraceSize, left, extensionsText().c_str());
   }
   return true;
 }
 
 void SegdDiskInput::noteExtensions(int count) {
-  if (channelsRead == 0) {
-    firstExtensions = count;
-  } else if (oddTrace == 0 && count != firstExtensions) {
-    oddExtensions = count;
-    oddTrace = channelsRead + 1;
+  if (channelsRead_ == 0) {
+    firstExtensions_ = count;
+  } else if (oddTrace_ == 0 && count != firstExtensions_) {
+    oddExtensions_ = count;
+    oddTrace_ = channelsRead_ + 1;
   }
 }
 
 /// What may be wrong where lengths are: a header whose extensions are not there. Headers that agree are above
 /// suspicion.
 std::string SegdDiskInput::extensionsText() const {
-  if (oddTrace == 0 && (firstExtensions == 0 || channelsRead > 1)) return "";
-  const int count = oddTrace == 0 ? firstExtensions : oddExtensions;
-  return formatText("; the header of trace %d announces %d extension%s (%d bytes)%s", std::max(oddTrace, 1), count,
-                    plural(count), count * SEGD_BLOCK_BYTES,
-                    oddTrace == 0 ? "" : formatText(", that of trace 1 %d", firstExtensions).c_str());
+  if (oddTrace_ == 0 && (firstExtensions_ == 0 || channelsRead_ > 1)) return "";
+  const int count = oddTrace_ == 0 ? firstExtensions_ : oddExtensions_;
+  return formatText("; the header of trace %d announces %d extension%s (%d bytes)%s", std::max(oddTrace_, 1), count,
+                    plural(count), count * kSegdBlockBytes,
+                    oddTrace_ == 0 ? "" : formatText(", that of trace 1 %d", firstExtensions_).c_str());
 }
 
 /// A trace whose length was taken wrongly leaves the reading in the middle of samples. Where the lengths of all traces
 /// fit the file it is a header all the same, whatever its recorder writes there.
 bool SegdDiskInput::isTraceHeader(const char* header) {
   if (canBeTraceHeader(header)) return true;
-  const bool isFirst = !fits;
-  if (isFirst) fits = lengthsFit(SgdParams.useScanHdr, false);
-  if (!*fits) {
-    return complain(position, "the header of trace %d cannot be true; %s%s.", channelsRead + 1,
-                    channelsRead == 0 ? "there may be headers that no count announces"
-                                      : "traces may have other lengths than the record (see the channel sets' lengths)",
+  const bool isFirst = !fits_;
+  if (isFirst) fits_ = lengthsFit(SgdParams.useScanHdr, false);
+  if (!*fits_) {
+    return complain(position_, "the header of trace %d cannot be true; %s%s.", channelsRead_ + 1,
+                    channelsRead_ == 0
+                        ? "there may be headers that no count announces"
+                        : "traces may have other lengths than the record (see the channel sets' lengths)",
                     extensionsText().c_str());
   }
   if (isFirst) {
@@ -266,20 +267,20 @@ bool SegdDiskInput::isTraceHeader(const char* header) {
         "  ** %s, byte %.0f: the scan type (0x%02X) or channel set (0x%02X) of trace %d is no number; the trace "
         "lengths "
         "fit the file, and it is copied.",
-        InputFileName.c_str(), position + 1, static_cast<unsigned char>(header[2]),
-        static_cast<unsigned char>(header[3]), channelsRead + 1);
+        InputFileName.c_str(), position_ + 1, static_cast<unsigned char>(header[2]),
+        static_cast<unsigned char>(header[3]), channelsRead_ + 1);
   }
   return true;
 }
 
 /// What is left behind the last trace may be a trailer. Whole traces there mean that lengths were taken wrongly.
 SegdItem SegdDiskInput::endOfTraces() {
-  const double least = channelsRead > 0 ? shortestTrace : SEGD_TRACE_HEADER_BYTES + headers.TraceSize;
-  if (restIsTrailer(position, least)) {
+  const double least = channelsRead_ > 0 ? shortestTrace_ : kSegdTraceHeaderBytes + headers.TraceSize;
+  if (restIsTrailer(position_, least)) {
     if (bytesLeft() > 0 && !lengthsFit(SgdParams.useScanHdr, true)) adviseLengths("**");
     return SegdItem::End;
   }
-  complain(position, "the trace lengths do not fit the file: %.0f bytes follow behind the last of %d trace%s%s.",
+  complain(position_, "the trace lengths do not fit the file: %.0f bytes follow behind the last of %d trace%s%s.",
            bytesLeft(), NumberOfChannels, plural(NumberOfChannels), extensionsText().c_str());
   adviseLengths("***");
   logMessagef("  *** Error reading input file %s - job will abort.", InputFileName.c_str());
@@ -287,13 +288,13 @@ SegdItem SegdDiskInput::endOfTraces() {
 }
 
 bool SegdDiskInput::restIsTrailer(double begin, double least) const {
-  const double left = size - begin;
+  const double left = size_ - begin;
   if (left < 0) return false;
-  if (left < least || left == double{SEGD_BLOCK_BYTES} * headers.trailerBlocks) return true;
-  std::vector<char> piece(streamBufferSize);
-  const auto end = static_cast<std::uint64_t>(size);
+  if (left < least || left == double{kSegdBlockBytes} * headers.trailerBlocks) return true;
+  std::vector<char> piece(kStreamBufferSize);
+  const auto end = static_cast<std::uint64_t>(size_);
   for (auto at = static_cast<std::uint64_t>(begin); at < end; at += piece.size()) {
-    const auto got = readAt(fileno(units->fp), piece.data(), piece.size(), at);
+    const auto got = readAt(fileno(units_->fp), piece.data(), piece.size(), at);
     if (!got || std::any_of(piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(*got),
                             [](char byte) { return byte != '\0'; }))
       return false;
@@ -305,27 +306,27 @@ bool SegdDiskInput::restIsTrailer(double begin, double least) const {
 /// `exactly` takes none for a trailer that is not announced.
 bool SegdDiskInput::lengthsFit(bool byChannelSets, bool exactly) const {
   SegdHeaders walk = headers;
-  double least = size;
+  double least = size_;
   walk.getRecordSize();
   auto at = static_cast<double>(HeaderRecord.size());
   for (int trace = 0; trace < NumberOfChannels; ++trace) {
-    std::array<char, SEGD_TRACE_HEADER_BYTES + SEGD_BLOCK_BYTES> begin{};
-    const auto got = readAt(fileno(units->fp), begin.data(), begin.size(), static_cast<std::uint64_t>(at));
-    if (got.value_or(0) < SEGD_TRACE_HEADER_BYTES) return false;
+    std::array<char, kSegdTraceHeaderBytes + kSegdBlockBytes> begin{};
+    const auto got = readAt(fileno(units_->fp), begin.data(), begin.size(), static_cast<std::uint64_t>(at));
+    if (got.value_or(0) < kSegdTraceHeaderBytes) return false;
     walk.measureTrace(begin.data(), byChannelSets);
     if (walk.TraceSize < 0) return false;
     const double length = traceHeaderBytes(begin.data()) + walk.TraceSize;
     least = std::min(least, length);
     at += length;
   }
-  return at == size || at + double{SEGD_BLOCK_BYTES} * headers.trailerBlocks == size ||
+  return at == size_ || at + double{kSegdBlockBytes} * headers.trailerBlocks == size_ ||
          (!exactly && restIsTrailer(at, least));
 }
 
 /// Names the option that takes lengths the other way, if these fit. @param mark of the line
 void SegdDiskInput::adviseLengths(const char* mark) const {
   const bool other = !SgdParams.useScanHdr;
-  if (units->fp != nullptr && NumberOfChannels > 0 && lengthsFit(other, true)) {
+  if (units_->fp != nullptr && NumberOfChannels > 0 && lengthsFit(other, true)) {
     logMessagef(
         "  %s The lengths %s would fit %s exactly: turn \"Take trace lengths from the channel set headers\" %s.", mark,
         other ? "in the channel set headers" : "of the record", InputFileName.c_str(), other ? "on" : "off");
@@ -335,9 +336,9 @@ void SegdDiskInput::adviseLengths(const char* mark) const {
 /// The trace with its samples zero.
 std::span<const char> SegdDiskInput::zeroed(std::span<const char> trace, std::size_t headerBytes) {
   traceIsLent = false;
-  zeroes.assign(trace.begin(), trace.end());
-  std::fill(zeroes.begin() + static_cast<std::ptrdiff_t>(headerBytes), zeroes.end(), '\0');
-  return zeroes;
+  zeroes_.assign(trace.begin(), trace.end());
+  std::fill(zeroes_.begin() + static_cast<std::ptrdiff_t>(headerBytes), zeroes_.end(), '\0');
+  return zeroes_;
 }
 
 // ---- tape -------------------------------------------------------------------------------------------------------
@@ -347,30 +348,30 @@ namespace {
 /// A storage unit label: its sequence number, then an identifier that begins with a letter. A header of the same length
 /// is none, be it one by its format code or by its own counts.
 bool isTapeLabel(std::span<const char> block) {
-  return block.size() == LABEL_BYTES && block[3] != '\0' && block[3] != 'P' &&
+  return block.size() == kLabelBytes && block[3] != '\0' && block[3] != 'P' &&
          std::isalpha(static_cast<unsigned char>(block[4])) != 0 && !isGeneralHeader(block.data()) &&
-         announcedHeaderBytes(block.data()) != LABEL_BYTES;
+         announcedHeaderBytes(block.data()) != kLabelBytes;
 }
 
 }  // namespace
 
 SegdTapeInput::SegdTapeInput(UnitStruct* allUnits)
     : SegdInput(allUnits),
-      MaxRead(allUnits->isM4 != 0 ? M4_READ : static_cast<int>(allUnits->maxBlockSize)),
-      reader(RETRY_WORDS) {}
+      MaxRead(allUnits->isM4 != 0 ? kM4Read : static_cast<int>(allUnits->maxBlockSize)),
+      reader_(kRetryWords) {}
 
 /// @return bytes, 0 at a mark or the end of data (Eof tells which), -1 after a line
 int SegdTapeInput::getTapeBlock() {
   int bytes = 0;
-  if (reader.read(units, units->ioBuffer, MaxRead, &bytes) == BlockRead::Failed) {
+  if (reader_.read(units_, units_->ioBuffer, MaxRead, &bytes) == BlockRead::Failed) {
     if (errno == ENOMEM) {
-      const unsigned limit = units->isM4 != 0 ? std::min(M4_READ_LIMIT, units->maxBlockSize) : units->maxBlockSize;
+      const unsigned limit = units_->isM4 != 0 ? std::min(kM4ReadLimit, units_->maxBlockSize) : units_->maxBlockSize;
       logMessagef("  *** A block on the input tape is longer than the limit of %u bytes%s", limit,
-                  limitAdvice(*units, limit));
+                  limitAdvice(*units_, limit));
     }
     logMessage("  *** Error reading input tape - job will abort.");
   }
-  if (bytes == 0) Eof = units->eodMark != 0 ? 2 : Eof + 1;
+  if (bytes == 0) Eof = units_->eodMark != 0 ? 2 : Eof + 1;
   return bytes;
 }
 
@@ -386,7 +387,7 @@ SegdItem SegdTapeInput::getFieldFile() {
     }
     Eof = 0;
     SkippedLastFile = false;
-    if (!isTapeLabel({units->ioBuffer, static_cast<std::size_t>(bytes)})) {
+    if (!isTapeLabel({units_->ioBuffer, static_cast<std::size_t>(bytes)})) {
       takeHeader(bytes);
       return SegdItem::Data;
     }
@@ -394,18 +395,18 @@ SegdItem SegdTapeInput::getFieldFile() {
 }
 
 void SegdTapeInput::takeHeader(int bytes) {
-  units->eofMark = 0;
-  HeaderRecord.assign(units->ioBuffer, units->ioBuffer + bytes);
-  std::vector<char> blocks(HeaderRecord.begin(), HeaderRecord.begin() + std::min(bytes, TWO_BLOCKS));
-  blocks.resize(TWO_BLOCKS);
-  if (bytes < SEGD_BLOCK_BYTES) {
+  units_->eofMark = 0;
+  HeaderRecord.assign(units_->ioBuffer, units_->ioBuffer + bytes);
+  std::vector<char> blocks(HeaderRecord.begin(), HeaderRecord.begin() + std::min(bytes, kTwoBlocks));
+  blocks.resize(kTwoBlocks);
+  if (bytes < kSegdBlockBytes) {
     logMessagef(
         "  ** The field file begins with a block of %d byte%s, which is no SEG D header; it is copied as it is.", bytes,
         bytes == 1 ? "" : "s");
   }
   const bool isFirst = GenHdr().genHeaders == 0;
   headers.getGenHeader(blocks.data());
-  if (GenHdr().genHeaders > 1 && bytes >= TWO_BLOCKS) headers.getOptGenHeaders(blocks.data() + SEGD_BLOCK_BYTES);
+  if (GenHdr().genHeaders > 1 && bytes >= kTwoBlocks) headers.getOptGenHeaders(blocks.data() + kSegdBlockBytes);
   if (isFirst && !isSegdFormat(GenHdr().fmtCode))
     logMessagef("  ** SEG D format code %d is unknown; blocks are copied as they are.", GenHdr().fmtCode);
 }
@@ -413,18 +414,19 @@ void SegdTapeInput::takeHeader(int bytes) {
 SegdItem SegdTapeInput::getSegdTrace(std::span<const char>* trace) {
   const int bytes = getTapeBlock();
   if (bytes <= 0) return bytes == 0 ? SegdItem::End : SegdItem::Failed;
-  *trace = {units->ioBuffer, static_cast<std::size_t>(bytes)};
+  *trace = {units_->ioBuffer, static_cast<std::size_t>(bytes)};
   return SegdItem::Data;
 }
 
 bool SegdTapeInput::skipFile(int fieldFile) {
   SkippedLastFile = true;
-  if (tlv_skip_files(units, 0, 1) == 0) {
-    reader.place.passMark();
+  if (tlv_skip_files(units_, 0, 1) == 0) {
+    reader_.place.passMark();
     return true;
   }
   // A tape may end without a mark behind its last file.
-  if (!tlv_position_lost(units, 0) && tlv_tape_read(units, 0, units->ioBuffer, MaxRead) == 0 && units->eodMark != 0) {
+  if (!tlv_position_lost(units_, 0) && tlv_tape_read(units_, 0, units_->ioBuffer, MaxRead) == 0 &&
+      units_->eodMark != 0) {
     Eof = 2;
     return true;
   }
@@ -435,13 +437,13 @@ bool SegdTapeInput::skipFile(int fieldFile) {
 bool SegdTapeInput::handleInputEOT() {
   logMessage(" ");
   logMessagef("End of input tape %d", TapesCopied++);
-  if (nextInputTape(units, INPUT_WORDS) == 0) return false;
+  if (nextInputTape(units_, kInputWords) == 0) return false;
   tape = TapesCopied;
-  reader.place.nextTape();
+  reader_.place.nextTape();
   logMessage(" ");
   logMessagef("Start of input tape %d", tape);
   Eof = 0;
-  units->eofMark = 0;
+  units_->eofMark = 0;
   SkippedLastFile = false;
   return true;
 }

@@ -23,7 +23,7 @@ enum class SegdItem {
 
 class SegdInput {
  public:
-  explicit SegdInput(UnitStruct* allUnits) : units(allUnits) {}
+  explicit SegdInput(UnitStruct* allUnits) : units_(allUnits) {}
   virtual ~SegdInput() = default;
   SegdInput(const SegdInput&) = delete;
   SegdInput& operator=(const SegdInput&) = delete;
@@ -56,7 +56,7 @@ class SegdInput {
   int tape = 1;                    ///< number of the tape in hand
 
  protected:
-  UnitStruct* units;
+  UnitStruct* units_;
 };
 
 /// The directory's files with the extension of `file`.
@@ -72,8 +72,8 @@ class SegdDiskInput : public SegdInput {
   SegdItem getSegdTrace(std::span<const char>* trace) override;
   bool skipFile(int fieldFile) override;
   void closeFile() override;
-  void beforeRefill(const std::function<void()>& act) override { reader.beforeRefill = act; }
-  double bytesLeft() const override { return size - position; }
+  void beforeRefill(const std::function<void()>& act) override { reader_.beforeRefill = act; }
+  double bytesLeft() const override { return size_ - position_; }
   int announcedTraces() const override { return NumberOfChannels; }
   int percent() const override;
 
@@ -96,20 +96,20 @@ class SegdDiskInput : public SegdInput {
   /// Says what is wrong at a 0-based place of the file. @return false
   [[gnu::format(printf, 3, 4)]] bool complain(double place, const char* format, ...) const;
 
-  std::vector<std::string> files;
-  std::size_t next = 0;
-  DIRECTORY directory;
-  PieceReader reader;
-  double size = 0;      // of the file in hand
-  double position = 0;  // in it
+  std::vector<std::string> files_;
+  std::size_t next_ = 0;
+  DIRECTORY directory_;
+  PieceReader reader_;
+  double size_ = 0;      // of the file in hand
+  double position_ = 0;  // in it
   int NumberOfChannels = 0;
-  int channelsRead = 0;
-  double shortestTrace = 0;  // of those read
-  int firstExtensions = 0;   // that the header of the first trace announces
-  int oddExtensions = 0;     // those of the first trace that announces others
-  int oddTrace = 0;          // its number, from 1; 0: all agree
-  std::optional<bool> fits;  // whether the traces' lengths fit the file in hand, once that was asked
-  std::vector<char> zeroes;
+  int channelsRead_ = 0;
+  double shortestTrace_ = 0;  // of those read
+  int firstExtensions_ = 0;   // that the header of the first trace announces
+  int oddExtensions_ = 0;     // those of the first trace that announces others
+  int oddTrace_ = 0;          // its number, from 1; 0: all agree
+  std::optional<bool> fits_;  // whether the traces' lengths fit the file in hand, once that was asked
+  std::vector<char> zeroes_;
 };
 
 class SegdTapeInput : public SegdInput {
@@ -119,7 +119,7 @@ class SegdTapeInput : public SegdInput {
   SegdItem getFieldFile() override;
   SegdItem getSegdTrace(std::span<const char>* trace) override;
   bool skipFile(int fieldFile) override;
-  void tellOfLost() const override { reader.tellOfLost(); }
+  void tellOfLost() const override { reader_.tellOfLost(); }
 
  private:
   int getTapeBlock();
@@ -127,7 +127,7 @@ class SegdTapeInput : public SegdInput {
   void takeHeader(int bytes);
 
   int MaxRead;
-  PatientReader reader;
+  PatientReader reader_;
   int Eof = 0;  // marks in a row
   bool SkippedLastFile = false;
 };

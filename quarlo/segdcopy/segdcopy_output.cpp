@@ -12,10 +12,10 @@
 
 namespace {
 
-constexpr TapeChangeWords OUTPUT_WORDS = {"Tape finished.", "Magazine finished.", "  ", logMessage};
-constexpr std::size_t BYTES_PER_SCAN_AT = 19;
-constexpr char BLOCKED = 16;  // what the general header of blocked traces holds there
-constexpr std::size_t PREPEND_BLOCK = 1024;
+constexpr TapeChangeWords kOutputWords = {"Tape finished.", "Magazine finished.", "  ", logMessage};
+constexpr std::size_t kBytesPerScanAt = 19;
+constexpr char kBlocked = 16;  // what the general header of blocked traces holds there
+constexpr std::size_t kPrependBlock = 1024;
 
 /// What the names of the output files begin with: as set, else as the file does that the directory was chosen by.
 std::string nameBegin(const UnitStruct& unit) {
@@ -33,55 +33,55 @@ std::string nameOf(const std::string& begin, int number) {
 }  // namespace
 
 SegdOutput::SegdOutput(UnitStruct* allUnits, const SegdTakenFiles& taken)
-    : units(allUnits), notToWrite(taken), BlockTraces(isTape() && SgdParams.blockTraces) {
-  if (!isTape()) copyText(SgdParams.outDir, fieldText(units[1].fs.dir.path));
+    : units_(allUnits), notToWrite_(taken), BlockTraces(isTape() && SgdParams.blockTraces) {
+  if (!isTape()) copyText(SgdParams.outDir, fieldText(units_[1].fs.dir.path));
 }
 
 // ---- field files ------------------------------------------------------------------------------------------------
 
 bool SegdOutput::beginFile(int number) {
-  if (!isTape()) return openFile(joinPath(fieldText(SgdParams.outDir), nameOf(nameBegin(units[1]), number)));
-  outputName = "the output tape";
+  if (!isTape()) return openFile(joinPath(fieldText(SgdParams.outDir), nameOf(nameBegin(units_[1]), number)));
+  outputName_ = "the output tape";
   return true;
 }
 
 bool SegdOutput::putHeader(std::vector<char> header) {
-  if (!isTape()) return disk.write(header, false) || writeError();
-  if (BlockTraces && header.size() > BYTES_PER_SCAN_AT) header[BYTES_PER_SCAN_AT] = BLOCKED;
-  fileIsOpen = writeTape(header);
-  gone.headerBytes += fileIsOpen ? 0 : static_cast<double>(header.size());
-  return fileIsOpen;
+  if (!isTape()) return disk_.write(header, false) || writeError();
+  if (BlockTraces && header.size() > kBytesPerScanAt) header[kBytesPerScanAt] = kBlocked;
+  fileIsOpen_ = writeTape(header);
+  gone_.headerBytes += fileIsOpen_ ? 0 : static_cast<double>(header.size());
+  return fileIsOpen_;
 }
 
 bool SegdOutput::openFile(const std::string& path) {
-  outputName = path;
-  if (notToWrite.inputs.holds(path)) {
+  outputName_ = path;
+  if (notToWrite_.inputs.holds(path)) {
     logMessagef("  *** Output file %s is an input of this job and is not written.", path.c_str());
     return false;
   }
-  const bool again = written.holds(path);
-  if (notToWrite.others.holds(path) || (again && !SgdParams.ffidOption)) {
+  const bool again = written_.holds(path);
+  if (notToWrite_.others.holds(path) || (again && !SgdParams.ffidOption)) {
     logMessagef("  *** Output file %s is used by this job already and is not written.", path.c_str());
     return false;
   }
   if (again) logMessagef("  ** Output file %s is written again: what it held of this job is replaced.", path.c_str());
   // The pieces come through a buffer of their own.
-  stream = ::openFile(path.c_str(), "wb", 0);
-  if (!stream) {
+  stream_ = ::openFile(path.c_str(), "wb", 0);
+  if (!stream_) {
     sayIfLocked(path);
     logMessagef("  *** Error opening output file %s - job will abort.", path.c_str());
     return false;
   }
-  SgdParams.theFile = stream.get();
-  written.add(path);
-  disk.begin(stream.get(), path.c_str());
-  fileIsOpen = true;
+  SgdParams.theFile = stream_.get();
+  written_.add(path);
+  disk_.begin(stream_.get(), path.c_str());
+  fileIsOpen_ = true;
   return true;
 }
 
 /// The error that ends the job, said once.
 bool SegdOutput::writeError() {
-  if (!std::exchange(errorSaid, true)) {
+  if (!std::exchange(errorSaid_, true)) {
     logMessage(isTape() ? "  *** Error writing to output tape - job will abort."
                         : "  *** Error writing to output file - job will abort.");
   }
@@ -89,40 +89,40 @@ bool SegdOutput::writeError() {
 }
 
 bool SegdOutput::endFile() {
-  if (!std::exchange(fileIsOpen, false)) return true;
+  if (!std::exchange(fileIsOpen_, false)) return true;
   if (isTape()) {
     const bool whole = flushBlock();
     return (writeMark() || writeError()) && whole;
   }
   SgdParams.theFile = nullptr;
-  const bool whole = disk.flush();
-  sync.add(stream.get(), outputName);
-  return (closeFile(stream) && whole) || writeError();
+  const bool whole = disk_.flush();
+  sync_.add(stream_.get(), outputName_);
+  return (closeFile(stream_) && whole) || writeError();
 }
 
 // ---- traces -----------------------------------------------------------------------------------------------------
 
 bool SegdOutput::putSegdTrace(std::span<const char> trace, int channelSet, bool lent) {
-  if (!isTape()) return (lent ? disk.writeLent(trace, true) : disk.write(trace, true)) || writeError();
+  if (!isTape()) return (lent ? disk_.writeLent(trace, true) : disk_.write(trace, true)) || writeError();
   if (!BlockTraces) return writeTape(trace) || loseTrace(trace.size());
   const bool fits = TraceBlock.size() + trace.size() <= blockLimit() && channelSet == LastChannelSet;
   if (!TraceBlock.empty() && !fits && !flushBlock()) return loseTrace(trace.size());
   TraceBlock.insert(TraceBlock.end(), trace.begin(), trace.end());
-  ++tracesInBlock;
+  ++tracesInBlock_;
   LastChannelSet = channelSet;
   return true;
 }
 
 bool SegdOutput::loseTrace(std::size_t bytes) {
-  ++gone.traces;
-  gone.bytes += static_cast<double>(bytes);
+  ++gone_.traces;
+  gone_.bytes += static_cast<double>(bytes);
   return false;
 }
 
 /// A block that a drive does not take would end every job.
 std::size_t SegdOutput::blockLimit() const {
-  std::size_t limit = TRACE_BLOCK_BYTES;
-  for (int uNum = 1; uNum <= units->nOutputs; ++uNum) limit = std::min<std::size_t>(limit, units[uNum].maxBlockSize);
+  std::size_t limit = kTraceBlockBytes;
+  for (int uNum = 1; uNum <= units_->nOutputs; ++uNum) limit = std::min<std::size_t>(limit, units_[uNum].maxBlockSize);
   return limit;
 }
 
@@ -130,11 +130,11 @@ bool SegdOutput::flushBlock() {
   if (TraceBlock.empty()) return true;
   const bool done = writeTape(TraceBlock);
   if (!done) {
-    gone.traces += tracesInBlock;
-    gone.bytes += static_cast<double>(TraceBlock.size());
+    gone_.traces += tracesInBlock_;
+    gone_.bytes += static_cast<double>(TraceBlock.size());
   }
   TraceBlock.clear();
-  tracesInBlock = 0;
+  tracesInBlock_ = 0;
   return done;
 }
 
@@ -142,14 +142,14 @@ bool SegdOutput::flushBlock() {
 
 bool SegdOutput::writeBlock(std::span<const char> piece) {
   const int bytes = static_cast<int>(piece.size());
-  if (tlv_tape_write(units, ALL_OUTPUTS, piece.data(), bytes) < bytes) return false;
+  if (tlv_tape_write(units_, kAllOutputs, piece.data(), bytes) < bytes) return false;
   BytesOut += bytes;
   return true;
 }
 
 bool SegdOutput::writeTape(std::span<const char> piece) { return writeBlock(piece) || writeError(); }
 
-bool SegdOutput::writeMark() { return tlv_weof(units, ALL_OUTPUTS, 1) == 0; }
+bool SegdOutput::writeMark() { return tlv_weof(units_, kAllOutputs, 1) == 0; }
 
 bool SegdOutput::prependFile(const std::string& path) {
   logMessage(" ");
@@ -159,8 +159,8 @@ bool SegdOutput::prependFile(const std::string& path) {
   std::size_t left = static_cast<std::size_t>(size.value_or(0));
   std::vector<char> block;
   do {
-    const std::size_t bytes = left < 2 * PREPEND_BLOCK ? left : PREPEND_BLOCK;
-    block.assign(std::max(bytes, PREPEND_BLOCK), ' ');
+    const std::size_t bytes = left < 2 * kPrependBlock ? left : kPrependBlock;
+    block.assign(std::max(bytes, kPrependBlock), ' ');
     if (!size || std::fread(block.data(), 1, bytes, SgdParams.prepFp) < bytes) {
       logMessage("  *** Error reading prepend file for output to tape.");
       return false;
@@ -183,11 +183,11 @@ SegdOutput::Tapes SegdOutput::handleFullOutput() {
   FilesPerTape = 0;
   logMessage(" ");
   console_out("Writing double end-of-file to output tape.");
-  if (!completeOutputTapes(units, 2)) {
+  if (!completeOutputTapes(units_, 2)) {
     writeError();
     return Tapes::Failed;
   }
-  if (nextOutputTapes(units, OUTPUT_WORDS) == 0) {
+  if (nextOutputTapes(units_, kOutputWords) == 0) {
     logMessage(" ");
     logMessage("No more output. Job will end.");
     return Tapes::Declined;
@@ -202,6 +202,6 @@ SegdOutput::Tapes SegdOutput::handleFullOutput() {
 bool SegdOutput::finish(JobEnd end) {
   const bool ended = endFile();
   if (!isTape())
-    return sync.wait([](const DiskSync::Failure& failure) { logMessage(diskErrorText(failure).c_str()); }) && ended;
-  return closeOutputTapes(units, end, 1, logMessage) ? ended : writeError();
+    return sync_.wait([](const DiskSync::Failure& failure) { logMessage(diskErrorText(failure).c_str()); }) && ended;
+  return closeOutputTapes(units_, end, 1, logMessage) ? ended : writeError();
 }

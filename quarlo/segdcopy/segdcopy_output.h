@@ -14,7 +14,7 @@
 #include "quarlo/tapelib/tlv_fcn.h"
 
 /// Largest block that traces are packed into.
-constexpr std::size_t TRACE_BLOCK_BYTES = 131072;
+constexpr std::size_t kTraceBlockBytes = 131072;
 
 /// What a job must not write to.
 struct SegdTakenFiles {
@@ -30,7 +30,7 @@ class SegdOutput {
   /// @param taken outlives this object
   SegdOutput(UnitStruct* allUnits, const SegdTakenFiles& taken);
 
-  bool isTape() const { return units[1].type == UT_TAPE; }
+  bool isTape() const { return units_[1].type == UT_TAPE; }
   bool blocksTraces() const { return BlockTraces; }
 
   /// Writes a disk file as the first file of the tapes: blocks of 1024 bytes, the last up to 2047; a shorter file is
@@ -45,7 +45,7 @@ class SegdOutput {
   bool putSegdTrace(std::span<const char> trace, int channelSet, bool lent);
   /// Writes traces that were lent; a failure shows at the next one.
   void writeLent() {
-    if (!isTape()) disk.flush();
+    if (!isTape()) disk_.flush();
   }
   /// Writes what is still to be written of the field file, and its mark.
   bool endFile();
@@ -56,9 +56,9 @@ class SegdOutput {
   bool finish(JobEnd end);
 
   /// Where the field file in hand is written.
-  const std::string& place() const { return outputName; }
+  const std::string& place() const { return outputName_; }
   /// What was accepted and could not be kept.
-  const LostOutput& lost() const { return isTape() ? gone : disk.lost(); }
+  const LostOutput& lost() const { return isTape() ? gone_ : disk_.lost(); }
 
   int OutputTapeNumber = 1;
   int FilesPerTape = 0;
@@ -74,18 +74,18 @@ class SegdOutput {
   bool writeError();
   std::size_t blockLimit() const;
 
-  UnitStruct* units;
-  const SegdTakenFiles& notToWrite;
-  FileSet written;
-  std::string outputName;
-  FileHandle stream;
-  PieceWriter disk{logMessage};
-  DiskSync sync;
+  UnitStruct* units_;
+  const SegdTakenFiles& notToWrite_;
+  FileSet written_;
+  std::string outputName_;
+  FileHandle stream_;
+  PieceWriter disk_{logMessage};
+  DiskSync sync_;
   bool BlockTraces;
   std::vector<char> TraceBlock;
-  int tracesInBlock = 0;
+  int tracesInBlock_ = 0;
   int LastChannelSet = 0;  // of the traces in the block
-  LostOutput gone;         // at a tape
-  bool fileIsOpen = false;
-  bool errorSaid = false;
+  LostOutput gone_;        // at a tape
+  bool fileIsOpen_ = false;
+  bool errorSaid_ = false;
 };

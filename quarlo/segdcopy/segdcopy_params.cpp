@@ -11,7 +11,7 @@ void segdInit() {
   SgdParams.blockType = 0x1000001;
   SgdParams.useLog = true;
   SgdParams.recLimType = SEGD_INCLUDE;
-  SgdParams.byteLimit = 10 * BYTES_PER_GIGABYTE;
+  SgdParams.byteLimit = 10 * kBytesPerGigabyte;
   const char* const home = std::getenv("IOHOME");
   DIRECTORY here{};
   if (home != nullptr)

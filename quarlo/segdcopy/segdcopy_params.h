@@ -10,7 +10,7 @@
 /// What the field file list means.
 enum SEGD_LIMIT_SENSE : int { SEGD_INCLUDE = 1, SEGD_EXCLUDE = 2 };
 
-constexpr double BYTES_PER_GIGABYTE = 1073741824.0;
+constexpr double kBytesPerGigabyte = 1073741824.0;
 
 /// Set by segdInit and edited by the SEG D dialogs; the streams belong to a running job.
 struct SgdCopyParams {

@@ -21,39 +21,39 @@ int CompareInts(const IntRange& one, const IntRange& other) {
 }
 
 void SortedIntArray::add(int start, int end) {
-  runs.push_back({start, std::max(start, end)});
-  settled = false;
+  runs_.push_back({start, std::max(start, end)});
+  settled_ = false;
 }
 
 void SortedIntArray::clear() {
-  runs.clear();
-  settled = true;
+  runs_.clear();
+  settled_ = true;
 }
 
 void SortedIntArray::settle() const {
-  if (settled) return;
-  std::sort(runs.begin(), runs.end(),
+  if (settled_) return;
+  std::sort(runs_.begin(), runs_.end(),
             [](const IntRange& one, const IntRange& other) { return CompareInts(one, other) < 0; });
   std::size_t last = 0;
-  for (std::size_t i = 1; i < runs.size(); ++i)
-    if (runs[i].start - 1LL <= runs[last].end)
-      runs[last].end = std::max(runs[last].end, runs[i].end);
+  for (std::size_t i = 1; i < runs_.size(); ++i)
+    if (runs_[i].start - 1LL <= runs_[last].end)
+      runs_[last].end = std::max(runs_[last].end, runs_[i].end);
     else
-      runs[++last] = runs[i];
-  runs.resize(last + 1);
-  settled = true;
+      runs_[++last] = runs_[i];
+  runs_.resize(last + 1);
+  settled_ = true;
 }
 
 std::span<const IntRange> SortedIntArray::ranges() const {
   settle();
-  return runs;
+  return runs_;
 }
 
 bool SortedIntArray::contains(int value) const {
   settle();
-  const auto behind = std::upper_bound(runs.begin(), runs.end(), value,
+  const auto behind = std::upper_bound(runs_.begin(), runs_.end(), value,
                                        [](int wanted, const IntRange& run) { return wanted < run.start; });
-  return behind != runs.begin() && value <= (behind - 1)->end;
+  return behind != runs_.begin() && value <= (behind - 1)->end;
 }
 
 long long SortedIntArray::indexOf(int value) const {

@@ -30,8 +30,8 @@ class SortedIntArray {
   void settle() const;
 
   // Sorted and joined when first asked for.
-  mutable std::vector<IntRange> runs;
-  mutable bool settled = true;
+  mutable std::vector<IntRange> runs_;
+  mutable bool settled_ = true;
 };
 
 extern SortedIntArray FFIDList;  ///< field file numbers

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr double GIGABYTE = 1073741824.0;
+constexpr double kGigabyte = 1073741824.0;
 
 SgyCopyParams editedCopy;
 PolyParams editedPolygon;
@@ -18,14 +18,14 @@ ListParams editedList;
 
 // ---- options ----------------------------------------------------------------------------------------------------
 
-const KeyControls COPY_KEYS[] = {
+const KeyControls kCopyKeys[] = {
     {SY_PRIMARY_BYTE, SY_PRIMARY_TYPE, &editedCopy.sortPrimByte, &editedCopy.sortPrimType, DataTypes},
     {SY_SECONDARY_BYTE, SY_SECONDARY_TYPE, &editedCopy.sortSecByte, &editedCopy.sortSecType, DataTypes},
     {SY_TERTIARY_BYTE, SY_TERTIARY_TYPE, &editedCopy.sortTerByte, &editedCopy.sortTerType, DataTypes},
     {SY_RECORD_BYTE, SY_RECORD_TYPE, &editedCopy.recordByte, &editedCopy.recordType, DataTypes},
 };
 
-constexpr FlagControl<SgyCopyParams> COPY_FLAGS[] = {
+constexpr FlagControl<SgyCopyParams> kCopyFlags[] = {
     {SY_RANGE_LIMIT, &SgyCopyParams::rangeLimit},   {SY_SORT, &SgyCopyParams::sort},
     {SY_TERTIARY, &SgyCopyParams::useTertiary},     {SY_KEEP_SORT_FILE, &SgyCopyParams::keepSortFile},
     {SY_REVERSE, &SgyCopyParams::reverseSort},      {SY_REPORT_FILES, &SgyCopyParams::reportFFIDs},
@@ -45,10 +45,10 @@ void enableCopyControls(WINDOW dialog, const SgyCopyParams& params) {
   enableControls(dialog, {SY_PART_SIZE, SY_RECORD_BYTE, SY_RECORD_TYPE}, params.multipleOut && !params.multipleIn);
 }
 
-constexpr RealField PART_SIZE = {.control = SY_PART_SIZE, .decimals = 3, .low = 0, .high = 1e9, .unit = GIGABYTE};
+constexpr RealField kPartSize = {.control = SY_PART_SIZE, .decimals = 3, .low = 0, .high = 1e9, .unit = kGigabyte};
 
 bool editCopyFlags(WINDOW dialog, const EVENT& event) {
-  if (!editFlags(dialog, event, COPY_FLAGS, &editedCopy)) return false;
+  if (!editFlags(dialog, event, kCopyFlags, &editedCopy)) return false;
   enableCopyControls(dialog, editedCopy);
   return true;
 }
@@ -70,7 +70,7 @@ void storeCopy(WINDOW dialog) {
   xvt_vobj_destroy(dialog);
 }
 
-constexpr ControlAction COPY_ACTIONS[] = {
+constexpr ControlAction kCopyActions[] = {
     {SY_LIMIT, editLimit}, {SY_SORT_FILE, chooseSortFile}, {SY_OK, storeCopy}, {SY_CANCEL, xvt_vobj_destroy}};
 
 void createCopy(WINDOW dialog) {
@@ -79,15 +79,15 @@ void createCopy(WINDOW dialog) {
 }
 
 void controlCopy(WINDOW dialog, const EVENT& event) {
-  if (!editKeys(dialog, event, COPY_KEYS) && !readReal(dialog, event, PART_SIZE, &editedCopy.bytesPerPart) &&
+  if (!editKeys(dialog, event, kCopyKeys) && !readReal(dialog, event, kPartSize, &editedCopy.bytesPerPart) &&
       !editCopyFlags(dialog, event) &&
       !chooseFromOne(dialog, event, SY_LIMIT_LIST, SY_LIMIT_POLYGON, &editedCopy.limitType))
-    runAction(COPY_ACTIONS, dialog, event);
+    runAction(kCopyActions, dialog, event);
 }
 
 // ---- polygon ----------------------------------------------------------------------------------------------------
 
-const KeyControls POLYGON_KEYS[] = {
+const KeyControls kPolygonKeys[] = {
     {PG_PRIMARY_BYTE, PG_PRIMARY_TYPE, &editedPolygon.primByte, &editedPolygon.primType, DataTypes},
     {PG_SECONDARY_BYTE, PG_SECONDARY_TYPE, &editedPolygon.secByte, &editedPolygon.secType, DataTypes},
 };
@@ -101,15 +101,15 @@ struct PointColumn {
   const int* type;
 };
 
-const PointColumn POINT_COLUMNS[] = {
+const PointColumn kPointColumns[] = {
     {PG_FIRST_PRIMARY, editedPolygon.primary, &editedPolygon.primType},
     {PG_FIRST_SECONDARY, editedPolygon.secondary, &editedPolygon.secType},
 };
 
 bool editPoints(WINDOW dialog, const EVENT& event) {
-  for (const PointColumn& column : POINT_COLUMNS) {
+  for (const PointColumn& column : kPointColumns) {
     const int row = event.ctl.id - column.firstControl;
-    if (event.ctl.what != CTL_FOCUS_LOSS || row < 0 || row >= MAX_TYPED_POINTS) continue;
+    if (event.ctl.what != CTL_FOCUS_LOSS || row < 0 || row >= kMaxTypedPoints) continue;
     double* const value = column.values + row;
     *value = parseReal(controlText(dialog, event.ctl.id)).value_or(*value);
     setField(xvt_win_get_ctl(dialog, event.ctl.id), value, row, *column.type, &editedPolygon);
@@ -127,7 +127,7 @@ void storePolygon(WINDOW dialog) {
   xvt_vobj_destroy(dialog);
 }
 
-constexpr ControlAction POLYGON_ACTIONS[] = {
+constexpr ControlAction kPolygonActions[] = {
     {PG_CHOOSE_FILE, choosePolygonFile}, {PG_OK, storePolygon}, {PG_CANCEL, xvt_vobj_destroy}};
 
 void createPolygon(WINDOW dialog) {
@@ -137,19 +137,19 @@ void createPolygon(WINDOW dialog) {
 
 void controlPolygon(WINDOW dialog, const EVENT& event) {
   if (editPoints(dialog, event)) return;
-  if (editKeys(dialog, event, POLYGON_KEYS) || readNumber(dialog, event, pointsField()) ||
+  if (editKeys(dialog, event, kPolygonKeys) || readNumber(dialog, event, pointsField()) ||
       chooseFromOne(dialog, event, PG_TYPED, PG_FROM_FILE, &editedPolygon.type) ||
       chooseFromOne(dialog, event, PG_INCLUSION, PG_EXCLUSION, &editedPolygon.polyType)) {
-    if (editedPolygon.type == PS_TYPED) editedPolygon.numPoints = std::min(editedPolygon.numPoints, MAX_TYPED_POINTS);
+    if (editedPolygon.type == PS_TYPED) editedPolygon.numPoints = std::min(editedPolygon.numPoints, kMaxTypedPoints);
     setPolyState(dialog, &editedPolygon);
     return;
   }
-  runAction(POLYGON_ACTIONS, dialog, event);
+  runAction(kPolygonActions, dialog, event);
 }
 
 // ---- list -------------------------------------------------------------------------------------------------------
 
-const KeyControls LIST_KEYS[] = {
+const KeyControls kListKeys[] = {
     {LL_PRIMARY_BYTE, LL_PRIMARY_TYPE, &editedList.primByte, &editedList.primType, DataTypes},
     {LL_SECONDARY_BYTE, LL_SECONDARY_TYPE, &editedList.secByte, &editedList.secType, DataTypes},
 };
@@ -160,9 +160,9 @@ void createList(WINDOW dialog) {
                      LL_EXCLUSION);
   setLabels(dialog, editedList.listType);
   showPath(dialog, LL_PATH, editedList.dir, editedList.file);
-  for (const KeyControls& key : LIST_KEYS) showKey(dialog, key);
+  for (const KeyControls& key : kListKeys) showKey(dialog, key);
   checkControl(dialog, LL_USE_SECONDARY, editedList.useSec);
-  enableKey(dialog, LIST_KEYS[1], editedList.useSec);
+  enableKey(dialog, kListKeys[1], editedList.useSec);
 }
 
 void chooseListFile(WINDOW dialog) {
@@ -174,17 +174,17 @@ void storeList(WINDOW dialog) {
   xvt_vobj_destroy(dialog);
 }
 
-constexpr ControlAction LIST_ACTIONS[] = {
+constexpr ControlAction kListActions[] = {
     {LL_CHOOSE_FILE, chooseListFile}, {LL_OK, storeList}, {LL_CANCEL, xvt_vobj_destroy}};
 
 void controlList(WINDOW dialog, const EVENT& event) {
-  if (editKeys(dialog, event, LIST_KEYS)) return;
+  if (editKeys(dialog, event, kListKeys)) return;
   if (chooseFromOne(dialog, event, LL_INCLUSION, LL_EXCLUSION, &editedList.listType))
     setLabels(dialog, editedList.listType);
   else if (toggleFlag(dialog, event, LL_USE_SECONDARY, &editedList.useSec))
-    enableKey(dialog, LIST_KEYS[1], editedList.useSec);
+    enableKey(dialog, kListKeys[1], editedList.useSec);
   else
-    runAction(LIST_ACTIONS, dialog, event);
+    runAction(kListActions, dialog, event);
 }
 
 }  // namespace
@@ -192,12 +192,12 @@ void controlList(WINDOW dialog, const EVENT& event) {
 void initTypeField(WINDOW theControl, int theType) { initTypeField(theControl, theType, DataTypes); }
 
 void setCopyState(WINDOW theDialog, const SgyCopyParams* params) {
-  showFlags(theDialog, COPY_FLAGS, *params);
+  showFlags(theDialog, kCopyFlags, *params);
   xdCheckRadioButton(theDialog, limitsByPolygon(*params) ? SY_LIMIT_POLYGON : SY_LIMIT_LIST, SY_LIMIT_LIST,
                      SY_LIMIT_POLYGON);
-  for (const KeyControls& key : COPY_KEYS) showKey(theDialog, key);
+  for (const KeyControls& key : kCopyKeys) showKey(theDialog, key);
   showPath(theDialog, SY_SORT_PATH, params->sortDir, params->sortFile);
-  showReal(theDialog, PART_SIZE, params->bytesPerPart);
+  showReal(theDialog, kPartSize, params->bytesPerPart);
   enableCopyControls(theDialog, *params);
 }
 
@@ -220,7 +220,7 @@ void setPolyState(WINDOW theDialog, PolyParams* params) {
   const KeyControls keys[] = {{PG_PRIMARY_BYTE, PG_PRIMARY_TYPE, &params->primByte, &params->primType, DataTypes},
                               {PG_SECONDARY_BYTE, PG_SECONDARY_TYPE, &params->secByte, &params->secType, DataTypes}};
   for (const KeyControls& key : keys) showKey(theDialog, key);
-  for (int row = 0; row < MAX_TYPED_POINTS; ++row) {
+  for (int row = 0; row < kMaxTypedPoints; ++row) {
     const WINDOW primary = xvt_win_get_ctl(theDialog, PG_FIRST_PRIMARY + row);
     const WINDOW secondary = xvt_win_get_ctl(theDialog, PG_FIRST_SECONDARY + row);
     setField(primary, &params->primary[row], row, params->primType, params);

@@ -22,17 +22,17 @@ namespace {
 
 /// What the present volume holds and when it may end: at a change of the record value, once it is full.
 struct VolumeState {
-  static constexpr int UNCHANGED_LIMIT = 5000;
-  static constexpr double HEADER_BYTES = EBCDIC_HEADER_BYTES + BINARY_HEADER_BYTES;
+  static constexpr int kUnchangedLimit = 5000;
+  static constexpr double kHeaderBytes = kEbcdicHeaderBytes + kBinaryHeaderBytes;
 
   int number = 1;
   int traces = 0;
-  double bytes = HEADER_BYTES;  // the reel headers, whatever their real size
+  double bytes = kHeaderBytes;  // the reel headers, whatever their real size
   double lastRecord = 0.0;      // 0.0: none yet
   int unchanged = 0;            // traces with an unchanged record value
 
   void restart() {
-    bytes = HEADER_BYTES;
+    bytes = kHeaderBytes;
     traces = 0;
   }
 };
@@ -41,7 +41,7 @@ struct VolumeState {
 
 class SegyCopy {
  public:
-  explicit SegyCopy(UnitStruct* allUnits) : units(allUnits), output(allUnits, taken) {}
+  explicit SegyCopy(UnitStruct* allUnits) : units_(allUnits), output_(allUnits, taken_) {}
   ~SegyCopy() { endRangeLimit(); }
   SegyCopy(const SegyCopy&) = delete;
   SegyCopy& operator=(const SegyCopy&) = delete;
@@ -75,7 +75,7 @@ class SegyCopy {
   void finish();
   void logSummary();
   bool fail() {
-    failed = true;
+    failed_ = true;
     return false;
   }
   bool fail(const char* line) {
@@ -84,53 +84,53 @@ class SegyCopy {
   }
   bool stop() {
     logAborted("Copy");
-    stopped = true;
+    stopped_ = true;
     return false;
   }
-  bool inputIsTape() const { return units->type == UT_TAPE; }
+  bool inputIsTape() const { return units_->type == UT_TAPE; }
 
-  UnitStruct* units;
-  FileSet taken;  // inputs and what belongs to them: never written to
-  std::vector<std::string> files;
-  SegyOutput output;
-  std::unique_ptr<SegyInput> input;
-  std::optional<DirectoryVisit> visit;
-  std::optional<SortStore> store;
-  std::optional<JobFrame> frame;
+  UnitStruct* units_;
+  FileSet taken_;  // inputs and what belongs to them: never written to
+  std::vector<std::string> files_;
+  SegyOutput output_;
+  std::unique_ptr<SegyInput> input_;
+  std::optional<DirectoryVisit> visit_;
+  std::optional<SortStore> store_;
+  std::optional<JobFrame> frame_;
 
-  int keyBytes = 0;
-  int tracesRead = 0;
-  int tracesWritten = 0;
-  int tracesHanded = 0;  // to the output, in whatever phase
-  int percent = 0;
-  double bytesRead = 0;
-  double bytesWritten = 0;
-  VolumeState volume;
-  SampleFacts previousFacts;
-  std::optional<double> fieldFile;
-  bool failed = false;
-  bool stopped = false;
+  int keyBytes_ = 0;
+  int tracesRead_ = 0;
+  int tracesWritten_ = 0;
+  int tracesHanded_ = 0;  // to the output, in whatever phase
+  int percent_ = 0;
+  double bytesRead_ = 0;
+  double bytesWritten_ = 0;
+  VolumeState volume_;
+  SampleFacts previousFacts_;
+  std::optional<double> fieldFile_;
+  bool failed_ = false;
+  bool stopped_ = false;
 };
 
 int SegyCopy::run() {
   logStarted("Copy");
-  if (!runGuarded([this] { work(); })) failed = true;
-  if (frame && !frame->isOpen()) return JOB_NO_DIALOG;
+  if (!runGuarded([this] { work(); })) failed_ = true;
+  if (frame_ && !frame_->isOpen()) return JOB_NO_DIALOG;
   finish();
-  return failed ? JOB_FAILED : JOB_OK;
+  return failed_ ? JOB_FAILED : JOB_OK;
 }
 
 /// All between the first line and the last ones.
 void SegyCopy::work() {
   if (!prepare()) {
-    failed = !stopped;
+    failed_ = !stopped_;
     return;
   }
-  frame.emplace(JOB_SEGY, units->type, &tracesRead, &percent, &tracesWritten);
-  bool more = frame->isOpen() && copyHeaders();
+  frame_.emplace(JOB_SEGY, units_->type, &tracesRead_, &percent_, &tracesWritten_);
+  bool more = frame_->isOpen() && copyHeaders();
   while (more) more = step();
-  if (frame->stopIsNews()) goOn();
-  if (frame->isOpen() && SgyParams.sort && !failed && !stopped) outputPhase();
+  if (frame_->stopIsNews()) goOn();
+  if (frame_->isOpen() && SgyParams.sort && !failed_ && !stopped_) outputPhase();
 }
 
 // ---- before the first trace -------------------------------------------------------------------------------------
@@ -142,14 +142,14 @@ bool SegyCopy::prepare() {
   }
   const std::optional<int> needed = bytesForKeys();
   if (!needed || !findInputs() || !makeTemporaryFiles() || !mayWriteVolumes() || !prepareRangeLimit()) return false;
-  keyBytes = *needed;
+  keyBytes_ = *needed;
   report();
   return openInput();
 }
 
 bool SegyCopy::makeTemporaryFiles() {
   if (!SgyParams.sort) return true;
-  const SortStore::Created made = store.emplace().create(&taken);
+  const SortStore::Created made = store_.emplace().create(&taken_);
   return made == SortStore::Created::Declined ? stop() : made == SortStore::Created::Ready;
 }
 
@@ -157,9 +157,9 @@ bool SegyCopy::makeTemporaryFiles() {
 /// written.
 bool SegyCopy::mayWriteVolumes() {
   const bool byInput = SgyParams.multipleIn && !SgyParams.concatInputs;
-  if (output.isTape() || !(byInput || splitsByKey())) return true;
-  const int last = byInput && !inputIsTape() ? static_cast<int>(files.size()) - 1 : INT_MAX;
-  const std::vector<std::string> names = output.existingVolumes(last);
+  if (output_.isTape() || !(byInput || splitsByKey())) return true;
+  const int last = byInput && !inputIsTape() ? static_cast<int>(files_.size()) - 1 : INT_MAX;
+  const std::vector<std::string> names = output_.existingVolumes(last);
   if (names.empty() ||
       xvt_dm_post_confirm("Overwrite", "Cancel",
                           "%zu further volume%s of this output may be written and exist%s already:\n%s%s%s\n"
@@ -173,25 +173,25 @@ bool SegyCopy::mayWriteVolumes() {
 
 /// Collects what the job must not write to. The output is added last, so that nothing else is written over it.
 bool SegyCopy::findInputs() {
-  const std::string outputPath = output.isTape() ? "" : pathOf(units[1].fs);
+  const std::string outputPath = output_.isTape() ? "" : pathOf(units_[1].fs);
   if (!inputIsTape()) {
     if (SgyParams.multipleIn) {
       // A file made for this job is no input of it; one that holds something was there before and is.
-      const bool fresh = output.isTape() || fileSize(units[1].fp).value_or(0) == 0;
-      const DirectoryFiles found = listSegyFiles(units->fs.dir, fresh ? outputPath : "");
+      const bool fresh = output_.isTape() || fileSize(units_[1].fp).value_or(0) == 0;
+      const DirectoryFiles found = listSegyFiles(units_->fs.dir, fresh ? outputPath : "");
       found.nameOthers(console_out);
-      files = found.names;
-      for (const std::string& name : files) taken.add(joinPath(fieldText(units->fs.dir.path), name));
+      files_ = found.names;
+      for (const std::string& name : files_) taken_.add(joinPath(fieldText(units_->fs.dir.path), name));
     } else {
-      taken.add(pathOf(units->fs));
+      taken_.add(pathOf(units_->fs));
     }
-    if (!output.isTape() && taken.holds(outputPath)) {
-      console_printf("  *** Output file %s is an input of this job and is not written.", units[1].name);
+    if (!output_.isTape() && taken_.holds(outputPath)) {
+      console_printf("  *** Output file %s is an input of this job and is not written.", units_[1].name);
       return false;
     }
   }
-  if (!output.isTape()) taken.add(outputPath);
-  taken.add(limitSourcePath());
+  if (!output_.isTape()) taken_.add(outputPath);
+  taken_.add(limitSourcePath());
   return true;
 }
 
@@ -203,59 +203,59 @@ bool SegyCopy::prepareRangeLimit() {
                    log.c_str());
     return false;
   }
-  if (taken.holds(log)) {
+  if (taken_.holds(log)) {
     console_printf("  *** %s is used by this job already and cannot be the range limit log.", log.c_str());
     return false;
   }
   const bool ready = (limitsByPolygon(SgyParams) ? initPolygon() : initPointsList()) != 0;
-  taken.add(log);
+  taken_.add(log);
   return ready;
 }
 
 bool SegyCopy::openInput() {
   if (inputIsTape()) {
-    input = std::make_unique<SegyTapeInput>(units);
-    if (SgyParams.multipleIn && !SgyParams.concatInputs) console_printf("Output file 1: %s", units[1].name);
+    input_ = std::make_unique<SegyTapeInput>(units_);
+    if (SgyParams.multipleIn && !SgyParams.concatInputs) console_printf("Output file 1: %s", units_[1].name);
     return true;
   }
-  visit.emplace(units->fs.dir);
-  if (SgyParams.multipleIn && files.empty()) {
+  visit_.emplace(units_->fs.dir);
+  if (SgyParams.multipleIn && files_.empty()) {
     console_out("  *** No valid files found in directory.");
     return false;
   }
-  auto disk = std::make_unique<SegyDiskInput>(units, files);
+  auto disk = std::make_unique<SegyDiskInput>(units_, files_);
   const bool opened = disk->open();
-  input = std::move(disk);
+  input_ = std::move(disk);
   return opened;
 }
 
 /// Both headers are read before the first is written: an input that cannot be copied leaves no beginning of an output.
 bool SegyCopy::copyHeaders() {
-  if (!input->readEbcdic()) return fail();
+  if (!input_->readEbcdic()) return fail();
   if (SgyParams.sort) {
     logBlank();
     console_out("Starting Input Phase...");
     logBlank();
   }
-  if (!input->readBinary()) return fail();
-  previousFacts = input->facts;
-  if (SgyParams.sort) return (store->addEbcdic(input->EbcdicHdr) && store->addBinary(input->BinaryHdr)) || fail();
+  if (!input_->readBinary()) return fail();
+  previousFacts_ = input_->facts;
+  if (SgyParams.sort) return (store_->addEbcdic(input_->EbcdicHdr) && store_->addBinary(input_->BinaryHdr)) || fail();
   return writeHeaders();
 }
 
 bool SegyCopy::writeHeaders() {
-  if (!output.writeHeader(input->EbcdicHdr)) return fail("  *** Error writing EBCDIC header to output device.");
-  return output.writeHeader(input->BinaryHdr) || fail("  *** Error writing binary header to output device.");
+  if (!output_.writeHeader(input_->EbcdicHdr)) return fail("  *** Error writing EBCDIC header to output device.");
+  return output_.writeHeader(input_->BinaryHdr) || fail("  *** Error writing binary header to output device.");
 }
 
 // ---- trace by trace ---------------------------------------------------------------------------------------------
 
-bool SegyCopy::goOn() { return frame->goOn() || stop(); }
+bool SegyCopy::goOn() { return frame_->goOn() || stop(); }
 
 bool SegyCopy::step() {
   if (!goOn()) return false;
   std::span<const char> trace;
-  switch (input->next(&trace)) {
+  switch (input_->next(&trace)) {
     case SegyItem::Trace:
       return takeTrace(trace);
     case SegyItem::Nothing:
@@ -270,51 +270,51 @@ bool SegyCopy::step() {
 }
 
 bool SegyCopy::takeTrace(std::span<const char> trace) {
-  ++tracesRead;
-  bytesRead += static_cast<double>(trace.size());
-  if (trace.size() < static_cast<std::size_t>(keyBytes)) {
-    console_printf("  *** Trace %d has %zu bytes; the header keys need %d.", tracesRead, trace.size(), keyBytes);
+  ++tracesRead_;
+  bytesRead_ += static_cast<double>(trace.size());
+  if (trace.size() < static_cast<std::size_t>(keyBytes_)) {
+    console_printf("  *** Trace %d has %zu bytes; the header keys need %d.", tracesRead_, trace.size(), keyBytes_);
     return fail();
   }
   if (traceInRange(trace.data()) != 0) {
-    const bool done = SgyParams.sort ? store->addTrace(trace) || fail() : copyTrace(trace);
+    const bool done = SgyParams.sort ? store_->addTrace(trace) || fail() : copyTrace(trace);
     if (!done) return false;
   }
-  percent = input->percent(bytesRead);
+  percent_ = input_->percent(bytesRead_);
   return true;
 }
 
 bool SegyCopy::copyTrace(std::span<const char> trace) {
   if (splitsByKey() &&
-      !placeInVolume(HeaderKey{SgyParams.recordByte, SgyParams.recordType}.in(trace.data()), tracesWritten + 1))
+      !placeInVolume(HeaderKey{SgyParams.recordByte, SgyParams.recordType}.in(trace.data()), tracesWritten_ + 1))
     return false;
   if (SgyParams.reportFFIDs) reportFieldFile(trace);
-  ++tracesWritten;
-  ++volume.traces;
-  volume.bytes += static_cast<double>(trace.size());
+  ++tracesWritten_;
+  ++volume_.traces;
+  volume_.bytes += static_cast<double>(trace.size());
   return writeTrace(trace);
 }
 
 bool SegyCopy::writeTrace(std::span<const char> trace) {
-  ++tracesHanded;
-  bytesWritten += static_cast<double>(trace.size());
-  return output.writeTrace(trace) || writeFailed();
+  ++tracesHanded_;
+  bytesWritten_ += static_cast<double>(trace.size());
+  return output_.writeTrace(trace) || writeFailed();
 }
 
 /// Takes back what the output accepted and could not keep, and names the first trace of it.
 bool SegyCopy::writeFailed() {
-  const LostOutput& lost = output.lost();
-  tracesHanded -= lost.traces;
-  if (!SgyParams.sort) tracesWritten -= lost.traces;
-  bytesWritten -= lost.bytes;
-  console_printf("  *** Error writing trace %d to output device.", tracesHanded + 1);
+  const LostOutput& lost = output_.lost();
+  tracesHanded_ -= lost.traces;
+  if (!SgyParams.sort) tracesWritten_ -= lost.traces;
+  bytesWritten_ -= lost.bytes;
+  console_printf("  *** Error writing trace %d to output device.", tracesHanded_ + 1);
   return fail();
 }
 
 void SegyCopy::reportFieldFile(std::span<const char> trace) {
-  const double number = FIELD_FILE_KEY.in(trace.data());
-  if (fieldFile.value_or(number - 1) != number) console_printf("  Field File - %d", static_cast<int>(number));
-  fieldFile = number;
+  const double number = kFieldFileKey.in(trace.data());
+  if (fieldFile_.value_or(number - 1) != number) console_printf("  Field File - %d", static_cast<int>(number));
+  fieldFile_ = number;
 }
 
 // ---- several inputs ---------------------------------------------------------------------------------------------
@@ -322,76 +322,77 @@ void SegyCopy::reportFieldFile(std::span<const char> trace) {
 bool SegyCopy::startNextInput() {
   if (SgyParams.concatInputs) {
     warnOfDifferences();
-    previousFacts = input->facts;
+    previousFacts_ = input_->facts;
     return true;
   }
-  if (output.isTape()) {
-    if (!output.separateFiles()) return fail();
-  } else if (output.getAnotherOutput(input->inputs() - 1) != SegyOutput::Volume::Ready) {
-    return output.lost().traces > 0 ? writeFailed() : fail();
+  if (output_.isTape()) {
+    if (!output_.separateFiles()) return fail();
+  } else if (output_.getAnotherOutput(input_->inputs() - 1) != SegyOutput::Volume::Ready) {
+    return output_.lost().traces > 0 ? writeFailed() : fail();
   }
   return writeHeaders();
 }
 
 void SegyCopy::warnOfDifferences() {
-  const SampleFacts& now = input->facts;
-  if (now.interval != previousFacts.interval) {
+  const SampleFacts& now = input_->facts;
+  if (now.interval != previousFacts_.interval) {
     console_printf("  ** Sample interval (%d) does not match previous input (%d).", now.interval,
-                   previousFacts.interval);
+                   previousFacts_.interval);
   }
-  if (now.samples != previousFacts.samples)
-    console_printf("  ** Samples per trace (%d) do not match previous input (%d).", now.samples, previousFacts.samples);
-  if (now.format != previousFacts.format)
-    console_printf("  ** Samples format code (%d) does match previous input (%d).", now.format, previousFacts.format);
+  if (now.samples != previousFacts_.samples)
+    console_printf("  ** Samples per trace (%d) do not match previous input (%d).", now.samples,
+                   previousFacts_.samples);
+  if (now.format != previousFacts_.format)
+    console_printf("  ** Samples format code (%d) does match previous input (%d).", now.format, previousFacts_.format);
 }
 
 // ---- several volumes --------------------------------------------------------------------------------------------
 
 /// Decides whether a trace belongs to the present volume or begins the next.
 bool SegyCopy::placeInVolume(double record, int traceNumber) {
-  if (volume.lastRecord == 0.0) {
-    volume.lastRecord = record;
+  if (volume_.lastRecord == 0.0) {
+    volume_.lastRecord = record;
     logBlank();
     console_printf("First record =  %.1f", record);
   }
-  if (record == volume.lastRecord) {
-    if (++volume.unchanged == VolumeState::UNCHANGED_LIMIT) {
+  if (record == volume_.lastRecord) {
+    if (++volume_.unchanged == VolumeState::kUnchangedLimit) {
       logBlank();
-      console_printf(" ** Warning: record has not changed after %d traces.", VolumeState::UNCHANGED_LIMIT);
-      console_out(output.isTape() ? "             Tape may exceed maximum specified output."
-                                  : "             Disk file may exceed maximum specified output.");
+      console_printf(" ** Warning: record has not changed after %d traces.", VolumeState::kUnchangedLimit);
+      console_out(output_.isTape() ? "             Tape may exceed maximum specified output."
+                                   : "             Disk file may exceed maximum specified output.");
     }
     return true;
   }
-  if (volume.bytes >= SgyParams.bytesPerPart) {
+  if (volume_.bytes >= SgyParams.bytesPerPart) {
     if (!nextVolume(traceNumber)) return false;
     console_printf("First record =  %.1f", record);
   }
-  volume.lastRecord = record;
-  volume.unchanged = 0;
+  volume_.lastRecord = record;
+  volume_.unchanged = 0;
   return true;
 }
 
 bool SegyCopy::nextVolume(int traceNumber) {
-  const char* const kind = output.isTape() ? "tape" : "file";
-  console_printf("Last record  =  %.1f", volume.lastRecord);
+  const char* const kind = output_.isTape() ? "tape" : "file";
+  console_printf("Last record  =  %.1f", volume_.lastRecord);
   logBlank();
-  console_printf("Output %s %d is full with:", kind, volume.number);
-  console_printf("     %d traces", volume.traces);
-  console_printf("     %.0f bytes", volume.bytes);
+  console_printf("Output %s %d is full with:", kind, volume_.number);
+  console_printf("     %d traces", volume_.traces);
+  console_printf("     %.0f bytes", volume_.bytes);
   logBlank();
-  const SegyOutput::Volume next = output.getAnotherOutput(volume.number);
+  const SegyOutput::Volume next = output_.getAnotherOutput(volume_.number);
   if (next != SegyOutput::Volume::Ready) {
-    if (output.lost().traces > 0) return writeFailed();
+    if (output_.lost().traces > 0) return writeFailed();
     console_printf("  *** Trace %d and what follows it were not written.", traceNumber);
-    if (inputIsTape() && units->state == 1) tlv_rewind(units, 0);
-    stopped = next == SegyOutput::Volume::Declined;
-    return stopped ? false : fail();
+    if (inputIsTape() && units_->state == 1) tlv_rewind(units_, 0);
+    stopped_ = next == SegyOutput::Volume::Declined;
+    return stopped_ ? false : fail();
   }
-  if (!output.initOutput(input->EbcdicHdr, input->BinaryHdr)) return fail();
-  ++volume.number;
-  volume.restart();
-  console_printf("Continuing output on %s %d", kind, volume.number);
+  if (!output_.initOutput(input_->EbcdicHdr, input_->BinaryHdr)) return fail();
+  ++volume_.number;
+  volume_.restart();
+  console_printf("Continuing output on %s %d", kind, volume_.number);
   logBlank();
   return true;
 }
@@ -403,21 +404,21 @@ bool SegyCopy::outputPhase() {
   console_out("Starting Sort Phase...");
   logBlank();
   std::vector<char> header;
-  if (!store->reopen() || !store->readEbcdic(&header)) return fail();
-  if (!output.writeHeader(header)) return fail("  *** Error writing EBCDIC header to output device.");
-  if (!store->readBinary(&header)) return fail();
-  if (!output.writeHeader(header)) return fail("  *** Error writing binary header to output device.");
-  if (!store->sortIndex()) return fail();
+  if (!store_->reopen() || !store_->readEbcdic(&header)) return fail();
+  if (!output_.writeHeader(header)) return fail("  *** Error writing EBCDIC header to output device.");
+  if (!store_->readBinary(&header)) return fail();
+  if (!output_.writeHeader(header)) return fail("  *** Error writing binary header to output device.");
+  if (!store_->sortIndex()) return fail();
   console_out("Starting Output Phase...");
   logBlank();
-  for (int place = 0; place < store->count(); ++place)
+  for (int place = 0; place < store_->count(); ++place)
     if (!goOn() || !writeSorted(place)) return false;
   return true;
 }
 
 /// The count of traces written belongs to the direct copy and stays.
 bool SegyCopy::writeSorted(int place) {
-  const std::span<const char> trace = store->trace(place);
+  const std::span<const char> trace = store_->trace(place);
   if (trace.empty()) {
     console_printf("  *** Error reading trace %d from temporary disk file.", place + 1);
     return fail();
@@ -428,32 +429,32 @@ bool SegyCopy::writeSorted(int place) {
 // ---- the end ----------------------------------------------------------------------------------------------------
 
 void SegyCopy::finish() {
-  const int lostBefore = output.lost().traces;
-  if (!output.finish(failed || stopped ? JobEnd::CutShort : JobEnd::Success)) {
-    failed = true;
-    if (output.lost().traces > lostBefore) writeFailed();
+  const int lostBefore = output_.lost().traces;
+  if (!output_.finish(failed_ || stopped_ ? JobEnd::CutShort : JobEnd::Success)) {
+    failed_ = true;
+    if (output_.lost().traces > lostBefore) writeFailed();
   }
-  failed = (store && !store->save()) || failed;
-  if (failed) logFailed();
+  failed_ = (store_ && !store_->save()) || failed_;
+  if (failed_) logFailed();
   logSummary();
-  if (input) input->tellOfLost();
-  visit.reset();
-  if (frame) frame->close();
+  if (input_) input_->tellOfLost();
+  visit_.reset();
+  if (frame_) frame_->close();
   logEnded("SEG Y copy");
-  store.reset();
+  store_.reset();
 }
 
 void SegyCopy::logSummary() {
   if (SgyParams.multipleIn) {
     logBlank();
-    console_printf("%d segy files processed.", input ? input->inputs() : 0);
+    console_printf("%d segy files processed.", input_ ? input_->inputs() : 0);
   }
   logBlank();
-  console_printf("%d traces read.", tracesRead);
-  console_printf("%d traces written.", tracesWritten);
+  console_printf("%d traces read.", tracesRead_);
+  console_printf("%d traces written.", tracesWritten_);
   logBlank();
-  console_printf("%.0f bytes read.", bytesRead);
-  console_printf("%.0f bytes written.", bytesWritten);
+  console_printf("%.0f bytes read.", bytesRead_);
+  console_printf("%.0f bytes written.", bytesWritten_);
   logBlank();
   if (!SgyParams.rangeLimit) return;
   console_printf("Primary header value range in output    = %.4lf - %.4lf.", MinPrimary, MaxPrimary);

@@ -15,12 +15,12 @@
 
 namespace {
 
-constexpr RetryWords RETRY_WORDS = {"  *** Error reading from input tape - retrying...",
+constexpr RetryWords kRetryWords = {"  *** Error reading from input tape - retrying...",
                                     "Retries failed. Skipping trace.",
                                     "  *** Too many sequential bad blocks. Aborting."};
-constexpr TapeChangeWords INPUT_WORDS = {"Tape finished.", "Magazine finished.", "  "};
+constexpr TapeChangeWords kInputWords = {"Tape finished.", "Magazine finished.", "  "};
 
-constexpr int REEL_HEADERS = 2;  // blocks: the text and the binary header
+constexpr int kReelHeaders = 2;  // blocks: the text and the binary header
 
 bool assign(std::vector<char>* header, std::span<const char> bytes) {
   header->assign(bytes.begin(), bytes.end());
@@ -29,18 +29,18 @@ bool assign(std::vector<char>* header, std::span<const char> bytes) {
 
 }  // namespace
 
-int SampleFacts::traceBytes() const { return TRACE_HEADER_BYTES + samples * (format == 3 ? 2 : 4); }
+int SampleFacts::traceBytes() const { return kTraceHeaderBytes + samples * (format == 3 ? 2 : 4); }
 
 bool SegyInput::takeBinary(std::span<const char> header) {
   assign(&BinaryHdr, header);
-  if (BinarySize() < BINARY_FORMAT_CODE.end()) {
+  if (BinarySize() < kBinaryFormatCode.end()) {
     console_printf("  *** The binary header has %d bytes, too few to say what the traces are.", BinarySize());
     return false;
   }
-  facts.interval = static_cast<int>(BINARY_SAMPLE_INTERVAL.in(BinaryHdr.data()));
+  facts.interval = static_cast<int>(kBinarySampleInterval.in(BinaryHdr.data()));
   // Counts above 32767 exist: the field is then meant without a sign.
-  facts.samples = static_cast<std::uint16_t>(static_cast<int>(BINARY_SAMPLE_COUNT.in(BinaryHdr.data())));
-  facts.format = static_cast<int>(BINARY_FORMAT_CODE.in(BinaryHdr.data()));
+  facts.samples = static_cast<std::uint16_t>(static_cast<int>(kBinarySampleCount.in(BinaryHdr.data())));
+  facts.format = static_cast<int>(kBinaryFormatCode.in(BinaryHdr.data()));
   return true;
 }
 
@@ -59,35 +59,35 @@ SegyDiskInput::SegyDiskInput(UnitStruct* allUnits, std::vector<std::string> file
 
 bool SegyDiskInput::open() {
   if (!TheList.empty()) return openListed();
-  if (units->fp == nullptr) {
-    console_printf("***  Error opening file %s", units->name);
+  if (units_->fp == nullptr) {
+    console_printf("***  Error opening file %s", units_->name);
     return false;
   }
-  reader.begin(units->fp);
-  size = static_cast<double>(fileSize(units->fp).value_or(0));
-  begun = 1;
+  reader_.begin(units_->fp);
+  size_ = static_cast<double>(fileSize(units_->fp).value_or(0));
+  begun_ = 1;
   return true;
 }
 
 /// Opens the next file of the list as unit 0.
 bool SegyDiskInput::openListed() {
-  const std::string& name = TheList[static_cast<std::size_t>(begun)];
-  closeDiskUnit(units);
-  FILE_SPEC file = units->fs;
-  if (!copyText(file.name, name) || !openDiskUnit(units, file, "rb")) {
+  const std::string& name = TheList[static_cast<std::size_t>(begun_)];
+  closeDiskUnit(units_);
+  FILE_SPEC file = units_->fs;
+  if (!copyText(file.name, name) || !openDiskUnit(units_, file, "rb")) {
     console_printf("***  Error opening file %s", name.c_str());
     return false;
   }
-  ++begun;
-  console_printf("Input file %d: %s", begun, name.c_str());
-  reader.begin(units->fp);
-  size = static_cast<double>(fileSize(units->fp).value_or(0));
+  ++begun_;
+  console_printf("Input file %d: %s", begun_, name.c_str());
+  reader_.begin(units_->fp);
+  size_ = static_cast<double>(fileSize(units_->fp).value_or(0));
   return true;
 }
 
 bool SegyDiskInput::readEbcdic() {
-  const auto header = reader.take(EBCDIC_HEADER_BYTES);
-  if (header.size() < EBCDIC_HEADER_BYTES) {
+  const auto header = reader_.take(kEbcdicHeaderBytes);
+  if (header.size() < kEbcdicHeaderBytes) {
     console_out("  *** Error reading EBCDIC header from input file.");
     return false;
   }
@@ -95,39 +95,39 @@ bool SegyDiskInput::readEbcdic() {
 }
 
 bool SegyDiskInput::readBinary() {
-  const auto header = reader.take(BINARY_HEADER_BYTES);
-  if (header.size() < BINARY_HEADER_BYTES) {
+  const auto header = reader_.take(kBinaryHeaderBytes);
+  if (header.size() < kBinaryHeaderBytes) {
     console_out("  *** Error reading binary header from input file.");
     return false;
   }
   if (!takeBinary(header)) return false;
   warnOfUnusualFile(BinaryHdr);
   // Joined inputs are all read with the first one's trace length.
-  if (begun > 1 && SgyParams.concatInputs) return true;
-  traceBytes = static_cast<std::size_t>(facts.traceBytes());
+  if (begun_ > 1 && SgyParams.concatInputs) return true;
+  traceBytes_ = static_cast<std::size_t>(facts.traceBytes());
   return traceLengthIsSound();
 }
 
 bool SegyDiskInput::traceLengthIsSound() {
-  const double data = size - EBCDIC_HEADER_BYTES - BINARY_HEADER_BYTES;
+  const double data = size_ - kEbcdicHeaderBytes - kBinaryHeaderBytes;
   if (facts.samples == 0) {
-    console_printf("  *** The binary header of \"%s\" announces traces of 0 samples.", units->name);
+    console_printf("  *** The binary header of \"%s\" announces traces of 0 samples.", units_->name);
     return false;
   }
-  if (data > 0 && data < static_cast<double>(traceBytes)) {
+  if (data > 0 && data < static_cast<double>(traceBytes_)) {
     console_printf(
         "  *** The binary header of \"%s\" announces %d samples a trace (%zu bytes); the file holds %.0f bytes of "
         "data.",
-        units->name, facts.samples, traceBytes, data);
+        units_->name, facts.samples, traceBytes_, data);
     return false;
   }
   return true;
 }
 
 SegyItem SegyDiskInput::next(std::span<const char>* trace) {
-  *trace = reader.take(traceBytes);
-  if (trace->size() == traceBytes) return SegyItem::Trace;
-  if (reader.failed()) {
+  *trace = reader_.take(traceBytes_);
+  if (trace->size() == traceBytes_) return SegyItem::Trace;
+  if (reader_.failed()) {
     console_out("  *** Error reading trace from input file.");
     return SegyItem::Failed;
   }
@@ -136,9 +136,9 @@ SegyItem SegyDiskInput::next(std::span<const char>* trace) {
 
 SegyItem SegyDiskInput::endOfFile(std::size_t left) {
   if (left > 0)
-    console_printf("  ** The last %zu bytes of \"%s\" are no whole trace and are not copied.", left, units->name);
+    console_printf("  ** The last %zu bytes of \"%s\" are no whole trace and are not copied.", left, units_->name);
   if (TheList.empty()) return SegyItem::End;
-  if (static_cast<std::size_t>(begun) == TheList.size()) {
+  if (static_cast<std::size_t>(begun_) == TheList.size()) {
     console_out("");
     return SegyItem::End;
   }
@@ -146,8 +146,8 @@ SegyItem SegyDiskInput::endOfFile(std::size_t left) {
 }
 
 int SegyDiskInput::percent(double bytesRead) const {
-  const double share = TheList.empty() ? (size > 0 ? bytesRead / size : 0)
-                                       : static_cast<double>(begun - 1) / static_cast<double>(TheList.size());
+  const double share = TheList.empty() ? (size_ > 0 ? bytesRead / size_ : 0)
+                                       : static_cast<double>(begun_ - 1) / static_cast<double>(TheList.size());
   return static_cast<int>(std::min(100.0, share * 100));
 }
 
@@ -155,18 +155,18 @@ int SegyDiskInput::percent(double bytesRead) const {
 
 SegyTapeInput::SegyTapeInput(UnitStruct* allUnits)
     : SegyInput(allUnits),
-      readSize(units->isM4 != 0 ? 60000 : static_cast<int>(units->maxBlockSize)),
-      reader(RETRY_WORDS) {}
+      readSize_(units_->isM4 != 0 ? 60000 : static_cast<int>(units_->maxBlockSize)),
+      reader_(kRetryWords) {}
 
 bool SegyTapeInput::readHeader(const char* name, std::vector<char>* header) {
   const int bytes = readBlock();
   if (bytes == 0) console_printf("  *** EOF encountered while reading %s header from input tape.", name);
   if (bytes < 0) console_printf("  *** Error reading %s header from input tape.", name);
-  return bytes > 0 && assign(header, {units->ioBuffer, static_cast<std::size_t>(bytes)});
+  return bytes > 0 && assign(header, {units_->ioBuffer, static_cast<std::size_t>(bytes)});
 }
 
 bool SegyTapeInput::readEbcdic() {
-  begun = std::max(begun, 1);
+  begun_ = std::max(begun_, 1);
   return readHeader("EBCDIC", &EbcdicHdr);
 }
 
@@ -179,7 +179,7 @@ bool SegyTapeInput::readBinary() {
 
 SegyItem SegyTapeInput::next(std::span<const char>* trace) {
   int bytes = 0;
-  switch (reader.read(units, units->ioBuffer, readSize, &bytes)) {
+  switch (reader_.read(units_, units_->ioBuffer, readSize_, &bytes)) {
     case BlockRead::Skipped:
       return SegyItem::Nothing;
     case BlockRead::Failed:
@@ -192,21 +192,21 @@ SegyItem SegyTapeInput::next(std::span<const char>* trace) {
       break;
   }
   if (bytes == 0) return takeMark();
-  units->eofMark = 0;
-  *trace = {units->ioBuffer, static_cast<std::size_t>(bytes)};
+  units_->eofMark = 0;
+  *trace = {units_->ioBuffer, static_cast<std::size_t>(bytes)};
   return SegyItem::Trace;
 }
 
 SegyTapeInput::Block SegyTapeInput::nextBlock() {
   // Behind the end of the recorded data there is nothing to read.
-  const int bytes = units->eodMark != 0 ? 0 : readBlock();
+  const int bytes = units_->eodMark != 0 ? 0 : readBlock();
   EbcdicHdr.clear();
   if (bytes < 0) {
     console_out("  *** Error reading EBCDIC header from input tape.");
     return Block::Failed;
   }
   if (bytes == 0) return Block::None;
-  assign(&EbcdicHdr, {units->ioBuffer, static_cast<std::size_t>(bytes)});
+  assign(&EbcdicHdr, {units_->ioBuffer, static_cast<std::size_t>(bytes)});
   return Block::Data;
 }
 
@@ -225,19 +225,19 @@ SegyItem SegyTapeInput::takeMark() {
 
 /// Joined inputs count as one.
 SegyItem SegyTapeInput::beginInput() {
-  if (!SgyParams.concatInputs) ++begun;
+  if (!SgyParams.concatInputs) ++begun_;
   return readBinary() ? SegyItem::NewInput : SegyItem::Failed;
 }
 
 SegyItem SegyTapeInput::nextTape() {
-  if (nextInputTape(units, INPUT_WORDS) == 0) return SegyItem::End;
-  reader.place.nextTape();
+  if (nextInputTape(units_, kInputWords) == 0) return SegyItem::End;
+  reader_.place.nextTape();
   if (!SgyParams.multipleIn) {
-    if (tlv_skip_blocks(units, 0, REEL_HEADERS) != 0) {
+    if (tlv_skip_blocks(units_, 0, kReelHeaders) != 0) {
       console_out("  *** The two header blocks of this tape could not be skipped.");
       return SegyItem::Failed;
     }
-    reader.place.passBlocks(REEL_HEADERS);
+    reader_.place.passBlocks(kReelHeaders);
     return SegyItem::Nothing;
   }
   return readEbcdic() ? beginInput() : SegyItem::Failed;

@@ -33,7 +33,7 @@ enum class SegyItem {
 
 class SegyInput {
  public:
-  explicit SegyInput(UnitStruct* allUnits) : units(allUnits) {}
+  explicit SegyInput(UnitStruct* allUnits) : units_(allUnits) {}
   virtual ~SegyInput() = default;
   SegyInput(const SegyInput&) = delete;
   SegyInput& operator=(const SegyInput&) = delete;
@@ -48,7 +48,7 @@ class SegyInput {
   /// Names what could not be read of tapes.
   virtual void tellOfLost() const {}
 
-  int inputs() const { return begun; }
+  int inputs() const { return begun_; }
   int ReelSize() const { return static_cast<int>(EbcdicHdr.size()); }
   int BinarySize() const { return static_cast<int>(BinaryHdr.size()); }
 
@@ -61,8 +61,8 @@ class SegyInput {
   /// Takes what the binary header says. @return false after a console line when it is too short for that
   bool takeBinary(std::span<const char> header);
 
-  UnitStruct* units;
-  int begun = 0;
+  UnitStruct* units_;
+  int begun_ = 0;
 };
 
 /// The directory's "*.sgy" files, without the one that is being written.
@@ -86,9 +86,9 @@ class SegyDiskInput : public SegyInput {
   SegyItem endOfFile(std::size_t left);
 
   std::vector<std::string> TheList;
-  PieceReader reader;
-  double size = 0;  // bytes of the present file
-  std::size_t traceBytes = 0;
+  PieceReader reader_;
+  double size_ = 0;  // bytes of the present file
+  std::size_t traceBytes_ = 0;
 };
 
 class SegyTapeInput : public SegyInput {
@@ -98,12 +98,12 @@ class SegyTapeInput : public SegyInput {
   bool readEbcdic() override;
   bool readBinary() override;
   SegyItem next(std::span<const char>* trace) override;
-  void tellOfLost() const override { reader.tellOfLost(); }
+  void tellOfLost() const override { reader_.tellOfLost(); }
 
  private:
   enum class Block { Data, None, Failed };
 
-  int readBlock() { return reader.readOnce(units, units->ioBuffer, readSize); }
+  int readBlock() { return reader_.readOnce(units_, units_->ioBuffer, readSize_); }
   /// The block behind a mark: data are the next file's textual header.
   Block nextBlock();
   SegyItem takeMark();
@@ -111,6 +111,6 @@ class SegyTapeInput : public SegyInput {
   SegyItem beginInput();
   bool readHeader(const char* name, std::vector<char>* header);
 
-  int readSize;
-  PatientReader reader;
+  int readSize_;
+  PatientReader reader_;
 };

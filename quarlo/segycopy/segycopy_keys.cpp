@@ -24,7 +24,7 @@ std::vector<NamedKey> keysInUse() {
     keys.push_back({"secondary sort", {params.sortSecByte, params.sortSecType}});
     if (params.useTertiary) keys.push_back({"tertiary sort", {params.sortTerByte, params.sortTerType}});
   } else if (params.reportFFIDs) {
-    keys.push_back({"field file", FIELD_FILE_KEY});
+    keys.push_back({"field file", kFieldFileKey});
   }
   if (splitsByKey()) keys.push_back({"record", {params.recordByte, params.recordType}});
   return keys;
@@ -38,9 +38,9 @@ std::optional<int> bytesForKeys() {
   int needed = 0;
   for (const auto& [name, key] : keysInUse()) {
     // end() of an absurd position would overflow.
-    if (key.byte < 1 || key.byte > TRACE_HEADER_BYTES || valueBytes(key.type) == 0 || key.end() > TRACE_HEADER_BYTES) {
+    if (key.byte < 1 || key.byte > kTraceHeaderBytes || valueBytes(key.type) == 0 || key.end() > kTraceHeaderBytes) {
       console_printf("  *** The %s key (byte %d, %s) does not lie within the %d bytes of a trace header.", name,
-                     key.byte, valueBytes(key.type) > 0 ? DataTypes[key.type] : "unknown type", TRACE_HEADER_BYTES);
+                     key.byte, valueBytes(key.type) > 0 ? DataTypes[key.type] : "unknown type", kTraceHeaderBytes);
       return std::nullopt;
     }
     needed = std::max(needed, key.end());

@@ -6,7 +6,7 @@
 #include "quarlo/segycopy/segycopy_params.h"
 
 /// The field file number, reported whatever the other keys are.
-constexpr HeaderKey FIELD_FILE_KEY = {9, DT_INT32};
+constexpr HeaderKey kFieldFileKey = {9, DT_INT32};
 
 /// True when the output is split at changes of the record key: not for several inputs, whose outputs' names would
 /// collide, nor for a sorted copy.

@@ -11,21 +11,21 @@
 
 namespace {
 
-constexpr TapeChangeWords OUTPUT_WORDS = {"Tape finished.", "Magazine finished.", "  "};
+constexpr TapeChangeWords kOutputWords = {"Tape finished.", "Magazine finished.", "  "};
 
 }  // namespace
 
-SegyOutput::SegyOutput(UnitStruct* allUnits, const FileSet& allInputs) : units(allUnits), inputs(allInputs) {
-  const std::string_view name = fieldText(units[1].fs.name);
-  baseName = name.substr(0, name.find('.'));
-  disk.begin(units[1].fp, units[1].name);
+SegyOutput::SegyOutput(UnitStruct* allUnits, const FileSet& allInputs) : units_(allUnits), inputs_(allInputs) {
+  const std::string_view name = fieldText(units_[1].fs.name);
+  baseName_ = name.substr(0, name.find('.'));
+  disk_.begin(units_[1].fp, units_[1].name);
 }
 
 bool SegyOutput::write(std::span<const char> piece, bool isTrace) {
-  if (!isTape()) return disk.write(piece, isTrace);
+  if (!isTape()) return disk_.write(piece, isTrace);
   const int bytes = static_cast<int>(piece.size());
-  if (tlv_tape_write(units, ALL_OUTPUTS, piece.data(), bytes) >= bytes) return true;
-  gone = {isTrace ? 1 : 0, isTrace ? static_cast<double>(bytes) : 0, 0};
+  if (tlv_tape_write(units_, kAllOutputs, piece.data(), bytes) >= bytes) return true;
+  gone_ = {isTrace ? 1 : 0, isTrace ? static_cast<double>(bytes) : 0, 0};
   return false;
 }
 
@@ -35,47 +35,47 @@ SegyOutput::Volume SegyOutput::getAnotherOutput(int index) { return isTape() ? n
 
 std::vector<std::string> SegyOutput::existingVolumes(int last) const {
   std::vector<std::string> found;
-  for (const std::string& name : listFiles(units[1].fs.dir, "*.sgy").names) {
+  for (const std::string& name : listFiles(units_[1].fs.dir, "*.sgy").names) {
     int index = 0;
-    const char* const begin = name.data() + std::min(baseName.size(), name.size());
+    const char* const begin = name.data() + std::min(baseName_.size(), name.size());
     std::from_chars(begin, name.data() + name.size(), index);
     if (index >= 1 && index <= last && name == volumeName(index) &&
-        !inputs.holds(joinPath(fieldText(units[1].fs.dir.path), name)))
+        !inputs_.holds(joinPath(fieldText(units_[1].fs.dir.path), name)))
       found.push_back(name);
   }
   return found;
 }
 
 void SegyOutput::startSync() {
-  if (units[1].fp != nullptr) sync.add(units[1].fp, pathOf(units[1].fs));
+  if (units_[1].fp != nullptr) sync_.add(units_[1].fp, pathOf(units_[1].fs));
 }
 
 SegyOutput::Volume SegyOutput::nextFile(int index) {
   const bool whole = flush();
   startSync();
-  if (closeDiskUnit(&units[1]) != 0 || !whole) return Volume::Failed;
-  FILE_SPEC next = units[1].fs;
+  if (closeDiskUnit(&units_[1]) != 0 || !whole) return Volume::Failed;
+  FILE_SPEC next = units_[1].fs;
   const std::string name = volumeName(index);
   const bool fits = copyText(next.name, name);
-  if (fits && inputs.holds(pathOf(next))) {
+  if (fits && inputs_.holds(pathOf(next))) {
     console_printf("  *** Output file %s is an input of this job and is not written.", next.name);
     return Volume::Failed;
   }
-  if (!fits || !openDiskUnit(&units[1], next, "wb")) {
+  if (!fits || !openDiskUnit(&units_[1], next, "wb")) {
     console_printf("***  Error opening file %s", name.c_str());
     return Volume::Failed;
   }
-  disk.begin(units[1].fp, units[1].name);
+  disk_.begin(units_[1].fp, units_[1].name);
   console_printf("Output file %d: %s", index + 1, next.name);
   return Volume::Ready;
 }
 
 SegyOutput::Volume SegyOutput::nextTapes() {
-  if (!completeOutputTapes(units, 2)) {
+  if (!completeOutputTapes(units_, 2)) {
     xvt_dm_post_error("Error writing eof to output tape");
     return Volume::Failed;
   }
-  return nextOutputTapes(units, OUTPUT_WORDS) != 0 ? Volume::Ready : Volume::Declined;
+  return nextOutputTapes(units_, kOutputWords) != 0 ? Volume::Ready : Volume::Declined;
 }
 
 bool SegyOutput::initOutput(const std::vector<char>& ebcdic, const std::vector<char>& binary) {
@@ -85,14 +85,14 @@ bool SegyOutput::initOutput(const std::vector<char>& ebcdic, const std::vector<c
 }
 
 bool SegyOutput::separateFiles() {
-  if (tlv_weof(units, ALL_OUTPUTS, 1) == 0) return true;
+  if (tlv_weof(units_, kAllOutputs, 1) == 0) return true;
   console_out("*** Error writing end-of-file.");
   return false;
 }
 
 bool SegyOutput::finish(JobEnd end) {
-  if (isTape()) return closeOutputTapes(units, end, 2);
+  if (isTape()) return closeOutputTapes(units_, end, 2);
   const bool whole = flush();
   startSync();
-  return sync.wait([](const DiskSync::Failure& failure) { console_out(diskErrorText(failure).c_str()); }) && whole;
+  return sync_.wait([](const DiskSync::Failure& failure) { console_out(diskErrorText(failure).c_str()); }) && whole;
 }

@@ -22,11 +22,11 @@ class SegyOutput {
   /// @param allInputs files that are never written to; outlives this object
   SegyOutput(UnitStruct* allUnits, const FileSet& allInputs);
 
-  bool isTape() const { return units[1].type == UT_TAPE; }
+  bool isTape() const { return units_[1].type == UT_TAPE; }
   /// @return false when the disk or tape took it not: lost() says what went with it
   bool writeHeader(const std::vector<char>& header) { return write({header.data(), header.size()}, false); }
   bool writeTrace(std::span<const char> trace) { return write(trace, true); }
-  const LostOutput& lost() const { return isTape() ? gone : disk.lost(); }
+  const LostOutput& lost() const { return isTape() ? gone_ : disk_.lost(); }
 
   /// Names of further volumes, up to number `last`, that stand on disk already and are no inputs, in order.
   std::vector<std::string> existingVolumes(int last) const;
@@ -43,16 +43,16 @@ class SegyOutput {
 
  private:
   bool write(std::span<const char> piece, bool isTrace);
-  bool flush() { return isTape() || disk.flush(); }
+  bool flush() { return isTape() || disk_.flush(); }
   void startSync();
-  std::string volumeName(int index) const { return baseName + formatText("%.3d.sgy", index); }
+  std::string volumeName(int index) const { return baseName_ + formatText("%.3d.sgy", index); }
   Volume nextFile(int index);
   Volume nextTapes();
 
-  UnitStruct* units;
-  const FileSet& inputs;
-  std::string baseName;  // of the first volume, up to its first "."
-  PieceWriter disk;
-  DiskSync sync;
-  LostOutput gone;  // at a tape
+  UnitStruct* units_;
+  const FileSet& inputs_;
+  std::string baseName_;  // of the first volume, up to its first "."
+  PieceWriter disk_;
+  DiskSync sync_;
+  LostOutput gone_;  // at a tape
 };

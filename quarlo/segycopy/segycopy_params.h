@@ -4,7 +4,7 @@
 #include "quarlo/common/path_field.h"
 #include "quarlo/tapelib/formats/tracekey.h"
 
-constexpr int MAX_TYPED_POINTS = 10;
+constexpr int kMaxTypedPoints = 10;
 
 /// A range limit by polygon. The primary key is x, the secondary y.
 struct PolyParams {
@@ -13,8 +13,8 @@ struct PolyParams {
   int numPoints;
   int polyType;  ///< LIMIT_SENSE
   int type;      ///< POLYGON_SOURCE
-  double primary[MAX_TYPED_POINTS];
-  double secondary[MAX_TYPED_POINTS];
+  double primary[kMaxTypedPoints];
+  double secondary[kMaxTypedPoints];
   int primByte;
   int primType;
   int secByte;

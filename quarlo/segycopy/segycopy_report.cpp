@@ -60,7 +60,7 @@ void reportSort(const SgyCopyParams& params) {
   if (params.useTertiary) reportKey("Tertiary Sort Key", {params.sortTerByte, params.sortTerType});
 }
 
-constexpr std::uint32_t BYTE_ORDER_SWAPPED = 0x04030201;
+constexpr std::uint32_t kByteOrderSwapped = 0x04030201;
 
 void add(std::string* text, const std::string& fact) { *text += (text->empty() ? "" : ", ") + fact; }
 
@@ -72,18 +72,18 @@ void report() {
 }
 
 void warnOfUnusualFile(std::span<const char> binaryHeader) {
-  if (binaryHeader.size() < BINARY_HEADER_BYTES) return;
+  if (binaryHeader.size() < kBinaryHeaderBytes) return;
   const char* const header = binaryHeader.data();
   const auto at = [header](const HeaderKey& key) { return header + key.byte - 1; };
-  const int format = loadBeInt16(at(BINARY_FORMAT_CODE));
-  const int swappedFormat = loadLeInt16(at(BINARY_FORMAT_CODE));
+  const int format = loadBeInt16(at(kBinaryFormatCode));
+  const int swappedFormat = loadLeInt16(at(kBinaryFormatCode));
   const bool little =
-      loadBe32(at(BINARY_BYTE_ORDER)) == BYTE_ORDER_SWAPPED || (!isSegyFormat(format) && isSegyFormat(swappedFormat));
+      loadBe32(at(kBinaryByteOrder)) == kByteOrderSwapped || (!isSegyFormat(format) && isSegyFormat(swappedFormat));
   // Two bytes in revision 2, one number before: in a little-endian file that stands the other way round.
-  const int revision = std::max(static_cast<unsigned char>(*at(BINARY_REVISION)),
-                                static_cast<unsigned char>(little ? at(BINARY_REVISION)[1] : '\0'));
+  const int revision = std::max(static_cast<unsigned char>(*at(kBinaryRevision)),
+                                static_cast<unsigned char>(little ? at(kBinaryRevision)[1] : '\0'));
   // Before revision 1 the place belongs to nobody.
-  const int extended = revision < 1 ? 0 : little ? loadLeInt16(at(BINARY_EXTENDED)) : loadBeInt16(at(BINARY_EXTENDED));
+  const int extended = revision < 1 ? 0 : little ? loadLeInt16(at(kBinaryExtended)) : loadBeInt16(at(kBinaryExtended));
   std::string facts;
   if (little)
     add(&facts, "little-endian");

@@ -16,9 +16,9 @@
 
 namespace {
 
-constexpr const char* INDEX_NAME = "SegyCopy.idx";
-constexpr std::size_t BATCH_BYTES = std::size_t{1} << 20;
-constexpr double SECONDS_APART = 60;  // the last writes to both files of a sort, on a disk however busy
+constexpr const char* kIndexName = "SegyCopy.idx";
+constexpr std::size_t kBatchBytes = std::size_t{1} << 20;
+constexpr double kSecondsApart = 60;  // the last writes to both files of a sort, on a disk however busy
 
 std::string absolutePath(const std::string& path) {
   std::error_code failed;
@@ -41,31 +41,32 @@ bool refuse(const std::string& path) {
 // ---- making the files -------------------------------------------------------------------------------------------
 
 SortStore::~SortStore() {
-  traceFile.reset();
-  indexFile.reset();
-  traces.reset();
-  if (SgyParams.keepSortFile) traceTemp.keep();
+  traceFile_.reset();
+  indexFile_.reset();
+  traces_.reset();
+  if (SgyParams.keepSortFile) traceTemp_.keep();
 }
 
 SortStore::Created SortStore::create(FileSet* taken) {
-  tracePath = absolutePath(joinPath(fieldText(SgyParams.sortDir), fieldText(SgyParams.sortFile)));
-  indexPath = absolutePath(joinPath(fieldText(SgyParams.sortDir), INDEX_NAME));
-  for (const std::string& path : {tracePath, indexPath}) {
+  tracePath_ = absolutePath(joinPath(fieldText(SgyParams.sortDir), fieldText(SgyParams.sortFile)));
+  indexPath_ = absolutePath(joinPath(fieldText(SgyParams.sortDir), kIndexName));
+  for (const std::string& path : {tracePath_, indexPath_}) {
     if (taken->holds(path)) {
       refuse(path);
       return Created::Failed;
     }
   }
-  if (sameFile(tracePath.c_str(), indexPath.c_str())) {
-    refuse(tracePath);
+  if (sameFile(tracePath_.c_str(), indexPath_.c_str())) {
+    refuse(tracePath_);
     return Created::Failed;
   }
-  if (!claim(&traceTemp, tracePath, formatText("  *** Error creating temporary file %s.", tracePath.c_str()).c_str()) ||
-      !claim(&indexTemp, indexPath, "  *** Error creating SegyCopy.idx file."))
+  if (!claim(&traceTemp_, tracePath_,
+             formatText("  *** Error creating temporary file %s.", tracePath_.c_str()).c_str()) ||
+      !claim(&indexTemp_, indexPath_, "  *** Error creating SegyCopy.idx file."))
     return Created::Failed;
   if (!isLeftover() && !mayEmpty()) return Created::Declined;
-  taken->add(tracePath);
-  taken->add(indexPath);
+  taken->add(tracePath_);
+  taken->add(indexPath_);
   return empty() ? Created::Ready : Created::Failed;
 }
 
@@ -89,9 +90,9 @@ bool SortStore::claim(TempFile* file, const std::string& path, const char* failu
 namespace {
 
 /// Whether some field of a trace header, of whatever place and type, holds a value; no key at all counts as held.
-bool holdsValue(const std::array<char, TRACE_HEADER_BYTES>& header, double value) {
+bool holdsValue(const std::array<char, kTraceHeaderBytes>& header, double value) {
   for (int type = DT_INT8; type <= DT_FLOAT32; ++type) {
-    for (HeaderKey key{1, type}; key.end() <= TRACE_HEADER_BYTES; ++key.byte)
+    for (HeaderKey key{1, type}; key.end() <= kTraceHeaderBytes; ++key.byte)
       if (key.in(header.data()) == value) return true;
   }
   return value == 0.0 || std::isnan(value);
@@ -103,64 +104,64 @@ bool holdsValue(const std::array<char, TRACE_HEADER_BYTES>& header, double value
 /// that begins and ends as its index says and was last written when it was. A trace file that was kept may begin as
 /// another sort's index says, and of the same input end so too.
 bool SortStore::isLeftover() const {
-  return (traceTemp.size() == 0 && indexTemp.size() == 0) ||
-         (std::abs(std::difftime(traceTemp.written(), indexTemp.written())) <= SECONDS_APART && areOfOneSort());
+  return (traceTemp_.size() == 0 && indexTemp_.size() == 0) ||
+         (std::abs(std::difftime(traceTemp_.written(), indexTemp_.written())) <= kSecondsApart && areOfOneSort());
 }
 
 bool SortStore::areOfOneSort() const {
   std::array<std::int32_t, 2> lengths{};
-  const int index = indexTemp.descriptor();
+  const int index = indexTemp_.descriptor();
   if (readAt(index, lengths.data(), sizeof lengths, 0) != sizeof lengths || lengths[0] <= 0 || lengths[1] <= 0)
     return false;
   const double headers = static_cast<double>(lengths[0]) + lengths[1];
-  const auto bytes = static_cast<double>(traceTemp.size());
-  const std::uint64_t records = (indexTemp.size() - sizeof lengths) / sizeof(SortItem);
-  if (records == 0) return indexTemp.size() == sizeof lengths && bytes == headers;
+  const auto bytes = static_cast<double>(traceTemp_.size());
+  const std::uint64_t records = (indexTemp_.size() - sizeof lengths) / sizeof(SortItem);
+  if (records == 0) return indexTemp_.size() == sizeof lengths && bytes == headers;
   SortItem first{};
   SortItem last{};
   if (readAt(index, &first, sizeof first, sizeof lengths) != sizeof first ||
       readAt(index, &last, sizeof last, sizeof lengths + (records - 1) * sizeof last) != sizeof last)
     return false;
   // Both files are handed to the system in step: one is ahead by what stood in a buffer.
-  const bool endFits = std::abs(bytes - (last.offset + last.size)) <= double{streamBufferSize} + last.size;
+  const bool endFits = std::abs(bytes - (last.offset + last.size)) <= double{kStreamBufferSize} + last.size;
   if (first.offset != headers || first.size <= 0 || headers + first.size > bytes || last.size <= 0 || !endFits)
     return false;
-  std::array<char, TRACE_HEADER_BYTES> header{};
+  std::array<char, kTraceHeaderBytes> header{};
   const std::size_t wanted = std::min<std::size_t>(header.size(), static_cast<std::size_t>(first.size));
-  return readAt(traceTemp.descriptor(), header.data(), wanted, static_cast<std::uint64_t>(headers)) == wanted &&
+  return readAt(traceTemp_.descriptor(), header.data(), wanted, static_cast<std::uint64_t>(headers)) == wanted &&
          holdsValue(header, first.primary) && holdsValue(header, first.secondary) && holdsValue(header, first.tertiary);
 }
 
 bool SortStore::mayEmpty() const {
   std::string names;
-  for (const TempFile* file : {&traceTemp, &indexTemp}) names += file->size() > 0 ? file->path() + "\n" : "";
-  const bool both = traceTemp.size() > 0 && indexTemp.size() > 0;
+  for (const TempFile* file : {&traceTemp_, &indexTemp_}) names += file->size() > 0 ? file->path() + "\n" : "";
+  const bool both = traceTemp_.size() > 0 && indexTemp_.size() > 0;
   if (xvt_dm_post_confirm("Overwrite", "Cancel",
                           "%s here before and %s not left over from a sort that was cut off:\n%sOverwrite %s?",
                           both ? "These files were" : "This file was", both ? "are" : "is", names.c_str(),
                           both ? "them" : "it") == RESP_DEFAULT)
     return true;
   console_printf("  ** %s stays as it is: choose another sort file.",
-                 traceTemp.size() > 0 ? tracePath.c_str() : indexPath.c_str());
+                 traceTemp_.size() > 0 ? tracePath_.c_str() : indexPath_.c_str());
   return false;
 }
 
 bool SortStore::empty() {
-  if (traceTemp.empty()) traceFile = std::make_unique<LargeFile>(traceTemp.path().c_str(), "r+b");
-  if (traceFile == nullptr || !traceFile->IsValid() || !traceTemp.isInPlace()) {
-    console_printf("  *** Error creating temporary file %s.", tracePath.c_str());
+  if (traceTemp_.empty()) traceFile_ = std::make_unique<LargeFile>(traceTemp_.path().c_str(), "r+b");
+  if (traceFile_ == nullptr || !traceFile_->IsValid() || !traceTemp_.isInPlace()) {
+    console_printf("  *** Error creating temporary file %s.", tracePath_.c_str());
     return false;
   }
-  if (indexTemp.empty()) indexFile = openFile(indexTemp.path().c_str(), "r+b");
-  return (indexFile != nullptr && indexTemp.isInPlace()) || say("  *** Error creating SegyCopy.idx file.");
+  if (indexTemp_.empty()) indexFile_ = openFile(indexTemp_.path().c_str(), "r+b");
+  return (indexFile_ != nullptr && indexTemp_.isInPlace()) || say("  *** Error creating SegyCopy.idx file.");
 }
 
 // ---- writing ----------------------------------------------------------------------------------------------------
 
 bool SortStore::addHeader(const std::vector<char>& header, const char* traceFileError, const char* indexError) {
   const int bytes = static_cast<int>(header.size());
-  if (traceFile->Write(header.data(), bytes) != bytes) return say(traceFileError);
-  return std::fwrite(&bytes, sizeof bytes, 1, indexFile.get()) == 1 || say(indexError);
+  if (traceFile_->Write(header.data(), bytes) != bytes) return say(traceFileError);
+  return std::fwrite(&bytes, sizeof bytes, 1, indexFile_.get()) == 1 || say(indexError);
 }
 
 bool SortStore::addEbcdic(const std::vector<char>& header) {
@@ -179,65 +180,66 @@ bool SortStore::addTrace(std::span<const char> trace) {
   const SortItem item = {HeaderKey{params.sortPrimByte, params.sortPrimType}.in(trace.data()),
                          HeaderKey{params.sortSecByte, params.sortSecType}.in(trace.data()),
                          params.useTertiary ? HeaderKey{params.sortTerByte, params.sortTerType}.in(trace.data()) : 0.0,
-                         traceFile->GetPos(), static_cast<int>(trace.size())};
-  if (unflushed + trace.size() > streamBufferSize && !flush()) return false;
-  if (kept == INT_MAX || traceFile->Write(trace.data(), item.size) != item.size) {
-    console_printf("  *** Error writing sort trace %d to temporary file", kept + 1);
+                         traceFile_->GetPos(), static_cast<int>(trace.size())};
+  if (unflushed_ + trace.size() > kStreamBufferSize && !flush()) return false;
+  if (kept_ == INT_MAX || traceFile_->Write(trace.data(), item.size) != item.size) {
+    console_printf("  *** Error writing sort trace %d to temporary file", kept_ + 1);
     return false;
   }
-  if (std::fwrite(&item, sizeof item, 1, indexFile.get()) != 1) return say("  *** Error writing to index file");
-  unflushed += trace.size();
-  return ++kept > 1 || flush();
+  if (std::fwrite(&item, sizeof item, 1, indexFile_.get()) != 1) return say("  *** Error writing to index file");
+  unflushed_ += trace.size();
+  return ++kept_ > 1 || flush();
 }
 
 /// In step, so that a killed program's files are known again.
 bool SortStore::flush() {
-  unflushed = 0;
-  if (!traceFile->Flush()) {
-    console_printf("  *** Error writing sort trace %d to temporary file", std::max(kept, 1));
+  unflushed_ = 0;
+  if (!traceFile_->Flush()) {
+    console_printf("  *** Error writing sort trace %d to temporary file", std::max(kept_, 1));
     return false;
   }
-  return std::fflush(indexFile.get()) == 0 || say("  *** Error writing to index file");
+  return std::fflush(indexFile_.get()) == 0 || say("  *** Error writing to index file");
 }
 
 // ---- reading ----------------------------------------------------------------------------------------------------
 
 bool SortStore::reopen() {
   // The buffers' last bytes go to the disk only here.
-  if (!traceFile->Close()) {
-    console_printf("  *** Error writing sort trace %d to temporary file", std::max(kept, 1));
-    traceFile.reset();
+  if (!traceFile_->Close()) {
+    console_printf("  *** Error writing sort trace %d to temporary file", std::max(kept_, 1));
+    traceFile_.reset();
     return false;
   }
-  if (SgyParams.keepSortFile) sync.add(traceTemp.descriptor(), traceTemp.path());
-  if (!closeFile(indexFile)) return say("  *** Error writing to index file");
-  traces = openFile(traceTemp.path().c_str(), "rb", 0);
-  if (!traces || !traceTemp.isInPlace()) {
-    console_printf("  *** Error opening temporary file %s.", tracePath.c_str());
+  if (SgyParams.keepSortFile) sync_.add(traceTemp_.descriptor(), traceTemp_.path());
+  if (!closeFile(indexFile_)) return say("  *** Error writing to index file");
+  traces_ = openFile(traceTemp_.path().c_str(), "rb", 0);
+  if (!traces_ || !traceTemp_.isInPlace()) {
+    console_printf("  *** Error opening temporary file %s.", tracePath_.c_str());
     return false;
   }
-  indexFile = openFile(indexTemp.path().c_str(), "rb");
-  if (!indexFile || !indexTemp.isInPlace()) return say("  *** Error opening SegyCopy.idx file.");
-  traceFileSize = static_cast<off_t>(fileSize(traces.get()).value_or(0));
+  indexFile_ = openFile(indexTemp_.path().c_str(), "rb");
+  if (!indexFile_ || !indexTemp_.isInPlace()) return say("  *** Error opening SegyCopy.idx file.");
+  traceFileSize_ = static_cast<off_t>(fileSize(traces_.get()).value_or(0));
   return true;
 }
 
 bool SortStore::save() {
-  if (!SgyParams.keepSortFile || traceFile == nullptr) return true;
-  if (traceFile->IsValid()) {  // the job ended before its output
-    if (!traceFile->Flush()) return say(diskErrorText(tracePath, traceFile->Error()).c_str());
-    sync.add(traceTemp.descriptor(), traceTemp.path());
+  if (!SgyParams.keepSortFile || traceFile_ == nullptr) return true;
+  if (traceFile_->IsValid()) {  // the job ended before its output
+    if (!traceFile_->Flush()) return say(diskErrorText(tracePath_, traceFile_->Error()).c_str());
+    sync_.add(traceTemp_.descriptor(), traceTemp_.path());
   }
-  return sync.wait([](const DiskSync::Failure& failure) { say(diskErrorText(failure).c_str()); });
+  return sync_.wait([](const DiskSync::Failure& failure) { say(diskErrorText(failure).c_str()); });
 }
 
 bool SortStore::readHeader(const char* name, std::vector<char>* header) {
   int bytes = 0;
-  if (std::fread(&bytes, sizeof bytes, 1, indexFile.get()) == 1 && bytes >= 0 && bytes <= traceFileSize - headersRead) {
+  if (std::fread(&bytes, sizeof bytes, 1, indexFile_.get()) == 1 && bytes >= 0 &&
+      bytes <= traceFileSize_ - headersRead_) {
     header->resize(static_cast<std::size_t>(bytes));
-    if (readAt(fileno(traces.get()), header->data(), header->size(), static_cast<std::uint64_t>(headersRead)) ==
+    if (readAt(fileno(traces_.get()), header->data(), header->size(), static_cast<std::uint64_t>(headersRead_)) ==
         header->size()) {
-      headersRead += bytes;
+      headersRead_ += bytes;
       return true;
     }
   }
@@ -246,55 +248,57 @@ bool SortStore::readHeader(const char* name, std::vector<char>* header) {
 }
 
 bool SortStore::sortIndex() {
-  const auto count = static_cast<std::size_t>(kept);
+  const auto count = static_cast<std::size_t>(kept_);
   try {
-    items.resize(count);
+    items_.resize(count);
   } catch (const std::bad_alloc&) {
     return say("  *** Not enough memory for the index of the traces.");
   }
-  if (std::fread(items.data(), sizeof(SortItem), count, indexFile.get()) != count)
+  if (std::fread(items_.data(), sizeof(SortItem), count, indexFile_.get()) != count)
     return say("  *** Error reading from index file");
-  segySort(reinterpret_cast<char*>(items.data()), kept, sizeof(SortItem));
+  segySort(reinterpret_cast<char*>(items_.data()), kept_, sizeof(SortItem));
   return true;
 }
 
 const SortItem& SortStore::itemAt(int place) const {
-  return items[static_cast<std::size_t>(SgyParams.reverseSort ? kept - 1 - place : place)];
+  return items_[static_cast<std::size_t>(SgyParams.reverseSort ? kept_ - 1 - place : place)];
 }
 
 /// The index has been on disk, where anything may happen to it.
 bool SortStore::isSound(const SortItem& item) const {
   const double offset = item.offset;
-  return item.size > 0 && offset >= 0 && offset + item.size <= static_cast<double>(traceFileSize);
+  return item.size > 0 && offset >= 0 && offset + item.size <= static_cast<double>(traceFileSize_);
 }
 
 /// Fills the batch from `place` on. Traces that lie one after another are read in one piece.
 bool SortStore::loadFrom(int place) {
-  batch.clear();
-  batchFirst = place;
-  batchPlace = 0;
+  batch_.clear();
+  batchFirst_ = place;
+  batchPlace_ = 0;
   int next = place;
-  while (next < kept && (next == place || batch.size() + static_cast<std::size_t>(itemAt(next).size) <= BATCH_BYTES)) {
+  while (next < kept_ &&
+         (next == place || batch_.size() + static_cast<std::size_t>(itemAt(next).size) <= kBatchBytes)) {
     const SortItem& first = itemAt(next);
     if (!isSound(first)) break;
     std::size_t bytes = 0;
     do {
       bytes += static_cast<std::size_t>(itemAt(next).size);
       ++next;
-    } while (next < kept && isSound(itemAt(next)) && itemAt(next).offset == first.offset + static_cast<double>(bytes) &&
-             batch.size() + bytes + static_cast<std::size_t>(itemAt(next).size) <= BATCH_BYTES);
-    const std::size_t before = batch.size();
-    batch.resize(before + bytes);
-    if (readAt(fileno(traces.get()), batch.data() + before, bytes, static_cast<std::uint64_t>(first.offset)) != bytes)
+    } while (next < kept_ && isSound(itemAt(next)) &&
+             itemAt(next).offset == first.offset + static_cast<double>(bytes) &&
+             batch_.size() + bytes + static_cast<std::size_t>(itemAt(next).size) <= kBatchBytes);
+    const std::size_t before = batch_.size();
+    batch_.resize(before + bytes);
+    if (readAt(fileno(traces_.get()), batch_.data() + before, bytes, static_cast<std::uint64_t>(first.offset)) != bytes)
       return false;
   }
-  batchEnd = next;
+  batchEnd_ = next;
   return next > place;
 }
 
 std::span<const char> SortStore::trace(int place) {
-  if ((place < batchFirst || place >= batchEnd) && !loadFrom(place)) return {};
-  const std::span<const char> piece(batch.data() + batchPlace, static_cast<std::size_t>(itemAt(place).size));
-  batchPlace += piece.size();
+  if ((place < batchFirst_ || place >= batchEnd_) && !loadFrom(place)) return {};
+  const std::span<const char> piece(batch_.data() + batchPlace_, static_cast<std::size_t>(itemAt(place).size));
+  batchPlace_ += piece.size();
   return piece;
 }

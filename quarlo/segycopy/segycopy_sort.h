@@ -27,7 +27,7 @@ struct SortItem {
   int size;       ///< bytes
 };
 #pragma pack(pop)
-static_assert(sizeof(SortItem) == THREE_KEY_BYTES);
+static_assert(sizeof(SortItem) == kThreeKeyBytes);
 
 class SortStore {
  public:
@@ -59,7 +59,7 @@ class SortStore {
   bool readBinary(std::vector<char>* header) { return readHeader("binary", header); }
   /// Reads the index and brings it into the order of the keys.
   bool sortIndex();
-  int count() const { return kept; }
+  int count() const { return kept_; }
   /// The trace at place `place` (from 0) of the output, valid until the next call; places are asked for in order.
   /// Empty when it could not be read.
   std::span<const char> trace(int place);
@@ -77,21 +77,21 @@ class SortStore {
   bool isSound(const SortItem& item) const;
   bool loadFrom(int place);
 
-  std::string tracePath;
-  std::string indexPath;
-  TempFile traceTemp;
-  TempFile indexTemp;
-  std::unique_ptr<LargeFile> traceFile;  // while it is written
-  FileHandle indexFile;
-  FileHandle traces;  // while it is read
-  DiskSync sync;      // of a trace file that is kept
-  off_t traceFileSize = 0;
-  off_t headersRead = 0;
-  std::size_t unflushed = 0;  // bytes of traces that an end of the program would lose
-  int kept = 0;
-  std::vector<SortItem> items;
-  std::vector<char> batch;  // traces from place batchFirst on, in output order
-  int batchFirst = 0;
-  int batchEnd = 0;
-  std::size_t batchPlace = 0;
+  std::string tracePath_;
+  std::string indexPath_;
+  TempFile traceTemp_;
+  TempFile indexTemp_;
+  std::unique_ptr<LargeFile> traceFile_;  // while it is written
+  FileHandle indexFile_;
+  FileHandle traces_;  // while it is read
+  DiskSync sync_;      // of a trace file that is kept
+  off_t traceFileSize_ = 0;
+  off_t headersRead_ = 0;
+  std::size_t unflushed_ = 0;  // bytes of traces that an end of the program would lose
+  int kept_ = 0;
+  std::vector<SortItem> items_;
+  std::vector<char> batch_;  // traces from place batchFirst on, in output order
+  int batchFirst_ = 0;
+  int batchEnd_ = 0;
+  std::size_t batchPlace_ = 0;
 };

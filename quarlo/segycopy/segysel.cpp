@@ -29,7 +29,7 @@ double MaxSecondary = 0;
 
 namespace {
 
-constexpr const char* LOG_NAME = "RangeLimitLogFile.txt";
+constexpr const char* kLogName = "RangeLimitLogFile.txt";
 
 // ---- the log ----------------------------------------------------------------------------------------------------
 
@@ -52,8 +52,8 @@ char* formatKey(char* to, char* end, double value) {
 }
 
 void logTrace() {
-  constexpr std::size_t LONGEST_VALUE = 320;  // the largest double with four decimals
-  char line[2 * LONGEST_VALUE + 4];
+  constexpr std::size_t kLongestValue = 320;  // the largest double with four decimals
+  char line[2 * kLongestValue + 4];
   char* const limit = line + sizeof line;
   char* end = formatKey(line, limit, Primary);
   if (limitHasSecondary(SgyParams)) {
@@ -86,7 +86,7 @@ void widenRange() {
 // ---- the polygon ------------------------------------------------------------------------------------------------
 
 void useTypedPoints(PolyParams& params) {
-  params.numPoints = std::clamp(params.numPoints, 1, MAX_TYPED_POINTS);
+  params.numPoints = std::clamp(params.numPoints, 1, kMaxTypedPoints);
   for (int i = 0; i < params.numPoints; ++i) RangePolygon.push_back({params.primary[i], params.secondary[i]});
 }
 
@@ -121,15 +121,15 @@ std::string limitSourcePath() {
 }
 
 std::string rangeLimitLogPath() {
-  if (!limitsByPolygon(SgyParams)) return joinPath(fieldText(SgyParams.listParams.dir), LOG_NAME);
+  if (!limitsByPolygon(SgyParams)) return joinPath(fieldText(SgyParams.listParams.dir), kLogName);
   PolyParams& params = SgyParams.polyParams;
   if (params.type == PS_TYPED) {
     DIRECTORY here{};
     xvt_fsys_get_dir(&here);
     copyText(params.dir, fieldText(here.path));
-    return joinPath(fieldText(here.path), LOG_NAME);
+    return joinPath(fieldText(here.path), kLogName);
   }
-  return joinPath(fieldText(params.dir), LOG_NAME);
+  return joinPath(fieldText(params.dir), kLogName);
 }
 
 int initPolygon() {

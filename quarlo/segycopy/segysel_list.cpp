@@ -22,23 +22,23 @@ namespace {
 /// Lines that are not blank, with their numbers.
 class LineReader {
  public:
-  explicit LineReader(std::FILE* stream) : file(stream) {}
+  explicit LineReader(std::FILE* stream) : file_(stream) {}
 
   bool next() {
     do {
-      if (!readTextLine(file, &text)) return false;
-      ++number;
-    } while (text.empty());
+      if (!readTextLine(file_, &text_)) return false;
+      ++number_;
+    } while (text_.empty());
     return true;
   }
-  const std::string& line() const { return text; }
-  int lineNumber() const { return number; }
-  bool failed() const { return std::ferror(file) != 0; }
+  const std::string& line() const { return text_; }
+  int lineNumber() const { return number_; }
+  bool failed() const { return std::ferror(file_) != 0; }
 
  private:
-  std::FILE* file;
-  std::string text;
-  int number = 0;
+  std::FILE* file_;
+  std::string text_;
+  int number_ = 0;
 };
 
 bool isNumber(std::string_view text) {
@@ -62,12 +62,12 @@ bool isHeader(std::string_view line) { return line.starts_with('H'); }
 /// The words of a line one after another; an empty word behind the last.
 class Words {
  public:
-  explicit Words(std::string_view line) : rest(line) {}
+  explicit Words(std::string_view line) : rest_(line) {}
 
   std::string_view next() {
-    rest = trimText(rest);
-    const std::string_view word = rest.substr(0, rest.find_first_of(" \t\r\n\v\f"));
-    rest.remove_prefix(word.size());
+    rest_ = trimText(rest_);
+    const std::string_view word = rest_.substr(0, rest_.find_first_of(" \t\r\n\v\f"));
+    rest_.remove_prefix(word.size());
     return word;
   }
   /// The next word as a number; a word that is not there leaves the value. @return false for a word that is no number
@@ -82,15 +82,15 @@ class Words {
   }
   /// Passes over a lone "-". @return whether it came next
   bool dash() {
-    const std::string_view before = rest;
+    const std::string_view before = rest_;
     if (next() == "-") return true;
-    rest = before;
+    rest_ = before;
     return false;
   }
-  bool end() { return trimText(rest).empty(); }
+  bool end() { return trimText(rest_).empty(); }
 
  private:
-  std::string_view rest;
+  std::string_view rest_;
 };
 
 void complain(const char* what, const std::string& path, const LineReader& lines) {
@@ -183,7 +183,7 @@ struct ListSurvey {
 
 class ListFile {
  public:
-  ListFile(const std::string& listPath, bool secondary) : path(listPath), useSecondary(secondary) {}
+  ListFile(const std::string& listPath, bool secondary) : path_(listPath), useSecondary_(secondary) {}
 
   bool read(std::vector<RangeItem>* points);
 
@@ -194,28 +194,28 @@ class ListFile {
   template <typename Use>
   bool forEachRange(std::FILE* file, Use use);
   bool readError() const {
-    console_printf("  *** Error reading list file: %s", path.c_str());
+    console_printf("  *** Error reading list file: %s", path_.c_str());
     return false;
   }
 
-  const std::string& path;
-  bool useSecondary;
-  ListSurvey found;
+  const std::string& path_;
+  bool useSecondary_;
+  ListSurvey found_;
 };
 
 bool ListFile::survey(std::FILE* file) {
   LineReader lines(file);
   while (lines.next()) {
-    found.rangeForm = found.rangeForm || lines.line().find('-') != std::string::npos;
-    ++(isHeader(lines.line()) ? found.headers : found.entries);
+    found_.rangeForm = found_.rangeForm || lines.line().find('-') != std::string::npos;
+    ++(isHeader(lines.line()) ? found_.headers : found_.entries);
     const std::string range = isHeader(lines.line()) ? "" : unspacedRange(lines.line());
     if (!range.empty()) {
-      complain(formatText("holds a range without blanks, which is written %s", range.c_str()).c_str(), path, lines);
+      complain(formatText("holds a range without blanks, which is written %s", range.c_str()).c_str(), path_, lines);
       return false;
     }
   }
-  if (found.entries > pointLimit()) {
-    console_printf("  *** More entries than can be held in list file: %s", path.c_str());
+  if (found_.entries > pointLimit()) {
+    console_printf("  *** More entries than can be held in list file: %s", path_.c_str());
     return false;
   }
   return !lines.failed() || readError();
@@ -228,8 +228,8 @@ bool ListFile::readPoints(std::FILE* file, std::vector<RangeItem>* points) {
     if (isHeader(lines.line())) continue;
     RangeItem point{};
     Words words(lines.line());
-    if (!words.number(&point.primary) || (useSecondary && !words.number(&point.secondary))) {
-      complain("holds no number", path, lines);
+    if (!words.number(&point.primary) || (useSecondary_ && !words.number(&point.secondary))) {
+      complain("holds no number", path_, lines);
       return false;
     }
     points->push_back(point);
@@ -242,11 +242,11 @@ template <typename Use>
 bool ListFile::forEachRange(std::FILE* file, Use use) {
   std::rewind(file);
   LineReader lines(file);
-  for (std::size_t i = 0; i < found.entries; ++i) {
+  for (std::size_t i = 0; i < found_.entries; ++i) {
     RangeLine range;
     if (!lines.next()) return readError();
-    if (!parseRange(lines.line(), useSecondary, &range)) {
-      complain("holds no number", path, lines);
+    if (!parseRange(lines.line(), useSecondary_, &range)) {
+      complain("holds no number", path_, lines);
       return false;
     }
     if (!use(range, lines)) return false;
@@ -255,20 +255,20 @@ bool ListFile::forEachRange(std::FILE* file, Use use) {
 }
 
 bool ListFile::readRanges(std::FILE* file, std::vector<RangeItem>* points) {
-  if (found.headers > 0) {
-    const std::size_t lost = std::min(found.headers, found.entries);
+  if (found_.headers > 0) {
+    const std::size_t lost = std::min(found_.headers, found_.entries);
     console_printf(
         "  ** The list file holds a \"-\" and is read in range form: its header lines (%zu) are taken as entries and "
         "its "
         "last entries (%zu) are not read.",
-        found.headers, lost);
+        found_.headers, lost);
   }
   const std::size_t limit = pointLimit();
   std::size_t total = 0;
   const bool counted = forEachRange(file, [&](const RangeLine& range, const LineReader& lines) {
     const std::size_t count = pointsOf(range, limit - total);
     total += count;
-    if (count == 0) complain("stands for more points than can be held", path, lines);
+    if (count == 0) complain("stands for more points than can be held", path_, lines);
     return count != 0;
   });
   if (!counted) return false;
@@ -281,15 +281,15 @@ bool ListFile::readRanges(std::FILE* file, std::vector<RangeItem>* points) {
 }
 
 bool ListFile::read(std::vector<RangeItem>* points) {
-  const FileHandle file = openFile(path.c_str(), "r");
+  const FileHandle file = openFile(path_.c_str(), "r");
   if (!file) {
-    console_printf("  *** Error opening list file: %s", path.c_str());
+    console_printf("  *** Error opening list file: %s", path_.c_str());
     return false;
   }
   try {
-    return survey(file.get()) && (found.rangeForm ? readRanges(file.get(), points) : readPoints(file.get(), points));
+    return survey(file.get()) && (found_.rangeForm ? readRanges(file.get(), points) : readPoints(file.get(), points));
   } catch (const std::bad_alloc&) {
-    console_printf("  *** Not enough memory for the points of list file: %s", path.c_str());
+    console_printf("  *** Not enough memory for the points of list file: %s", path_.c_str());
     return false;
   }
 }

@@ -21,7 +21,7 @@ double valueAt(const char* item, std::size_t place) {
   return value;
 }
 
-bool hasThreeKeys(int size) { return size == THREE_KEY_BYTES; }
+bool hasThreeKeys(int size) { return size == kThreeKeyBytes; }
 
 int compareLast(double one, double other) { return one < other ? -1 : one == other ? 0 : 1; }
 
@@ -30,7 +30,7 @@ int compareLast(double one, double other) { return one < other ? -1 : one == oth
 void sift(std::size_t left, std::size_t right, char* vect, int size) {
   const auto bytes = static_cast<std::size_t>(size);
   const auto at = [vect, bytes](std::size_t item) { return vect + (item - 1) * bytes; };
-  std::array<char, SORT_SCRATCH_BYTES> held;
+  std::array<char, kSortScratchBytes> held;
   std::memcpy(held.data(), at(left), bytes);
   std::size_t i = left;
   for (std::size_t j = 2 * left; j <= right; j *= 2) {
@@ -59,14 +59,14 @@ void sortItems(char* vect, std::size_t samples, int size) {
 /// How one column of values becomes whole numbers of few bits that compare as the values do.
 enum class Coding { Integer, Float, Double };
 
-constexpr double EXACT_INTEGER = 9007199254740992.0;  // up to here a double holds every integer
+constexpr double kExactInteger = 9007199254740992.0;  // up to here a double holds every integer
 
 /// Bits that compare as the numbers do; a negative zero counts as zero.
 template <typename Word, typename Number>
 Word orderedBits(Number value) {
   const Word bits = std::bit_cast<Word>(value + Number{0});
-  constexpr Word SIGN = Word{1} << (std::numeric_limits<Word>::digits - 1);
-  return (bits & SIGN) != 0 ? ~bits : bits | SIGN;
+  constexpr Word kSign = Word{1} << (std::numeric_limits<Word>::digits - 1);
+  return (bits & kSign) != 0 ? ~bits : bits | kSign;
 }
 
 bool isFloat(double value) {
@@ -108,7 +108,7 @@ std::optional<Column> describe(const Items& items, std::size_t place) {
   for (std::size_t i = 0; i < items.count; ++i) {
     const double value = items.value(i, place);
     if (std::isnan(value)) return std::nullopt;
-    integers = integers && std::abs(value) <= EXACT_INTEGER && std::trunc(value) == value;
+    integers = integers && std::abs(value) <= kExactInteger && std::trunc(value) == value;
     floats = floats && isFloat(value);
     low = std::min(low, value);
     high = std::max(high, value);
@@ -162,10 +162,10 @@ void siftCodes(const Kind& kind, std::size_t left, std::size_t right, typename K
 template <typename Kind>
 void arrangeFromCopy(const Kind& kind, const std::vector<typename Kind::Entry>& entries, char* vect,
                      std::size_t bytes) {
-  constexpr std::size_t AHEAD = 16;
+  constexpr std::size_t kAhead = 16;
   const std::vector<char> copy(vect, vect + (entries.size() - 1) * bytes);
   for (std::size_t i = 1; i < entries.size(); ++i) {
-    __builtin_prefetch(copy.data() + kind.place(entries[std::min(i + AHEAD, entries.size() - 1)]) * bytes);
+    __builtin_prefetch(copy.data() + kind.place(entries[std::min(i + kAhead, entries.size() - 1)]) * bytes);
     std::memcpy(vect + (i - 1) * bytes, copy.data() + kind.place(entries[i]) * bytes, bytes);
   }
 }
@@ -190,7 +190,7 @@ void arrangeInPlace(const Kind& kind, std::vector<typename Kind::Entry>& entries
 }
 
 /// Bytes that sorting may take beside the items and their codes.
-constexpr std::size_t COPY_LIMIT = std::size_t{48} << 20;
+constexpr std::size_t kCopyLimit = std::size_t{48} << 20;
 
 template <typename Kind>
 void fillEntries(const Kind& kind, const Items& items, const std::vector<Column>& columns,
@@ -210,11 +210,11 @@ void fillEntries(const Kind& kind, const Items& items, const std::vector<Column>
 
 /// Brings entries into the order of their codes, digit by digit from the lowest.
 void radixSort(const ShortEntries& kind, int bits, std::vector<std::uint64_t>* entries) {
-  constexpr int DIGIT_BITS = 11;
+  constexpr int kDigitBits = 11;
   std::vector<std::uint64_t> other(entries->size());
-  for (int shift = kind.placeBits; shift < kind.placeBits + bits; shift += DIGIT_BITS) {
-    const auto digit = [shift](std::uint64_t entry) { return entry >> shift & ((1U << DIGIT_BITS) - 1); };
-    std::array<std::size_t, (1U << DIGIT_BITS) + 1> starts{};
+  for (int shift = kind.placeBits; shift < kind.placeBits + bits; shift += kDigitBits) {
+    const auto digit = [shift](std::uint64_t entry) { return entry >> shift & ((1U << kDigitBits) - 1); };
+    std::array<std::size_t, (1U << kDigitBits) + 1> starts{};
     for (std::size_t i = 1; i < entries->size(); ++i) ++starts[digit((*entries)[i]) + 1];
     std::partial_sum(starts.begin(), starts.end(), starts.begin());
     for (std::size_t i = 1; i < entries->size(); ++i) other[1 + starts[digit((*entries)[i])]++] = (*entries)[i];
@@ -251,7 +251,7 @@ void heapSort(const Kind& kind, std::vector<typename Kind::Entry>* entries) {
 template <typename Kind>
 void sortCodes(const Kind& kind, const Items& items, const std::vector<Column>& columns, int bits, char* vect) {
   std::vector<typename Kind::Entry> entries(items.count + 1);
-  const bool roomy = items.count <= COPY_LIMIT / items.bytes;
+  const bool roomy = items.count <= kCopyLimit / items.bytes;
   fillEntries(kind, items, columns, &entries);
   if (!roomy || !sortDistinct(kind, bits, &entries)) {
     fillEntries(kind, items, columns, &entries);
@@ -304,7 +304,7 @@ void segySift(int left, int right, char* vect, int size) {
 }
 
 void segySort(char* vect, int samples, int size) {
-  if (samples < 2 || size < 2 * static_cast<int>(sizeof(double)) || size > SORT_SCRATCH_BYTES) return;
+  if (samples < 2 || size < 2 * static_cast<int>(sizeof(double)) || size > kSortScratchBytes) return;
   const auto count = static_cast<std::size_t>(samples);
   if (!sortByCodes(vect, count, size)) sortItems(vect, count, size);
 }

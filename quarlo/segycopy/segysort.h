@@ -5,9 +5,9 @@
 #pragma once
 
 /// Largest item in bytes.
-constexpr int SORT_SCRATCH_BYTES = 16396;
+constexpr int kSortScratchBytes = 16396;
 /// Items of this size have a third value.
-constexpr int THREE_KEY_BYTES = 36;
+constexpr int kThreeKeyBytes = 36;
 
 /// Three-way comparison. @return -1, 0 or 1; 1 when a NaN is met
 int compareItems(const char* item1, const char* item2, int itemSize);

@@ -5,16 +5,16 @@
 #include "resources/ids.h"
 
 namespace {
-constexpr int VERSION_MAJOR = 2;
-constexpr int VERSION_MINOR = 3;
-constexpr int VERSION_PATCH = 13;
+constexpr int kVersionMajor = 2;
+constexpr int kVersionMinor = 3;
+constexpr int kVersionPatch = 13;
 }  // namespace
 
 long aboutDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
   switch (xdEvent->type) {
     case E_CREATE:
       setControlText(xdWindow, ABOUT_VERSION,
-                     formatText("%d.%d.%d", VERSION_MAJOR, VERSION_MINOR, VERSION_PATCH).c_str());
+                     formatText("%d.%d.%d", kVersionMajor, kVersionMinor, kVersionPatch).c_str());
       break;
     case E_CONTROL:
       if (!isPress(*xdEvent, ABOUT_OK)) break;

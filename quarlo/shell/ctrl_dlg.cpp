@@ -17,7 +17,7 @@ UnitStruct* ioUnit = nullptr;
 int sfCount = 1;
 int sbCount = 1;
 
-constexpr NumberField fields[] = {
+constexpr NumberField kFields[] = {
     {.control = TC_BLOCK_COUNT, .value = &sbCount},
     {.control = TC_FILE_COUNT, .value = &sfCount},
 };
@@ -25,7 +25,7 @@ constexpr NumberField fields[] = {
 void resetCounts(WINDOW window) {
   sfCount = 1;
   sbCount = 1;
-  for (const NumberField& field : fields) showNumber(window, field);
+  for (const NumberField& field : kFields) showNumber(window, field);
 }
 
 void refresh(WINDOW window) {
@@ -93,17 +93,17 @@ void selectDrive(WINDOW window) {
 }
 
 // All of them move the tape or change the input unit.
-constexpr ControlAction tapeActions[] = {
+constexpr ControlAction kTapeActions[] = {
     {TC_REWIND, rewind},      {TC_UNLOAD, unload},           {TC_SKIP_BLOCKS, skipBlocks},   {TC_SKIP_FILES, skipFiles},
     {TC_SKIP_EOD, skipToEnd}, {TC_WRITE_EOF, writeFilemark}, {TC_SELECT_DRIVE, selectDrive},
 };
 
 void handleControl(WINDOW window, const EVENT& event) {
-  for (const NumberField& field : fields)
+  for (const NumberField& field : kFields)
     if (readNumber(window, event, field)) return;
   if (event.ctl.what != CTL_PRESS) return;
   if (isPress(event, TC_CLOSE)) return xvt_vobj_destroy(window);
-  if (!refuseDuringJob()) runAction(tapeActions, window, event);
+  if (!refuseDuringJob()) runAction(kTapeActions, window, event);
 }
 
 void controlGone() {
@@ -114,14 +114,14 @@ void controlGone() {
 }  // namespace
 
 void makeBlockStr(char* dst, int bytes) {
-  constexpr int KILO = 1024;
-  constexpr int MEGA = KILO * KILO;
-  if (bytes < KILO)
-    std::snprintf(dst, BLOCK_STR_SIZE, "%d byte%s", bytes, bytes == 1 ? "" : "s");
-  else if (bytes / KILO < KILO)
-    std::snprintf(dst, BLOCK_STR_SIZE, "%d KB", bytes / KILO);
+  constexpr int kKilo = 1024;
+  constexpr int kMega = kKilo * kKilo;
+  if (bytes < kKilo)
+    std::snprintf(dst, kBlockStrSize, "%d byte%s", bytes, bytes == 1 ? "" : "s");
+  else if (bytes / kKilo < kKilo)
+    std::snprintf(dst, kBlockStrSize, "%d KB", bytes / kKilo);
   else
-    std::snprintf(dst, BLOCK_STR_SIZE, "%d MB", static_cast<std::int16_t>(bytes / MEGA));
+    std::snprintf(dst, kBlockStrSize, "%d MB", static_cast<std::int16_t>(bytes / kMega));
 }
 
 void set_ctrl_state(WINDOW xdWindow, int enable, const char* driveName, const UnitStruct* unit) {
@@ -130,8 +130,8 @@ void set_ctrl_state(WINDOW xdWindow, int enable, const char* driveName, const Un
       {TC_REWIND, TC_UNLOAD, TC_SKIP_BLOCKS, TC_SKIP_FILES, TC_BLOCK_COUNT, TC_FILE_COUNT, TC_SKIP_EOD, TC_WRITE_EOF},
       enable != 0);
   setControlText(xdWindow, TC_DRIVE, driveName);
-  char smallest[BLOCK_STR_SIZE] = "";
-  char largest[BLOCK_STR_SIZE] = "";
+  char smallest[kBlockStrSize] = "";
+  char largest[kBlockStrSize] = "";
   if (enable != 0) {
     makeBlockStr(smallest, static_cast<int>(unit->minBlockSize));
     makeBlockStr(largest, static_cast<int>(unit->maxBlockSize));

@@ -5,7 +5,7 @@
 #include "xvt/xvt.h"
 
 /// Bytes that makeBlockStr writes at most, the terminator included.
-constexpr int BLOCK_STR_SIZE = 24;
+constexpr int kBlockStrSize = 24;
 
 /// A block size in words: "1 byte", "512 bytes", "32 KB", "2 MB".
 void makeBlockStr(char* dst, int bytes);

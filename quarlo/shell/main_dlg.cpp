@@ -23,7 +23,7 @@ struct JobButton {
   bool followsUnits;  ///< is told when the units change
 };
 
-constexpr JobButton buttons[] = {
+constexpr JobButton kButtons[] = {
     {MAIN_TAPE_DUMP, DLG_TAPE_DUMP, tapeDumpDlg_eh, "Tape dump", "Error opening Tape Analysis dialog", &gTAnlsWindowUp,
      false},
     {MAIN_IMAGE_COPY, DLG_COPY, CopyDialog_eh, "Image copy", "Error opening Image Copy dialog", nullptr, true},
@@ -36,10 +36,10 @@ constexpr JobButton buttons[] = {
     {MAIN_FILE_SCAN, DLG_FILE_SCAN, nullptr, "File scan", "Error opening File Scan dialog", nullptr, false},
 };
 
-WINDOW openDialogs[std::size(buttons)] = {};
+WINDOW openDialogs[std::size(kButtons)] = {};
 
 void openJob(std::size_t place) {
-  const JobButton& button = buttons[place];
+  const JobButton& button = kButtons[place];
   if (button.up != nullptr && *button.up != 0) return;
   if (button.handler == nullptr) return notYetBuilt(button.name);
   WINDOW& dialog = openDialogs[place];
@@ -55,8 +55,8 @@ void openJob(std::size_t place) {
 }  // namespace
 
 void tellJobDialogs(EVENT* event) {
-  for (std::size_t place = 0; place < std::size(buttons); ++place)
-    if (buttons[place].followsUnits && xvt_vobj_is_valid(openDialogs[place]))
+  for (std::size_t place = 0; place < std::size(kButtons); ++place)
+    if (kButtons[place].followsUnits && xvt_vobj_is_valid(openDialogs[place]))
       xvt_win_dispatch_event(openDialogs[place], event);
 }
 
@@ -64,8 +64,8 @@ namespace {
 
 void pressButton(const EVENT& event) {
   if (event.ctl.what != CTL_PRESS) return;
-  const auto* found = std::ranges::find(buttons, event.ctl.id, &JobButton::control);
-  if (found != std::end(buttons)) openJob(static_cast<std::size_t>(found - buttons));
+  const auto* found = std::ranges::find(kButtons, event.ctl.id, &JobButton::control);
+  if (found != std::end(kButtons)) openJob(static_cast<std::size_t>(found - kButtons));
 }
 
 void mainDialogGone() {

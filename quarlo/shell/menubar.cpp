@@ -24,7 +24,7 @@ struct Companion {
   const char* displayName;
 };
 
-constexpr Companion companions[] = {
+constexpr Companion kCompanions[] = {
     {QUARLO_COMPANION_1, QUARLO_COMPANION_1_NAME},
     {QUARLO_COMPANION_2, QUARLO_COMPANION_2_NAME},
     {QUARLO_COMPANION_3, QUARLO_COMPANION_3_NAME},
@@ -33,7 +33,7 @@ constexpr Companion companions[] = {
 
 void runCompanion(EVENT* event) {
   const int place = event->cmd.tag - CMD_COMPANION_1;
-  startCompanion(place + 1, companions[place].executable, companions[place].displayName);
+  startCompanion(place + 1, kCompanions[place].executable, kCompanions[place].displayName);
 }
 
 /// The tape control dialog, when there is one, acts in the menu's place, so that it shows what became of it.
@@ -97,7 +97,7 @@ struct MenuAction {
   void (*act)(EVENT* event);
 };
 
-constexpr MenuAction actions[] = {
+constexpr MenuAction kActions[] = {
     {CMD_COMPANION_1, false, runCompanion},
     {CMD_COMPANION_2, false, runCompanion},
     {CMD_COMPANION_3, false, runCompanion},
@@ -131,7 +131,7 @@ void startCompanion(int number, const char* executable, const char* displayName)
 }
 
 void do_TASK_MENUBAR(WINDOW /*xdWindow*/, EVENT* xdEvent) {
-  const auto* found = std::ranges::find(actions, xdEvent->cmd.tag, &MenuAction::command);
-  if (found == std::end(actions) || (found->movesTape && refuseDuringJob())) return;
+  const auto* found = std::ranges::find(kActions, xdEvent->cmd.tag, &MenuAction::command);
+  if (found == std::end(kActions) || (found->movesTape && refuseDuringJob())) return;
   found->act(xdEvent);
 }

@@ -7,7 +7,7 @@
 namespace {
 
 int skipCount = 1;
-constexpr NumberField countField = {.control = SKIP_COUNT, .value = &skipCount};
+constexpr NumberField kCountField = {.control = SKIP_COUNT, .value = &skipCount};
 
 void accept(WINDOW window, SkipOperation skip) {
   skip(getDevPtr(), 0, skipCount);
@@ -20,7 +20,7 @@ void accept(WINDOW window, SkipOperation skip) {
 }
 
 void handleControl(WINDOW window, const EVENT& event, SkipOperation skip) {
-  if (readNumber(window, event, countField)) return;
+  if (readNumber(window, event, kCountField)) return;
   if (isPress(event, SKIP_OK)) return accept(window, skip);
   if (isPress(event, SKIP_CANCEL)) xvt_vobj_destroy(window);
 }
@@ -31,7 +31,7 @@ long skipDialogEvent(WINDOW window, const EVENT& event, SkipOperation skip) {
   switch (event.type) {
     case E_CREATE:
       skipCount = 1;
-      showNumber(window, countField);
+      showNumber(window, kCountField);
       break;
     case E_CONTROL:
       handleControl(window, event, skip);

@@ -13,10 +13,10 @@ namespace {
 
 UnitStruct* ioUnit = nullptr;
 
-constexpr int standardCommands[] = {M_EDIT_CUT, M_EDIT_COPY, M_EDIT_PASTE, M_EDIT_SELECT_ALL};
-constexpr int companionCommands[] = {CMD_COMPANION_1, CMD_COMPANION_2, CMD_COMPANION_3, CMD_COMPANION_4};
-constexpr int tapeCommands[] = {CMD_REWIND,   CMD_UNLOAD,    CMD_SKIP_RECORDS,   CMD_SKIP_FILES,
-                                CMD_SKIP_EOD, CMD_WRITE_EOF, CMD_COUNT_FILEMARKS};
+constexpr int kStandardCommands[] = {M_EDIT_CUT, M_EDIT_COPY, M_EDIT_PASTE, M_EDIT_SELECT_ALL};
+constexpr int kCompanionCommands[] = {CMD_COMPANION_1, CMD_COMPANION_2, CMD_COMPANION_3, CMD_COMPANION_4};
+constexpr int kTapeCommands[] = {CMD_REWIND,   CMD_UNLOAD,    CMD_SKIP_RECORDS,   CMD_SKIP_FILES,
+                                 CMD_SKIP_EOD, CMD_WRITE_EOF, CMD_COUNT_FILEMARKS};
 
 template <int N>
 void enableCommands(WINDOW window, const int (&commands)[N], bool enabled) {
@@ -25,11 +25,11 @@ void enableCommands(WINDOW window, const int (&commands)[N], bool enabled) {
 
 void startUp(WINDOW window, EVENT* event) {
   xvt_menu_set_item_checked(window, CMD_CONSOLE, true);
-  enableCommands(window, standardCommands, true);
+  enableCommands(window, kStandardCommands, true);
   ioUnit = getDevPtr();
   initIO(ioUnit);
   consInit();
-  enableCommands(window, companionCommands, true);
+  enableCommands(window, kCompanionCommands, true);
   console_printf("I/O will be limited to %dk bytes per block.", static_cast<int>(ioUnit->ioBufLen >> 10));
   console_out(" ");
   console_out(" ");
@@ -39,12 +39,12 @@ void startUp(WINDOW window, EVENT* event) {
 }
 
 void unitsHaveChanged(WINDOW window, EVENT* event) {
-  if (event->user.id == UNITS_MOVED) {
+  if (event->user.id == kUnitsMoved) {
     if (gControlWindow != NULL_WIN) xvt_win_dispatch_event(gControlWindow, event);
     return;
   }
   const UnitStruct& input = *getDevPtr();
-  enableCommands(window, tapeCommands, input.state == 1 && input.type == UT_TAPE);
+  enableCommands(window, kTapeCommands, input.state == 1 && input.type == UT_TAPE);
   if (gTAnlsWindow != NULL_WIN) xvt_win_dispatch_event(gTAnlsWindow, event);
   if (gControlWindow != NULL_WIN) xvt_win_dispatch_event(gControlWindow, event);
   tellJobDialogs(event);

@@ -13,7 +13,7 @@ namespace {
 
 /// Streams and buffers of the disk units, by unit number.
 FileHandle& streamOf(const UnitStruct* unit) {
-  static std::array<FileHandle, MAX_UNITS> streams;
+  static std::array<FileHandle, kMaxUnits> streams;
   return streams.at(static_cast<std::size_t>(unit - getDevPtr()));
 }
 

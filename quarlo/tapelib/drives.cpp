@@ -99,14 +99,14 @@ int findDrives() {
 
 int getDriveList(UnitStruct* aUnit) {
   int kept = 0;
-  for (int number = 0; number < kDeviceNumbers && kept < MAX_UNITS; ++number) {
+  for (int number = 0; number < kDeviceNumbers && kept < kMaxUnits; ++number) {
     DListStruct& entry = aUnit[0].theDriveList[kept];
     copyText(entry.device, "/dev/nst" + std::to_string(number));
     entry.autoLoader = nullptr;
     if (getScsiAddress(&entry, aUnit) == 1) ++kept;
   }
   // What a longer list of before left behind is no drive any more.
-  for (int rest = kept; rest < MAX_UNITS; ++rest) aUnit[0].theDriveList[rest].device[0] = '\0';
+  for (int rest = kept; rest < kMaxUnits; ++rest) aUnit[0].theDriveList[rest].device[0] = '\0';
   return kept;
 }
 
@@ -116,7 +116,7 @@ namespace {
 class Enquiry {
  public:
   Enquiry(const DListStruct& entry, const UnitStruct* units) {
-    for (int i = 0; i < MAX_UNITS && fd_ < 0; ++i)
+    for (int i = 0; i < kMaxUnits && fd_ < 0; ++i)
       if (units[i].fd != 0 && std::strcmp(units[i].devName, entry.device) == 0) fd_ = units[i].fd;
     if (fd_ >= 0) return;
     fd_ = tapeDriver().open(entry.device, O_RDONLY | O_NONBLOCK);

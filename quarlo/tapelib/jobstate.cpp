@@ -59,6 +59,6 @@ void tellUser(const char* text) {
 
 bool refuseDuringJob() {
   if (!jobIsRunning()) return false;
-  tellUser(JOB_IS_RUNNING);
+  tellUser(kJobIsRunning);
   return true;
 }

@@ -42,7 +42,7 @@ bool stopIsRequested();
 /// line, so that a box which nobody answers does not hold the job up.
 void tellUser(const char* text);
 
-constexpr const char* JOB_IS_RUNNING = "A job is running. Stop it or wait for its end first.";
+constexpr const char* kJobIsRunning = "A job is running. Stop it or wait for its end first.";
 
 /// For what must not happen to the units in the middle of a job (spacing, unloading, another drive, another job): says
 /// so as tellUser does and answers true while a job is running.

@@ -15,7 +15,7 @@
 
 namespace {
 
-UnitStruct theUnit[MAX_UNITS];
+UnitStruct theUnit[kMaxUnits];
 
 /// Requests from here on ask drives of the M4 family for more than M4_READ_LIMIT, too.
 constexpr int kM4Request = 65530;
@@ -37,7 +37,7 @@ class BusyCursor {
 
 /// Whether the unit can be asked to do something; a console line when not.
 bool isTapeOpen(const UnitStruct* units, int uNum, const char* operation) {
-  const bool exists = uNum >= 0 && uNum < MAX_UNITS;
+  const bool exists = uNum >= 0 && uNum < kMaxUnits;
   if (exists && units[uNum].state != 0 && units[uNum].fd != 0) return true;
   if (exists && units[uNum].name[0] != '\0')
     console_printf("  *** Error: drive \"%s\" is not open: %s refused.", units[uNum].name, operation);
@@ -46,14 +46,14 @@ bool isTapeOpen(const UnitStruct* units, int uNum, const char* operation) {
   return false;
 }
 
-int lastOutput(const UnitStruct* units) { return std::clamp(units[0].nOutputs, 0, MAX_UNITS - 1); }
+int lastOutput(const UnitStruct* units) { return std::clamp(units[0].nOutputs, 0, kMaxUnits - 1); }
 
 /// Runs an operation on one open unit, or on every output up to the first that answers nonzero.
 template <class Operation>
 int onUnits(UnitStruct* units, int uNum, const char* name, Operation operation) {
   const BusyCursor busy;
   const auto one = [&](int unit) { return isTapeOpen(units, unit, name) ? operation(unit) : -1; };
-  if (uNum != ALL_OUTPUTS) return one(uNum);
+  if (uNum != kAllOutputs) return one(uNum);
   int result = 0;
   for (int unit = 1; unit <= lastOutput(units) && result == 0; ++unit) result = one(unit);
   return result;
@@ -61,7 +61,7 @@ int onUnits(UnitStruct* units, int uNum, const char* name, Operation operation) 
 
 /// The drive list's entry at `index`, or null.
 const DListStruct* listedDrive(const UnitStruct* units, long index) {
-  return index >= 0 && index < MAX_UNITS && units[0].theDriveList[index].device[0] != '\0'
+  return index >= 0 && index < kMaxUnits && units[0].theDriveList[index].device[0] != '\0'
              ? &units[0].theDriveList[index]
              : nullptr;
 }
@@ -84,7 +84,7 @@ void openOutputs(UnitStruct* units) {
   int slot = 1;
   SLIST list = units[0].theOutputList;
   SLIST_ELT element = list == nullptr ? nullptr : xvt_slist_get_first(list);
-  for (; element != nullptr && slot < MAX_UNITS; element = xvt_slist_get_next(list, element)) {
+  for (; element != nullptr && slot < kMaxUnits; element = xvt_slist_get_next(list, element)) {
     const long index = xvt_slist_get_data(list, element);
     if (openListed(units, index, slot)) {
       units[slot++].theListItem = static_cast<int>(index);
@@ -172,7 +172,7 @@ void initIO(UnitStruct* ioUnit) {
 }
 
 void unInitIO(UnitStruct* ioUnit) {
-  for (int i = 0; i < MAX_UNITS; ++i) {
+  for (int i = 0; i < kMaxUnits; ++i) {
     UnitStruct& unit = ioUnit[i];
     if (unit.fd != 0) tlv_tape_close(ioUnit, i);
     closeDiskUnit(&unit);
@@ -183,17 +183,17 @@ void unInitIO(UnitStruct* ioUnit) {
 
 void tlv_tape_open(UnitStruct* aUnit, int uNum, bool readOnly) {
   const BusyCursor busy;
-  if (uNum == ALL_OUTPUTS) return openOutputs(aUnit);
-  if (uNum < 0 || uNum >= MAX_UNITS) return;
+  if (uNum == kAllOutputs) return openOutputs(aUnit);
+  if (uNum < 0 || uNum >= kMaxUnits) return;
   const int index = aUnit[uNum].theListItem;
   if (!openListed(aUnit, index, uNum, readOnly) && !aUnit[uNum].autoMode) postOpenError(aUnit, index);
 }
 
 int tlv_tape_close(UnitStruct* aUnit, int uNum) {
-  if (uNum != ALL_OUTPUTS) return uNum >= 0 && uNum < MAX_UNITS ? closeTape(aUnit, uNum, aUnit[uNum].unloadAtEot) : -1;
+  if (uNum != kAllOutputs) return uNum >= 0 && uNum < kMaxUnits ? closeTape(aUnit, uNum, aUnit[uNum].unloadAtEot) : -1;
   int result = 0;
   // Also a unit that was opened by itself, outside of the row of outputs.
-  for (int unit = 1; unit < MAX_UNITS; ++unit)
+  for (int unit = 1; unit < kMaxUnits; ++unit)
     if ((unit <= lastOutput(aUnit) || aUnit[unit].fd != 0) && closeTape(aUnit, unit, false) != 0) result = -1;
   aUnit[0].nOutputs = 0;
   return result;
@@ -204,12 +204,12 @@ int tlv_tape_ready(UnitStruct* /*aUnit*/, int /*uNum*/) { return 1; }
 int tlv_tape_read(UnitStruct* aUnit, int uNum, char* buffer, int bytes) {
   const BusyCursor busy;
   if (!isTapeOpen(aUnit, uNum, "read")) {
-    if (uNum >= 0 && uNum < MAX_UNITS) aUnit[uNum].eofMark = 0;
+    if (uNum >= 0 && uNum < kMaxUnits) aUnit[uNum].eofMark = 0;
     return -1;
   }
   UnitStruct& unit = aUnit[uNum];
   const unsigned limit = unit.maxBlockSize;
-  if (unit.isM4 != 0 && bytes < kM4Request) unit.maxBlockSize = std::min(limit, M4_READ_LIMIT);
+  if (unit.isM4 != 0 && bytes < kM4Request) unit.maxBlockSize = std::min(limit, kM4ReadLimit);
   const int count = unixTapeRead(aUnit, uNum, buffer);
   unit.maxBlockSize = limit;
   return count;
@@ -217,7 +217,7 @@ int tlv_tape_read(UnitStruct* aUnit, int uNum, char* buffer, int bytes) {
 
 int tlv_tape_write(UnitStruct* aUnit, int uNum, const char* buffer, int bytes) {
   const BusyCursor busy;
-  if (uNum != ALL_OUTPUTS) return writeOne(aUnit, uNum, buffer, bytes);
+  if (uNum != kAllOutputs) return writeOne(aUnit, uNum, buffer, bytes);
   if (lastOutput(aUnit) == 0) return noOutput();
   int result = -1;
   for (int unit = 1; unit <= lastOutput(aUnit); ++unit) {
@@ -228,7 +228,7 @@ int tlv_tape_write(UnitStruct* aUnit, int uNum, const char* buffer, int bytes) {
 }
 
 int tlv_weof(UnitStruct* aUnit, int uNum, int count) {
-  if (uNum == ALL_OUTPUTS && lastOutput(aUnit) == 0) return noOutput();
+  if (uNum == kAllOutputs && lastOutput(aUnit) == 0) return noOutput();
   return onUnits(aUnit, uNum, "write filemark", [&](int unit) { return markOne(aUnit, unit, count); });
 }
 
@@ -289,7 +289,7 @@ void tlvAutoLoad(PassPtr* thePtr) {
 
 int tlvLoadNextTape(UnitStruct* aUnit, int uNum) { return changeTape(aUnit, uNum) ? 1 : 0; }
 
-int tlvInitLoader(UnitStruct* aUnit, int uNum) { return uNum == ALL_OUTPUTS && aUnit[0].nOutputs == 0 ? 1 : 0; }
+int tlvInitLoader(UnitStruct* aUnit, int uNum) { return uNum == kAllOutputs && aUnit[0].nOutputs == 0 ? 1 : 0; }
 
 int countTapeFiles() {
   xvt_dm_post_error("Error: this feature has not been implemented on Linux.");
@@ -304,7 +304,7 @@ void appUpdate(EVENT* xdEvent) {
 void appMoved() {
   EVENT moved;
   moved.type = E_USER;
-  moved.user.id = UNITS_MOVED;
+  moved.user.id = kUnitsMoved;
   xvt_win_dispatch_event(TASK_WIN, &moved);
 }
 

@@ -11,8 +11,8 @@
 
 #include "xvt/xvt.h"
 
-constexpr int MAX_UNITS = 35;
-constexpr int ALL_OUTPUTS = -1;
+constexpr int kMaxUnits = 35;
+constexpr int kAllOutputs = -1;
 
 /// Values of UnitStruct::type.
 enum UNIT_TYPE : int { UT_NONE = 0, UT_DISK = 1, UT_TAPE = 2 };
@@ -50,7 +50,7 @@ struct UnitStruct {
   char id[8];                           ///< SCSI target id of the open tape, "" after close or a failed open
   char* ioBuffer;                       ///< the shared tape buffer (unit 0)
   unsigned int ioBufLen;                ///< its size in bytes, the block limit of the whole run (unit 0)
-  DListStruct theDriveList[MAX_UNITS];  ///< the drives found (unit 0)
+  DListStruct theDriveList[kMaxUnits];  ///< the drives found (unit 0)
   SLIST theOutputList;                  ///< chosen output drives; data: index into theDriveList (unit 0)
   AutoLoader* autoLoader;               ///< null on this system
   int theListItem;                      ///< index of this unit's drive in theDriveList; -1: none
@@ -81,12 +81,12 @@ struct UnitStruct {
 };
 
 /// Most bytes that a drive of the M4 family is asked for by jobs that ask for less than the tape buffer.
-constexpr unsigned M4_READ_LIMIT = 64000;
+constexpr unsigned kM4ReadLimit = 64000;
 
 /// The end of a line about a block longer than `limit` bytes: what helps, where something does.
 inline const char* limitAdvice(const UnitStruct& unit, unsigned limit) {
-  return unit.isM4 != 0 && limit == M4_READ_LIMIT ? ", which holds for drives of this family."
-                                                  : "; ST_BUFFER (in KiB) raises it.";
+  return unit.isM4 != 0 && limit == kM4ReadLimit ? ", which holds for drives of this family."
+                                                 : "; ST_BUFFER (in KiB) raises it.";
 }
 
 // Dialogs edit the four option flags through one 4-byte word that begins at inputAbort.
@@ -181,7 +181,7 @@ int countTapeFiles();
 void appUpdate(EVENT* xdEvent);
 
 /// The code of the user event that appMoved sends; appUpdate's is 0.
-constexpr long UNITS_MOVED = 1;
+constexpr long kUnitsMoved = 1;
 /// Tells the task window that a job has moved the tapes on, and nothing else of the units has changed.
 void appMoved();
 /// Checks control `check` in the radio group of the controls `start` to `end`.

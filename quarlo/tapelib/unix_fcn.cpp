@@ -72,7 +72,7 @@ void initUNIX() {
   while ((TapeBuffer = static_cast<char*>(std::calloc(length, 1))) == nullptr && length > kSmallestBuffer) length /= 2;
   units[0].ioBufLen = TapeBuffer == nullptr ? 0 : length;
   units[0].ioBuffer = TapeBuffer;
-  for (int i = 0; i < MAX_UNITS; ++i) units[i].devName[0] = '\0';
+  for (int i = 0; i < kMaxUnits; ++i) units[i].devName[0] = '\0';
   StTimeout = 60;
 }
 

@@ -299,7 +299,7 @@ TEST_F(ModuleTest, RunsThePhasesOnTapes) {
   ProcessingStep step("iogood.so");
   ASSERT_EQ(step.InitialPhase(&record, parameters, nullptr), 0);
   EXPECT_EQ(step.MainPhase(&record), 0);
-  EXPECT_EQ(tlv_tape_close(units, ALL_OUTPUTS), 0);
+  EXPECT_EQ(tlv_tape_close(units, kAllOutputs), 0);
   EXPECT_EQ(tapeIn("out.tap"), (Tape{"cde", "f", MARK}));
 }
 

@@ -229,7 +229,7 @@ TEST_F(VerifyTest, AFileThatCannotBeReadIsToldOnceWithReasonAndPlace) {
     ASSERT_TRUE(openDiskUnit(&units[0], second ? good : unreadable, "rb"));
     ASSERT_TRUE(openDiskUnit(&units[1], unreadable, "rb"));
     forgetConsole();
-    EXPECT_EQ(do_verify(BLOCK_TYPE_1, units), 1);
+    EXPECT_EQ(do_verify(kBlockType1, units), 1);
     EXPECT_EQ(consoleWithoutDates().at(2), std::string("  *** Error reading the ") + (second ? "second" : "first") +
                                                " input \"mem\" at byte 32: Input/output error.");
     EXPECT_EQ(closeDiskUnit(&units[0]) + closeDiskUnit(&units[1]), 0);

@@ -40,9 +40,9 @@ class Dispatch : public testing::Test {
     xvt_slist_destroy(units_[0].theOutputList);
     units_[0].theOutputList = nullptr;
     tlv_tape_close(units_, 0);
-    tlv_tape_close(units_, ALL_OUTPUTS);
+    tlv_tape_close(units_, kAllOutputs);
     unInitIO(units_);
-    for (int i = 0; i < MAX_UNITS; ++i) units_[i] = UnitStruct{};
+    for (int i = 0; i < kMaxUnits; ++i) units_[i] = UnitStruct{};
     setTapeDriver(nullptr);
   }
   void load(int drive, const std::string& cartridge, const Tape& tape, const std::string& more = "") {
@@ -60,7 +60,7 @@ class Dispatch : public testing::Test {
     xvt_slist_destroy(units_[0].theOutputList);
     units_[0].theOutputList = xvt_slist_create();
     for (const int drive : drives) xvt_slist_add(units_[0].theOutputList, nullptr, "", drive);
-    tlv_tape_open(units_, ALL_OUTPUTS);
+    tlv_tape_open(units_, kAllOutputs);
   }
   void fail(const std::string& plan) {
     std::vector<TapeFault> faults;
@@ -70,7 +70,7 @@ class Dispatch : public testing::Test {
   }
   int write(int bytes) {
     const std::string block(static_cast<std::size_t>(bytes), 'b');
-    return tlv_tape_write(units_, ALL_OUTPUTS, block.data(), bytes);
+    return tlv_tape_write(units_, kAllOutputs, block.data(), bytes);
   }
   Tape tapeIn(const std::string& cartridge) { return tapeOf(readFile(folder_.path(cartridge + ".tap"))); }
 
@@ -95,12 +95,12 @@ TEST_F(Dispatch, OutputsThatDoNotOpenTakeNoSlot) {
   EXPECT_STREQ(units_[2].id, "2");
   EXPECT_EQ(units_[2].maxBlockSize, 32768U);
   EXPECT_EQ(write(32768), 32768);
-  EXPECT_EQ(tlv_weof(units_, ALL_OUTPUTS, 2), 0);
+  EXPECT_EQ(tlv_weof(units_, kAllOutputs, 2), 0);
   consoleLines().clear();
   EXPECT_EQ(write(32769), -1);
   EXPECT_EQ(consoleLines(), (Lines{"  *** Error: block size (32769) is too large to write to output tape.",
                                    "             32768 bytes is the current block size limit on drive \"V D0\"."}));
-  EXPECT_EQ(tlv_tape_close(units_, ALL_OUTPUTS), 0);
+  EXPECT_EQ(tlv_tape_close(units_, kAllOutputs), 0);
   EXPECT_EQ(units_[0].nOutputs, 0);
   const Tape wanted{std::string(32768, 'b'), MARK, MARK};
   EXPECT_EQ(tapeIn("T0"), wanted);
@@ -118,7 +118,7 @@ TEST_F(Dispatch, TheFirstOutputThatFailsStopsTheWalk) {
   EXPECT_EQ(faults_->operations(TapeFault::WRITE), 1);
   fail("weof:2:EIO");
   consoleLines().clear();
-  EXPECT_NE(tlv_weof(units_, ALL_OUTPUTS, 2), 0);
+  EXPECT_NE(tlv_weof(units_, kAllOutputs, 2), 0);
   EXPECT_EQ(faults_->operations(TapeFault::MARKS), 2);
   ASSERT_GE(consoleLines().size(), 3U);
   EXPECT_EQ(consoleLines()[0], "  *** Unidentified error occurred during write EOF on drive \"V D1\".");
@@ -136,15 +136,15 @@ TEST_F(Dispatch, ClosedUnitsReachNoDrive) {
   EXPECT_EQ(units_[0].eofMark, 0);
   EXPECT_EQ(tlv_tape_write(units_, 1, buffer, 8), -1);
   EXPECT_EQ(write(8), -1);
-  EXPECT_NE(tlv_weof(units_, ALL_OUTPUTS, 2), 0);
+  EXPECT_NE(tlv_weof(units_, kAllOutputs, 2), 0);
   EXPECT_NE(tlv_skip_blocks(units_, 0, 0), 0);
   EXPECT_NE(tlv_skip_files(units_, 0, 1), 0);
   EXPECT_NE(tlv_skip_eod(units_, 0), 0);
   EXPECT_NE(tlv_rewind(units_, 0), 0);
-  EXPECT_NE(tlv_unload(units_, ALL_OUTPUTS), 0);
+  EXPECT_NE(tlv_unload(units_, kAllOutputs), 0);
   EXPECT_EQ(consoleLines().size(), 9U);
   EXPECT_EQ(consoleLines()[0], "  *** Error: drive is not open: read refused.");
-  for (const int wild : {-2, MAX_UNITS, 1000000}) {
+  for (const int wild : {-2, kMaxUnits, 1000000}) {
     EXPECT_NE(tlv_rewind(units_, wild), 0);
     EXPECT_EQ(tlv_tape_read(units_, wild, buffer, 8), -1);
     tlv_tape_open(units_, wild);
@@ -156,8 +156,8 @@ TEST_F(Dispatch, ClosedUnitsReachNoDrive) {
   EXPECT_EQ(tlv_tape_close(units_, 0), 0);
   EXPECT_EQ(faults_->operations(), 0);
   units_[0].nOutputs = 0;
-  EXPECT_EQ(tlv_rewind(units_, ALL_OUTPUTS), 0);
-  EXPECT_EQ(tlvInitLoader(units_, ALL_OUTPUTS), 1);
+  EXPECT_EQ(tlv_rewind(units_, kAllOutputs), 0);
+  EXPECT_EQ(tlvInitLoader(units_, kAllOutputs), 1);
   EXPECT_EQ(tlvInitLoader(units_, 1), 0);
 }
 
@@ -230,7 +230,7 @@ TEST_F(Dispatch, CloseKeepsTheNameOnlyForTheNextTape) {
   EXPECT_EQ(write(10), 10);
   fail("close:1:EIO");
   consoleLines().clear();
-  EXPECT_EQ(tlv_tape_close(units_, ALL_OUTPUTS), -1);
+  EXPECT_EQ(tlv_tape_close(units_, kAllOutputs), -1);
   EXPECT_EQ(consoleLines(), Lines{"  *** Error closing tape on drive \"V D1\"."});
   EXPECT_STREQ(units_[1].name, "");
   openInput(1);
@@ -258,7 +258,7 @@ TEST_F(Dispatch, AutoLoadMovesEachDriveOnByOne) {
   EXPECT_EQ(ready, 1);
   EXPECT_EQ(write(20), 20);
   EXPECT_EQ(tapeIn("T1"), tapeIn("T2"));
-  EXPECT_EQ(tlv_weof(units_, ALL_OUTPUTS, 1), 0);
+  EXPECT_EQ(tlv_weof(units_, kAllOutputs, 1), 0);
   EXPECT_EQ(tapeIn("N1"), (Tape{std::string(20, 'b'), MARK}));
   EXPECT_EQ(tapeIn("N2"), (Tape{std::string(20, 'b'), MARK}));
   tlvAutoLoad(&words);  // the magazines are empty: no box, and the walk stops at the first drive

@@ -318,7 +318,7 @@ TEST_P(UnitTape, UnfitDrivesAreNamedInBoxes) {
   EXPECT_EQ(units_[0].state, 1);
   ASSERT_EQ(getDriveList(units_) > 0, true);
   std::string line;
-  for (int i = 0; i < MAX_UNITS; ++i)
+  for (int i = 0; i < kMaxUnits; ++i)
     if (units_[0].theDriveList[i].device == bench_->device()) line = units_[0].theDriveList[i].string;
   EXPECT_EQ(line, "  0:0   VIRTUAL TAPE-1 (wrt-prot)");
   tlv_tape_close(units_, 0);

@@ -34,10 +34,10 @@ class TapeDialogs : public ShellTest {
     startUp();
   }
   ~TapeDialogs() override {
-    tlv_tape_close(units, ALL_OUTPUTS);
+    tlv_tape_close(units, kAllOutputs);
     tlv_tape_close(units, 0);
     if (units->theOutputList != nullptr) xvt_slist_destroy(units->theOutputList);
-    for (int n = 0; n < MAX_UNITS; ++n) units[n] = UnitStruct{};
+    for (int n = 0; n < kMaxUnits; ++n) units[n] = UnitStruct{};
     toolkit.close(TASK_WIN);
     setTapeDriver(nullptr);
   }
@@ -57,7 +57,7 @@ class TapeDialogs : public ShellTest {
   }
   int getDriveCount() {
     int count = 0;
-    while (count < MAX_UNITS && units->theDriveList[count].string[0] != '\0') ++count;
+    while (count < kMaxUnits && units->theDriveList[count].string[0] != '\0') ++count;
     return count;
   }
 
@@ -160,7 +160,7 @@ TEST_F(TapeDialogs, OkWithoutADriveStoresTheOptionsOrAsksForOne) {
   units->inputNoRewind = false;
   toolkit.chooseMenu(CMD_TAPE_CONTROL);
   toolkit.press(gControlWindow, TC_SELECT_DRIVE);
-  EXPECT_EQ(newLines(), Lines{NO_DRIVE_CHOSEN});
+  EXPECT_EQ(newLines(), Lines{kNoDriveChosen});
 }
 
 TEST_F(TapeDialogs, OutputSelectionSwapsItsLists) {
@@ -362,7 +362,7 @@ TEST(BlockSizes, InWords) {
                                                {1024, "1 KB"},    {65535, "63 KB"},       {1048575, "1023 KB"},
                                                {1048576, "1 MB"}, {2147483647, "2047 MB"}};
   for (const auto& [bytes, words] : cases) {
-    char text[BLOCK_STR_SIZE];
+    char text[kBlockStrSize];
     makeBlockStr(text, bytes);
     EXPECT_STREQ(text, words);
   }
@@ -462,9 +462,9 @@ TEST_F(Progress, ImageCopyCountsBytesInAFloat) {
   EXPECT_EQ(toolkit.text(d, 3), "Tape blocks copied:");
   EXPECT_EQ(toolkit.text(d, 5), "7");
   EXPECT_FALSE(toolkit.visible(d, 6));
-  const long timer = xvt_timer_create(d, PROGRESS_PERIOD);
+  const long timer = xvt_timer_create(d, kProgressPeriod);
   bytes = 2e9F;
-  toolkit.advance(PROGRESS_PERIOD);
+  toolkit.advance(kProgressPeriod);
   EXPECT_EQ(toolkit.text(d, 4), "2000000000");
   xvt_timer_destroy(timer);
   end();

@@ -209,7 +209,7 @@ TEST_F(TextWindowTest, SeventyThousandLinesStayInOrder) {
 
 TEST_F(TextWindowTest, ADumpWindowStartsHiddenGivesItsTextAndClears) {
   gTDumpIsVisible = gFDumpIsVisible = 1;
-  const WINDOW window = dumpInit(TAPE_DUMP);
+  const WINDOW window = dumpInit(kTapeDump);
   EXPECT_EQ(window, tDumpWin.theWindow);
   EXPECT_EQ(aDumpWin, &tDumpWin);
   EXPECT_EQ(kit.title(window), "Tape Dump Window");
@@ -239,7 +239,7 @@ TEST_F(TextWindowTest, ADumpWindowStartsHiddenGivesItsTextAndClears) {
 
 // One counter serves both windows, and clearing either resets it; the lines of each stay in the order they came in.
 TEST_F(TextWindowTest, TwoDumpWindowsDoNotMixTheirLines) {
-  const WINDOW tape = dumpInit(TAPE_DUMP);
+  const WINDOW tape = dumpInit(kTapeDump);
   const WINDOW file = dumpInit(1);
   EXPECT_EQ(kit.title(file), "File Dump Window");
   ASSERT_NE(tape, file);

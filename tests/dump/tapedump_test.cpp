@@ -254,7 +254,7 @@ TEST_F(TapeDumpTest, NothingMovesTheTapeWhileAJobRuns) {
   const RunningJob other(&stop);
   for (const int control : {TD_DUMP, TD_SKIP_FORWARD, TD_SKIP_BACK, TD_SELECT_DRIVE}) toolkit.press(dialog, control);
   EXPECT_EQ(units->blockNum, 1);
-  EXPECT_EQ(consoleWithoutDates(), Lines(4, JOB_IS_RUNNING));
+  EXPECT_EQ(consoleWithoutDates(), Lines(4, kJobIsRunning));
 }
 
 TEST_F(TapeDumpTest, TheWindowIsShownAndHiddenByItsButton) {

@@ -18,7 +18,7 @@ namespace {
 // ---- header fields ------------------------------------------------------------------------------------------------
 
 TEST(HeaderFields, BothLengthsBothWays) {
-  std::vector<char> header(maxHeaderBytes, 0);
+  std::vector<char> header(kMaxHeaderBytes, 0);
   for (const int position : {1, 2, 115, 19997}) {
     for (const int value : {0, 1, -1, 32767, -32768, INT_MAX, INT_MIN + 1}) {
       encodeField(header.data(), value, position, 2);
@@ -34,7 +34,7 @@ TEST(HeaderFields, BothLengthsBothWays) {
 }
 
 TEST(HeaderFields, PositionsOutsideAndAtTheEnd) {
-  std::vector<char> header(maxHeaderBytes, 0);
+  std::vector<char> header(kMaxHeaderBytes, 0);
   const std::vector<char> blank = header;
   for (const int position : {INT_MIN, -1, 0, 20001, INT_MAX}) {
     EXPECT_EQ(decodeField(header.data(), position, 1), -9999);
@@ -47,7 +47,7 @@ TEST(HeaderFields, PositionsOutsideAndAtTheEnd) {
   EXPECT_EQ(header.back(), 0x34);
   EXPECT_EQ(decodeField(header.data(), 20000, 1), 0x34);
   EXPECT_EQ(decodeField(header.data(), 20000, 2), 0x34);
-  header[maxHeaderBytes - 2] = 0x12;
+  header[kMaxHeaderBytes - 2] = 0x12;
   EXPECT_EQ(decodeField(header.data(), 19999, 2), 0x3412);
 }
 
@@ -57,8 +57,8 @@ TEST(HeaderFields, ShorterHeadersAndNulls) {
   EXPECT_EQ(decodeField(header.data(), 239, 2, 240), 0xFFFF);
   EXPECT_EQ(decodeField(header.data(), 241, 1, 240), -9999);
   encodeField(header.data(), 5, 1, 2, 240);
-  encodeField(header.data(), nullInt, 1, 2, 240);
-  encodeField(header.data(), nullInt, 1, 1, 240);
+  encodeField(header.data(), kNullInt, 1, 2, 240);
+  encodeField(header.data(), kNullInt, 1, 1, 240);
   EXPECT_EQ(decodeField(header.data(), 1, 2, 240), 5);
 }
 
@@ -137,8 +137,8 @@ const std::map<int, int> ebcdicExceptions = {{0x4A, '#'}, {0xAD, '['}, {0xBD, ']
 
 struct Tables {
   Tables() { initascebc(a2e, e2a); }
-  int a2e[a2eTableSize];
-  int e2a[e2aTableSize];
+  int a2e[kA2eTableSize];
+  int e2a[kE2aTableSize];
 };
 
 // One byte by the C library's converter; -1 when it has no character for it.

@@ -129,7 +129,7 @@ TEST_F(SegyFieldsDialog, ListsMarkProblemsAndRequiredFields) {
   EXPECT_EQ(fill(5), 0x10002U);
   EXPECT_EQ(rows, (Lines{"* the A (required)", "* the B", "the C", "* the D (required)"}));
   EXPECT_EQ(toolkit.selected(dialog, 5), Lines{"the C"});
-  EXPECT_EQ(fill(segyMappingList), 0x10002U);
+  EXPECT_EQ(fill(kSegyMappingList), 0x10002U);
   EXPECT_EQ(rows, (Lines{"the A (required)", "the C", "the D (required)"}));
   format.itHasBinaryHeader = 0;
   fill(5);
@@ -172,7 +172,7 @@ TEST_F(SegyFieldsDialog, WarnsWhenTheListTurnsRed) {
   for (const Case& each : cases) {
     SCOPED_TRACE(each.flags);
     toolkit.notes.clear();
-    int background = fieldsSoundColor;
+    int background = kFieldsSoundColor;
     boundsError(dialog, each.list, 1, &background);  // half a pair is none
     EXPECT_EQ(color(each.list), 0xFFFFFF);
     EXPECT_EQ(toolkit.notes, Lines{});
@@ -225,8 +225,8 @@ TEST(SegyText, EverySettingSurvivesWritingAndReading) {
   field->itsRangeMin.doubleValue = -1e300;
   field->itsRangeMax.doubleValue = 5e-324;
   field->inputKyrHeader = trFieldFile;
-  field->kyrHeaderCount = maxOutputProperties;
-  for (int i = 0; i < maxOutputProperties; ++i) field->outputKyrHeader[i] = static_cast<TraceProperty>(i);
+  field->kyrHeaderCount = kMaxOutputProperties;
+  for (int i = 0; i < kMaxOutputProperties; ++i) field->outputKyrHeader[i] = static_cast<TraceProperty>(i);
   add(&format, "Mixed name", byteType, -1);
   add(&format, "Second", singleFloatType, 399)->itIsOverridden = 1;
   getField(format.itsBinaryFields, "Second")->itsOverrideValue.floatValue = 0.1F;
@@ -250,7 +250,7 @@ TEST(SegyText, EverySettingSurvivesWritingAndReading) {
   EXPECT_EQ(back->itsRangeMin.doubleValue, -1e300);
   EXPECT_EQ(back->itsRangeMax.doubleValue, 5e-324);
   EXPECT_EQ(back->itIsBinaryField, 0);
-  EXPECT_EQ(back->outputKyrHeader[maxOutputProperties - 1], maxOutputProperties - 1);
+  EXPECT_EQ(back->outputKyrHeader[kMaxOutputProperties - 1], kMaxOutputProperties - 1);
   EXPECT_EQ(again.itsBinaryFields->itsOffset, -1);
   EXPECT_EQ(again.itsBinaryFields->nextField->itsOverrideValue.floatValue, 0.1F);
 }
@@ -305,9 +305,9 @@ TEST(SegyText, EveryFaultIsToldWithItsLine) {
     SCOPED_TRACE(each.text);
     EXPECT_EQ(faultsOf(each.text), each.faults);
   }
-  EXPECT_EQ(faultsOf(std::string(maxSegyTextBytes + 1, '#')), Lines{"0: the text is longer than 1048576 bytes"});
+  EXPECT_EQ(faultsOf(std::string(kMaxSegyTextBytes + 1, '#')), Lines{"0: the text is longer than 1048576 bytes"});
   std::string many = firstLine;
-  for (int i = 0; i <= maxSegyFields; ++i) many += "[trace " + std::to_string(i) + "]\ntype = int8\nbyte = 1\n";
+  for (int i = 0; i <= kMaxSegyFields; ++i) many += "[trace " + std::to_string(i) + "]\ntype = int8\nbyte = 1\n";
   EXPECT_EQ(faultsOf(many), Lines{"3002: more than 1000 fields"});
 }
 

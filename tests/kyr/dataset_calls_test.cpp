@@ -171,7 +171,7 @@ TEST(DatasetProperties, ValuesAreConvertedToTheCallersType) {
                                          {-40000, -40000, -32768},
                                          {3e9, intMax, 32767},
                                          {-3e9, -intMax, -32768},
-                                         {nullFloat, nullInt, -32768}}) {
+                                         {kNullFloat, kNullInt, -32768}}) {
     ASSERT_EQ(SetTraceProperty(trSourceLocation, doubleFloatType, gUnknownUnits, &c.kept, &header), kyrOk);
     std::int32_t number = 0;
     std::int16_t half = 0;
@@ -194,7 +194,7 @@ TEST(DatasetProperties, ValuesAreConvertedToTheCallersType) {
   const std::int8_t small = -7;
   SetTraceProperty(trFieldFile, byteType, gUnknownUnits, &small, &header);
   EXPECT_EQ(header.words[8], 0xFFFFFFF9U);
-  const std::int32_t null = nullInt;
+  const std::int32_t null = kNullInt;
   SetTraceProperty(trOffset, longIntType, gUnknownUnits, &null, &header);
   GetTraceProperty(trOffset, doubleFloatType, gUnknownUnits, &back, &header);
   EXPECT_TRUE(IsValueNull(back));
@@ -237,7 +237,7 @@ TEST(DatasetProperties, AnyKillFlagMakesATraceDead) {
     SetTraceProperty(trKillFlag, longIntType, gUnknownUnits, &flag, &header);
     EXPECT_TRUE(IsDead(header)) << flag;
   }
-  SetTraceProperty(trKillFlag, longIntType, gUnknownUnits, &nullInt, &header);
+  SetTraceProperty(trKillFlag, longIntType, gUnknownUnits, &kNullInt, &header);
   EXPECT_FALSE(IsDead(header));
 }
 
@@ -247,7 +247,7 @@ TEST(DatasetProperties, RecordsOfOneFileStayBelowATebibyte) {
   const int records = GetRecordsPerFile(intMax, 1000, 1000);
   EXPECT_LE(records * 1000 * slot, std::int64_t{1} << 40);
   EXPECT_GT((records + 1) * 1000 * slot, std::int64_t{1} << 40);
-  EXPECT_EQ(GetRecordsPerFile(10, intMax, maxSamples), 1);
+  EXPECT_EQ(GetRecordsPerFile(10, intMax, kMaxSamples), 1);
   for (const auto& [a, b, c] : {std::tuple{0, 5, 5}, {5, 0, 5}, {5, 5, -1}, {-1, -1, -1}, {5, 5, intMax}})
     EXPECT_EQ(GetRecordsPerFile(a, b, c), 1);
 }

@@ -249,11 +249,11 @@ TEST_F(DatasetFormat, HostileCountsAreErrors) {
   const std::string whole = readFile("a.kyr");
   constexpr int most = std::numeric_limits<int>::max();
   const std::vector<DatasetShape> hostile{
-      {most, most, most, maxSamples, 0},  // past 64 bits
-      {most, most, most, 3, 0},           // past 63
-      {1 << 30, 2, 2, 1 << 27, 0},        // past the file, in bytes
-      {2, 2, 2, maxSamples, 0},           // not one whole trace in the file
-      {2, 2, 2, maxSamples + 1, 0},
+      {most, most, most, kMaxSamples, 0},  // past 64 bits
+      {most, most, most, 3, 0},            // past 63
+      {1 << 30, 2, 2, 1 << 27, 0},         // past the file, in bytes
+      {2, 2, 2, kMaxSamples, 0},           // not one whole trace in the file
+      {2, 2, 2, kMaxSamples + 1, 0},
       {2, 2, 2, most, 0},
       {2, 3, 2, 3, 0},  // more traces than places
       {-1, 2, 2, 3, 0},
@@ -284,7 +284,7 @@ TEST_F(DatasetFormat, HostileCountsAreErrors) {
             }));
   EXPECT_EQ(get(open("b.kyr"), dsTotalTraces), 4);
   // Counts of no trace at all reserve nothing.
-  for (const DatasetShape& shape : {DatasetShape{0, 2, 2, maxSamples, 0}, DatasetShape{most - 1, 0, 0, 1 << 23, 0},
+  for (const DatasetShape& shape : {DatasetShape{0, 2, 2, kMaxSamples, 0}, DatasetShape{most - 1, 0, 0, 1 << 23, 0},
                                     DatasetShape{0, most - 1, most, 3, 0}}) {
     writeFile("b.kyr", withHeader(whole, [&](DatasetHeader& header) { header.setShape(shape); }));
     const Link none = open("b.kyr");

@@ -164,9 +164,9 @@ TEST(IbmFloat, ConvertsArraysInPlaceAtAnyAddress) {
 }
 
 TEST(NullValue, SurvivesWideningAndIsNoOrdinaryValue) {
-  EXPECT_TRUE(IsValueNull(nullInt));
-  EXPECT_TRUE(IsValueNull(nullFloat));
-  EXPECT_TRUE(IsValueNull(double{nullFloat}));
+  EXPECT_TRUE(IsValueNull(kNullInt));
+  EXPECT_TRUE(IsValueNull(kNullFloat));
+  EXPECT_TRUE(IsValueNull(double{kNullFloat}));
   EXPECT_FALSE(IsValueNull(0));
   EXPECT_FALSE(IsValueNull(-9999));
   EXPECT_FALSE(IsValueNull(-1.0F));

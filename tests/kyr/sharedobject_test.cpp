@@ -23,7 +23,7 @@ const std::string modules = QUARLO_TEST_MODULES;
 std::string faultOf(const std::string& file, std::size_t size = std::string::npos) {
   const auto* bytes = reinterpret_cast<const unsigned char*>(file.data());
   size = std::min(size, file.size());
-  return elfFault({bytes, std::min(size, elfHeadSize)}, size);
+  return elfFault({bytes, std::min(size, kElfHeadSize)}, size);
 }
 
 TEST(ElfCheck, PassesRealObjectsAndNoPartOfThem) {

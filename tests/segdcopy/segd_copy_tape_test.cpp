@@ -481,7 +481,7 @@ class SegdFaultSweep : public SegdTapeTest, public testing::WithParamInterface<s
     units->theOutputList = xvt_slist_create();
     xvt_slist_add(units->theOutputList, nullptr, "drive", 1);
     tlv_tape_open(units, 0);
-    tlv_tape_open(units, ALL_OUTPUTS);
+    tlv_tape_open(units, kAllOutputs);
     if (units[0].state != 1 || units->nOutputs != 1) {
       closeUnits();
       return false;

@@ -176,7 +176,7 @@ TEST_F(SegdDialogsTest, WhatTheListsDialogsStoreGoesWithTheOptions) {
 
 TEST_F(SegdDialogsTest, TheZeroKeyStaysWithinTheTraceHeader) {
   zeroList([this](WINDOW dialog) {
-    EXPECT_EQ(toolkit.rows(dialog, ZT_TYPE), std::vector<std::string>(SegdDataTypes, SegdDataTypes + SEGD_KEY_TYPES));
+    EXPECT_EQ(toolkit.rows(dialog, ZT_TYPE), std::vector<std::string>(SegdDataTypes, SegdDataTypes + kSegdKeyTypes));
     EXPECT_EQ(toolkit.text(dialog, ZT_BYTE), "1");  // no key is set at first
     for (const char* text : {"0", "-4", "nonsense", ""}) {
       EXPECT_EQ(taken(dialog, ZT_BYTE, text), "1") << text;

@@ -22,7 +22,7 @@ std::string blockOf(const Places& places, std::size_t bytes = 32) {
   return all;
 }
 
-SegdHeaders read(const Places& first, const Places* second = nullptr, float unit = SEGD_RECORD_LENGTH_UNIT) {
+SegdHeaders read(const Places& first, const Places* second = nullptr, float unit = kSegdRecordLengthUnit) {
   SegdHeaders headers;
   headers.RecordLengthMultiplier = unit;
   headers.getGenHeader(blockOf(first).data());

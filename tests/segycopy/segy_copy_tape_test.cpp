@@ -278,7 +278,7 @@ TEST_F(SegyTapeTest, WhateverOperationFailsTheLogIsTrue) {
     tlv_tape_open(units, 0);
     units->theOutputList = xvt_slist_create();
     xvt_slist_add(units->theOutputList, nullptr, "drive", 1);
-    tlv_tape_open(units, ALL_OUTPUTS);
+    tlv_tape_open(units, kAllOutputs);
     if (units[0].state == 1 && units->nOutputs == 1) {
       noFurtherTape();
       forgetConsole();

@@ -77,7 +77,7 @@ TEST_F(Shell, MainDialogIsReopenedFromTheMenu) {
 
 TEST_F(Shell, EveryButtonOfTheMainDialogAnswers) {
   startUp();
-  const DLG_RES& main = shellDialogs[0];
+  const DLG_RES& main = kShellDialogs[0];
   ASSERT_EQ(main.id, DLG_MAIN);
   for (std::size_t n = 0; n < main.count; ++n) {
     if (main.items[n].kind != IK_PUSH) continue;
@@ -224,7 +224,7 @@ TEST_F(Shell, TapeIsLeftAloneWhileAJobRuns) {
   const RunningJob job(&flag);
   for (const int item : tapeItems) toolkit.chooseMenu(item);
   for (const int button : {3, 4, 5, 6, 16, 23, 24}) toolkit.press(gControlWindow, button);
-  EXPECT_EQ(newLines(), Lines(14, JOB_IS_RUNNING)) << "each is refused once";
+  EXPECT_EQ(newLines(), Lines(14, kJobIsRunning)) << "each is refused once";
   EXPECT_EQ(toolkit.beeps, 14);
   EXPECT_TRUE(toolkit.notes.empty()) << "a box would hold the job up";
   EXPECT_EQ(flag, 0);
@@ -238,7 +238,7 @@ TEST_F(Shell, TapeControlFollowsAJob) {
   int traces = 0;
   JobFrame frame(JOB_SEGY, UT_TAPE, &traces, &traces, &traces);
   units->blockNum = 4711;
-  toolkit.advance(PROGRESS_PERIOD);
+  toolkit.advance(kProgressPeriod);
   EXPECT_EQ(toolkit.text(gControlWindow, TC_BLOCK_NUMBER), "4711");
 }
 

@@ -31,7 +31,7 @@ class JobTest : public testing::Test {
       load(number, "");
     }
     toolkit.openTaskWindow([](WINDOW, EVENT*) -> long { return 0; });
-    for (int unit = 0; unit < MAX_UNITS; ++unit) {
+    for (int unit = 0; unit < kMaxUnits; ++unit) {
       units[unit] = UnitStruct{};  // options outlive a dialog and a job, but not a test
     }
     initIO(units);

@@ -31,7 +31,7 @@ class UnitsTest : public JobTest {
     for (const int drive : drives) {
       xvt_slist_add(units->theOutputList, nullptr, "drive", drive);
     }
-    tlv_tape_open(units, ALL_OUTPUTS);
+    tlv_tape_open(units, kAllOutputs);
     ASSERT_EQ(units->nOutputs, static_cast<int>(drives.size()));
   }
   void closeUnits() {
@@ -41,7 +41,7 @@ class UnitsTest : public JobTest {
       tlv_tape_close(units, 0);
     }
     if (units->nOutputs > 0) {
-      tlv_tape_close(units, ALL_OUTPUTS);
+      tlv_tape_close(units, kAllOutputs);
     }
     if (units->theOutputList != nullptr) {
       xvt_slist_destroy(units->theOutputList);

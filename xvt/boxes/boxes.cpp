@@ -17,10 +17,10 @@
 
 namespace {
 
-constexpr std::size_t COLUMNS = 70;
-constexpr int LEAST_COLUMNS = 32;
-constexpr std::size_t HEADING_COLUMNS = 60;
-constexpr std::size_t MOST_LINES = 30;  ///< more would not stand on a small screen
+constexpr std::size_t kColumns = 70;
+constexpr int kLeastColumns = 32;
+constexpr std::size_t kHeadingColumns = 60;
+constexpr std::size_t kMostLines = 30;  ///< more would not stand on a small screen
 
 enum BOX_CONTROLS : int { BOX_TEXT = 1, BOX_HEADING, BOX_BODY, BOX_FIRST, BOX_SECOND, BOX_THIRD };
 
@@ -41,9 +41,9 @@ std::string joined(const std::vector<std::string>& lines) {
 }
 
 std::string fitted(const std::string& text) {
-  std::vector<std::string> lines = xvt::wrapped(text, COLUMNS);
-  if (lines.size() > MOST_LINES) {
-    lines.resize(MOST_LINES);
+  std::vector<std::string> lines = xvt::wrapped(text, kColumns);
+  if (lines.size() > kMostLines) {
+    lines.resize(kMostLines);
     lines.push_back("…");
   }
   return joined(lines);
@@ -57,7 +57,7 @@ std::size_t headingLength(const std::string& text) {
     if (found != std::string::npos) end = std::min(end, found + 1);
   }
   end = std::min(end, text.size());
-  return xvt::utf8Characters(text.substr(0, end)) <= HEADING_COLUMNS ? end : 0;
+  return xvt::utf8Characters(text.substr(0, end)) <= kHeadingColumns ? end : 0;
 }
 
 Box makeBox(BoxKind kind, const std::string& raw, std::vector<std::string> buttons) {
@@ -68,9 +68,9 @@ Box makeBox(BoxKind kind, const std::string& raw, std::vector<std::string> butto
   return {kind, text.substr(0, heading), fitted(text.substr(rest)), text, std::move(buttons)};
 }
 
-constexpr std::array<const char*, 4> BOX_NAMES = {"error-box", "note-box", "ask-box", "ask-box"};
-constexpr std::array<const char*, 4> BOX_TITLES = {"Error", "Note", "Question", "Question"};
-constexpr std::array<const char*, 3> ASK_NAMES = {"first", "second", "third"};
+constexpr std::array<const char*, 4> kBoxNames = {"error-box", "note-box", "ask-box", "ask-box"};
+constexpr std::array<const char*, 4> kBoxTitles = {"Error", "Note", "Question", "Question"};
+constexpr std::array<const char*, 3> kAskNames = {"first", "second", "third"};
 
 /// A box's table: what is not there takes no room, so each shape has one of its own.
 struct BoxTable {
@@ -84,7 +84,7 @@ void addButtons(const Box& box, std::vector<DLG_ITEM>* items) {
   for (std::size_t at = 0; at < box.buttons.size(); ++at) {
     const bool proposed = at == 0 && box.kind != BoxKind::confirm;
     const unsigned flags = (proposed ? IF_DEFAULT : 0U) | (at + 1 == box.buttons.size() ? IF_CANCEL : 0U);
-    const char* name = box.kind >= BoxKind::ask ? ASK_NAMES[at] : "ok";
+    const char* name = box.kind >= BoxKind::ask ? kAskNames[at] : "ok";
     items->push_back(ui::push(BOX_FIRST + static_cast<int>(at), name, "", flags));
   }
   items->push_back(ui::endOf());
@@ -100,11 +100,11 @@ std::unique_ptr<BoxTable> makeTable(const Box& box) {
   if (!box.heading.empty()) items.push_back(ui::label("", BOX_HEADING));
   if (!box.body.empty()) items.push_back(ui::label("", BOX_BODY));
   items.push_back(ui::endOf());
-  items.push_back(ui::edit(BOX_TEXT, "text", LEAST_COLUMNS, IF_HIDDEN | IF_READONLY));
+  items.push_back(ui::edit(BOX_TEXT, "text", kLeastColumns, IF_HIDDEN | IF_READONLY));
   items.push_back(ui::endOf());
   addButtons(box, &items);
   const auto kind = static_cast<std::size_t>(box.kind);
-  table->resource = {0, BOX_NAMES[kind], BOX_TITLES[kind], items.data(), items.size()};
+  table->resource = {0, kBoxNames[kind], kBoxTitles[kind], items.data(), items.size()};
   return table;
 }
 

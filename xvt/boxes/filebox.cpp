@@ -24,7 +24,7 @@ namespace {
 
 enum FILE_BOX_CONTROLS : int { FB_FOLDER = 1, FB_UP, FB_FILES, FB_NAME, FB_SHOW, FB_HINT, FB_OK, FB_CANCEL, FB_NEW };
 
-constexpr std::array FILE_ITEMS = {
+constexpr std::array kFileItems = {
     ui::row(),
     ui::label("~Folder:"),
     ui::edit(FB_FOLDER, "folder", 48, IF_GROW, "The folder shown below; type another and press Return to go there"),
@@ -46,7 +46,7 @@ constexpr std::array FILE_ITEMS = {
     ui::endOf(),
 };
 
-constexpr std::array DIR_ITEMS = {
+constexpr std::array kDirItems = {
     ui::row(),
     ui::label("~Folder:"),
     ui::edit(FB_FOLDER, "folder", 48, IF_GROW, "The folder shown below; type another and press Return to go there"),
@@ -66,10 +66,10 @@ constexpr std::array DIR_ITEMS = {
     ui::endOf(),
 };
 
-constexpr DLG_RES FILE_TABLE = {0, "file-box", "File", FILE_ITEMS.data(), FILE_ITEMS.size()};
-constexpr DLG_RES DIR_TABLE = {0, "dir-box", "Folder", DIR_ITEMS.data(), DIR_ITEMS.size()};
+constexpr DLG_RES kFileTable = {0, "file-box", "File", kFileItems.data(), kFileItems.size()};
+constexpr DLG_RES kDirTable = {0, "dir-box", "Folder", kDirItems.data(), kDirItems.size()};
 
-constexpr const char* PLACE_HINT =
+constexpr const char* kPlaceHint =
     "Any name will do, also one that is there already; without a name it is the folder shown.";
 
 enum class Purpose { open, save, place, directory };
@@ -161,7 +161,7 @@ FL_STATUS FileBox::run(const std::string& startHere) {
     directory_ = xvt::truePath(candidate);
     break;
   }
-  const DLG_RES* table = purpose_ == Purpose::directory ? &DIR_TABLE : &FILE_TABLE;
+  const DLG_RES* table = purpose_ == Purpose::directory ? &kDirTable : &kFileTable;
   if (xvt_dlg_create_table(WD_MODAL, table, &FileBox::handler, this) == NULL_WIN) return FL_BAD;
   return chosen_.empty() ? FL_CANCEL : FL_OK;
 }
@@ -225,7 +225,7 @@ std::string FileBox::pattern() const {
 void FileBox::fill() {
   std::vector<xvt::DirectoryEntry> entries;
   const bool read = xvt::readDirectory(directory_, &entries);
-  hint(read ? (purpose_ == Purpose::place ? PLACE_HINT : "")
+  hint(read ? (purpose_ == Purpose::place ? kPlaceHint : "")
             : std::string("This folder cannot be read: ") + std::strerror(errno));
   const std::string wanted = pattern();
   std::erase_if(

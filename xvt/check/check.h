@@ -12,13 +12,13 @@ namespace xvt {
 
 /// The living T behind a handle; null after a report.
 template <typename T>
-std::shared_ptr<T> need(long handle, const char* function, const char* wrong_kind) {
+std::shared_ptr<T> need(long handle, const char* function, const char* wrongKind) {
   auto found = Registry::instance().find<T>(handle);
   if (found) return found;
   if (handle == 0)
     report(function, "no handle");
   else if (Registry::instance().find(handle))
-    report(function, wrong_kind);
+    report(function, wrongKind);
   else
     report(function, "the handle is dead");
   return nullptr;

@@ -9,10 +9,10 @@ using namespace xvt;
 namespace {
 
 std::shared_ptr<Control> needKind(WINDOW handle, std::initializer_list<ITEM_KIND> kinds, const char* function,
-                                  const char* wrong_kind) {
+                                  const char* wrongKind) {
   auto control = needControl(handle, function);
   if (!control || std::find(kinds.begin(), kinds.end(), control->kind()) != kinds.end()) return control;
-  report(function, wrong_kind);
+  report(function, wrongKind);
   return nullptr;
 }
 

@@ -203,12 +203,12 @@ bool Desk::takeKey(const std::shared_ptr<BaseWindow>& window, Key key, unsigned 
 
 void Desk::askToQuit() {
   if (ending_ || !task_) return;
-  quit_allowed_ = false;
+  quitAllowed_ = false;
   EVENT event;
   event.type = E_QUIT;
   event.quit.query = true;
   task_->tell(event);
-  if (!quit_allowed_ || ending_) return;
+  if (!quitAllowed_ || ending_) return;
   event.quit.query = false;
   task_->tell(event);
   ending_ = true;

@@ -78,7 +78,7 @@ class Desk {
   bool isEnding() const { return ending_; }
   /// The connection to the display is gone: the application ends by its ordinary way, without a word to the display.
   bool isLost() const { return lost_; }
-  void allowQuit() { quit_allowed_ = true; }
+  void allowQuit() { quitAllowed_ = true; }
   /// The session wants the program to end: asks the task window, and ends if it agrees.
   void askToQuit();
   void setBusy(bool busy);
@@ -115,7 +115,7 @@ class Desk {
   bool pressed_ = false;
   bool ending_ = false;
   bool lost_ = false;
-  bool quit_allowed_ = false;
+  bool quitAllowed_ = false;
 };
 
 /// The running application. Only to be called while there is one.

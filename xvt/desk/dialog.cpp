@@ -12,16 +12,16 @@ void BaseDialog::take(const std::shared_ptr<BaseItem>& item) {
   const DLG_ITEM& line = item->line();
   if (line.id == 0 || belongsToField(*table_, line)) return;
   Registry::instance().enter(item);
-  by_id_[line.id] = item;
+  byId_[line.id] = item;
 }
 
 std::shared_ptr<Control> BaseDialog::control(int id) const {
-  const auto found = by_id_.find(id);
-  return found == by_id_.end() ? nullptr : found->second;
+  const auto found = byId_.find(id);
+  return found == byId_.end() ? nullptr : found->second;
 }
 
 void BaseDialog::dropParts() {
-  for (const auto& [id, item] : by_id_) Registry::instance().leave(item->handle());
+  for (const auto& [id, item] : byId_) Registry::instance().leave(item->handle());
   edited_ = nullptr;
 }
 
@@ -43,7 +43,7 @@ void BaseDialog::enableLabels(const BaseItem& field) {
 
 std::shared_ptr<BaseItem> BaseDialog::firstFocus() const {
   const auto first = std::find_if(items_.begin(), items_.end(), [&](const auto& item) {
-    if (first_focus_ != nullptr) return item.get() == first_focus_;
+    if (firstFocus_ != nullptr) return item.get() == firstFocus_;
     return item->kind() == IK_EDIT && item->isEnabled() && item->isVisible() && (item->line().flags & IF_READONLY) == 0;
   });
   const auto start = first != items_.end() ? *first : flagged(IF_DEFAULT);

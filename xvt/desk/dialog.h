@@ -37,7 +37,7 @@ class BaseDialog : public virtual BaseWindow {
   virtual void restKeyboard() = 0;
   void enableLabels(const BaseItem& field);
   /// Where the keyboard goes when the dialog is shown, if the program has a wish.
-  void setFirstFocus(const BaseItem* item) { first_focus_ = item; }
+  void setFirstFocus(const BaseItem* item) { firstFocus_ = item; }
   /// The field being edited, told by the field itself.
   void setEdited(BaseItem* field) { edited_ = field; }
   BaseItem* edited() const { return edited_; }
@@ -63,9 +63,9 @@ class BaseDialog : public virtual BaseWindow {
 
   const DLG_RES* table_ = nullptr;
   std::vector<std::shared_ptr<BaseItem>> items_;
-  std::map<int, std::shared_ptr<BaseItem>> by_id_;
+  std::map<int, std::shared_ptr<BaseItem>> byId_;
   BaseItem* edited_ = nullptr;
-  const BaseItem* first_focus_ = nullptr;
+  const BaseItem* firstFocus_ = nullptr;
   bool moved_ = false;  ///< the keyboard has, and the handler does not know
 };
 

@@ -37,9 +37,9 @@ Key keyNamed(const std::string& name) {
   if (name.size() == 1) return lowerKey(static_cast<unsigned char>(name[0]));
   const auto found = names.find(name);
   if (found != names.end()) return found->second;
-  constexpr Key firstFunctionKey = 0xFFBE;
+  constexpr Key kFirstFunctionKey = 0xFFBE;
   for (Key number = 1; number <= 12; ++number)
-    if (name == "F" + std::to_string(number)) return firstFunctionKey + number - 1;
+    if (name == "F" + std::to_string(number)) return kFirstFunctionKey + number - 1;
   return kNoKey;
 }
 

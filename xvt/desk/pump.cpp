@@ -40,7 +40,7 @@ void Pump::runUntil(const std::function<bool()>& done) {
 }
 
 void Pump::serveIfDue() {
-  if (Clock::now() - last_serve_ >= kServeEvery) serve();
+  if (Clock::now() - lastServe_ >= kServeEvery) serve();
 }
 
 void Pump::serve(bool ticks) {
@@ -53,7 +53,7 @@ void Pump::serve(bool ticks) {
   }
   prepare();
   if (ticks && !desk_.isLost()) tickIfDue();
-  last_serve_ = Clock::now();
+  lastServe_ = Clock::now();
 }
 
 void Pump::processOne() {
@@ -83,10 +83,10 @@ void Pump::reap() {
 void Pump::setTick(void (*tick)()) { tick_ = tick; }
 
 void Pump::tickIfDue() {
-  if (tick_ == nullptr || Clock::now() - last_tick_ < kTickEvery) return;
+  if (tick_ == nullptr || Clock::now() - lastTick_ < kTickEvery) return;
   // A box that has closed is left first, so that whoever opened it has its answer before the script goes on.
   if (innermost_ != nullptr && (*innermost_)()) return;
-  last_tick_ = Clock::now();
+  lastTick_ = Clock::now();
   guarded("tick", tick_);
 }
 

@@ -74,8 +74,8 @@ class Pump {
   void (*tick_)();
   const Done* innermost_ = nullptr;
   long wake_ = 0;
-  Clock::time_point last_serve_;
-  Clock::time_point last_tick_;
+  Clock::time_point lastServe_;
+  Clock::time_point lastTick_;
   std::vector<std::shared_ptr<BaseWindow>> retired_;
 };
 

@@ -4,7 +4,7 @@
 
 namespace xvt {
 
-void BaseTask::enterTask(EVENT_HANDLER event_handler) {
+void BaseTask::enterTask(EVENT_HANDLER eventHandler) {
   table_ = findMenu(desk().config().menu_bar_ID);
   for (std::size_t at = 0; table_ != nullptr && at < table_->count; ++at) {
     const MENU_ITEM& line = table_->items[at];
@@ -14,7 +14,7 @@ void BaseTask::enterTask(EVENT_HANDLER event_handler) {
     if (line.shortcut != nullptr) parseKeys(line.shortcut, &item.key, &item.modifiers);
   }
   Registry::instance().enterAs(shared_from_this(), TASK_WIN);
-  enter(event_handler, nullptr);
+  enter(eventHandler, nullptr);
 }
 
 void BaseTask::setItemChecked(int command, bool checked) {

@@ -12,7 +12,7 @@ namespace xvt {
 class BaseTask : public virtual BaseWindow {
  public:
   /// Makes and shows it; E_CREATE is the caller's to send.
-  virtual void create(EVENT_HANDLER event_handler) = 0;
+  virtual void create(EVENT_HANDLER eventHandler) = 0;
 
   std::string name() const override { return "task"; }
 
@@ -29,7 +29,7 @@ class BaseTask : public virtual BaseWindow {
 
  protected:
   /// Becomes TASK_WIN, with the items of the configuration's menu.
-  void enterTask(EVENT_HANDLER event_handler);
+  void enterTask(EVENT_HANDLER eventHandler);
   /// An item has another mark, or is enabled or not from now on.
   virtual void showItem(int) {}
 

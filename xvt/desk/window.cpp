@@ -5,9 +5,9 @@
 
 namespace xvt {
 
-void BaseWindow::enter(EVENT_HANDLER event_handler, void* event_data) {
-  handler = event_handler;
-  data = event_data;
+void BaseWindow::enter(EVENT_HANDLER eventHandler, void* eventData) {
+  handler = eventHandler;
+  data = eventData;
   desk().add(shared_from_this());
   if (handle() == 0) Registry::instance().enter(shared_from_this());
 }

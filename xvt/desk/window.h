@@ -34,7 +34,7 @@ class BaseWindow : public Window, public std::enable_shared_from_this<BaseWindow
   /// The first text field, or null.
   virtual std::shared_ptr<TextField> firstText() const { return nullptr; }
   /// Becomes one of the open windows.
-  void enter(EVENT_HANDLER event_handler, void* event_data);
+  void enter(EVENT_HANDLER eventHandler, void* eventData);
   /// Brings what has changed up to date; called before events are waited for.
   virtual void refresh() {}
   /// The field that is being edited loses the keyboard, as far as its handler is told.

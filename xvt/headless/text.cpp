@@ -15,8 +15,8 @@ int MemoryFont::width(std::string_view text) const {
 
 MemoryText::MemoryText(MemoryDocument& document, const WIN_DEF& definition)
     : document_(document), font_(Registry::instance().find<Font>(definition.font)), place_(definition.rct) {
-  constexpr int usualPoints = 10;
-  if (!font_) font_ = std::make_shared<MemoryFont>(usualPoints);
+  constexpr int kUsualPoints = 10;
+  if (!font_) font_ = std::make_shared<MemoryFont>(kUsualPoints);
 }
 
 std::shared_ptr<Window> MemoryText::window() const { return document_.shared_from_this(); }

@@ -45,9 +45,9 @@ void MemoryWindow::grabKeyboard() {
   if (headless().moveKeyboard(shared_from_this()) && !isDying()) keyboardCame();
 }
 
-void MemoryTask::create(EVENT_HANDLER event_handler) {
+void MemoryTask::create(EVENT_HANDLER eventHandler) {
   setTitle(desk().config().taskwin_title != nullptr ? desk().config().taskwin_title : "");
-  enterTask(event_handler);
+  enterTask(eventHandler);
   open(kUsualPlace);
 }
 

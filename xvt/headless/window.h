@@ -38,7 +38,7 @@ class MemoryWindow : public virtual BaseWindow {
 
 class MemoryTask final : public MemoryWindow, public BaseTask {
  public:
-  void create(EVENT_HANDLER event_handler) override;
+  void create(EVENT_HANDLER eventHandler) override;
 };
 
 class MemoryDialog final : public MemoryWindow, public BaseDialog {

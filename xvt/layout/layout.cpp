@@ -8,7 +8,7 @@ namespace xvt {
 
 namespace {
 
-int scaled(int line_height, int pixels) { return std::max(1, (pixels * line_height + 8) / 16); }
+int scaled(int lineHeight, int pixels) { return std::max(1, (pixels * lineHeight + 8) / 16); }
 
 int widthOf(const RCT& rectangle) { return rectangle.right - rectangle.left; }
 int heightOf(const RCT& rectangle) { return rectangle.bottom - rectangle.top; }
@@ -291,17 +291,17 @@ void arrangeRow(Cell& cell, const RCT& room, const Spacing& spacing) {
     growth.push_back(child.wide);
     used += child.natural.width + (at > 0 ? gapBeside(cell.children[at - 1], child, spacing) : 0);
   }
-  const int left_over = widthOf(room) - used;
-  share(left_over, growth, [&](std::size_t at, int part) { widths[at] += part; });
-  int shrink = std::max(0, -left_over);
+  const int leftOver = widthOf(room) - used;
+  share(leftOver, growth, [&](std::size_t at, int part) { widths[at] += part; });
+  int shrink = std::max(0, -leftOver);
   for (std::size_t at = 0; at < widths.size(); ++at) {
     const int give = std::min(shrink, std::max(0, widths[at] - cell.children[at].least.width));
     widths[at] -= give;
     shrink -= give;
   }
-  const bool has_glue = std::any_of(cell.children.begin(), cell.children.end(),
-                                    [](const Cell& child) { return child.wide == Growth::eager; });
-  int left = room.left + (cell.kind == IK_BUTTONS && !has_glue ? std::max(0, left_over) : 0);
+  const bool hasGlue = std::any_of(cell.children.begin(), cell.children.end(),
+                                   [](const Cell& child) { return child.wide == Growth::eager; });
+  int left = room.left + (cell.kind == IK_BUTTONS && !hasGlue ? std::max(0, leftOver) : 0);
   for (std::size_t at = 0; at < cell.children.size(); ++at) {
     Cell& child = cell.children[at];
     if (at > 0) left += gapBeside(cell.children[at - 1], child, spacing);
@@ -381,18 +381,18 @@ struct WithoutStatus {
 
 }  // namespace
 
-Spacing::Spacing(int line_height)
-    : margin(scaled(line_height, 16)),
-      group(scaled(line_height, 14)),
-      line(scaled(line_height, 8)),
-      mark(scaled(line_height, 3)),
-      foot(scaled(line_height, 20)),
-      beside(scaled(line_height, 10)),
-      cards(scaled(line_height, 16)),
-      heading(scaled(line_height, 6)),
-      card_width(scaled(line_height, 12)),
-      card_height(scaled(line_height, 10)),
-      button(scaled(line_height, 76)) {}
+Spacing::Spacing(int lineHeight)
+    : margin(scaled(lineHeight, 16)),
+      group(scaled(lineHeight, 14)),
+      line(scaled(lineHeight, 8)),
+      mark(scaled(lineHeight, 3)),
+      foot(scaled(lineHeight, 20)),
+      beside(scaled(lineHeight, 10)),
+      cards(scaled(lineHeight, 16)),
+      heading(scaled(lineHeight, 6)),
+      card_width(scaled(lineHeight, 12)),
+      card_height(scaled(lineHeight, 10)),
+      button(scaled(lineHeight, 76)) {}
 
 void measure(Cell& cell, const Spacing& spacing) {
   if (cell.children.empty()) {

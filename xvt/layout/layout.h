@@ -22,7 +22,7 @@ enum class Growth { none, willing, eager };
 
 /// Distances in pixels; they follow the font.
 struct Spacing {
-  explicit Spacing(int line_height);
+  explicit Spacing(int lineHeight);
   int margin;       ///< between a dialog's contents and its edge
   int group;        ///< above and below cards and other groups
   int line;         ///< between lines

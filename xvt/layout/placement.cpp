@@ -22,13 +22,13 @@ long hundredths(long pixels, const RCT& of) {
 /// What a window there would hide of the others, in pixels; those of a newer window, which is the one in use, count
 /// more, those of the opener more than all others together.
 long hidden(const RCT& place, const Windows& standing) {
-  constexpr long openersWeight = 1'000'000'000;  // for each hundredth, or a few pixels would outweigh all else
+  constexpr long kOpenersWeight = 1'000'000'000;  // for each hundredth, or a few pixels would outweigh all else
   long sum = 0;
   long weight = 0;
   for (const Standing& one : standing) {
     ++weight;
     const long common = overlap(place, one.place);
-    sum += one.opener ? openersWeight * hundredths(common, one.place) : weight * weight * common;
+    sum += one.opener ? kOpenersWeight * hundredths(common, one.place) : weight * weight * common;
   }
   return sum;
 }

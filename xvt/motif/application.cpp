@@ -79,7 +79,7 @@ bool Application::open(int argc, char** argv) {
   look_ = std::make_unique<Look>(shell_);
   marks_ = std::make_unique<Marks>(display_, look_->px(16));
   useEvents(std::make_unique<XtEvents>(context_));
-  busy_cursor_ = XCreateFontCursor(display_, XC_watch);
+  busyCursor_ = XCreateFontCursor(display_, XC_watch);
   installKeys(display_);
   return true;
 }
@@ -91,7 +91,7 @@ Application::~Application() {
   XtDestroyWidget(shell_);
   marks_.reset();
   look_.reset();
-  XFreeCursor(display_, busy_cursor_);
+  XFreeCursor(display_, busyCursor_);
   XSync(display_, False);
 }
 

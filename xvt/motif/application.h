@@ -38,7 +38,7 @@ class Application final : public Desk {
   /// A whole window is just losing the keyboard.
   bool isLeavingWindow() const { return leaving_; }
   void setLeavingWindow(bool leaving) { leaving_ = leaving; }
-  Cursor busyCursor() const { return busy_cursor_; }
+  Cursor busyCursor() const { return busyCursor_; }
 
   std::shared_ptr<Font> createFont(bool monospaced, int points, bool bold) override;
   void bell() override { XBell(display_, 0); }
@@ -60,7 +60,7 @@ class Application final : public Desk {
   Widget shell_ = nullptr;
   std::unique_ptr<Look> look_;
   std::unique_ptr<Marks> marks_;
-  Cursor busy_cursor_ = 0;
+  Cursor busyCursor_ = 0;
   bool leaving_ = false;
 };
 

@@ -45,14 +45,14 @@ void Dialog::build(const DLG_RES& table, bool modal) {
 void Dialog::createBody() {
   scroll_ = XtVaCreateManagedWidget("scroll", xmScrolledWindowWidgetClass, board(), XmNscrollingPolicy, XmAUTOMATIC,
                                     XmNscrollBarDisplayPolicy, XmAS_NEEDED, XmNborderWidth, 0, XmNbackground,
-                                    app().look().pixel(color::ground), nullptr);
+                                    app().look().pixel(color::kGround), nullptr);
   body_ = XtVaCreateManagedWidget("body", xmBulletinBoardWidgetClass, scroll_, XmNresizePolicy, XmRESIZE_NONE, nullptr);
   Widget clip = nullptr;
   XtVaGetValues(scroll_, XmNclipWindow, &clip, nullptr);
-  if (clip != nullptr) XtVaSetValues(clip, XmNbackground, app().look().pixel(color::ground), nullptr);
+  if (clip != nullptr) XtVaSetValues(clip, XmNbackground, app().look().pixel(color::kGround), nullptr);
   // A control that gets the keyboard comes into view.
-  onCallback(scroll_, XmNtraverseObscuredCallback, [this](XtPointer call_data) {
-    const auto* call = static_cast<XmTraverseObscuredCallbackStruct*>(call_data);
+  onCallback(scroll_, XmNtraverseObscuredCallback, [this](XtPointer callData) {
+    const auto* call = static_cast<XmTraverseObscuredCallbackStruct*>(callData);
     const auto margin = static_cast<Dimension>(app().look().spacing().line);
     XmScrollVisible(scroll_, call->traversal_destination, margin, margin);
   });
@@ -111,7 +111,7 @@ Cell Dialog::headingFor(const DLG_ITEM& card) {
 
 Widget Dialog::createFrame() {
   return XtVaCreateManagedWidget("card", xmBulletinBoardWidgetClass, body_, XmNbackground,
-                                 app().look().pixel(color::paper), XmNborderWidth, 1, XmNborderColor,
+                                 app().look().pixel(color::kPaper), XmNborderWidth, 1, XmNborderColor,
                                  app().look().pixel("#d9dee5"), XmNresizePolicy, XmRESIZE_NONE, nullptr);
 }
 
@@ -220,10 +220,10 @@ std::shared_ptr<Item> Dialog::itemOf(Widget widget) const {
 
 bool Dialog::wheel(Widget over, int lines) {
   const auto item = itemOf(over);
-  const bool scrolls_itself = item && (item->kind() == IK_LIST || item->kind() == IK_MULTI);
+  const bool scrollsItself = item && (item->kind() == IK_LIST || item->kind() == IK_MULTI);
   Widget bar = nullptr;
   XtVaGetValues(scroll_, XmNverticalScrollBar, &bar, nullptr);
-  if (bar == nullptr || !XtIsManaged(bar) || scrolls_itself || XtIsSubclass(over, xmScrollBarWidgetClass)) return false;
+  if (bar == nullptr || !XtIsManaged(bar) || scrollsItself || XtIsSubclass(over, xmScrollBarWidgetClass)) return false;
   int value = 0, slider = 0, step = 0, page = 0, most = 0;
   XmScrollBarGetValues(bar, &value, &slider, &step, &page);
   XtVaGetValues(bar, XmNmaximum, &most, nullptr);

@@ -48,7 +48,7 @@ void Document::build(const WIN_DEF& definition) {
   const std::string title = takeDefinition(definition);
   createShell("document", title, false);
   createBoard();
-  XtVaSetValues(board(), XmNbackground, app().look().pixel(color::trough), nullptr);
+  XtVaSetValues(board(), XmNbackground, app().look().pixel(color::kTrough), nullptr);
   if ((definition.flags & WSF_HSCROLL) != 0) bars_[HSCROLL] = std::make_unique<ScrollBar>(*this, board(), HSCROLL);
   if ((definition.flags & WSF_VSCROLL) != 0) bars_[VSCROLL] = std::make_unique<ScrollBar>(*this, board(), VSCROLL);
   for (const WIN_DEF* part = &definition + 1; part->type != W_NONE; ++part)

@@ -84,7 +84,7 @@ Cell Item::leaf(Extent size, int baseline) const {
 
 bool Item::inCard() const { return !dialog_.isGround(parent_); }
 
-Pixel Item::ground() const { return app().look().pixel(inCard() ? color::paper : color::ground); }
+Pixel Item::ground() const { return app().look().pixel(inCard() ? color::kPaper : color::kGround); }
 
 Face Item::face() const {
   if ((line().flags & IF_MONO) != 0) return Face::mono;

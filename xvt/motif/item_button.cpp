@@ -55,10 +55,10 @@ void ButtonItem::dressPrimary() {
   const Look& look = app().look();
   // A primary button that cannot be used is a pale one: white on blue would still say "press me".
   const bool on = isEnabled();
-  const Pixel ground = look.pixel(on ? color::primary : color::strip);
-  XtVaSetValues(widget_, XmNbackground, ground, XmNforeground, look.pixel(on ? color::paper : color::ink),
-                XmNtopShadowColor, ground, XmNarmColor, look.pixel(color::primaryDark), XmNborderColor,
-                look.pixel(on ? color::primary : color::border), nullptr);
+  const Pixel ground = look.pixel(on ? color::kPrimary : color::kStrip);
+  XtVaSetValues(widget_, XmNbackground, ground, XmNforeground, look.pixel(on ? color::kPaper : color::kInk),
+                XmNtopShadowColor, ground, XmNarmColor, look.pixel(color::kPrimaryDark), XmNborderColor,
+                look.pixel(on ? color::kPrimary : color::kBorder), nullptr);
 }
 
 void ButtonItem::setTitle(const std::string& title) {

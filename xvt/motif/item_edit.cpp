@@ -24,7 +24,7 @@ EditItem::EditItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : Item(d
   widget_ =
       XtVaCreateManagedWidget(line.name != nullptr ? line.name : "edit", xmTextFieldWidgetClass, parent, XmNrenderTable,
                               look.table(face()), XmNcursorPositionVisible, False, XmNeditable, readonly ? False : True,
-                              XmNbackground, look.pixel(readonly ? color::ground : color::paper), nullptr);
+                              XmNbackground, look.pixel(readonly ? color::kGround : color::kPaper), nullptr);
   onCallback(widget_, XmNvalueChangedCallback, [this](XtPointer) {
     if (quiet_) return;
     begin(true);
@@ -62,7 +62,7 @@ std::string EditItem::title() const {
 void EditItem::setEnabled(bool enabled) {
   BaseItem::setEnabled(enabled);
   const bool white = enabled && (line().flags & IF_READONLY) == 0;
-  const Pixel ground = app().look().pixel(white ? color::paper : color::ground);
+  const Pixel ground = app().look().pixel(white ? color::kPaper : color::kGround);
   XtVaSetValues(widget_, XmNbackground, ground, XmNtopShadowColor, ground, nullptr);
 }
 

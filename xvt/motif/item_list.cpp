@@ -49,8 +49,8 @@ void ListItem::listen() {
     tell(CTL_SELECT);
   };
   onCallback(widget_, several() ? XmNextendedSelectionCallback : XmNbrowseSelectionCallback, selected);
-  onCallback(widget_, XmNdefaultActionCallback, [this](XtPointer call_data) {
-    const auto* call = static_cast<XmListCallbackStruct*>(call_data);
+  onCallback(widget_, XmNdefaultActionCallback, [this](XtPointer callData) {
+    const auto* call = static_cast<XmListCallbackStruct*>(callData);
     // Return is the default button's; only a double click means the row.
     if (call->event != nullptr && call->event->type == KeyPress) return;
     dialog_.settle();
@@ -59,7 +59,7 @@ void ListItem::listen() {
   onEvent(widget_, FocusChangeMask, [this](XEvent* event) {
     // The border shows where the keyboard is.
     const bool in = event->type == FocusIn;
-    XtVaSetValues(outer(), XmNborderColor, app().look().pixel(in ? color::focus : color::border), nullptr);
+    XtVaSetValues(outer(), XmNborderColor, app().look().pixel(in ? color::kFocus : color::kBorder), nullptr);
   });
 }
 
@@ -78,7 +78,7 @@ void ListItem::setColor(XVT_COLOR color) {
 void ListItem::showGround() {
   const Look& look = app().look();
   const bool enabled = isEnabled();
-  const Pixel ground = enabled && ground_ ? look.pixel(*ground_) : look.pixel(enabled ? color::paper : color::ground);
+  const Pixel ground = enabled && ground_ ? look.pixel(*ground_) : look.pixel(enabled ? color::kPaper : color::kGround);
   XtVaSetValues(widget_, XmNbackground, ground, XmNtopShadowColor, ground, nullptr);
 }
 

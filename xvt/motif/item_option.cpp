@@ -50,7 +50,7 @@ void OptionItem::drawArrow() {
   if (!XtIsRealized(widget_)) return;
   const Look& look = app().look();
   Marks& marks = app().marks();
-  const Pixel ground = look.pixel(isEnabled() ? color::paper : color::ground);
+  const Pixel ground = look.pixel(isEnabled() ? color::kPaper : color::kGround);
   const RCT place = outerRect();
   const int size = marks.size();
   const int x = place.right - place.left - 2 - size - look.px(5);
@@ -74,7 +74,7 @@ void OptionItem::show() {
 void OptionItem::setEnabled(bool enabled) {
   if (!enabled) closeList();
   BaseItem::setEnabled(enabled);
-  const Pixel ground = app().look().pixel(enabled ? color::paper : color::ground);
+  const Pixel ground = app().look().pixel(enabled ? color::kPaper : color::kGround);
   XtVaSetValues(widget_, XmNbackground, ground, XmNtopShadowColor, ground, nullptr);
   drawArrow();
 }
@@ -143,13 +143,13 @@ void OptionItem::fillList() {
 }
 
 void OptionItem::createList() {
-  std::vector<Arg> shell_args(5);
-  XtSetArg(shell_args[0], const_cast<char*>(XmNownerEvents), True);
-  XtSetArg(shell_args[1], const_cast<char*>(XmNgrabStyle), GrabModeAsync);
-  XtSetArg(shell_args[2], const_cast<char*>(XmNallowShellResize), False);
-  XtSetArg(shell_args[3], const_cast<char*>(XmNborderWidth), 1);
-  XtSetArg(shell_args[4], const_cast<char*>(XmNshadowThickness), 0);
-  popup_ = XmCreateGrabShell(dialog_.shell(), const_cast<char*>("choices"), shell_args.data(), 5);
+  std::vector<Arg> shellArgs(5);
+  XtSetArg(shellArgs[0], const_cast<char*>(XmNownerEvents), True);
+  XtSetArg(shellArgs[1], const_cast<char*>(XmNgrabStyle), GrabModeAsync);
+  XtSetArg(shellArgs[2], const_cast<char*>(XmNallowShellResize), False);
+  XtSetArg(shellArgs[3], const_cast<char*>(XmNborderWidth), 1);
+  XtSetArg(shellArgs[4], const_cast<char*>(XmNshadowThickness), 0);
+  popup_ = XmCreateGrabShell(dialog_.shell(), const_cast<char*>("choices"), shellArgs.data(), 5);
   std::vector<Arg> args(4);
   XtSetArg(args[0], const_cast<char*>(XmNselectionPolicy), XmBROWSE_SELECT);
   XtSetArg(args[1], const_cast<char*>(XmNrenderTable), app().look().table(Face::plain));
@@ -158,8 +158,8 @@ void OptionItem::createList() {
   list_ = XmCreateScrolledList(popup_, const_cast<char*>("choiceList"), args.data(), 4);
   XtVaSetValues(XtParent(list_), XmNborderWidth, 0, nullptr);
   XtManageChild(list_);
-  const auto chosen = [this](XtPointer call_data) {
-    const auto* call = static_cast<XmListCallbackStruct*>(call_data);
+  const auto chosen = [this](XtPointer callData) {
+    const auto* call = static_cast<XmListCallbackStruct*>(callData);
     const bool moving = call->reason == XmCR_BROWSE_SELECT && call->event != nullptr &&
                         (call->event->type == KeyPress || call->event->type == ButtonPress);
     if (moving) return;

@@ -21,9 +21,9 @@ Face faceOf(const DLG_ITEM& line) {
 }
 
 const char* inkOf(const DLG_ITEM& line) {
-  if (line.kind == IK_HINT) return color::quiet;
-  if (line.kind == IK_STATUS || (line.kind == IK_LABEL && (line.flags & IF_BOLD) != 0)) return color::section;
-  return color::ink;
+  if (line.kind == IK_HINT) return color::kQuiet;
+  if (line.kind == IK_STATUS || (line.kind == IK_LABEL && (line.flags & IF_BOLD) != 0)) return color::kSection;
+  return color::kInk;
 }
 
 }  // namespace
@@ -39,8 +39,8 @@ TextItem::TextItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : Item(d
       line.name != nullptr ? line.name : "label", xmLabelWidgetClass, parent, XmNlabelString,
       static_cast<XmString>(string), XmNrenderTable, look.table(faceOf(line)), XmNrecomputeSize, False, XmNalignment,
       (line.flags & IF_RIGHT) != 0 ? XmALIGNMENT_END : XmALIGNMENT_BEGINNING, XmNbackground,
-      status ? look.pixel(color::strip) : ground(), XmNforeground, look.pixel(inkOf(line)), XmNtopShadowColor,
-      status ? look.pixel(color::strip) : ground(), XmNmarginWidth, padding().width, XmNmarginHeight, padding().height,
+      status ? look.pixel(color::kStrip) : ground(), XmNforeground, look.pixel(inkOf(line)), XmNtopShadowColor,
+      status ? look.pixel(color::kStrip) : ground(), XmNmarginWidth, padding().width, XmNmarginHeight, padding().height,
       nullptr);
   if (mnemonic_ != 0) XtVaSetValues(widget_, XmNmnemonic, mnemonic_, nullptr);
   shown_ = text_;
@@ -106,9 +106,9 @@ void TextItem::show(int width) {
 // ---- meters and separators ----------------------------------------------------------------------------------------
 
 MeterItem::MeterItem(Dialog& dialog, const DLG_ITEM& line, Widget parent)
-    : Item(dialog, line, parent), bar_(app().look().pixel(color::primary)) {
+    : Item(dialog, line, parent), bar_(app().look().pixel(color::kPrimary)) {
   widget_ = XtVaCreateManagedWidget(line.name != nullptr ? line.name : "meter", xmDrawingAreaWidgetClass, parent,
-                                    XmNbackground, app().look().pixel(color::meterTrough), nullptr);
+                                    XmNbackground, app().look().pixel(color::kMeterTrough), nullptr);
   onCallback(widget_, XmNexposeCallback, [this](XtPointer) { draw(); });
   ready();
 }

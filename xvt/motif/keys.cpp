@@ -103,13 +103,13 @@ bool takeWheel(const XButtonEvent* event) {
   if (event->button != Button4 && event->button != Button5) return false;
   Widget widget = XtWindowToWidget(event->display, event->window);
   const auto window = app().windowOf(widget);
-  constexpr int lines = 3;
-  return window && !app().blockerOf(*window) && window->wheel(widget, event->button == Button4 ? -lines : lines);
+  constexpr int kLines = 3;
+  return window && !app().blockerOf(*window) && window->wheel(widget, event->button == Button4 ? -kLines : kLines);
 }
 
 /// Before Xt sees the event. True when it need not.
 bool takeFirst(XEvent* event) {
-  constexpr unsigned buttons = Button1Mask | Button2Mask | Button3Mask;
+  constexpr unsigned kButtons = Button1Mask | Button2Mask | Button3Mask;
   switch (event->type) {
     case KeyRelease:
       keepAlt(&event->xkey);
@@ -118,7 +118,7 @@ bool takeFirst(XEvent* event) {
     case KeyPress:
       keepAlt(&event->xkey);
       // The release went elsewhere.
-      if (app().isPressed() && (event->xkey.state & buttons) == 0) {
+      if (app().isPressed() && (event->xkey.state & kButtons) == 0) {
         app().setPressed(false);
         app().catchUp();
       }

@@ -198,11 +198,11 @@ constexpr const char* kResources[] = {
     "*XmMenuShell*XmSeparator.height: @9",
 };
 
-std::string scaledLine(const char* line, int line_height) {
+std::string scaledLine(const char* line, int lineHeight) {
   const char* at = std::strchr(line, '@');
   if (at == nullptr) return line;
   const int pixels = static_cast<int>(std::strtol(at + 1, nullptr, 10));
-  return std::string(line, at) + std::to_string(std::max(1, (pixels * line_height + 8) / 16));
+  return std::string(line, at) + std::to_string(std::max(1, (pixels * lineHeight + 8) / 16));
 }
 
 /// Byte offsets at which the text may be cut.
@@ -233,10 +233,10 @@ MotifString::MotifString(const std::string& text, KeySym mnemonic) : MotifString
 
 void Look::installResources(Display* display) {
   XftFont* font = openFont(display, "sans", kTextSize, false);
-  const int line_height = font != nullptr ? font->ascent + font->descent : 16;
+  const int lineHeight = font != nullptr ? font->ascent + font->descent : 16;
   if (font != nullptr) XftFontClose(display, font);
   XrmDatabase ours = nullptr;
-  for (const char* line : kResources) XrmPutLineResource(&ours, scaledLine(line, line_height).c_str());
+  for (const char* line : kResources) XrmPutLineResource(&ours, scaledLine(line, lineHeight).c_str());
   XrmDatabase theirs = XtScreenDatabase(DefaultScreenOfDisplay(display));
   XrmCombineDatabase(ours, &theirs, False);
   XmSetColorCalculation(flatColors);
@@ -245,13 +245,13 @@ void Look::installResources(Display* display) {
 Look::Look(Widget shell)
     : display_(XtDisplay(shell)),
       screen_(XtScreen(shell)),
-      mono_family_(findMonospaced(display_)),
+      monoFamily_(findMonospaced(display_)),
       fonts_{openFont(display_, "sans", kTextSize, false), openFont(display_, "sans", kTextSize, true),
-             openFont(display_, "sans", kHeadingSize, true), openFont(display_, mono_family_, kTextSize, false)},
+             openFont(display_, "sans", kHeadingSize, true), openFont(display_, monoFamily_, kTextSize, false)},
       tables_{makeTable(shell, "sans", kTextSize, false), makeTable(shell, "sans", kTextSize, true),
-              makeTable(shell, "sans", kHeadingSize, true), makeTable(shell, mono_family_, kTextSize, false)},
-      line_height_(fonts_[0]->ascent + fonts_[0]->descent),
-      spacing_(line_height_) {}
+              makeTable(shell, "sans", kHeadingSize, true), makeTable(shell, monoFamily_, kTextSize, false)},
+      lineHeight_(fonts_[0]->ascent + fonts_[0]->descent),
+      spacing_(lineHeight_) {}
 
 Look::~Look() {
   for (XftFont* font : fonts_) XftFontClose(display_, font);
@@ -296,10 +296,10 @@ Pixel Look::pixel(const std::string& name) const {
   const auto known = pixels_.find(name);
   if (known != pixels_.end()) return known->second;
   XColor exact{};
-  XColor screen_color{};
+  XColor screenColor{};
   const Colormap map = DefaultColormapOfScreen(screen_);
-  const bool found = XAllocNamedColor(display_, map, name.c_str(), &screen_color, &exact) != 0;
-  return pixels_[name] = found ? screen_color.pixel : BlackPixelOfScreen(screen_);
+  const bool found = XAllocNamedColor(display_, map, name.c_str(), &screenColor, &exact) != 0;
+  return pixels_[name] = found ? screenColor.pixel : BlackPixelOfScreen(screen_);
 }
 
 Pixel Look::pixel(XVT_COLOR color) const {

@@ -17,20 +17,20 @@ namespace xvt {
 enum class Face { plain, bold, heading, mono };
 
 namespace color {
-constexpr const char* ground = "#f3f4f6";
-constexpr const char* paper = "#ffffff";
-constexpr const char* ink = "#1f2933";
-constexpr const char* quiet = "#5f6b7a";
-constexpr const char* faint = "#98a2ae";
-constexpr const char* border = "#c3cad3";
-constexpr const char* focus = "#1f2933";  ///< the ring around what has the keyboard, the same everywhere
-constexpr const char* primary = "#2f6fb3";
-constexpr const char* primaryDark = "#24578d";
-constexpr const char* strip = "#e9ecf0";
-constexpr const char* section = "#4a5563";
-constexpr const char* meterTrough = "#dde3ea";
-constexpr const char* thumb = "#b4bdc9";
-constexpr const char* trough = "#eceff3";
+constexpr const char* kGround = "#f3f4f6";
+constexpr const char* kPaper = "#ffffff";
+constexpr const char* kInk = "#1f2933";
+constexpr const char* kQuiet = "#5f6b7a";
+constexpr const char* kFaint = "#98a2ae";
+constexpr const char* kBorder = "#c3cad3";
+constexpr const char* kFocus = "#1f2933";  ///< the ring around what has the keyboard, the same everywhere
+constexpr const char* kPrimary = "#2f6fb3";
+constexpr const char* kPrimaryDark = "#24578d";
+constexpr const char* kStrip = "#e9ecf0";
+constexpr const char* kSection = "#4a5563";
+constexpr const char* kMeterTrough = "#dde3ea";
+constexpr const char* kThumb = "#b4bdc9";
+constexpr const char* kTrough = "#eceff3";
 }  // namespace color
 
 /// A line of text as Motif wants it.
@@ -60,8 +60,8 @@ class Look {
   static void installResources(Display* display);
 
   /// A distance that is `pixels` with a line of 16 pixels, scaled to the font in use.
-  int px(int pixels) const { return std::max(1, (pixels * line_height_ + 8) / 16); }
-  int lineHeight() const { return line_height_; }
+  int px(int pixels) const { return std::max(1, (pixels * lineHeight_ + 8) / 16); }
+  int lineHeight() const { return lineHeight_; }
   int lineHeight(Face face) const { return font(face)->ascent + font(face)->descent; }
   int ascent(Face face = Face::plain) const { return font(face)->ascent; }
   int textWidth(Face face, std::string_view text) const;
@@ -76,7 +76,7 @@ class Look {
   const Spacing& spacing() const { return spacing_; }
   Pixel pixel(const std::string& name) const;
   Pixel pixel(XVT_COLOR color) const;
-  const char* monospacedFamily() const { return mono_family_; }
+  const char* monospacedFamily() const { return monoFamily_; }
 
   /// Sets the shared render tables of a shell.
   void dress(Widget shell) const;
@@ -84,10 +84,10 @@ class Look {
  private:
   Display* display_;
   Screen* screen_;
-  const char* mono_family_;
+  const char* monoFamily_;
   std::array<XftFont*, 4> fonts_{};
   std::array<XmRenderTable, 4> tables_{};
-  int line_height_;
+  int lineHeight_;
   Spacing spacing_;
   mutable std::map<std::string, Pixel> pixels_;
 };

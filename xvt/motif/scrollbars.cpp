@@ -72,7 +72,7 @@ void ScrollBar::refresh() {
   const int slider = static_cast<int>(std::clamp<long>(proportion_, 1, extent));
   const int value = static_cast<int>(std::clamp<long>(position_, low_, high - slider));
   // A bar with nothing to scroll is a quiet one.
-  const Pixel thumb = app().look().pixel(slider == extent ? color::trough : color::thumb);
+  const Pixel thumb = app().look().pixel(slider == extent ? color::kTrough : color::kThumb);
   XtVaSetValues(widget_, XmNminimum, low_, XmNmaximum, high, XmNsliderSize, slider, XmNvalue, value, XmNincrement, 1,
                 XmNpageIncrement, slider, XmNforeground, thumb, nullptr);
 }

@@ -51,15 +51,15 @@ PNT corner(const RCT& rectangle) { return PNT{rectangle.top, rectangle.left}; }
 
 }  // namespace
 
-void ShellWindow::createShell(const std::string& widget_name, const std::string& title, bool modal) {
+void ShellWindow::createShell(const std::string& widgetName, const std::string& title, bool modal) {
   setModal(modal);
   std::vector<Arg> args(4);
   // Where nothing draws frames, a line shows where one window ends and the next begins.
   XtSetArg(args[2], const_cast<char*>(XmNborderWidth), app().hasWindowManager() ? 0 : 1);
-  XtSetArg(args[3], const_cast<char*>(XmNborderColor), app().look().pixel(color::faint));
+  XtSetArg(args[3], const_cast<char*>(XmNborderColor), app().look().pixel(color::kFaint));
   XtSetArg(args[0], const_cast<char*>(XmNdeleteResponse), XmDO_NOTHING);
   XtSetArg(args[1], const_cast<char*>(XmNmwmInputMode), modal ? MWM_INPUT_FULL_APPLICATION_MODAL : MWM_INPUT_MODELESS);
-  Widget shell = XtCreatePopupShell(widget_name.c_str(), modal ? transientShellWidgetClass : topLevelShellWidgetClass,
+  Widget shell = XtCreatePopupShell(widgetName.c_str(), modal ? transientShellWidgetClass : topLevelShellWidgetClass,
                                     app().shell(), args.data(), static_cast<Cardinal>(args.size()));
   adoptShell(shell, title);
 }
@@ -179,7 +179,7 @@ void ShellWindow::open(WindowWish wish, Extent smallest, bool show) {
   if (show)
     popUp();
   else
-    wish_later_ = wish;
+    wishLater_ = wish;
 }
 
 void ShellWindow::hintPlace() const {
@@ -260,11 +260,11 @@ void ShellWindow::setVisible(bool visible) {
   if (visible == isVisible() || isDying() || !XtIsRealized(shell_)) return;
   if (!visible) return popDown();
   // A window that was made hidden stands beside what is open when it is first shown, not when it was made.
-  if (wish_later_)
-    findPlace(*wish_later_, least_);
+  if (wishLater_)
+    findPlace(*wishLater_, least_);
   else
     XtVaSetValues(shell_, XmNx, static_cast<Position>(place_.h), XmNy, static_cast<Position>(place_.v), nullptr);
-  wish_later_.reset();
+  wishLater_.reset();
   hintPlace();
   popUp();
 }

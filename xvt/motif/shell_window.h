@@ -34,7 +34,7 @@ class ShellWindow : public virtual BaseWindow {
 
  protected:
   /// Creates shell and board. A modal shell keeps input from everything else while it is up.
-  void createShell(const std::string& widget_name, const std::string& title, bool modal);
+  void createShell(const std::string& widgetName, const std::string& title, bool modal);
   /// Takes a shell that exists already.
   void adoptShell(Widget shell, const std::string& title);
   void createBoard();
@@ -72,7 +72,7 @@ class ShellWindow : public virtual BaseWindow {
   Extent size_;
   Extent least_;
   PNT place_;
-  std::optional<WindowWish> wish_later_;  ///< of a window that was made hidden and has not been shown yet
+  std::optional<WindowWish> wishLater_;  ///< of a window that was made hidden and has not been shown yet
 };
 
 }  // namespace xvt

@@ -28,21 +28,21 @@ const MENU_ITEM* linesOf(const MENU_RES* table, std::size_t* count) {
 
 }  // namespace
 
-void TaskWindow::create(EVENT_HANDLER event_handler) {
+void TaskWindow::create(EVENT_HANDLER eventHandler) {
   adoptShell(app().shell(), app().config().taskwin_title != nullptr ? app().config().taskwin_title : "");
   createBoard();
-  enterTask(event_handler);
+  enterTask(eventHandler);
   createMenus();
   createLine();
   const Look& look = app().look();
-  Dimension bar_width = 0;
-  Dimension bar_height = 0;
-  XtVaGetValues(bar_, XmNwidth, &bar_width, XmNheight, &bar_height, nullptr);
+  Dimension barWidth = 0;
+  Dimension barHeight = 0;
+  XtVaGetValues(bar_, XmNwidth, &barWidth, XmNheight, &barHeight, nullptr);
   XtWidgetGeometry wish{};
   XtQueryGeometry(bar_, nullptr, &wish);
-  line_height_ = look.lineHeight() + 2 * look.px(6);
+  lineHeight_ = look.lineHeight() + 2 * look.px(6);
   const Extent size{std::max<int>(wish.width + look.px(24), look.columns(Face::plain, 52)),
-                    wish.height + 1 + line_height_};
+                    wish.height + 1 + lineHeight_};
   open(wishFor(size, PNT{placeStep(), placeStep()}), size);
 }
 
@@ -106,7 +106,7 @@ void TaskWindow::createLine() {
   const Look& look = app().look();
   const MotifString text(kIdleLine);
   line_ = XtVaCreateManagedWidget("status", xmLabelWidgetClass, board(), XmNlabelString, static_cast<XmString>(text),
-                                  XmNbackground, look.pixel(color::strip), XmNforeground, look.pixel(color::section),
+                                  XmNbackground, look.pixel(color::kStrip), XmNforeground, look.pixel(color::kSection),
                                   XmNmarginWidth, look.px(16), XmNrecomputeSize, False, nullptr);
 }
 

@@ -10,7 +10,7 @@ namespace xvt {
 
 class TaskWindow final : public ShellWindow, public BaseTask {
  public:
-  void create(EVENT_HANDLER event_handler) override;
+  void create(EVENT_HANDLER eventHandler) override;
 
  protected:
   void arrangeContents(Extent size) override;
@@ -24,7 +24,7 @@ class TaskWindow final : public ShellWindow, public BaseTask {
 
   Widget bar_ = nullptr;
   Widget line_ = nullptr;
-  int line_height_ = 0;
+  int lineHeight_ = 0;
   std::map<int, Widget> items_;
 };
 

@@ -21,7 +21,7 @@ namespace xvt::script {
 
 namespace {
 
-constexpr double SECONDS_TO_END = 60;  ///< a job in the middle of a slow tape operation still ends in this time
+constexpr double kSecondsToEnd = 60;  ///< a job in the middle of a slow tape operation still ends in this time
 
 double secondsFrom(Player::Clock::time_point begin) {
   return std::chrono::duration<double>(Player::Clock::now() - begin).count();
@@ -127,7 +127,7 @@ void Player::afterEnd() {
     return;
   }
   if (quitAt_) {
-    if (secondsFrom(*quitAt_) > SECONDS_TO_END) fail(lastReached(), "the program did not end");
+    if (secondsFrom(*quitAt_) > kSecondsToEnd) fail(lastReached(), "the program did not end");
   } else if (probe::window("error-box") != NULL_WIN) {
     fail(lastReached(), "the script ends with an error");
   } else {

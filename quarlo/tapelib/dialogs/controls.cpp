@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr std::size_t TEXT_LIMIT = 4096;
+constexpr std::size_t kTextLimit = 4096;
 
 /// Runs `use` on a control that is there.
 template <typename Use>
@@ -46,7 +46,7 @@ void setControlNumber(WINDOW dialog, int control, long value) {
 }
 
 std::string controlText(WINDOW dialog, int control) {
-  char text[TEXT_LIMIT] = "";
+  char text[kTextLimit] = "";
   withControl(dialog, control, [&text](WINDOW found) { xvt_vobj_get_title(found, text, sizeof text); });
   return text;
 }

@@ -6,48 +6,48 @@
 
 namespace {
 
-constexpr int USUAL_WAIT = 2;
-constexpr int LONGEST_WAIT = 9;
+constexpr int kUsualWait = 2;
+constexpr int kLongestWait = 9;
 
 NumberField waitField(int* minutes) {
-  return {.control = DRV_WAIT, .value = minutes, .low = 0, .high = LONGEST_WAIT, .absolute = true};
+  return {.control = DRV_WAIT, .value = minutes, .low = 0, .high = kLongestWait, .absolute = true};
 }
 
 }  // namespace
 
 void EndOfTapeOptions::load(WINDOW dialog, UnitStruct* unit) {
-  if (unit->timeout == 0) unit->timeout = USUAL_WAIT;
-  unloadAtEot = unit->unloadAtEot;
-  autoLoader = unit->autoMode;
-  timeout = unit->timeout;
-  checkControl(dialog, DRV_UNLOAD_AT_EOT, unloadAtEot);
-  checkControl(dialog, DRV_AUTO_LOAD, autoLoader);
-  showNumber(dialog, waitField(&timeout));
+  if (unit->timeout == 0) unit->timeout = kUsualWait;
+  unloadAtEot_ = unit->unloadAtEot;
+  autoLoader_ = unit->autoMode;
+  timeout_ = unit->timeout;
+  checkControl(dialog, DRV_UNLOAD_AT_EOT, unloadAtEot_);
+  checkControl(dialog, DRV_AUTO_LOAD, autoLoader_);
+  showNumber(dialog, waitField(&timeout_));
   enable(dialog);
 }
 
 bool EndOfTapeOptions::handle(WINDOW dialog, const EVENT& event) {
-  if (toggleFlag(dialog, event, DRV_UNLOAD_AT_EOT, &unloadAtEot) ||
-      toggleFlag(dialog, event, DRV_AUTO_LOAD, &autoLoader)) {
+  if (toggleFlag(dialog, event, DRV_UNLOAD_AT_EOT, &unloadAtEot_) ||
+      toggleFlag(dialog, event, DRV_AUTO_LOAD, &autoLoader_)) {
     enable(dialog);
     return true;
   }
-  return readNumber(dialog, event, waitField(&timeout));
+  return readNumber(dialog, event, waitField(&timeout_));
 }
 
 void EndOfTapeOptions::store(UnitStruct* unit) const {
-  unit->unloadAtEot = unloadAtEot;
-  unit->autoMode = autoLoader;
-  unit->timeout = timeout;
+  unit->unloadAtEot = unloadAtEot_;
+  unit->autoMode = autoLoader_;
+  unit->timeout = timeout_;
 }
 
 bool EndOfTapeOptions::differFrom(const UnitStruct& unit) const {
-  return unloadAtEot != unit.unloadAtEot || autoLoader != unit.autoMode || timeout != unit.timeout;
+  return unloadAtEot_ != unit.unloadAtEot || autoLoader_ != unit.autoMode || timeout_ != unit.timeout;
 }
 
 void EndOfTapeOptions::enable(WINDOW dialog) const {
-  enableControl(dialog, DRV_AUTO_LOAD, unloadAtEot);
-  enableControls(dialog, {DRV_WAIT, DRV_WAIT_LABEL, DRV_WAIT_UNIT}, unloadAtEot && autoLoader);
+  enableControl(dialog, DRV_AUTO_LOAD, unloadAtEot_);
+  enableControls(dialog, {DRV_WAIT, DRV_WAIT_LABEL, DRV_WAIT_UNIT}, unloadAtEot_ && autoLoader_);
 }
 
 bool fillDriveList(WINDOW dialog, int control, const UnitStruct* units, int drives) {
@@ -60,7 +60,7 @@ bool fillDriveList(WINDOW dialog, int control, const UnitStruct* units, int driv
 }
 
 bool tookDrive(DriveAnswer answer) {
-  if (answer == DriveAnswer::None) console_out(NO_DRIVE_CHOSEN);
+  if (answer == DriveAnswer::None) console_out(kNoDriveChosen);
   return answer == DriveAnswer::Chosen;
 }
 

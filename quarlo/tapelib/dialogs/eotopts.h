@@ -20,9 +20,9 @@ class EndOfTapeOptions {
   /// Each option makes sense only with those before it.
   void enable(WINDOW dialog) const;
 
-  bool unloadAtEot = false;
-  bool autoLoader = false;
-  int timeout = 0;  // minutes
+  bool unloadAtEot_ = false;
+  bool autoLoader_ = false;
+  int timeout_ = 0;  // minutes
 };
 
 /// Fills a list with the drives as getDriveList has just found them, one row each.
@@ -32,7 +32,7 @@ bool fillDriveList(WINDOW dialog, int control, const UnitStruct* units, int driv
 /// What came of a selection of drives. None: OK without one, which stored the options.
 enum class DriveAnswer { Cancelled, None, Chosen };
 
-constexpr const char* NO_DRIVE_CHOSEN = "No drive was chosen; the options are kept.";
+constexpr const char* kNoDriveChosen = "No drive was chosen; the options are kept.";
 
 /// Whether there is a drive to open. That OK left none, and options only, is a line on the console.
 bool tookDrive(DriveAnswer answer);

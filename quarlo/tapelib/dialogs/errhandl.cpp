@@ -31,7 +31,7 @@ void acceptErrorOptions(WINDOW window) {
   xvt_vobj_destroy(window);
 }
 
-constexpr ControlAction actions[] = {
+constexpr ControlAction kActions[] = {
     {ERR_OK, acceptErrorOptions},
     {ERR_CANCEL, xvt_vobj_destroy},
 };
@@ -44,7 +44,7 @@ long ErrorDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
       createErrorOptions(xdWindow);
       break;
     case E_CONTROL:
-      if (!toggleFlag(xdWindow, *xdEvent, ERR_STOP_ON_ERROR, &localStopFlag)) runAction(actions, xdWindow, *xdEvent);
+      if (!toggleFlag(xdWindow, *xdEvent, ERR_STOP_ON_ERROR, &localStopFlag)) runAction(kActions, xdWindow, *xdEvent);
       break;
     case E_CLOSE:
       xvt_vobj_destroy(xdWindow);

@@ -10,7 +10,7 @@ ProgressRecord* windowTags = nullptr;
 ProgrStruct* theItems = nullptr;
 WINDOW progressWindow = NULL_WIN;
 
-constexpr XVT_COLOR METER_COLOR = {95, 95, 138};
+constexpr XVT_COLOR kMeterColor = {95, 95, 138};
 
 /// A job's words. An entry without a second label's text counts tape files.
 struct JobWords {
@@ -20,7 +20,7 @@ struct JobWords {
   const char* second;
 };
 
-constexpr JobWords jobWords[] = {
+constexpr JobWords kJobWords[] = {
     {JOB_UNFORMATTED, "Unformatted Copy Progress", "Bytes copied:", "Tape blocks copied:"},
     {JOB_SEGY, "SEG Y Copy Progress", "Traces input:", "Traces output:"},
     {JOB_SEGD, "SEG D Copy Progress", "Files processed:", "Traces output:"},
@@ -29,12 +29,12 @@ constexpr JobWords jobWords[] = {
     {JOB_REPORT, "Report Progress", "Records processed:", "Tape files processed:"},
     {JOB_TRACES_OUT, "Reformat Progress", "Traces output:", "Tape files processed:"},
 };
-constexpr JobWords reformatWords = {0, "Reformat Progress", "Records processed:", "Tape files processed:"};
+constexpr JobWords kReformatWords = {0, "Reformat Progress", "Records processed:", "Tape files processed:"};
 
 const JobWords& wordsOf(int jobType) {
-  for (const JobWords& words : jobWords)
+  for (const JobWords& words : kJobWords)
     if (words.jobType == jobType) return words;
-  return reformatWords;
+  return kReformatWords;
 }
 
 /// Image copy and verify count bytes, in a float; all others count things.
@@ -104,7 +104,7 @@ void doUpdate(WINDOW theDialog, const ProgrStruct* items) {
     return;
   }
   const WINDOW label = xvt_win_get_ctl(theDialog, PROG_METER_LABEL);
-  if (label != NULL_WIN) xvt_ctl_set_color(label, METER_COLOR);
+  if (label != NULL_WIN) xvt_ctl_set_color(label, kMeterColor);
   setControlNumber(theDialog, PROG_METER_VALUE, *items->stat2disk);
   setMeter(theDialog, *items->stat2disk);
 }

@@ -16,7 +16,7 @@ enum JOB_TYPE : int {
 };
 
 /// The period at which a job's timer refreshes the dialog, in milliseconds.
-constexpr long PROGRESS_PERIOD = 750;
+constexpr long kProgressPeriod = 750;
 
 /// What the dialog is created with, as its data. The job owns both for as long as it runs.
 struct ProgressRecord {

@@ -40,14 +40,14 @@ void setBackground(WINDOW dialog, int list, int color) {
 
 /// A field of a header that is not written cannot be wrong there.
 bool isMarked(const SegyFormat& format, const SegyField& field, int list) {
-  return list != segyMappingList && (field.itIsBinaryField == 0 || format.itHasBinaryHeader != 0);
+  return list != kSegyMappingList && (field.itIsBinaryField == 0 || format.itHasBinaryHeader != 0);
 }
 
 /// The sum of both counts, each of which stays at its end.
 unsigned addFlags(unsigned sum, unsigned flags) {
-  constexpr unsigned most = 0xFFFFU;
-  const unsigned low = std::min((sum & most) + (flags & most), most);
-  const unsigned high = std::min((sum >> 16) + (flags >> 16), most);
+  constexpr unsigned kMost = 0xFFFFU;
+  const unsigned low = std::min((sum & kMost) + (flags & kMost), kMost);
+  const unsigned high = std::min((sum >> 16) + (flags >> 16), kMost);
   return high << 16 | low;
 }
 
@@ -63,12 +63,12 @@ std::string rowOf(const SegyField& field, bool marked) {
 void boundsError(WINDOW theWindow, int theList, unsigned int boundsFlags, int* color) {
   const unsigned overlaps = overlapsIn(boundsFlags);
   const unsigned outside = outsideIn(boundsFlags);
-  const int before = std::exchange(*color, overlaps == 0 && outside == 0 ? fieldsSoundColor : fieldsBadColor);
+  const int before = std::exchange(*color, overlaps == 0 && outside == 0 ? kFieldsSoundColor : kFieldsBadColor);
   setBackground(theWindow, theList, *color);
-  if (*color == fieldsBadColor && before == fieldsSoundColor)
+  if (*color == kFieldsBadColor && before == kFieldsSoundColor)
     xvt_dm_post_note("WARNING:\n%s%sProblem field(s) will be marked ( * ) in the %s.", overlapLine(overlaps).c_str(),
                      outsideLine(outside).c_str(),
-                     theList == segyMappingList ? "Kyr Mapping List" : "SEG Y Header List");
+                     theList == kSegyMappingList ? "Kyr Mapping List" : "SEG Y Header List");
 }
 
 unsigned int doFieldList(const SegyFormat* theFormat, const SegyField* theFields, WINDOW theDialog, int theDlgList) {
@@ -79,7 +79,7 @@ unsigned int doFieldList(const SegyFormat* theFormat, const SegyField* theFields
     unsigned flags = 0;
     boundsCheck(theFormat, theFields, field, &flags, dlgType);
     sum = addFlags(sum, flags);
-    if (theDlgList == segyMappingList && field->itIsMapped != 0) continue;
+    if (theDlgList == kSegyMappingList && field->itIsMapped != 0) continue;
     rows.push_back(rowOf(*field, flags != 0 && isMarked(*theFormat, *field, theDlgList)));
   }
   std::vector<const char*> texts;

@@ -4,11 +4,11 @@
 #include "quarlo/tapelib/formats/segyformat.h"
 
 /// Number of the list control that maps fields to a dataset's trace properties. The other lists show header fields.
-constexpr int segyMappingList = 3;
+constexpr int kSegyMappingList = 3;
 
 /// Backgrounds of a list, as 0xRRGGBB.
-constexpr int fieldsSoundColor = 0xFFFFFF;
-constexpr int fieldsBadColor = 0xFFAAAA;
+constexpr int kFieldsSoundColor = 0xFFFFFF;
+constexpr int kFieldsBadColor = 0xFFAAAA;
 
 /// Colours the list by the flags that boundsCheck gathered over all its fields, and warns when it turns from white to
 /// red.

@@ -81,7 +81,7 @@ void selectDrive(WINDOW window) {
   open(window);
 }
 
-constexpr ControlAction actions[] = {
+constexpr ControlAction kActions[] = {
     {OC_CONTINUE, goOn}, {OC_STOP, stop}, {OC_REWIND, rewindAndClose},
     {OC_UNLOAD, unload}, {OC_OPEN, open}, {OC_SELECT_DRIVE, selectDrive},
 };
@@ -108,7 +108,7 @@ long tapeOutContinue_eh(WINDOW xdWindow, EVENT* xdEvent) {
       break;
     case E_CONTROL:
       if (isAction(*xdEvent)) showControl(xdWindow, OC_HINT, false);
-      runAction(actions, xdWindow, *xdEvent);
+      runAction(kActions, xdWindow, *xdEvent);
       break;
     case E_CLOSE:
       closeBox(xdWindow);

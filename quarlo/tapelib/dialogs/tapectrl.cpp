@@ -12,7 +12,7 @@ int* anotherTape = nullptr;
 int sfCount = 1;
 int sbCount = 1;
 
-constexpr NumberField fields[] = {
+constexpr NumberField kFields[] = {
     {.control = IC_FILE_COUNT, .value = &sfCount},
     {.control = IC_BLOCK_COUNT, .value = &sbCount},
 };
@@ -24,7 +24,7 @@ void createContinue(WINDOW window) {
   sfCount = 1;
   sbCount = 1;
   setControlText(window, IC_DRIVE, ioUnit->name);
-  for (const NumberField& field : fields) showNumber(window, field);
+  for (const NumberField& field : kFields) showNumber(window, field);
   setInContinueState(window, ioUnit);
 }
 
@@ -98,7 +98,7 @@ void selectDrive(WINDOW window) {
   open(window);
 }
 
-constexpr ControlAction actions[] = {
+constexpr ControlAction kActions[] = {
     {IC_CONTINUE, goOn},
     {IC_STOP, stop},
     {IC_REWIND, rewindAndClose},
@@ -111,9 +111,9 @@ constexpr ControlAction actions[] = {
 
 void handleControl(WINDOW window, const EVENT& event) {
   if (isAction(event)) showControl(window, IC_HINT, false);
-  for (const NumberField& field : fields)
+  for (const NumberField& field : kFields)
     if (readNumber(window, event, field)) return;
-  runAction(actions, window, event);
+  runAction(kActions, window, event);
 }
 
 /// The close box leaves the job's answer alone; but no tape is ready in a closed drive.

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr COORD LIST_GROWTH = 120;
+constexpr COORD kListGrowth = 120;
 
 OutputChoice* theChoice = nullptr;
 UnitStruct* ioUnit = nullptr;
@@ -26,7 +26,7 @@ int visibleList() { return multOut ? DRV_MULTIPLE_LIST : DRV_LIST; }
 void growLists(WINDOW window) {
   if (resized) return;
   resized = true;
-  for (const int list : {DRV_LIST, DRV_MULTIPLE_LIST}) xvt_list_grow(xvt_win_get_ctl(window, list), LIST_GROWTH);
+  for (const int list : {DRV_LIST, DRV_MULTIPLE_LIST}) xvt_list_grow(xvt_win_get_ctl(window, list), kListGrowth);
 }
 
 void showVisibleList(WINDOW window) {
@@ -95,7 +95,7 @@ void accept(WINDOW window) {
   xvt_vobj_destroy(window);
 }
 
-constexpr ControlAction actions[] = {{DRV_OK, accept}, {DRV_CANCEL, xvt_vobj_destroy}};
+constexpr ControlAction kActions[] = {{DRV_OK, accept}, {DRV_CANCEL, xvt_vobj_destroy}};
 
 void swapLists(WINDOW window) {
   showVisibleList(window);
@@ -106,7 +106,7 @@ void handleControl(WINDOW window, const EVENT& event) {
   if (event.ctl.id == DRV_LIST && event.ctl.what == CTL_DOUBLE) return accept(window);
   if (toggleFlag(window, event, DRV_NO_REWIND, &nrew) || atEnd.handle(window, event)) return;
   if (toggleFlag(window, event, DRV_MULTIPLE, &multOut)) return swapLists(window);
-  runAction(actions, window, event);
+  runAction(kActions, window, event);
 }
 
 }  // namespace
@@ -132,7 +132,7 @@ long selectOut_eh(WINDOW xdWindow, EVENT* xdEvent) {
 }
 
 DriveAnswer chooseOutputDrives(UnitStruct* units) {
-  OutputChoice choice = {.units = units, .isContinue = 0, .uNum = ALL_OUTPUTS};
+  OutputChoice choice = {.units = units, .isContinue = 0, .uNum = kAllOutputs};
   runModal(DLG_OUTPUT_DRIVE, selectOut_eh, &choice);
   return choice.answer;
 }

@@ -16,8 +16,8 @@ EndOfTapeOptions atEnd;
 bool overrideM4 = false;
 int model = 0;  // place in the radio group
 
-constexpr int MODEL_FAMILY = 0;
-constexpr int MODEL_OTHER = DRV_MODEL_OTHER - DRV_MODEL_FAMILY;
+constexpr int kModelFamily = 0;
+constexpr int kModelOther = DRV_MODEL_OTHER - DRV_MODEL_FAMILY;
 
 void enableModels(WINDOW window) { enableControls(window, {DRV_MODEL_FAMILY, DRV_MODEL_OTHER}, overrideM4); }
 
@@ -26,7 +26,7 @@ void loadOptions(WINDOW window) {
   checkControl(window, DRV_NO_REWIND, nrew);
   atEnd.load(window, ioUnit);
   overrideM4 = ioUnit->overrideM4 != 0;
-  model = ioUnit->isM4 != 0 ? MODEL_FAMILY : MODEL_OTHER;
+  model = ioUnit->isM4 != 0 ? kModelFamily : kModelOther;
   checkControl(window, DRV_OVERRIDE_MODEL, overrideM4);
   xdCheckRadioButton(window, DRV_MODEL_FAMILY + model, DRV_MODEL_FAMILY, DRV_MODEL_OTHER);
   enableModels(window);
@@ -46,7 +46,7 @@ void createSelection(WINDOW window) {
 
 bool optionsTouched() {
   return nrew != ioUnit->inputNoRewind || atEnd.differFrom(*ioUnit) || overrideM4 != (ioUnit->overrideM4 != 0) ||
-         (model == MODEL_FAMILY) != (ioUnit->isM4 != 0);
+         (model == kModelFamily) != (ioUnit->isM4 != 0);
 }
 
 /// OK without a drive stores the options; where there is nothing to store either, a drive was forgotten.
@@ -56,7 +56,7 @@ void accept(WINDOW window) {
   ioUnit->inputNoRewind = nrew;
   atEnd.store(ioUnit);
   ioUnit->overrideM4 = overrideM4 ? 1 : 0;
-  ioUnit->isM4 = model == MODEL_FAMILY ? 1 : 0;
+  ioUnit->isM4 = model == kModelFamily ? 1 : 0;
   xvt_vobj_destroy(window);
 }
 
@@ -65,7 +65,7 @@ void cancel(WINDOW window) {
   xvt_vobj_destroy(window);
 }
 
-constexpr ControlAction actions[] = {{DRV_OK, accept}, {DRV_CANCEL, cancel}};
+constexpr ControlAction kActions[] = {{DRV_OK, accept}, {DRV_CANCEL, cancel}};
 
 void handleControl(WINDOW window, const EVENT& event) {
   if (event.ctl.id == DRV_LIST && (event.ctl.what == CTL_SELECT || event.ctl.what == CTL_DOUBLE)) {
@@ -76,7 +76,7 @@ void handleControl(WINDOW window, const EVENT& event) {
   if (toggleFlag(window, event, DRV_NO_REWIND, &nrew) || atEnd.handle(window, event)) return;
   if (toggleFlag(window, event, DRV_OVERRIDE_MODEL, &overrideM4)) return enableModels(window);
   if (chooseRadio(window, event, DRV_MODEL_FAMILY, DRV_MODEL_OTHER, &model)) return;
-  runAction(actions, window, event);
+  runAction(kActions, window, event);
 }
 
 }  // namespace

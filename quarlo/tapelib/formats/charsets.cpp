@@ -5,10 +5,10 @@
 
 namespace {
 
-constexpr char substitute = 0x3F;
+constexpr char kSubstitute = 0x3F;
 
 // The EBCDIC codes of ASCII 0 to 127 in code page 037.
-constexpr std::array<unsigned char, a2eTableSize> codePage037 = {
+constexpr std::array<unsigned char, kA2eTableSize> kCodePage037 = {
     0x00, 0x01, 0x02, 0x03, 0x37, 0x2D, 0x2E, 0x2F, 0x16, 0x05, 0x25, 0x0B, 0x0C, 0x0D, 0x0E, 0x0F,  // NUL ...
     0x10, 0x11, 0x12, 0x13, 0x3C, 0x3D, 0x32, 0x26, 0x18, 0x19, 0x3F, 0x27, 0x1C, 0x1D, 0x1E, 0x1F,  // DLE ...
     0x40, 0x5A, 0x7F, 0x7B, 0x5B, 0x6C, 0x50, 0x7D, 0x4D, 0x5D, 0x5C, 0x4E, 0x6B, 0x60, 0x4B, 0x61,  // blank ... /
@@ -25,30 +25,30 @@ struct Pair {
 };
 
 // Where both ways leave the code page.
-constexpr Pair exceptions[] = {{'#', 0x4A}, {'[', 0xAD}, {']', 0xBD}, {'^', 0x5F},
-                               {'{', 0x8B}, {'|', 0x6A}, {'}', 0x9B}, {'~', 0x60}};
+constexpr Pair kExceptions[] = {{'#', 0x4A}, {'[', 0xAD}, {']', 0xBD}, {'^', 0x5F},
+                                {'{', 0x8B}, {'|', 0x6A}, {'}', 0x9B}, {'~', 0x60}};
 // DC3 leaves as DC4 does; both read back as themselves.
-constexpr Pair deviceControl3 = {19, 0x3C};
+constexpr Pair kDeviceControl3 = {19, 0x3C};
 
 }  // namespace
 
-void initAtable(int* a2eTable) { std::copy(codePage037.begin(), codePage037.end(), a2eTable); }
+void initAtable(int* a2eTable) { std::copy(kCodePage037.begin(), kCodePage037.end(), a2eTable); }
 
 void initBtable(int* a2eTable) {
-  for (const Pair& pair : exceptions) a2eTable[pair.ascii] = pair.ebcdic;
-  a2eTable[deviceControl3.ascii] = deviceControl3.ebcdic;
+  for (const Pair& pair : kExceptions) a2eTable[pair.ascii] = pair.ebcdic;
+  a2eTable[kDeviceControl3.ascii] = kDeviceControl3.ebcdic;
 }
 
 void initEtable(int* e2aTable) {
-  for (int ascii = 0; ascii < a2eTableSize; ++ascii) e2aTable[codePage037[static_cast<unsigned>(ascii)]] = ascii;
+  for (int ascii = 0; ascii < kA2eTableSize; ++ascii) e2aTable[kCodePage037[static_cast<unsigned>(ascii)]] = ascii;
 }
 
 void initFtable(int* e2aTable) {
-  for (const Pair& pair : exceptions) e2aTable[pair.ebcdic] = pair.ascii;
+  for (const Pair& pair : kExceptions) e2aTable[pair.ebcdic] = pair.ascii;
 }
 
 void initascebc(int* a2eTable, int* e2aTable) {
-  std::fill_n(e2aTable, e2aTableSize, ' ');
+  std::fill_n(e2aTable, kE2aTableSize, ' ');
   initAtable(a2eTable);
   initBtable(a2eTable);
   initEtable(e2aTable);
@@ -59,7 +59,7 @@ void asc2ebc(const char* stringAsc, char* stringEbc, int numbytes, const int* a2
   if (numbytes < 0) return;
   for (int i = 0; i < numbytes; ++i) {
     const auto code = static_cast<unsigned char>(stringAsc[i]);
-    stringEbc[i] = code < a2eTableSize ? static_cast<char>(a2eTable[code]) : substitute;
+    stringEbc[i] = code < kA2eTableSize ? static_cast<char>(a2eTable[code]) : kSubstitute;
   }
   stringEbc[numbytes] = '\0';
 }

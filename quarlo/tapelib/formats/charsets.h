@@ -6,8 +6,8 @@
 #pragma once
 
 /// Entries of the two tables.
-constexpr int a2eTableSize = 128;
-constexpr int e2aTableSize = 256;
+constexpr int kA2eTableSize = 128;
+constexpr int kE2aTableSize = 256;
 
 /// Builds both tables.
 void initascebc(int* a2eTable, int* e2aTable);

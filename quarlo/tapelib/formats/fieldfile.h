@@ -3,7 +3,7 @@
 
 #include "libkyr/process.h"
 
-constexpr int fieldFileListSize = 16;
+constexpr int kFieldFileListSize = 16;
 
 /// The user's choice of field files, and the settings of vibroseis recordings.
 struct MoreParams {
@@ -12,7 +12,7 @@ struct MoreParams {
   int itsFFMin;
   int itsFFMax;
   short itHasListOn;  ///< not the field files of the list
-  int itsFFList[fieldFileListSize];
+  int itsFFList[kFieldFileListSize];
   short itsCorrFlag;
   short itDoesPhaseComp;
   int itsPilotLength;

@@ -6,28 +6,28 @@
 #include "libkyr/byteorder.h"
 #include "quarlo/tapelib/formats/seglib.h"
 
-const char* const SegdDataTypes[SEGD_KEY_TYPES] = {"1 byte integer", "2 byte integer", "3 byte integer"};
+const char* const SegdDataTypes[kSegdKeyTypes] = {"1 byte integer", "2 byte integer", "3 byte integer"};
 
 namespace {
 
-constexpr int EXTENDED = 0xFF;       ///< a byte that says: too large for here, look elsewhere
-constexpr int EXTENDED_16 = 0xFFFF;  ///< the same of two bytes
-constexpr int DEMULTIPLEXED = 8000;  ///< format codes from here on
+constexpr int kExtended = 0xFF;       ///< a byte that says: too large for here, look elsewhere
+constexpr int kExtended16 = 0xFFFF;   ///< the same of two bytes
+constexpr int kDemultiplexed = 8000;  ///< format codes from here on
 
 struct FormatRow {
   int code;  // modulo 100
   int format;
   float bytesPerSample;
 };
-constexpr FormatRow FORMATS[] = {
+constexpr FormatRow kFormats[] = {
     {15, 1, 2.5F}, {22, 2, 1.0F}, {24, 3, 2.0F}, {36, 10, 3.0F}, {38, 9, 4.0F},
     {42, 4, 1.0F}, {44, 5, 2.0F}, {48, 6, 4.0F}, {58, 7, 4.0F},
 };
 
 const FormatRow* formatOf(int code) {
-  const auto* row = std::find_if(std::begin(FORMATS), std::end(FORMATS),
+  const auto* row = std::find_if(std::begin(kFormats), std::end(kFormats),
                                  [code](const FormatRow& known) { return known.code == code % 100; });
-  return row == std::end(FORMATS) ? nullptr : row;
+  return row == std::end(kFormats) ? nullptr : row;
 }
 
 // Fields at 1-based positions, as the standard counts.
@@ -58,7 +58,7 @@ float descaleMultOf(const char* block, float revision) {
 segdscan scanHeader(const char* block, const segdheader& general) {
   segdscan scan{};
   scan.scanType = digits(block, 1, 2);
-  scan.chanSetNum = byteAt(block, 2) == EXTENDED ? binary16(block, 27) : digits(block, 2, 2);
+  scan.chanSetNum = byteAt(block, 2) == kExtended ? binary16(block, 27) : digits(block, 2, 2);
   scan.startTime = binary16(block, 3) * 2;
   scan.endTime = binary16(block, 5) * 2;
   if (scan.endTime == 0) scan.endTime = general.recLen;
@@ -84,9 +84,9 @@ double sampleBytes(double milliseconds, int subscans, const segdheader& general)
 void SegdHeaders::getGenHeader(const char* genHdrAddr) {
   const char* const block = genHdrAddr;
   segdheader& header = GenHdr;
-  header.ffilenum = binary16(block, 1) == EXTENDED_16 ? EXTENDED_16 : digits(block, 1, 4);
+  header.ffilenum = binary16(block, 1) == kExtended16 ? kExtended16 : digits(block, 1, 4);
   header.fmtCode = digits(block, 3, 4);
-  header.muxed = header.fmtCode < DEMULTIPLEXED ? 1 : 0;
+  header.muxed = header.fmtCode < kDemultiplexed ? 1 : 0;
   takeFormat();
   header.year = digits(block, 11, 2);
   header.genHeaders = 1 + highNibble(block, 12);
@@ -101,14 +101,14 @@ void SegdHeaders::getGenHeader(const char* genHdrAddr) {
   header.sampInt = static_cast<float>(byteAt(block, 23)) / 16;
   header.scansPerBlock = byteAt(block, 25) << lowNibble(block, 24);
   header.recType = highNibble(block, 26);
-  longRecord = lowNibble(block, 26) == 15 && byteAt(block, 27) == EXTENDED;
+  longRecord_ = lowNibble(block, 26) == 15 && byteAt(block, 27) == kExtended;
   const float length = static_cast<float>(unbcd(block, 25, 2, 3)) * RecordLengthMultiplier;
-  header.recLen = longRecord ? 4095 : static_cast<int>(std::min(static_cast<double>(length) + 0.05, 1e9));
+  header.recLen = longRecord_ ? 4095 : static_cast<int>(std::min(static_cast<double>(length) + 0.05, 1e9));
   header.scanTypes = digits(block, 28, 2);
   header.channelSets = digits(block, 29, 2);
   header.skewFields = digits(block, 30, 2);
-  header.extendFields = byteAt(block, 31) == EXTENDED ? EXTENDED : digits(block, 31, 2);
-  header.externalFields = byteAt(block, 32) == EXTENDED ? EXTENDED : digits(block, 32, 2);
+  header.extendFields = byteAt(block, 31) == kExtended ? kExtended : digits(block, 31, 2);
+  header.externalFields = byteAt(block, 32) == kExtended ? kExtended : digits(block, 32, 2);
 }
 
 void SegdHeaders::takeFormat() {
@@ -120,13 +120,13 @@ void SegdHeaders::takeFormat() {
 
 void SegdHeaders::getOptGenHeaders(const char* optHdrAddr) {
   const char* const block = optHdrAddr;
-  if (GenHdr.ffilenum == EXTENDED_16) GenHdr.ffilenum = binary24(block, 1);
-  if (GenHdr.extendFields == EXTENDED) GenHdr.extendFields = binary16(block, 6);
-  if (GenHdr.externalFields == EXTENDED) GenHdr.externalFields = binary16(block, 8);
+  if (GenHdr.ffilenum == kExtended16) GenHdr.ffilenum = binary24(block, 1);
+  if (GenHdr.extendFields == kExtended) GenHdr.extendFields = binary16(block, 6);
+  if (GenHdr.externalFields == kExtended) GenHdr.externalFields = binary16(block, 8);
   trailerBlocks = binary16(block, 13);
   // One byte behind where the standard has it; it only chooses how the scale factors are read.
   GenHdr.revision = static_cast<float>(signedByteAt(block, 12)) + static_cast<float>(signedByteAt(block, 13)) / 100;
-  if (longRecord) GenHdr.recLen = binary24(block, 15);
+  if (longRecord_) GenHdr.recLen = binary24(block, 15);
 }
 
 void SegdHeaders::getGenHdrSamples() {
@@ -138,7 +138,7 @@ void SegdHeaders::getGenHdrSamples() {
 void SegdHeaders::getScanHeaders(std::span<const char> blocks) {
   ScanHdr.clear();
   for (int i = 0; i < TotalChannelSets(); ++i)
-    ScanHdr.push_back(scanHeader(blocks.data() + std::ptrdiff_t{SEGD_BLOCK_BYTES} * i, GenHdr));
+    ScanHdr.push_back(scanHeader(blocks.data() + std::ptrdiff_t{kSegdBlockBytes} * i, GenHdr));
 }
 
 int SegdHeaders::NumberOfChannels() const {
@@ -171,17 +171,17 @@ void SegdHeaders::measureTrace(const char* trace, bool byChannelSet) {
     getTraceSize(trace);
   else
     getRecordSize();
-  if (traceHeaderExtensions(trace) > 0) getExtensionSize(trace + SEGD_TRACE_HEADER_BYTES);
+  if (traceHeaderExtensions(trace) > 0) getExtensionSize(trace + kSegdTraceHeaderBytes);
 }
 
 int getChannelSet(const char* traceHeader) {
-  return byteAt(traceHeader, 3) == EXTENDED ? binary16(traceHeader, 16) : digits(traceHeader, 4, 2);
+  return byteAt(traceHeader, 3) == kExtended ? binary16(traceHeader, 16) : digits(traceHeader, 4, 2);
 }
 
 int traceHeaderExtensions(const char* traceHeader) { return byteAt(traceHeader, 10); }
 
 int traceHeaderBytes(const char* traceHeader) {
-  return SEGD_TRACE_HEADER_BYTES + SEGD_BLOCK_BYTES * traceHeaderExtensions(traceHeader);
+  return kSegdTraceHeaderBytes + kSegdBlockBytes * traceHeaderExtensions(traceHeader);
 }
 
 int getHeaderField(const char* traceHeader, int keyByte, int keyType) {
@@ -199,7 +199,7 @@ int getHeaderField(const char* traceHeader, int keyByte, int keyType) {
 
 bool keyIsInTraceHeader(int keyByte, int keyType) {
   return keyType >= SEGD_KEY_INT8 && keyType <= SEGD_KEY_INT24 && keyByte >= 1 &&
-         keyByte <= SEGD_TRACE_HEADER_BYTES - keyType;
+         keyByte <= kSegdTraceHeaderBytes - keyType;
 }
 
 // ---- what can be true -------------------------------------------------------------------------------------------
@@ -213,7 +213,7 @@ bool isGeneralHeader(const char* block) {
 
 int badGeneralHeaderByte(const char* block) {
   for (int position = 28; position <= 32; ++position) {
-    const bool mayBeExtended = position >= 31 && byteAt(block, position) == EXTENDED;
+    const bool mayBeExtended = position >= 31 && byteAt(block, position) == kExtended;
     if (!mayBeExtended && !areDigits(block, position, 1)) return position;
   }
   return 0;
@@ -225,14 +225,14 @@ int announcedHeaderBytes(const char* block) {
   headers.getGenHeader(block);
   const segdheader& counts = headers.GenHdr;
   return headers.scanHeaderBytes() +
-         (counts.genHeaders + counts.extendFields + counts.externalFields) * SEGD_BLOCK_BYTES;
+         (counts.genHeaders + counts.extendFields + counts.externalFields) * kSegdBlockBytes;
 }
 
 int badScanHeaderByte(const char* block) { return areDigits(block, 9, 1) ? areDigits(block, 10, 1) ? 0 : 10 : 9; }
 
 bool canBeTraceHeader(const char* bytes) {
   const auto code = [bytes](int position) {
-    return byteAt(bytes, position) == EXTENDED || areDigits(bytes, position, 1);
+    return byteAt(bytes, position) == kExtended || areDigits(bytes, position, 1);
   };
   return code(3) && code(4);
 }

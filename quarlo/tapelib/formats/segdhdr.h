@@ -9,15 +9,15 @@
 #include <span>
 #include <vector>
 
-constexpr int SEGD_BLOCK_BYTES = 32;
-constexpr int SEGD_TRACE_HEADER_BYTES = 20;
+constexpr int kSegdBlockBytes = 32;
+constexpr int kSegdTraceHeaderBytes = 20;
 /// Record lengths of general header block 1 count in units of 0.1 x 1.024 s, unless the user knows better.
-constexpr float SEGD_RECORD_LENGTH_UNIT = 102.4F;
+constexpr float kSegdRecordLengthUnit = 102.4F;
 
 /// Data types of a key in a trace header, as the dialog of the zero list names them.
 enum SEGD_KEY_TYPE : int { SEGD_KEY_INT8 = 0, SEGD_KEY_INT16 = 1, SEGD_KEY_INT24 = 2 };
-constexpr int SEGD_KEY_TYPES = 3;
-extern const char* const SegdDataTypes[SEGD_KEY_TYPES];
+constexpr int kSegdKeyTypes = 3;
+extern const char* const SegdDataTypes[kSegdKeyTypes];
 
 /// What the general header says of a field file.
 struct segdheader {
@@ -66,10 +66,10 @@ class SegdHeaders {
  public:
   segdheader GenHdr{};
   std::vector<segdscan> ScanHdr;
-  double TraceSize = 0;                                    ///< sample bytes of the present trace
-  double GenHdrSamples = 0;                                ///< samples of a trace by the general header
-  float RecordLengthMultiplier = SEGD_RECORD_LENGTH_UNIT;  ///< milliseconds of a record length digit
-  int trailerBlocks = 0;                                   ///< blocks behind the traces, as block 2 announces them
+  double TraceSize = 0;                                  ///< sample bytes of the present trace
+  double GenHdrSamples = 0;                              ///< samples of a trace by the general header
+  float RecordLengthMultiplier = kSegdRecordLengthUnit;  ///< milliseconds of a record length digit
+  int trailerBlocks = 0;                                 ///< blocks behind the traces, as block 2 announces them
 
   /// Fills GenHdr from general header block 1 (32 bytes).
   void getGenHeader(const char* genHdrAddr);
@@ -93,14 +93,14 @@ class SegdHeaders {
 
   int TotalChannelSets() const { return GenHdr.scanTypes * GenHdr.channelSets; }
   /// Bytes of all descriptors and skew blocks.
-  int scanHeaderBytes() const { return (GenHdr.skewFields + GenHdr.channelSets) * GenHdr.scanTypes * SEGD_BLOCK_BYTES; }
+  int scanHeaderBytes() const { return (GenHdr.skewFields + GenHdr.channelSets) * GenHdr.scanTypes * kSegdBlockBytes; }
   /// Traces that the descriptors announce.
   int NumberOfChannels() const;
 
  private:
   void takeFormat();
 
-  bool longRecord = false;  // the record length has no room in block 1
+  bool longRecord_ = false;  // the record length has no room in block 1
 };
 
 /// The channel set number of a trace header (20 bytes).

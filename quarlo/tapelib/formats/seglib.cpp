@@ -13,7 +13,7 @@ namespace {
 
 // Bytes of a field of the given length code that lie within the header; 0 when it begins outside.
 std::size_t fieldBytes(int position, int length, int headerBytes) {
-  const int end = std::min(headerBytes, maxHeaderBytes);
+  const int end = std::min(headerBytes, kMaxHeaderBytes);
   if (position < 1 || position > end) return 0;
   return static_cast<std::size_t>(std::min(length == 1 ? 2 : 4, end - position + 1));
 }
@@ -38,9 +38,9 @@ void applyGainCode(float& gain, const char* word) {
 
 // The codes of `traces` traces that stand `distance` bytes apart.
 void applyGainCodes(const char* header, float* headGain, int traces, int distance) {
-  constexpr int firstCode = 21;
+  constexpr int kFirstCode = 21;
   for (int i = 0; i < traces; ++i) {
-    const char* codes = header + firstCode + std::ptrdiff_t{distance} * i;
+    const char* codes = header + kFirstCode + std::ptrdiff_t{distance} * i;
     applyGainCode(headGain[i], codes);
     applyGainCode(headGain[i], codes + 1);
   }
@@ -55,7 +55,7 @@ unsigned nibble(const char* digits, int index) {
 
 int decodeField(const void* traceheader, int position, int length, int headerBytes) {
   const std::size_t bytes = fieldBytes(position, length, headerBytes);
-  if (bytes == 0) return invalidField;
+  if (bytes == 0) return kInvalidField;
   const char* field = static_cast<const char*>(traceheader) + position - 1;
   return length == 1 ? readField<std::int16_t>(field, bytes) : readField<std::int32_t>(field, bytes);
 }

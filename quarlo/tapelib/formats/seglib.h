@@ -41,19 +41,19 @@ struct IBM8Hex {
 // ---- header fields ------------------------------------------------------------------------------------------------
 
 /// The longest header, in bytes; positions count from 1 to it.
-constexpr int maxHeaderBytes = 20000;
+constexpr int kMaxHeaderBytes = 20000;
 /// What decodeField answers for a position outside the header.
-constexpr int invalidField = -9999;
+constexpr int kInvalidField = -9999;
 
 /// Reads a signed field in host order at the 1-based `position`: 16 bits when `length` is 1, else 32 bits. A field that
 /// runs over the header's end is read as if zero bytes followed.
 /// @param headerBytes bytes that `traceheader` holds
 /// @return the value, invalidField when `position` lies outside 1 to `headerBytes`
-int decodeField(const void* traceheader, int position, int length, int headerBytes = maxHeaderBytes);
+int decodeField(const void* traceheader, int position, int length, int headerBytes = kMaxHeaderBytes);
 
 /// Stores `value` (its low 16 bits when `length` is 1) in host order at the 1-based `position`. Nothing is stored of a
 /// null value (nullvalue.h), outside the header, or behind its end.
-void encodeField(void* traceheader, int value, int position, int length, int headerBytes = maxHeaderBytes);
+void encodeField(void* traceheader, int value, int position, int length, int headerBytes = kMaxHeaderBytes);
 
 /// Gathers the gain factors of `numTr` data and `numAuxTr` auxiliary traces from a multiplexed header.
 /// Without `applyGain` all are 1. With it, every trace has two 5-bit codes, each a factor unless it is zero: bits 4-8

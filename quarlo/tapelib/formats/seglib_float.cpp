@@ -8,9 +8,9 @@
 
 namespace {
 
-constexpr unsigned ieeeBias = 127;
-constexpr unsigned ieeeMantissaBits = 23;
-constexpr unsigned quaternarySign = 0x80U;
+constexpr unsigned kIeeeBias = 127;
+constexpr unsigned kIeeeMantissaBits = 23;
+constexpr unsigned kQuaternarySign = 0x80U;
 
 // Decodes one sample every `step` bytes.
 template <typename Decode>
@@ -37,14 +37,14 @@ float hexadecimal(bool negative, float value) {
 // A quaternary sample of a `width`-bit mantissa. The mantissa is moved left until its top bit falls off, one step at
 // least; the biased exponent pays for the steps.
 IEEEFloat quaternary(unsigned exponent, unsigned mantissa, unsigned width) {
-  const unsigned biased = 2U * exponent + ieeeBias;
+  const unsigned biased = 2U * exponent + kIeeeBias;
   if (mantissa == 0) return {.mantissa = 0, .exponent = biased & 0xFFU, .sign = 0};
   const auto used = static_cast<unsigned>(std::bit_width(mantissa));
   // The carry of the sign bit made the mantissa one bit too wide: it is shifted until the exponent is used up, and
   // away.
   if (used > width) return {};
   const unsigned steps = width - used + 1U;
-  const unsigned shifted = mantissa << (steps + ieeeMantissaBits - width);
+  const unsigned shifted = mantissa << (steps + kIeeeMantissaBits - width);
   return {.mantissa = shifted & 0x7FFFFFU, .exponent = (biased - steps) & 0xFFU, .sign = 0};
 }
 
@@ -62,14 +62,14 @@ float hex16(const char* data) {
 float quat8(const char* data) {
   const unsigned byte = byteAt(data);
   if (byte == 0) return 0.0F;
-  const unsigned carry = (byte & quaternarySign) >> 7;
+  const unsigned carry = (byte & kQuaternarySign) >> 7;
   return std::bit_cast<float>(quaternary((byte >> 4) & 7U, (byte & 0xFU) + carry, 4));
 }
 
 float quat16(const char* data) {
   const unsigned word = hostWordAt(data);
   if (word == 0) return 0.0F;
-  const unsigned carry = (word & quaternarySign) >> 7;
+  const unsigned carry = (word & kQuaternarySign) >> 7;
   IEEEFloat result = quaternary((word >> 12) & 7U, (word & 0xFFFU) + carry, 12);
   if (carry != 0) result.exponent |= 1U;
   return std::bit_cast<float>(result);

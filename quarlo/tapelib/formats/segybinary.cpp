@@ -2,11 +2,11 @@
 
 namespace {
 
-constexpr int FORMATS = 16;
-constexpr int SAMPLE_BYTES[FORMATS] = {4, 4, 2, 4, 4, 8, 3, 1, 8, 4, 2, 8, 4, 4, 3, 1};
+constexpr int kFormats = 16;
+constexpr int kSampleBytes[kFormats] = {4, 4, 2, 4, 4, 8, 3, 1, 8, 4, 2, 8, 4, 4, 3, 1};
 
 }  // namespace
 
-bool isSegyFormat(int code) { return code >= 1 && code <= FORMATS; }
+bool isSegyFormat(int code) { return code >= 1 && code <= kFormats; }
 
-int segySampleBytes(int code) { return isSegyFormat(code) ? SAMPLE_BYTES[code - 1] : 0; }
+int segySampleBytes(int code) { return isSegyFormat(code) ? kSampleBytes[code - 1] : 0; }

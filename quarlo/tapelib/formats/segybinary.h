@@ -4,15 +4,15 @@
 
 #include "quarlo/tapelib/formats/tracekey.h"
 
-constexpr int EBCDIC_HEADER_BYTES = 3200;
-constexpr int BINARY_HEADER_BYTES = 400;
+constexpr int kEbcdicHeaderBytes = 3200;
+constexpr int kBinaryHeaderBytes = 400;
 
-constexpr HeaderKey BINARY_SAMPLE_INTERVAL = {17, DT_INT16};  ///< microseconds
-constexpr HeaderKey BINARY_SAMPLE_COUNT = {21, DT_INT16};
-constexpr HeaderKey BINARY_FORMAT_CODE = {25, DT_INT16};
-constexpr HeaderKey BINARY_BYTE_ORDER = {97, DT_INT32};  ///< 16909060 (0x01020304) where it is filled
-constexpr HeaderKey BINARY_REVISION = {301, DT_INT16};   ///< major number in the first byte
-constexpr HeaderKey BINARY_EXTENDED = {305, DT_INT16};   ///< extended text headers; -1: ended by a stanza
+constexpr HeaderKey kBinarySampleInterval = {17, DT_INT16};  ///< microseconds
+constexpr HeaderKey kBinarySampleCount = {21, DT_INT16};
+constexpr HeaderKey kBinaryFormatCode = {25, DT_INT16};
+constexpr HeaderKey kBinaryByteOrder = {97, DT_INT32};  ///< 16909060 (0x01020304) where it is filled
+constexpr HeaderKey kBinaryRevision = {301, DT_INT16};  ///< major number in the first byte
+constexpr HeaderKey kBinaryExtended = {305, DT_INT16};  ///< extended text headers; -1: ended by a stanza
 
 /// Whether this is a sample format code of any revision.
 bool isSegyFormat(int code);

@@ -27,7 +27,7 @@ union FieldValue {
 };
 static_assert(sizeof(FieldValue) == 8);
 
-constexpr int maxOutputProperties = 42;
+constexpr int kMaxOutputProperties = 42;
 
 /// One named field of a header.
 struct SegyField {
@@ -45,7 +45,7 @@ struct SegyField {
   short itIsMapped = 0;                   ///< mapped from a dataset's trace property
   TraceProperty inputKyrHeader = trNone;  ///< trace property that the field is read into
   int kyrHeaderCount = 0;                 ///< entries of outputKyrHeader
-  TraceProperty outputKyrHeader[maxOutputProperties] = {};
+  TraceProperty outputKyrHeader[kMaxOutputProperties] = {};
   short itHasRange = 0;
   FieldValue itsRangeMin = {};  ///< of type itsType
   FieldValue itsRangeMax = {};
@@ -89,7 +89,7 @@ struct SegyFormat {
 };
 
 /// Longest header that a description may give, in bytes.
-constexpr int maxSegyHeaderBytes = 1024 * 1024;
+constexpr int kMaxSegyHeaderBytes = 1024 * 1024;
 
 /// Appends a copy of `field` to the list of the binary reel header or of the trace header. @return the new node
 SegyField* addSegyField(SegyFormat* format, bool isBinary, const SegyField& field);

@@ -30,15 +30,15 @@ bool tell(Messages* messages, const FILE_SPEC& file, const std::vector<SegyTextF
 bool readText(const std::string& path, std::string* text) {
   const FileHandle stream = openFile(path.c_str(), "rb", 0);
   if (!stream) return false;
-  text->resize(maxSegyTextBytes + 1);
+  text->resize(kMaxSegyTextBytes + 1);
   text->resize(std::fread(text->data(), 1, text->size(), stream.get()));
   return std::ferror(stream.get()) == 0;
 }
 
 /// Creates a file beside `path` of a name that nobody uses. @param name receives it; empty after a failure (errno)
 FileHandle createBeside(const std::string& path, std::string* name) {
-  constexpr int tries = 1000;
-  for (int number = 1; number <= tries; ++number) {
+  constexpr int kTries = 1000;
+  for (int number = 1; number <= kTries; ++number) {
     *name = formatText("%s.new%d", path.c_str(), number);
     FileHandle stream = openFile(name->c_str(), "wbx", 0);
     if (stream) return stream;
@@ -92,7 +92,7 @@ bool nameForUsing(const std::string& home, FILE_SPEC* textFile) {
   return copyText(textFile->dir.path, directory);
 }
 
-constexpr const char* longTextPath = "the path of the reel header's text file is too long";
+constexpr const char* kLongTextPath = "the path of the reel header's text file is too long";
 
 }  // namespace
 
@@ -102,7 +102,7 @@ bool loadSegyFormat(const FILE_SPEC& file, SegyFormat* format, Messages* message
   if (!tell(messages, file, parseSegyFormat(text, format))) return false;
   format->itsFileSpec = file;
   if (!nameForUsing(std::string(fieldText(file.dir.path)), &format->itsTextFileSpec))
-    return refuse(messages, file, longTextPath);
+    return refuse(messages, file, kLongTextPath);
   for (const std::string& warning : checkSegyFormat(*format))
     messages->push_back(formatText("%s: %s", file.name, warning.c_str()));
   return true;
@@ -112,7 +112,7 @@ bool saveSegyFormat(SegyFormat* format, const FILE_SPEC& file, Messages* message
   if (format->itIsReadOnly != 0 && isSameFile(format->itsFileSpec, file))
     return refuse(messages, file, "the description is read-only");
   FILE_SPEC textFile = format->itsTextFileSpec;
-  if (!nameForStoring(std::string(fieldText(file.dir.path)), &textFile)) return refuse(messages, file, longTextPath);
+  if (!nameForStoring(std::string(fieldText(file.dir.path)), &textFile)) return refuse(messages, file, kLongTextPath);
   const FILE_SPEC inUse = std::exchange(format->itsTextFileSpec, textFile);
   const std::string text = printSegyFormat(*format);
   format->itsTextFileSpec = inUse;

@@ -12,44 +12,44 @@ constexpr Setting<Record> number(const char* key, int Record::*place, int low, i
   return {key, place, false, low, high};
 }
 
-constexpr std::array format = {
+constexpr std::array kFormat = {
     Setting<SegyFormat>{"input", &SegyFormat::itIsInputFmt},
     Setting<SegyFormat>{"read-only", &SegyFormat::itIsReadOnly},
     Setting<SegyFormat>{"big-endian", &SegyFormat::itIsBigEndian},
     Setting<SegyFormat>{"reel-header", &SegyFormat::itHasReelHeader},
-    number("reel-header-bytes", &SegyFormat::itsReelBytes, 0, maxSegyHeaderBytes),
+    number("reel-header-bytes", &SegyFormat::itsReelBytes, 0, kMaxSegyHeaderBytes),
     Setting<SegyFormat>{"reel-header-ebcdic", &SegyFormat::itHasReelEBCDIC},
     Setting<SegyFormat>{"reel-header-from-file", &SegyFormat::itUsesTextFile},
     Setting<SegyFormat>{"binary-header", &SegyFormat::itHasBinaryHeader},
-    number("binary-header-bytes", &SegyFormat::itsBinaryBytes, 0, maxSegyHeaderBytes),
+    number("binary-header-bytes", &SegyFormat::itsBinaryBytes, 0, kMaxSegyHeaderBytes),
     Setting<SegyFormat>{"trace-header", &SegyFormat::itHasTraceHeader},
-    number("trace-header-bytes", &SegyFormat::itsTraceBytes, 0, maxSegyHeaderBytes),
-    number("trace-record", &SegyFormat::itsTraceRecord, lowestInt, highestInt),
+    number("trace-header-bytes", &SegyFormat::itsTraceBytes, 0, kMaxSegyHeaderBytes),
+    number("trace-record", &SegyFormat::itsTraceRecord, kLowestInt, kHighestInt),
     Setting<SegyFormat>{"strip-auxiliary", &SegyFormat::itDoesStripAux},
     Setting<SegyFormat>{"dead-traces", &SegyFormat::itOutputsDeadTraces},
     Setting<SegyFormat>{"vibroseis-correlation", &SegyFormat::itDoesVibCorr},
     Setting<SegyFormat>{"minimum-phase", &SegyFormat::itDoesMinPhase},
     Setting<SegyFormat>{"sweep-trace-fixed", &SegyFormat::itsSweepTraceFixed},
     Setting<SegyFormat>{"swap-input-bytes", &SegyFormat::itDoesSwapBytes},
-    number("start-padding", &SegyFormat::itsStartPad, lowestInt, highestInt),
-    number("end-padding", &SegyFormat::itsEndPad, lowestInt, highestInt),
+    number("start-padding", &SegyFormat::itsStartPad, kLowestInt, kHighestInt),
+    number("end-padding", &SegyFormat::itsEndPad, kLowestInt, kHighestInt),
 };
 
-constexpr std::array field = {
+constexpr std::array kField = {
     Setting<SegyField>{"required", &SegyField::itIsRequired},
     Setting<SegyField>{"edited", &SegyField::itIsEditedField},
     Setting<SegyField>{"mapped", &SegyField::itIsMapped},
 };
 
-constexpr std::array<const char*, 5> typeNames = {"int8", "int16", "int32", "float32", "float64"};
+constexpr std::array<const char*, 5> kTypeNames = {"int8", "int16", "int32", "float32", "float64"};
 
 }  // namespace
 
-std::span<const Setting<SegyFormat>> formatSettings() { return format; }
-std::span<const Setting<SegyField>> fieldSettings() { return field; }
+std::span<const Setting<SegyFormat>> formatSettings() { return kFormat; }
+std::span<const Setting<SegyField>> fieldSettings() { return kField; }
 
 const char* typeName(int type) {
-  return isKyrType(type) ? typeNames.at(static_cast<std::size_t>(type - byteType)) : nullptr;
+  return isKyrType(type) ? kTypeNames.at(static_cast<std::size_t>(type - byteType)) : nullptr;
 }
 
 int typeOfName(std::string_view name) {

@@ -16,8 +16,8 @@
 
 namespace segytext {
 
-constexpr int lowestInt = std::numeric_limits<int>::min();
-constexpr int highestInt = std::numeric_limits<int>::max();
+constexpr int kLowestInt = std::numeric_limits<int>::min();
+constexpr int kHighestInt = std::numeric_limits<int>::max();
 
 /// A yes/no setting or a whole number of a record.
 template <typename Record>
@@ -46,8 +46,8 @@ const char* typeName(int type);
 int typeOfName(std::string_view name);
 
 /// The first line is signature, version, readable, oldest reading version.
-constexpr std::string_view signature = "Quarlo SEG Y format, version ";
-constexpr std::string_view readable = ", readable from ";
+constexpr std::string_view kSignature = "Quarlo SEG Y format, version ";
+constexpr std::string_view kReadable = ", readable from ";
 
 /// A whole text as a number; nothing when it is none, out of range or not finite.
 template <typename T>

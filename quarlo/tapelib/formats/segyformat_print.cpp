@@ -18,10 +18,10 @@ std::string oneLine(std::string_view text) {
 /// The lines of one section. What is 0 or empty is not written.
 class Lines {
  public:
-  explicit Lines(std::string* target) : text(*target) {}
+  explicit Lines(std::string* target) : text_(*target) {}
 
   void add(const char* key, const std::string& value) {
-    if (!value.empty()) text += std::string(key) + " = " + value + '\n';
+    if (!value.empty()) text_ += std::string(key) + " = " + value + '\n';
   }
 
   template <typename Record>
@@ -32,12 +32,12 @@ class Lines {
   }
 
  private:
-  std::string& text;
+  std::string& text_;
 };
 
 std::string outputProperties(const SegyField& field) {
   std::string numbers;
-  const int count = std::clamp(field.kyrHeaderCount, 0, maxOutputProperties);
+  const int count = std::clamp(field.kyrHeaderCount, 0, kMaxOutputProperties);
   for (int i = 0; i < count; ++i) numbers += (i == 0 ? "" : " ") + segytext::numberText(int{field.outputKyrHeader[i]});
   return numbers;
 }
@@ -83,8 +83,8 @@ void checkFields(const SegyFormat& format, bool isBinary, std::vector<std::strin
 }  // namespace
 
 std::string printSegyFormat(const SegyFormat& format) {
-  std::string text = std::string(segytext::signature) + segytext::numberText(segyTextVersion) +
-                     std::string(segytext::readable) + segytext::numberText(segyTextReadableFrom) + "\n\n";
+  std::string text = std::string(segytext::kSignature) + segytext::numberText(kSegyTextVersion) +
+                     std::string(segytext::kReadable) + segytext::numberText(kSegyTextReadableFrom) + "\n\n";
   Lines lines(&text);
   lines.add("name", oneLine(fieldText(format.itsName)));
   lines.addSettings(segytext::formatSettings(), format);

@@ -11,15 +11,15 @@ namespace {
 
 using segytext::fieldSettings;
 using segytext::formatSettings;
+using segytext::kReadable;
+using segytext::kSignature;
 using segytext::numberIn;
-using segytext::readable;
 using segytext::Setting;
-using segytext::signature;
 using segytext::takeNumber;
 using segytext::takeValue;
 using segytext::typeOfName;
 
-constexpr std::size_t maxFaults = 100;
+constexpr std::size_t kMaxFaults = 100;
 
 std::vector<std::string_view> wordsOf(std::string_view text) {
   std::vector<std::string_view> words;
@@ -62,7 +62,7 @@ struct TypedValue {
 
 class Reader {
  public:
-  explicit Reader(SegyFormat* target) : format(*target) {}
+  explicit Reader(SegyFormat* target) : format_(*target) {}
 
   std::vector<SegyTextFault> read(std::string_view text);
 
@@ -84,44 +84,44 @@ class Reader {
   void require(bool holds, std::string_view key, const char* what) {
     if (!holds) fault(quoted(key) + ' ' + what);
   }
-  void fault(const std::string& text) { faultAt(lineNumber, text); }
+  void fault(const std::string& text) { faultAt(lineNumber_, text); }
   void faultAt(int line, const std::string& text) {
-    if (faults.size() < maxFaults) faults.push_back({line, text});
+    if (faults_.size() < kMaxFaults) faults_.push_back({line, text});
   }
 
-  SegyFormat& format;
-  std::vector<SegyTextFault> faults;
-  int lineNumber = 0;
-  bool hasSignature = false;
-  std::map<std::string_view, int> keys;  // of the section, with their lines
-  int sectionLine = 0;                   // 0 before the first field
-  bool isBinary = false;
-  bool isKept = false;  // the section's head was sound
-  SegyField field;
-  std::vector<TypedValue> typedValues;
+  SegyFormat& format_;
+  std::vector<SegyTextFault> faults_;
+  int lineNumber_ = 0;
+  bool hasSignature_ = false;
+  std::map<std::string_view, int> keys_;  // of the section, with their lines
+  int sectionLine_ = 0;                   // 0 before the first field
+  bool isBinary_ = false;
+  bool isKept_ = false;  // the section's head was sound
+  SegyField field_;
+  std::vector<TypedValue> typedValues_;
 };
 
 std::vector<SegyTextFault> Reader::read(std::string_view text) {
-  format = SegyFormat{};
-  if (text.size() > maxSegyTextBytes) {
-    fault(formatText("the text is longer than %zu bytes", maxSegyTextBytes));
-    return faults;
+  format_ = SegyFormat{};
+  if (text.size() > kMaxSegyTextBytes) {
+    fault(formatText("the text is longer than %zu bytes", kMaxSegyTextBytes));
+    return faults_;
   }
-  for (std::size_t start = 0; start < text.size() && faults.size() < maxFaults;) {
+  for (std::size_t start = 0; start < text.size() && faults_.size() < kMaxFaults;) {
     const std::size_t end = std::min(text.find('\n', start), text.size());
-    ++lineNumber;
+    ++lineNumber_;
     readLine(trimText(text.substr(start, end - start)));
-    if (!hasSignature) return faults;
+    if (!hasSignature_) return faults_;
     start = end + 1;
   }
-  if (!hasSignature) readSignature("");
+  if (!hasSignature_) readSignature("");
   endSection();
-  return faults;
+  return faults_;
 }
 
 void Reader::readLine(std::string_view line) {
   const auto isControl = [](char c) { return (static_cast<unsigned char>(c) < ' ' && c != '\t') || c == 127; };
-  if (!hasSignature)
+  if (!hasSignature_)
     readSignature(line);
   else if (std::ranges::any_of(line, isControl))
     fault("a character that is no text");
@@ -132,38 +132,38 @@ void Reader::readLine(std::string_view line) {
 }
 
 void Reader::readSignature(std::string_view line) {
-  const std::size_t middle = line.find(readable);
+  const std::size_t middle = line.find(kReadable);
   int oldest = 0;
-  if (!line.starts_with(signature) || middle == std::string_view::npos || middle < signature.size() ||
-      !takeNumber(line.substr(signature.size(), middle - signature.size()), &format.itsVersion) ||
-      !takeNumber(line.substr(middle + readable.size()), &oldest) || oldest < 1 || format.itsVersion < oldest)
+  if (!line.starts_with(kSignature) || middle == std::string_view::npos || middle < kSignature.size() ||
+      !takeNumber(line.substr(kSignature.size(), middle - kSignature.size()), &format_.itsVersion) ||
+      !takeNumber(line.substr(middle + kReadable.size()), &oldest) || oldest < 1 || format_.itsVersion < oldest)
     return fault("no SEG Y format description: the first line must read " +
-                 quoted(formatText("%s%d%s%d", std::string(signature).c_str(), segyTextVersion,
-                                   std::string(readable).c_str(), segyTextReadableFrom)));
-  if (oldest > segyTextVersion)
-    return fault(formatText("written in version %d, which this program cannot read", format.itsVersion));
-  hasSignature = true;
+                 quoted(formatText("%s%d%s%d", std::string(kSignature).c_str(), kSegyTextVersion,
+                                   std::string(kReadable).c_str(), kSegyTextReadableFrom)));
+  if (oldest > kSegyTextVersion)
+    return fault(formatText("written in version %d, which this program cannot read", format_.itsVersion));
+  hasSignature_ = true;
 }
 
 void Reader::readSection(std::string_view line) {
   endSection();
-  sectionLine = lineNumber;
-  keys.clear();
-  typedValues.clear();
-  field = SegyField{};
-  isBinary = line.starts_with("[binary ");
-  isKept = false;
-  if ((!isBinary && !line.starts_with("[trace ")) || !line.ends_with(']'))
+  sectionLine_ = lineNumber_;
+  keys_.clear();
+  typedValues_.clear();
+  field_ = SegyField{};
+  isBinary_ = line.starts_with("[binary ");
+  isKept_ = false;
+  if ((!isBinary_ && !line.starts_with("[trace ")) || !line.ends_with(']'))
     return fault("a section is [binary NAME] or [trace NAME]");
   const std::size_t start = line.find(' ');
   const std::string_view name = trimText(line.substr(start, line.size() - 1 - start));
-  if (name.empty() || name.find(']') != std::string_view::npos || !copyText(field.itsName, name))
-    return fault(quoted(name) + formatText(" is no name of 1 to %zu characters", sizeof field.itsName - 1));
-  if (getField(isBinary ? format.itsBinaryFields : format.itsTraceFields, field.itsName) != nullptr)
-    return fault("a second field " + quoted(name) + (isBinary ? " of the binary header" : " of the trace header"));
-  if ((isBinary ? format.itsBinaryCount : format.itsTraceCount) >= maxSegyFields)
-    return fault(formatText("more than %d fields", maxSegyFields));
-  isKept = true;
+  if (name.empty() || name.find(']') != std::string_view::npos || !copyText(field_.itsName, name))
+    return fault(quoted(name) + formatText(" is no name of 1 to %zu characters", sizeof field_.itsName - 1));
+  if (getField(isBinary_ ? format_.itsBinaryFields : format_.itsTraceFields, field_.itsName) != nullptr)
+    return fault("a second field " + quoted(name) + (isBinary_ ? " of the binary header" : " of the trace header"));
+  if ((isBinary_ ? format_.itsBinaryCount : format_.itsTraceCount) >= kMaxSegyFields)
+    return fault(formatText("more than %d fields", kMaxSegyFields));
+  isKept_ = true;
 }
 
 void Reader::readSetting(std::string_view line) {
@@ -171,8 +171,8 @@ void Reader::readSetting(std::string_view line) {
   if (equals == std::string_view::npos) return fault("neither KEY = VALUE nor a section");
   const std::string_view key = trimText(line.substr(0, equals));
   const std::string_view value = trimText(line.substr(equals + 1));
-  if (!keys.emplace(key, lineNumber).second) return fault(quoted(key) + " is given twice");
-  sectionLine == 0 ? readFormatValue(key, value) : readFieldValue(key, value);
+  if (!keys_.emplace(key, lineNumber_).second) return fault(quoted(key) + " is given twice");
+  sectionLine_ == 0 ? readFormatValue(key, value) : readFieldValue(key, value);
 }
 
 template <typename Record>
@@ -196,44 +196,44 @@ bool Reader::readFrom(std::span<const Setting<Record>> settings, std::string_vie
 void Reader::readFormatValue(std::string_view key, std::string_view value) {
   int types = 0;
   if (key == "name")
-    require(copyText(format.itsName, value), key, "has at most 256 characters");
+    require(copyText(format_.itsName, value), key, "has at most 256 characters");
   else if (key == "reel-header-file")
-    require(takePath(value, &format.itsTextFileSpec), key, "must be the path of a file");
+    require(takePath(value, &format_.itsTextFileSpec), key, "must be the path of a file");
   else if (key == "trace-types")
-    require(takeNumbers(value, format.itsTraceTypes, &types) && types == 3, key, "must be three whole numbers");
-  else if (!readFrom(formatSettings(), key, value, &format))
+    require(takeNumbers(value, format_.itsTraceTypes, &types) && types == 3, key, "must be three whole numbers");
+  else if (!readFrom(formatSettings(), key, value, &format_))
     fault("unknown key " + quoted(key));
 }
 
 void Reader::readFieldValue(std::string_view key, std::string_view value) {
   if (key == "description") {
-    require(copyText(field.itsDescription, value), key, "has at most 63 characters");
+    require(copyText(field_.itsDescription, value), key, "has at most 63 characters");
   } else if (key == "type") {
     const int type = typeOfName(value);
     require(type != 0, key, "must be int8, int16, int32, float32 or float64");
-    if (type != 0) field.itsType = static_cast<KyrType>(type);
+    if (type != 0) field_.itsType = static_cast<KyrType>(type);
   } else if (key == "byte") {
     const std::optional<int> place = numberIn<int>(value);
-    require(place && *place >= -maxSegyHeaderBytes && *place <= maxSegyHeaderBytes, key,
+    require(place && *place >= -kMaxSegyHeaderBytes && *place <= kMaxSegyHeaderBytes, key,
             "must be a place in the header, the first byte being 1");
-    field.itsOffset = place.value_or(1) - 1;
+    field_.itsOffset = place.value_or(1) - 1;
   } else if (key == "scale") {
-    require(takeNumber(value, &field.itsScaleFactor), key, "must be a number");
+    require(takeNumber(value, &field_.itsScaleFactor), key, "must be a number");
   } else if (key == "override") {
-    typedValues.push_back({lineNumber, key, value, {&field.itsOverrideValue}});
-    field.itIsOverridden = 1;
+    typedValues_.push_back({lineNumber_, key, value, {&field_.itsOverrideValue}});
+    field_.itIsOverridden = 1;
   } else if (key == "range") {
-    typedValues.push_back({lineNumber, key, value, {&field.itsRangeMin, &field.itsRangeMax}});
-    field.itHasRange = 1;
+    typedValues_.push_back({lineNumber_, key, value, {&field_.itsRangeMin, &field_.itsRangeMax}});
+    field_.itHasRange = 1;
   } else if (key == "input-property" || key == "output-properties") {
     readProperties(key, value);
-  } else if (!readFrom(fieldSettings(), key, value, &field)) {
+  } else if (!readFrom(fieldSettings(), key, value, &field_)) {
     fault("unknown key " + quoted(key));
   }
 }
 
 void Reader::readProperties(std::string_view key, std::string_view value) {
-  int properties[maxOutputProperties] = {};
+  int properties[kMaxOutputProperties] = {};
   int count = 0;
   const bool isInput = key == "input-property";
   const bool sound = takeNumbers(value, properties, &count) && (!isInput || count == 1);
@@ -241,18 +241,18 @@ void Reader::readProperties(std::string_view key, std::string_view value) {
     return fault(quoted(key) + (isInput ? " must be the number of a trace property"
                                         : " must be at most 42 numbers of trace properties"));
   if (isInput) {
-    field.inputKyrHeader = static_cast<TraceProperty>(properties[0]);
+    field_.inputKyrHeader = static_cast<TraceProperty>(properties[0]);
     return;
   }
-  field.kyrHeaderCount = count;
-  std::ranges::transform(properties, field.outputKyrHeader,
+  field_.kyrHeaderCount = count;
+  std::ranges::transform(properties, field_.outputKyrHeader,
                          [](int property) { return static_cast<TraceProperty>(property); });
 }
 
 void Reader::readTyped(const TypedValue& typed) {
   const auto words = wordsOf(typed.text);
   bool sound = words.size() == typed.places.size();
-  for (std::size_t i = 0; sound && i < words.size(); ++i) sound = takeValue(words[i], field.itsType, typed.places[i]);
+  for (std::size_t i = 0; sound && i < words.size(); ++i) sound = takeValue(words[i], field_.itsType, typed.places[i]);
   if (!sound)
     faultAt(typed.line, quoted(typed.key) + formatText(" must be %zu number%s of the field's type", typed.places.size(),
                                                        typed.places.size() > 1 ? "s" : ""));
@@ -261,13 +261,14 @@ void Reader::readTyped(const TypedValue& typed) {
 }
 
 void Reader::endSection() {
-  if (sectionLine == 0) return endFormat();
-  if (!isKept) return;
+  if (sectionLine_ == 0) return endFormat();
+  if (!isKept_) return;
   for (const char* key : {"type", "byte"})
-    if (!keys.contains(key))
-      faultAt(sectionLine, "field " + quoted(fieldText(field.itsName)) + " has no " + quoted(key));
-  if (keys.contains("type")) std::ranges::for_each(typedValues, [this](const TypedValue& typed) { readTyped(typed); });
-  addSegyField(&format, isBinary, field);
+    if (!keys_.contains(key))
+      faultAt(sectionLine_, "field " + quoted(fieldText(field_.itsName)) + " has no " + quoted(key));
+  if (keys_.contains("type"))
+    std::ranges::for_each(typedValues_, [this](const TypedValue& typed) { readTyped(typed); });
+  addSegyField(&format_, isBinary_, field_);
 }
 
 void Reader::endFormat() {
@@ -276,15 +277,15 @@ void Reader::endFormat() {
     bool isThere;
     int bytes;
   };
-  const Header headers[] = {{"reel-header", format.itHasReelHeader != 0, format.itsReelBytes},
-                            {"binary-header", format.itHasBinaryHeader != 0, format.itsBinaryBytes},
-                            {"trace-header", format.itHasTraceHeader != 0, format.itsTraceBytes}};
+  const Header headers[] = {{"reel-header", format_.itHasReelHeader != 0, format_.itsReelBytes},
+                            {"binary-header", format_.itHasBinaryHeader != 0, format_.itsBinaryBytes},
+                            {"trace-header", format_.itHasTraceHeader != 0, format_.itsTraceBytes}};
   for (const Header& header : headers)
     if (header.isThere && header.bytes == 0)
-      faultAt(keys[header.key],
+      faultAt(keys_[header.key],
               quoted(header.key) + " needs " + quoted(std::string(header.key) + "-bytes") + " of 1 or more");
-  if (format.itUsesTextFile != 0 && format.itsTextFileSpec.name[0] == '\0')
-    faultAt(keys["reel-header-from-file"], "\"reel-header-from-file\" needs \"reel-header-file\"");
+  if (format_.itUsesTextFile != 0 && format_.itsTextFileSpec.name[0] == '\0')
+    faultAt(keys_["reel-header-from-file"], "\"reel-header-from-file\" needs \"reel-header-file\"");
 }
 
 }  // namespace

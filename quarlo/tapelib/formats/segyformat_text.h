@@ -8,8 +8,8 @@
 #include "quarlo/tapelib/formats/segyformat.h"
 
 /// Version of the text form that is written, and the oldest that can read it.
-constexpr int segyTextVersion = 1;
-constexpr int segyTextReadableFrom = 1;
+constexpr int kSegyTextVersion = 1;
+constexpr int kSegyTextReadableFrom = 1;
 
 /// Something wrong with a description, or worth a look.
 struct SegyTextFault {
@@ -18,8 +18,8 @@ struct SegyTextFault {
 };
 
 /// Longest text that is taken for a description, in bytes, and the most fields of one header.
-constexpr std::size_t maxSegyTextBytes = std::size_t{1024} * 1024;
-constexpr int maxSegyFields = 1000;
+constexpr std::size_t kMaxSegyTextBytes = std::size_t{1024} * 1024;
+constexpr int kMaxSegyFields = 1000;
 
 /// Reads a description. What it does not mention is "no", 0 or empty, a scale 1.
 /// @param format receives it, whole or (with faults) in part; its file specification is left empty

@@ -12,8 +12,8 @@
 namespace {
 
 std::string inEbcdic(const std::string& ascii) {
-  std::array<int, a2eTableSize> toEbcdic{};
-  std::array<int, e2aTableSize> toAscii{};
+  std::array<int, kA2eTableSize> toEbcdic{};
+  std::array<int, kE2aTableSize> toAscii{};
   initascebc(toEbcdic.data(), toAscii.data());
   std::string ebcdic(ascii.size() + 1, '\0');  // asc2ebc ends its text
   asc2ebc(ascii.data(), ebcdic.data(), static_cast<int>(ascii.size()), toEbcdic.data());

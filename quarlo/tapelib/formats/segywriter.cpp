@@ -19,9 +19,9 @@
 
 namespace {
 
-constexpr std::array<std::string_view, 8> binaryNames = {"TracesPerRec", "AuxPerRec",   "Dt",         "Nt",
-                                                         "SampFormat",   "SweepLength", "SweepTrace", "CorrCode"};
-constexpr std::array<std::string_view, 7> traceNames = {
+constexpr std::array<std::string_view, 8> kBinaryNames = {"TracesPerRec", "AuxPerRec",   "Dt",         "Nt",
+                                                          "SampFormat",   "SweepLength", "SweepTrace", "CorrCode"};
+constexpr std::array<std::string_view, 7> kTraceNames = {
     "TraceNumber", "TraceType", "Nt", "Dt", "FieldFile", "FieldFileTraceNumber", "WeightingFactor"};
 
 // ---- fields -----------------------------------------------------------------------------------------------------
@@ -30,37 +30,37 @@ constexpr std::array<std::string_view, 7> traceNames = {
 class HeaderFields {
  public:
   HeaderFields(SegyFormat* format, bool isBinary, char* header)
-      : list(isBinary ? format->itsBinaryFields : format->itsTraceFields),
-        bytes(header, static_cast<std::size_t>(segyHeaderBytes(*format, isBinary))),
-        swap(format->itIsBigEndian != 0) {}
+      : list_(isBinary ? format->itsBinaryFields : format->itsTraceFields),
+        bytes_(header, static_cast<std::size_t>(segyHeaderBytes(*format, isBinary))),
+        swap_(format->itIsBigEndian != 0) {}
 
   void put(const char* name, std::int16_t value) { put(name, &value, shortIntType); }
   void put(const char* name, std::int32_t value) { put(name, &value, longIntType); }
 
   /// The fields that no program fills but the description itself does.
   void putFixedValues(std::span<const std::string_view> suppliedNames) {
-    for (SegyField* field = list; field != nullptr; field = field->nextField) {
+    for (SegyField* field = list_; field != nullptr; field = field->nextField) {
       const bool isSupplied = std::ranges::count(suppliedNames, fieldText(field->itsName)) > 0;
       if (field->itIsOverridden != 0 && !isSupplied)
-        tell(field, encodeSegyField(bytes, &field->itsOverrideValue, field, swap));
+        tell(field, encodeSegyField(bytes_, &field->itsOverrideValue, field, swap_));
     }
   }
 
  private:
   void put(const char* name, const void* value, int type) {
-    tell(getField(list, name), putFieldValue(value, list, bytes, swap, type, name));
+    tell(getField(list_, name), putFieldValue(value, list_, bytes_, swap_, type, name));
   }
   void tell(SegyField* field, FieldPut result) {
     if (result != FieldPut::Outside || field->itIsToldOutside != 0) return;
     field->itIsToldOutside = 1;
     console_printf("  ** Field \"%s\" does not fit the %zu bytes of the %s header and is left out.",
-                   std::string(fieldText(field->itsName)).c_str(), bytes.size(),
+                   std::string(fieldText(field->itsName)).c_str(), bytes_.size(),
                    field->itIsBinaryField != 0 ? "binary" : "trace");
   }
 
-  SegyField* list;
-  std::span<char> bytes;
-  bool swap;
+  SegyField* list_;
+  std::span<char> bytes_;
+  bool swap_;
 };
 
 void forgetTold(SegyField* list) {
@@ -96,14 +96,14 @@ bool openOutputFile(ProcessRecord* procRecord, UnitStruct* units) {
 bool writeReelHeader(ProcessRecord* procRecord, UnitStruct* units, std::string_view header) {
   std::FILE* const file = units[1].fp;
   if (units[1].type != UT_DISK)
-    return tlv_tape_write(units, ALL_OUTPUTS, header.data(), static_cast<int>(header.size())) >= 1;
+    return tlv_tape_write(units, kAllOutputs, header.data(), static_cast<int>(header.size())) >= 1;
   if (std::fwrite(header.data(), 1, header.size(), file) == header.size() && std::fflush(file) == 0) return true;
   say(procRecord, "  *** Error writing to output disk file.");
   return false;
 }
 
 bool isHeaderLength(ProcessRecord* procRecord, int bytes, const char* which) {
-  if (bytes >= 1 && bytes <= maxSegyHeaderBytes) return true;
+  if (bytes >= 1 && bytes <= kMaxSegyHeaderBytes) return true;
   say(procRecord, formatText("  *** The format description gives the %s reel header %d bytes.", which, bytes));
   return false;
 }
@@ -158,7 +158,7 @@ int initSegyOut(ProcessRecord* procRecord, SegyFormat* segyFmt, short tracesPerR
   fields.put("SweepLength", sweepLength);
   fields.put("SweepTrace", sweepChannel);
   fields.put("CorrCode", corrFlag);
-  fields.putFixedValues(binaryNames);
+  fields.putFixedValues(kBinaryNames);
   return writeReelHeader(procRecord, units, header) ? 0 : -1;
 }
 
@@ -171,7 +171,7 @@ void fillTraceHeader(SegyFormat* segyFmt, char* header, int traceNumber, int fie
   fields.put("Dt", microseconds<std::int32_t>(sampleInterval));
   fields.put("FieldFile", std::int32_t{fieldFileNumber});
   fields.put("FieldFileTraceNumber", std::int32_t{channel});
-  fields.putFixedValues(traceNames);
+  fields.putFixedValues(kTraceNames);
 }
 
 int BuildFieldSegyTrace(SegyFormat* segyFmt, const float* inputData, char* segyTrace, int samples, int seqNum,

@@ -47,22 +47,22 @@ Header decode(const HeaderBytes& bytes) {
 
 HeaderBytes fileHeader() {
   HeaderBytes bytes{};
-  storeLe32(bytes.data(), MAGIC);
+  storeLe32(bytes.data(), kMagic);
   return bytes;
 }
 
-bool isFileHeader(const HeaderBytes& bytes) { return loadLe32(bytes.data()) == MAGIC; }
+bool isFileHeader(const HeaderBytes& bytes) { return loadLe32(bytes.data()) == kMagic; }
 
 bool Reader::lengthIsSound() const {
-  if (current.length < 0) {
-    console_printf("  *** Damaged %s: the block header at byte %.0f announces %d bytes.", kind, position,
-                   static_cast<int>(current.length));
+  if (current_.length < 0) {
+    console_printf("  *** Damaged %s: the block header at byte %.0f announces %d bytes.", kind_, position_,
+                   static_cast<int>(current_.length));
     return false;
   }
-  if (static_cast<unsigned int>(current.length) > bufferSize) {
-    console_printf("  *** The block at byte %.0f of the %s announces %d bytes;", position, kind,
-                   static_cast<int>(current.length));
-    console_printf("      %u bytes is the current block size limit (set ST_BUFFER to change it).", bufferSize);
+  if (static_cast<unsigned int>(current_.length) > bufferSize_) {
+    console_printf("  *** The block at byte %.0f of the %s announces %d bytes;", position_, kind_,
+                   static_cast<int>(current_.length));
+    console_printf("      %u bytes is the current block size limit (set ST_BUFFER to change it).", bufferSize_);
     return false;
   }
   return true;
@@ -71,40 +71,40 @@ bool Reader::lengthIsSound() const {
 /// After a failed read, with its errno. @return false when nothing went wrong but that the file ends here
 bool Reader::sayReadError() const {
   const int reason = errno;
-  if (std::ferror(file) == 0) return false;
-  const off_t place = ftello(file);
-  console_printf("  *** Error reading the %s \"%s\" at byte %.0f: %s.", kind, name,
-                 place < 0 ? position : static_cast<double>(place), std::strerror(reason));
+  if (std::ferror(file_) == 0) return false;
+  const off_t place = ftello(file_);
+  console_printf("  *** Error reading the %s \"%s\" at byte %.0f: %s.", kind_, name_,
+                 place < 0 ? position_ : static_cast<double>(place), std::strerror(reason));
   return true;
 }
 
 bool Reader::atEnd() {
-  const int byte = std::getc(file);
-  return byte == EOF ? std::ferror(file) == 0 : std::ungetc(byte, file) == EOF;
+  const int byte = std::getc(file_);
+  return byte == EOF ? std::ferror(file_) == 0 : std::ungetc(byte, file_) == EOF;
 }
 
 Item Reader::next(char* buffer, int* length) {
   *length = 0;
   HeaderBytes bytes{};
-  if (tpfRead(bytes.data(), 1, HEADER_SIZE, file) < 0) {
-    if (!sayReadError()) console_printf("  *** No whole block header at byte %.0f of the %s.", position, kind);
+  if (tpfRead(bytes.data(), 1, kHeaderSize, file_) < 0) {
+    if (!sayReadError()) console_printf("  *** No whole block header at byte %.0f of the %s.", position_, kind_);
     return Item::Failed;
   }
-  current = decode(bytes);
-  if (current.isMark()) {
-    position += HEADER_SIZE;
+  current_ = decode(bytes);
+  if (current_.isMark()) {
+    position_ += kHeaderSize;
     return Item::Mark;
   }
   if (!lengthIsSound()) return Item::Failed;
-  if (current.length > 0 && tpfRead(buffer, 1, current.length, file) < 0) {
+  if (current_.length > 0 && tpfRead(buffer, 1, current_.length, file_) < 0) {
     if (!sayReadError()) {
       console_printf("  *** The block of %d bytes at byte %.0f of the %s is not whole.",
-                     static_cast<int>(current.length), position, kind);
+                     static_cast<int>(current_.length), position_, kind_);
     }
     return Item::Failed;
   }
-  *length = current.length;
-  position += HEADER_SIZE + static_cast<double>(current.length);
+  *length = current_.length;
+  position_ += kHeaderSize + static_cast<double>(current_.length);
   return Item::Block;
 }
 
@@ -112,85 +112,85 @@ double Reader::bytesLeft() {
   HeaderBytes bytes{};
   std::size_t got = 0;
   do {
-    got = std::fread(bytes.data(), 1, bytes.size(), file);
+    got = std::fread(bytes.data(), 1, bytes.size(), file_);
   } while (got == bytes.size() && decode(bytes).isMark());
-  const bool ends = got == 0 && std::ferror(file) == 0;
-  if (ends || fseeko(file, 0, SEEK_END) != 0) return 0;
-  return static_cast<double>(ftello(file)) - position;
+  const bool ends = got == 0 && std::ferror(file_) == 0;
+  if (ends || fseeko(file_, 0, SEEK_END) != 0) return 0;
+  return static_cast<double>(ftello(file_)) - position_;
 }
 
 namespace {
 
 /// Bytes of one write: every write but the last ends at a multiple of this.
-constexpr std::size_t PIECE = std::size_t{128} * 1024;
+constexpr std::size_t kPiece = std::size_t{128} * 1024;
 
 }  // namespace
 
 bool Writer::begin(bool withFileHeader) {
-  const int descriptor = fileno(file);
-  if (std::fflush(file) != 0 || lseek(descriptor, 0, SEEK_SET) < 0) return false;
+  const int descriptor = fileno(file_);
+  if (std::fflush(file_) != 0 || lseek(descriptor, 0, SEEK_SET) < 0) return false;
   // A device cannot be cut, and need not be.
   if (ftruncate(descriptor, 0) != 0 && errno != EINVAL) return false;
-  held.clear();
-  held.reserve(PIECE);
-  unsure.clear();
-  onDisk = 0;
-  whole = 0;
-  taken = {};
+  held_.clear();
+  held_.reserve(kPiece);
+  unsure_.clear();
+  onDisk_ = 0;
+  whole_ = 0;
+  taken_ = {};
   const HeaderBytes bytes = fileHeader();
-  return !withFileHeader || (writeItem(bytes.data(), HEADER_SIZE, nullptr, 0, -1) && flush());
+  return !withFileHeader || (writeItem(bytes.data(), kHeaderSize, nullptr, 0, -1) && flush());
 }
 
 bool Writer::writeBlock(const Header* header, const char* data, int length) {
   if (header == nullptr) return writeItem(data, length, nullptr, 0, length);
   const HeaderBytes bytes = encode(*header);
-  return writeItem(bytes.data(), HEADER_SIZE, data, length, length);
+  return writeItem(bytes.data(), kHeaderSize, data, length, length);
 }
 
 bool Writer::writeMark(const Header& header) {
   const HeaderBytes bytes = encode(header);
-  return writeItem(bytes.data(), HEADER_SIZE, nullptr, 0, -1);
+  return writeItem(bytes.data(), kHeaderSize, nullptr, 0, -1);
 }
 
 bool Writer::writeItem(const char* first, int firstLength, const char* second, int secondLength, int blockLength) {
   if (!put(first, static_cast<std::size_t>(firstLength)) || !put(second, static_cast<std::size_t>(secondLength))) {
-    const long long begin = unsure.empty() ? whole : unsure.back().end;
-    cutAtHeader = blockLength >= 0 && second != nullptr && onDisk >= begin && onDisk < begin + firstLength;
+    const long long begin = unsure_.empty() ? whole_ : unsure_.back().end;
+    cutAtHeader_ = blockLength >= 0 && second != nullptr && onDisk_ >= begin && onDisk_ < begin + firstLength;
     cutBack();
     return false;
   }
-  unsure.push_back({onDisk + static_cast<long long>(held.size()), blockLength});
+  unsure_.push_back({onDisk_ + static_cast<long long>(held_.size()), blockLength});
   settle();
   return true;
 }
 
 bool Writer::put(const char* bytes, std::size_t count) {
   while (count > 0) {
-    const std::size_t room = PIECE - static_cast<std::size_t>(onDisk) % PIECE;
-    if (held.empty() && count >= room) {  // large blocks need not be copied first
+    const std::size_t room = kPiece - static_cast<std::size_t>(onDisk_) % kPiece;
+    if (held_.empty() && count >= room) {  // large blocks need not be copied first
       if (!store(bytes, room)) return false;
       bytes += room;
       count -= room;
       continue;
     }
-    const std::size_t now = std::min(count, room - held.size());
-    held.insert(held.end(), bytes, bytes + now);
+    const std::size_t now = std::min(count, room - held_.size());
+    held_.insert(held_.end(), bytes, bytes + now);
     bytes += now;
     count -= now;
-    if (held.size() == room) {
-      if (!store(held.data(), room)) return false;
-      held.clear();
+    if (held_.size() == room) {
+      if (!store(held_.data(), room)) return false;
+      held_.clear();
     }
   }
   return true;
 }
 
 bool Writer::flush() {
-  if (!store(held.data(), held.size())) {
+  if (!store(held_.data(), held_.size())) {
     cutBack();
     return false;
   }
-  held.clear();
+  held_.clear();
   settle();
   return true;
 }
@@ -198,13 +198,13 @@ bool Writer::flush() {
 /// All of the bytes to disk; `onDisk` tells how many arrived.
 bool Writer::store(const char* bytes, std::size_t count) {
   while (count > 0) {
-    const ssize_t now = write(fileno(file), bytes, count);
+    const ssize_t now = write(fileno(file_), bytes, count);
     if (now < 0 && errno == EINTR) continue;
     if (now <= 0) {
       errno = now < 0 ? errno : ENOSPC;
       return false;
     }
-    onDisk += now;
+    onDisk_ += now;
     bytes += now;
     count -= static_cast<std::size_t>(now);
   }
@@ -213,21 +213,21 @@ bool Writer::store(const char* bytes, std::size_t count) {
 
 /// Forgets the items that are wholly on disk.
 void Writer::settle() {
-  for (; !unsure.empty() && unsure.front().end <= onDisk; unsure.pop_front()) whole = unsure.front().end;
+  for (; !unsure_.empty() && unsure_.front().end <= onDisk_; unsure_.pop_front()) whole_ = unsure_.front().end;
 }
 
 /// After a failed write: counts what is lost, ends the file with its last whole item. Keeps errno.
 void Writer::cutBack() {
   const int reason = errno;
   settle();
-  for (const Item& item : unsure) {
-    taken.blocks += item.blockLength >= 0 ? 1 : 0;
-    taken.bytes += std::max(item.blockLength, 0);
+  for (const Item& item : unsure_) {
+    taken_.blocks += item.blockLength >= 0 ? 1 : 0;
+    taken_.bytes += std::max(item.blockLength, 0);
   }
-  unsure.clear();
-  held.clear();
-  if (ftruncate(fileno(file), whole) == 0) (void)lseek(fileno(file), whole, SEEK_SET);
-  onDisk = whole;
+  unsure_.clear();
+  held_.clear();
+  if (ftruncate(fileno(file_), whole_) == 0) (void)lseek(fileno(file_), whole_, SEEK_SET);
+  onDisk_ = whole_;
   errno = reason;
 }
 

@@ -13,23 +13,23 @@
 
 namespace tpf {
 
-constexpr std::uint32_t MAGIC = 0x746C7631;  ///< "1vlt"
-constexpr int HEADER_SIZE = 32;
-constexpr std::uint32_t MARKER_FILEMARK = 0xF0F0F0F0;
-constexpr std::uint32_t MARKER_BLOCK = 0xFFFFFFFF;
+constexpr std::uint32_t kMagic = 0x746C7631;  ///< "1vlt"
+constexpr int kHeaderSize = 32;
+constexpr std::uint32_t kMarkerFilemark = 0xF0F0F0F0;
+constexpr std::uint32_t kMarkerBlock = 0xFFFFFFFF;
 
-using HeaderBytes = std::array<char, HEADER_SIZE>;
+using HeaderBytes = std::array<char, kHeaderSize>;
 
 /// A block's or a filemark's header.
 struct Header {
   std::int32_t length = 0;      ///< data bytes that follow
   std::uint32_t blockType = 0;  ///< the writing job's block type word
   std::array<std::uint32_t, 5> reserved{0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF};
-  std::uint32_t marker = MARKER_BLOCK;
+  std::uint32_t marker = kMarkerBlock;
 
-  bool isMark() const { return marker == MARKER_FILEMARK; }
+  bool isMark() const { return marker == kMarkerFilemark; }
 };
-static_assert(HEADER_SIZE == 4 * (1 + 1 + 5 + 1));
+static_assert(kHeaderSize == 4 * (1 + 1 + 5 + 1));
 
 HeaderBytes encode(const Header& header);
 Header decode(const HeaderBytes& bytes);
@@ -46,12 +46,12 @@ class Reader {
   /// @param limit size of the buffer that blocks are read into
   /// @param fileName for the messages, which call the file `what`; both outlive this object
   Reader(std::FILE* stream, unsigned int limit, const char* fileName, const char* what = "tape-image file")
-      : file(stream), bufferSize(limit), name(fileName), kind(what) {}
+      : file_(stream), bufferSize_(limit), name_(fileName), kind_(what) {}
 
   /// @param buffer receives a block's bytes, @param length their count (0 for a mark)
   Item next(char* buffer, int* length);
   /// The header of what `next` answered last.
-  const Header& header() const { return current; }
+  const Header& header() const { return current_; }
   /// Whether the file ends behind the last item, with or without closing marks.
   bool atEnd();
   /// Bytes of the file behind the last item when data go on there; 0 when only filemarks follow, or nothing.
@@ -61,12 +61,12 @@ class Reader {
   bool lengthIsSound() const;
   bool sayReadError() const;
 
-  std::FILE* file;
-  unsigned int bufferSize;
-  const char* name;
-  const char* kind;
-  Header current;
-  double position = HEADER_SIZE;  // byte position of the item that next() reads
+  std::FILE* file_;
+  unsigned int bufferSize_;
+  const char* name_;
+  const char* kind_;
+  Header current_;
+  double position_ = kHeaderSize;  // byte position of the item that next() reads
 };
 
 /// Writes blocks and filemarks to a disk file in large pieces. When a write fails, the file is cut back to its last
@@ -79,7 +79,7 @@ class Writer {
     double bytes = 0;
   };
 
-  explicit Writer(std::FILE* stream) : file(stream) {}
+  explicit Writer(std::FILE* stream) : file_(stream) {}
 
   /// Empties the file and, for a tape-image file, writes the file header at once. @return false with errno on failure
   bool begin(bool withFileHeader);
@@ -89,9 +89,9 @@ class Writer {
   bool writeMark(const Header& header);
   /// Brings to disk what is still held here. @return false with errno on failure
   bool flush();
-  const Lost& lost() const { return taken; }
+  const Lost& lost() const { return taken_; }
   /// Whether the last block that failed did so before its own bytes began.
-  bool failedAtHeader() const { return cutAtHeader; }
+  bool failedAtHeader() const { return cutAtHeader_; }
 
  private:
   /// An accepted item that is not wholly on disk yet.
@@ -106,13 +106,13 @@ class Writer {
   void settle();
   void cutBack();
 
-  std::FILE* file;
-  std::vector<char> held;   // behind what is on disk
-  std::deque<Item> unsure;  // items that end there
-  long long onDisk = 0;
-  long long whole = 0;  // end of the last item that is wholly on disk
-  Lost taken;
-  bool cutAtHeader = false;
+  std::FILE* file_;
+  std::vector<char> held_;   // behind what is on disk
+  std::deque<Item> unsure_;  // items that end there
+  long long onDisk_ = 0;
+  long long whole_ = 0;  // end of the last item that is wholly on disk
+  Lost taken_;
+  bool cutAtHeader_ = false;
 };
 
 }  // namespace tpf

@@ -20,6 +20,6 @@ double getValue(const char* ptr, int dataType) {
 }
 
 int valueBytes(int dataType) {
-  constexpr int BYTES[] = {1, 2, 4, 4};
-  return dataType >= DT_INT8 && dataType <= DT_FLOAT32 ? BYTES[dataType] : 0;
+  constexpr int kBytes[] = {1, 2, 4, 4};
+  return dataType >= DT_INT8 && dataType <= DT_FLOAT32 ? kBytes[dataType] : 0;
 }

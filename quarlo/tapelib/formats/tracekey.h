@@ -2,7 +2,7 @@
 /// big-endian.
 #pragma once
 
-constexpr int TRACE_HEADER_BYTES = 240;
+constexpr int kTraceHeaderBytes = 240;
 
 /// Data type codes of header fields.
 enum DATA_TYPE : int { DT_INT8 = 0, DT_INT16 = 1, DT_INT32 = 2, DT_FLOAT32 = 3 };

@@ -15,27 +15,27 @@ BlockRead PatientReader::read(UnitStruct* units, char* buffer, int bytes, int* c
   const bool patient = !units->inputAbort;
   const auto mayTryOn = [&] { return *count < 0 && patient && !tlv_position_lost(units, 0); };
   *count = tlv_tape_read(units, 0, buffer, bytes);
-  for (int attempt = 0; mayTryOn() && attempt < RETRIES; ++attempt) {
-    words.tell(words.retrying);
+  for (int attempt = 0; mayTryOn() && attempt < kRetries; ++attempt) {
+    words_.tell(words_.retrying);
     *count = tlv_tape_read(units, 0, buffer, bytes);
   }
-  const bool maySkip = mayTryOn() && words.skipping != nullptr;
-  if (maySkip && skippedInARow < SKIPS_IN_A_ROW) {
-    ++skippedInARow;
+  const bool maySkip = mayTryOn() && words_.skipping != nullptr;
+  if (maySkip && skippedInARow_ < kSkipsInARow) {
+    ++skippedInARow_;
     return passOver(units, count);
   }
   note(units, *count);
   if (*count >= 0) {
-    skippedInARow = 0;
+    skippedInARow_ = 0;
     return BlockRead::Done;
   }
-  if (maySkip) words.tell(words.tooMany);
+  if (maySkip) words_.tell(words_.tooMany);
   return BlockRead::Failed;
 }
 
 /// Skips what could not be read. A filemark stops the skip, and is one to the job though it could not be read.
 BlockRead PatientReader::passOver(UnitStruct* units, int* count) {
-  words.tell(words.skipping);
+  words_.tell(words_.skipping);
   const bool failed = tlv_skip_blocks(units, 0, 1) != 0;
   if (failed && tlv_stopped_by_mark(units, 0)) {
     units->eofMark = 1;
@@ -44,7 +44,7 @@ BlockRead PatientReader::passOver(UnitStruct* units, int* count) {
     return BlockRead::Done;
   }
   noteLost();
-  stuck = failed;
+  stuck_ = failed;
   return BlockRead::Skipped;
 }
 
@@ -58,25 +58,25 @@ void PatientReader::note(const UnitStruct* units, int count) {
     place.passMark();
   else if (count < 0 && !tlv_position_lost(units, 0) && !tlv_failed_at_mark(units, 0))
     noteLost();
-  stuck = stuck && count < 0;
+  stuck_ = stuck_ && count < 0;
   errno = reason;
 }
 
 /// The block that the tape stands before could not be read. It counts once.
 void PatientReader::noteLost() {
-  if (stuck) return;
+  if (stuck_) return;
   place.passBlocks(1);
-  if (++lost <= NAMED) firstLost.push_back(place.block());
+  if (++lost_ <= kNamed) firstLost_.push_back(place.block());
 }
 
 void PatientReader::tellOfLost() const {
-  if (lost == 0) return;
-  std::string line = formatText("  ** %lld block%s could not be read:", lost, plural(lost));
+  if (lost_ == 0) return;
+  std::string line = formatText("  ** %lld block%s could not be read:", lost_, plural(lost_));
   const char* between = " ";
-  for (const TapePlace::Block& block : firstLost) {
+  for (const TapePlace::Block& block : firstLost_) {
     line += formatText("%stape %d file %d block %lld", between, block.tape, block.file, block.block);
     between = ", ";
   }
-  if (lost > NAMED) line += formatText(" and %lld more", lost - NAMED);
-  words.tell((line + ".").c_str());
+  if (lost_ > kNamed) line += formatText(" and %lld more", lost_ - kNamed);
+  words_.tell((line + ".").c_str());
 }

@@ -56,10 +56,10 @@ class TapePlace {
 /// Unit 0 read by a copy job, block by block.
 class PatientReader {
  public:
-  static constexpr int RETRIES = 5;
-  static constexpr int SKIPS_IN_A_ROW = 5;
+  static constexpr int kRetries = 5;
+  static constexpr int kSkipsInARow = 5;
 
-  explicit PatientReader(const RetryWords& jobWords) : words(jobWords) {}
+  explicit PatientReader(const RetryWords& jobWords) : words_(jobWords) {}
 
   /// Reads with retries and skips; without them when `inputAbort` is set or the tape's position is lost.
   /// @param count receives bytes, 0 at a mark or the end of data, -1 (errno as of tlv_tape_read)
@@ -75,15 +75,16 @@ class PatientReader {
   void tellOfLost() const;
 
  private:
-  static constexpr int NAMED = 10;
+  static constexpr int kNamed = 10;
 
   BlockRead passOver(UnitStruct* units, int* count);
   void note(const UnitStruct* units, int count);
   void noteLost();
 
-  RetryWords words;
-  int skippedInARow = 0;
-  bool stuck = false;  // the tape still stands before the block that was to be skipped: what fails there is in the list
-  std::vector<TapePlace::Block> firstLost;
-  long long lost = 0;
+  RetryWords words_;
+  int skippedInARow_ = 0;
+  bool stuck_ =
+      false;  // the tape still stands before the block that was to be skipped: what fails there is in the list
+  std::vector<TapePlace::Block> firstLost_;
+  long long lost_ = 0;
 };

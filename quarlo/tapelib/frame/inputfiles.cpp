@@ -18,12 +18,12 @@ std::optional<std::pair<dev_t, ino_t>> nodeOf(const std::string& path) {
 }  // namespace
 
 void FileSet::add(const std::string& path) {
-  if (const auto node = nodeOf(path)) nodes.insert(*node);
+  if (const auto node = nodeOf(path)) nodes_.insert(*node);
 }
 
 bool FileSet::holds(const std::string& path) const {
   const auto node = nodeOf(path);
-  return node && nodes.contains(*node);
+  return node && nodes_.contains(*node);
 }
 
 void DirectoryFiles::nameOthers(void (*tell)(const char* line)) const {

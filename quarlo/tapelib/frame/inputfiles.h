@@ -17,26 +17,26 @@ class FileSet {
   bool holds(const std::string& path) const;
 
  private:
-  std::set<std::pair<dev_t, ino_t>> nodes;
+  std::set<std::pair<dev_t, ino_t>> nodes_;
 };
 
 /// The working directory of before comes back with the end of this.
 class DirectoryVisit {
  public:
-  explicit DirectoryVisit(const DIRECTORY& directory) : saved(xvt_fsys_save_dir()) {
-    there = saved && directory.path[0] != '\0' && xvt_fsys_set_dir(&directory);
+  explicit DirectoryVisit(const DIRECTORY& directory) : saved_(xvt_fsys_save_dir()) {
+    there_ = saved_ && directory.path[0] != '\0' && xvt_fsys_set_dir(&directory);
   }
   ~DirectoryVisit() {
-    if (saved) xvt_fsys_restore_dir();
+    if (saved_) xvt_fsys_restore_dir();
   }
   DirectoryVisit(const DirectoryVisit&) = delete;
   DirectoryVisit& operator=(const DirectoryVisit&) = delete;
   /// Whether the directory is the working directory now; one without a name never becomes it.
-  bool isThere() const { return there; }
+  bool isThere() const { return there_; }
 
  private:
-  bool saved;
-  bool there = false;
+  bool saved_;
+  bool there_ = false;
 };
 
 /// What stands in a directory under names that match a pattern, in listing order. Links count as what they lead to.

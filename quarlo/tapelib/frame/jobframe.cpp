@@ -40,34 +40,34 @@ bool runGuarded(const std::function<void()>& work) noexcept {
 /// By way of the other: what fails behind it ends in the destructor, and no dialog stays up.
 JobFrame::JobFrame(int jobType, int inputType, int* first, int* percent, int* items, long refreshMilliseconds)
     : JobFrame(Unopened{}, jobType, inputType, first, percent, items) {
-  if (xvt_dlg_create_res(WD_MODELESS, DLG_PROGRESS, ProgressDlg_eh, &record) == NULL_WIN) {
+  if (xvt_dlg_create_res(WD_MODELESS, DLG_PROGRESS, ProgressDlg_eh, &record_) == NULL_WIN) {
     xvt_dm_post_error("Error opening dialog");
     return;
   }
-  opened = true;
-  timer = xvt_timer_create(progress, refreshMilliseconds);
+  opened_ = true;
+  timer_ = xvt_timer_create(progress_, refreshMilliseconds);
 }
 
 JobFrame::~JobFrame() { close(); }
 
 bool JobFrame::goOn() {
   xvt_app_process_pending_events();
-  stopSeen = stopIsWanted();
-  return !stopSeen;
+  stopSeen_ = stopIsWanted();
+  return !stopSeen_;
 }
 
-bool JobFrame::stopIsWanted() const { return abortFlag != 0 || xvt_app_is_ending(); }
+bool JobFrame::stopIsWanted() const { return abortFlag_ != 0 || xvt_app_is_ending(); }
 
 void JobFrame::close() {
-  if (timer != 0) {
-    xvt_timer_destroy(timer);
-    timer = 0;
+  if (timer_ != 0) {
+    xvt_timer_destroy(timer_);
+    timer_ = 0;
   }
   // The dialog may be gone already: its handle is then NULL_WIN.
-  if (progress != NULL_WIN) {
+  if (progress_ != NULL_WIN) {
     EVENT destroy;
     destroy.type = E_DESTROY;
-    xvt_win_dispatch_event(progress, &destroy);
-    progress = NULL_WIN;
+    xvt_win_dispatch_event(progress_, &destroy);
+    progress_ = NULL_WIN;
   }
 }

@@ -21,19 +21,19 @@ class JobFrame {
   /// Opens the progress dialog and starts its refresh timer. The counters live with the job, longer than the frame.
   /// @param percent counter of a disk input, @param items counter of a tape input (see ProgrStruct)
   JobFrame(int jobType, int inputType, int* first, int* percent, int* items,
-           long refreshMilliseconds = PROGRESS_PERIOD);
+           long refreshMilliseconds = kProgressPeriod);
   ~JobFrame();
   JobFrame(const JobFrame&) = delete;
   JobFrame& operator=(const JobFrame&) = delete;
 
   /// False when the progress dialog could not be opened; its box has been shown.
-  bool isOpen() const { return opened; }
+  bool isOpen() const { return opened_; }
 
   /// Lets events run. False when the user (or the end of the program) wants the job to stop.
   bool goOn();
 
   /// True of a stop that goOn() did not see: it came while the job waited for its next tape, and ended that wait.
-  bool stopIsNews() const { return !stopSeen && stopIsWanted(); }
+  bool stopIsNews() const { return !stopSeen_ && stopIsWanted(); }
 
   /// Ends the timer and the progress dialog; the destructor does what is left.
   void close();
@@ -41,15 +41,15 @@ class JobFrame {
  private:
   struct Unopened {};
   JobFrame(Unopened, int jobType, int inputType, int* first, int* percent, int* items)
-      : counters{jobType, inputType, first, percent, items, &abortFlag}, running(&abortFlag) {}
+      : counters_{jobType, inputType, first, percent, items, &abortFlag_}, running_(&abortFlag_) {}
   bool stopIsWanted() const;
 
-  int abortFlag = 0;
-  ProgrStruct counters;
-  WINDOW progress = NULL_WIN;  // kept by the dialog itself
-  ProgressRecord record{&counters, &progress};
-  long timer = 0;
-  bool opened = false;
-  bool stopSeen = false;
-  RunningJob running;
+  int abortFlag_ = 0;
+  ProgrStruct counters_;
+  WINDOW progress_ = NULL_WIN;  // kept by the dialog itself
+  ProgressRecord record_{&counters_, &progress_};
+  long timer_ = 0;
+  bool opened_ = false;
+  bool stopSeen_ = false;
+  RunningJob running_;
 };

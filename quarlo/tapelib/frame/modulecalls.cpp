@@ -103,7 +103,7 @@ int kyrRead(ProcessRecord* job, void* buffer, int bytes) {
 int kyrWrite(ProcessRecord* job, const void* buffer, int bytes) {
   if (bytes <= 0) return 0;
   if (isTape(job, KYR_OUTPUT)) {
-    const int result = tlv_tape_write(job->deviceUnit, ALL_OUTPUTS, static_cast<const char*>(buffer), bytes);
+    const int result = tlv_tape_write(job->deviceUnit, kAllOutputs, static_cast<const char*>(buffer), bytes);
     return result < bytes ? -1 : bytes;
   }
   std::FILE* stream = openStream(job, KYR_OUTPUT);

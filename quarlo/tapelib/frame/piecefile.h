@@ -19,18 +19,18 @@ class PieceReader {
   std::span<const char> take(std::size_t bytes);
   /// The same bytes, which the next call hands out again.
   std::span<const char> peek(std::size_t bytes);
-  bool failed() const { return error; }
+  bool failed() const { return error_; }
   /// Called before bytes that were handed out are overwritten; empty for nobody.
   std::function<void()> beforeRefill;
 
  private:
   bool fill(std::size_t bytes);
 
-  int descriptor = -1;
-  std::vector<char> buffer;
-  std::size_t first = 0;  // of what is not handed out yet
-  std::size_t last = 0;
-  bool error = false;
+  int descriptor_ = -1;
+  std::vector<char> buffer_;
+  std::size_t first_ = 0;  // of what is not handed out yet
+  std::size_t last_ = 0;
+  bool error_ = false;
 };
 
 /// What a failed write took back of what it had accepted.
@@ -44,7 +44,7 @@ struct LostOutput {
 class PieceWriter {
  public:
   /// @param tell takes the lines about what went wrong
-  explicit PieceWriter(void (*tell)(const char* line) = console_out) : say(tell) {}
+  explicit PieceWriter(void (*tell)(const char* line) = console_out) : say_(tell) {}
 
   /// Writes to this stream from now on, which nobody else writes to meanwhile. What the file holds goes with the first
   /// write, not before. @param fileName for the messages
@@ -55,7 +55,7 @@ class PieceWriter {
   bool writeLent(std::span<const char> piece, bool isTrace);
   /// Hands what is still in the buffer, or lent, to the disk.
   bool flush();
-  const LostOutput& lost() const { return gone; }
+  const LostOutput& lost() const { return gone_; }
 
  private:
   struct Piece {
@@ -66,15 +66,15 @@ class PieceWriter {
   bool writeBuffer(std::size_t* written);
   bool lose(std::size_t written, int reason);
 
-  void (*say)(const char* line);
-  std::FILE* file = nullptr;
-  std::string name;
+  void (*say_)(const char* line);
+  std::FILE* file_ = nullptr;
+  std::string name_;
   void forget();
 
-  std::vector<char> buffer;
-  std::span<const char> lent;  // pieces one behind the other; nothing is in the buffer then
-  std::vector<Piece> pieces;   // of either
-  LostOutput gone;
-  bool broken = false;
-  bool emptied = false;  // what stood in the file is gone
+  std::vector<char> buffer_;
+  std::span<const char> lent_;  // pieces one behind the other; nothing is in the buffer then
+  std::vector<Piece> pieces_;   // of either
+  LostOutput gone_;
+  bool broken_ = false;
+  bool emptied_ = false;  // what stood in the file is gone
 };

@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr TapeChangeWords reformatWords = {"Tape finished.", "Magazine finished.", "  "};
+constexpr TapeChangeWords kReformatWords = {"Tape finished.", "Magazine finished.", "  "};
 
 void closeInput(UnitStruct* units) {
   if (units->type == UT_TAPE && units->state == 1 && !units->inputNoRewind) tlv_rewind(units, 0);
@@ -16,12 +16,12 @@ void closeInput(UnitStruct* units) {
 
 int doTapeContinue(ProcessRecord* procRecord) {
   UnitStruct* const units = GetDevUnit(procRecord);
-  return units != nullptr ? nextInputTape(units, reformatWords) : 0;
+  return units != nullptr ? nextInputTape(units, kReformatWords) : 0;
 }
 
 int doOutTapeContinue(ProcessRecord* procRecord) {
   UnitStruct* const units = GetDevUnit(procRecord);
-  return units != nullptr ? nextOutputTapes(units, reformatWords) : 0;
+  return units != nullptr ? nextOutputTapes(units, kReformatWords) : 0;
 }
 
 void bail(ProcessRecord* procRecord, Link theLink, WINDOW progressWindow, long progressTimer) {

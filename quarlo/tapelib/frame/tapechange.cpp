@@ -81,7 +81,7 @@ int nextOutputTapes(UnitStruct* units, const TapeChangeWords& words) {
 }
 
 bool completeOutputTapes(UnitStruct* units, int marks) {
-  if (tlv_weof(units, ALL_OUTPUTS, marks) != 0) return false;
+  if (tlv_weof(units, kAllOutputs, marks) != 0) return false;
   forgetWritten(units);
   return true;
 }

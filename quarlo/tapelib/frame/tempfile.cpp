@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr mode_t NEW_FILE_MODE = 0666;
+constexpr mode_t kNewFileMode = 0666;
 
 std::string withoutLinks(const std::string& path) {
   const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(path.c_str(), nullptr), &std::free);
@@ -24,33 +24,33 @@ std::string withoutLinks(const std::string& path) {
 TempFile::~TempFile() { release(); }
 
 void TempFile::release() {
-  if (made && !kept && isInPlace()) (void)unlink(place.c_str());
-  if (file >= 0) close(std::exchange(file, -1));  // and with it goes the lock
-  made = kept = false;
+  if (made_ && !kept_ && isInPlace()) (void)unlink(place_.c_str());
+  if (file_ >= 0) close(std::exchange(file_, -1));  // and with it goes the lock
+  made_ = kept_ = false;
 }
 
 bool TempFile::isInPlace() const {
   struct stat mine {};
   struct stat there {};
-  return file >= 0 && fstat(file, &mine) == 0 && lstat(place.c_str(), &there) == 0 && mine.st_dev == there.st_dev &&
+  return file_ >= 0 && fstat(file_, &mine) == 0 && lstat(place_.c_str(), &there) == 0 && mine.st_dev == there.st_dev &&
          mine.st_ino == there.st_ino;
 }
 
 std::uint64_t TempFile::size() const {
   struct stat facts {};
-  return fstat(file, &facts) == 0 ? static_cast<std::uint64_t>(facts.st_size) : 0;
+  return fstat(file_, &facts) == 0 ? static_cast<std::uint64_t>(facts.st_size) : 0;
 }
 
 std::time_t TempFile::written() const {
   struct stat facts {};
-  return fstat(file, &facts) == 0 ? facts.st_mtime : 0;
+  return fstat(file_, &facts) == 0 ? facts.st_mtime : 0;
 }
 
 TempFile::Claim TempFile::claim(const std::string& path) {
   // Who held the file may have removed it between the opening and the lock.
-  constexpr int ATTEMPTS = 20;
+  constexpr int kAttempts = 20;
   Claim result = Claim::InUse;
-  for (int i = 0; i < ATTEMPTS; ++i) {
+  for (int i = 0; i < kAttempts; ++i) {
     result = open(path);
     if (result != Claim::Taken || isInPlace()) break;
     result = Claim::InUse;
@@ -65,25 +65,25 @@ TempFile::Claim TempFile::claim(const std::string& path) {
 }
 
 TempFile::Claim TempFile::open(const std::string& path) {
-  constexpr int FLAGS = O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK;  // the opening of a pipe is not to be waited for
-  file = ::open(path.c_str(), FLAGS | O_EXCL, NEW_FILE_MODE);
-  made = file >= 0;
-  if (!made && errno == EEXIST) file = ::open(path.c_str(), FLAGS, NEW_FILE_MODE);
+  constexpr int kFlags = O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK;  // the opening of a pipe is not to be waited for
+  file_ = ::open(path.c_str(), kFlags | O_EXCL, kNewFileMode);
+  made_ = file_ >= 0;
+  if (!made_ && errno == EEXIST) file_ = ::open(path.c_str(), kFlags, kNewFileMode);
   struct stat facts {};
-  if (file < 0 || fstat(file, &facts) != 0) return Claim::Failed;
+  if (file_ < 0 || fstat(file_, &facts) != 0) return Claim::Failed;
   if (!S_ISREG(facts.st_mode)) {
     errno = EINVAL;
     return Claim::Failed;
   }
-  place = withoutLinks(path);
-  if (flock(file, LOCK_EX | LOCK_NB) == 0) return Claim::Taken;
+  place_ = withoutLinks(path);
+  if (flock(file_, LOCK_EX | LOCK_NB) == 0) return Claim::Taken;
   if (errno != EWOULDBLOCK) return Claim::NoLocks;
-  made = false;  // whoever locked it first has it
+  made_ = false;  // whoever locked it first has it
   return Claim::InUse;
 }
 
 bool TempFile::empty() {
-  if (ftruncate(file, 0) != 0) return false;
-  made = true;
+  if (ftruncate(file_, 0) != 0) return false;
+  made_ = true;
   return true;
 }

@@ -28,14 +28,14 @@ class TempFile {
   /// Empties the file, which belongs to this object from then on. @return false with errno
   bool empty();
   /// Lets it stay at the end of this object.
-  void keep() { kept = true; }
+  void keep() { kept_ = true; }
 
-  int descriptor() const { return file; }
+  int descriptor() const { return file_; }
   std::uint64_t size() const;
   /// When it was last written to, in seconds.
   std::time_t written() const;
   /// The path without links.
-  const std::string& path() const { return place; }
+  const std::string& path() const { return place_; }
   /// Whether this file still stands at its path.
   bool isInPlace() const;
 
@@ -43,8 +43,8 @@ class TempFile {
   Claim open(const std::string& path);
   void release();
 
-  int file = -1;
-  std::string place;
-  bool made = false;
-  bool kept = false;
+  int file_ = -1;
+  std::string place_;
+  bool made_ = false;
+  bool kept_ = false;
 };

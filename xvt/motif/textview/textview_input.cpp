@@ -258,8 +258,8 @@ TextPosition TextViewImpl::placeFor(KeySym symbol, unsigned state) const {
 }
 
 bool TextViewImpl::selectKey(KeySym symbol, unsigned state) {
-  static constexpr KeySym movers[] = {XK_Up, XK_Down, XK_Page_Up, XK_Page_Down, XK_Left, XK_Right, XK_Home, XK_End};
-  if (std::find(std::begin(movers), std::end(movers), symbol) == std::end(movers)) return false;
+  static constexpr KeySym kMovers[] = {XK_Up, XK_Down, XK_Page_Up, XK_Page_Down, XK_Left, XK_Right, XK_Home, XK_End};
+  if (std::find(std::begin(kMovers), std::end(kMovers), symbol) == std::end(kMovers)) return false;
   if (selection().empty() && (static_cast<long>(point_.line) < originLine ||
                               static_cast<long>(point_.line) >= originLine + std::max(1L, viewLines())))
     startAt({static_cast<std::size_t>(originLine), 0}, TextUnit::character);
