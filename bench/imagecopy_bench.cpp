@@ -8,11 +8,10 @@
 #include "quarlo/copy/vrfy_dlg.h"
 #include "quarlo/tapelib/dialogs/cons_win.h"
 #include "quarlo/tapelib/driver/driver.h"
-#include "resources/dialogs.h"
 #include "resources/ids.h"
 #include "tests/support/tap_images.h"
 #include "tests/support/test_files.h"
-#include "tests/support/toolkit_double.h"
+#include "tests/support/test_toolkit.h"
 
 namespace {
 
@@ -26,7 +25,6 @@ class Bench {
     std::filesystem::create_directory(folder.path("drives"));
     writeFile(folder.path("drives/in.drive"), "id = 1\ncartridge = in.tap\n");
     writeFile(folder.path("drives/out.drive"), "id = 2\ncartridge = out.tap\n");
-    xvt_res_use(quarloResources());
     toolkit.openTaskWindow([](WINDOW, EVENT*) -> long { return 0; });
     setTapeDriver(nullptr);
     initIO(getDevPtr());
@@ -80,7 +78,7 @@ class Bench {
   }
 
   TestFolder folder;
-  ToolkitDouble toolkit;
+  TestToolkit toolkit;
 };
 
 void measure(Bench& bench, std::size_t blockSize, double goal) {

@@ -9,10 +9,9 @@
 #include "quarlo/segdcopy/segdcopy.h"
 #include "quarlo/tapelib/dialogs/cons_win.h"
 #include "quarlo/tapelib/diskunit.h"
-#include "resources/dialogs.h"
 #include "tests/segdcopy/segd_fixture.h"
 #include "tests/support/test_files.h"
-#include "tests/support/toolkit_double.h"
+#include "tests/support/test_toolkit.h"
 
 namespace {
 
@@ -22,7 +21,6 @@ constexpr int TRACES_A_FILE = 240;
 class Bench {
  public:
   Bench() {
-    xvt_res_use(quarloResources());
     toolkit.openTaskWindow([](WINDOW, EVENT*) -> long { return 0; });
     initIO(getDevPtr());
     consInit();
@@ -68,7 +66,7 @@ class Bench {
   }
 
   TestFolder folder;
-  ToolkitDouble toolkit;
+  TestToolkit toolkit;
 };
 
 }  // namespace

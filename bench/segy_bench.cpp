@@ -12,10 +12,9 @@
 #include "quarlo/tapelib/dialogs/cons_win.h"
 #include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/frame/jobframe.h"
-#include "resources/dialogs.h"
 #include "tests/support/segy_files.h"
 #include "tests/support/test_files.h"
-#include "tests/support/toolkit_double.h"
+#include "tests/support/test_toolkit.h"
 
 namespace {
 
@@ -49,7 +48,6 @@ int main(int argc, char** argv) {
 class Bench {
  public:
   Bench() {
-    xvt_res_use(quarloResources());
     toolkit.openTaskWindow([](WINDOW, EVENT*) -> long { return 0; });
     initIO(getDevPtr());
     consInit();
@@ -101,7 +99,7 @@ class Bench {
   }
 
   TestFolder folder;
-  ToolkitDouble toolkit;
+  TestToolkit toolkit;
 };
 
 void measureJobs(Bench& bench, int traces) {

@@ -11,8 +11,7 @@
 #include <string>
 
 #include "quarlo/tapelib/tlv_fcn.h"
-#include "resources/dialogs.h"
-#include "tests/support/toolkit_double.h"
+#include "tests/support/test_toolkit.h"
 
 inline void require(bool holds) {
   if (!holds) std::abort();
@@ -27,7 +26,6 @@ class Program {
     folder = pattern;
     std::filesystem::create_directory(folder + "/out");
     std::filesystem::current_path(folder);
-    xvt_res_use(quarloResources());
     toolkit.openTaskWindow([](WINDOW, EVENT*) -> long { return 0; });
     initIO(getDevPtr());
   }
@@ -40,7 +38,7 @@ class Program {
   Program& operator=(const Program&) = delete;
 
   std::string folder;
-  ToolkitDouble toolkit;
+  TestToolkit toolkit;
 };
 
 inline std::string contents(const std::string& path) {

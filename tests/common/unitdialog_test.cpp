@@ -49,7 +49,7 @@ class UnitDialogTest : public SegdTest {
     EXPECT_EQ(count("  *** There is not enough memory for this job."), 1);
     EXPECT_FALSE(jobIsRunning());
     EXPECT_EQ(toolkit.dialog(DLG_PROGRESS), NULL_WIN);
-    EXPECT_TRUE(toolkit.timers.empty());
+    EXPECT_FALSE(toolkit.hasTimers());
   }
   /// The same dialog fails once and then does its job.
   void expectFailureAndSuccess(int statusControl, int startControl, const std::function<void()>& choose) {

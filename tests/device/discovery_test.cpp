@@ -12,7 +12,7 @@
 #include "quarlo/tapelib/unix_fcn.h"
 #include "tests/device/bench.h"
 #include "tests/support/test_files.h"
-#include "tests/support/toolkit_double.h"
+#include "tests/support/test_toolkit.h"
 
 namespace {
 
@@ -113,7 +113,7 @@ TEST(Discovery, BufferLengthFromTheEnvironment) {
 
 TEST(Discovery, DriveListAndItsBoxes) {
   VirtualBench bench;
-  ToolkitDouble toolkit;
+  TestToolkit toolkit;
   UnitStruct* units = getDevPtr();
   initIO(units);
   ASSERT_EQ(getDriveList(units), 2);

@@ -15,7 +15,7 @@
 #include "tests/device/console_recorder.h"
 #include "tests/support/tap_images.h"
 #include "tests/support/test_files.h"
-#include "tests/support/toolkit_double.h"
+#include "tests/support/test_toolkit.h"
 
 namespace {
 
@@ -75,7 +75,7 @@ class Dispatch : public testing::Test {
   Tape tapeIn(const std::string& cartridge) { return tapeOf(readFile(folder_.path(cartridge + ".tap"))); }
 
   TestFolder folder_;
-  ToolkitDouble toolkit_;
+  TestToolkit toolkit_;
   FaultDriver* faults_ = nullptr;
   UnitStruct* units_ = getDevPtr();
 };
@@ -105,7 +105,7 @@ TEST_F(Dispatch, OutputsThatDoNotOpenTakeNoSlot) {
   const Tape wanted{std::string(32768, 'b'), MARK, MARK};
   EXPECT_EQ(tapeIn("T0"), wanted);
   EXPECT_EQ(tapeIn("T2"), wanted);
-  EXPECT_EQ(toolkit_.busy, 0);
+  EXPECT_FALSE(toolkit_.isBusy());
 }
 
 TEST_F(Dispatch, TheFirstOutputThatFailsStopsTheWalk) {
@@ -349,7 +349,7 @@ TEST(TapeFaults, PlansAreReadWhole) {
 }
 
 TEST(SmallRoutines, ForDialogs) {
-  ToolkitDouble toolkit;
+  TestToolkit toolkit;
   TestFolder folder;
   EXPECT_EQ(countTapeFiles(), -1);
   EXPECT_EQ(toolkit.errors, Lines{"Error: this feature has not been implemented on Linux."});

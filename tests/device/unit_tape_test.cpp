@@ -13,7 +13,7 @@
 #include "quarlo/tapelib/unix_fcn.h"
 #include "tests/device/bench.h"
 #include "tests/device/console_recorder.h"
-#include "tests/support/toolkit_double.h"
+#include "tests/support/test_toolkit.h"
 
 namespace {
 
@@ -73,7 +73,7 @@ class UnitTape : public testing::TestWithParam<std::string> {
     return seen;
   }
 
-  ToolkitDouble toolkit_;
+  TestToolkit toolkit_;
   std::unique_ptr<Bench> bench_;
   UnitStruct* units_ = getDevPtr();
 };
@@ -312,8 +312,7 @@ TEST_P(UnitTape, UnfitDrivesAreNamedInBoxes) {
   bench_->hands("insert A");
   tlv_tape_open(units_, 1);
   EXPECT_EQ(units_[1].state, 0);
-  EXPECT_EQ(toolkit_.errors,
-            (Lines{"Tape in drive \"DRIVE\" is write protected.\n", "Error opening drive \"DRIVE\"."}));
+  EXPECT_EQ(toolkit_.errors, (Lines{"Tape in drive \"DRIVE\" is write protected.", "Error opening drive \"DRIVE\"."}));
   tlv_tape_open(units_, 0);
   EXPECT_EQ(units_[0].state, 1);
   ASSERT_EQ(getDriveList(units_) > 0, true);

@@ -62,11 +62,11 @@ class TapeDialogs : public ShellTest {
   }
 
   /// Runs the input selection with `use` as the user.
-  bool selectInput(const ToolkitDouble::ModalScript& use) {
+  bool selectInput(const TestToolkit::ModalScript& use) {
     toolkit.onModal(DLG_INPUT_DRIVE, use);
     return chooseInputDrive(units) == DriveAnswer::Chosen;
   }
-  bool selectOutput(const ToolkitDouble::ModalScript& use) {
+  bool selectOutput(const TestToolkit::ModalScript& use) {
     toolkit.onModal(DLG_OUTPUT_DRIVE, use);
     return chooseOutputDrives(units) == DriveAnswer::Chosen;
   }
@@ -143,7 +143,7 @@ TEST_F(TapeDialogs, CancelChoosesNoDriveAndForgetsOptions) {
 
 TEST_F(TapeDialogs, OkWithoutADriveStoresTheOptionsOrAsksForOne) {
   const auto okTwice = [&](WINDOW d) {
-    EXPECT_EQ(toolkit.focus, xvt_win_get_ctl(d, DRV_LIST));
+    EXPECT_EQ(toolkit.focus(d), xvt_win_get_ctl(d, DRV_LIST));
     toolkit.press(d, DRV_OK);
     EXPECT_NE(toolkit.text(d, DRV_STATUS), "") << "nothing was touched: a drive was forgotten";
     toolkit.press(d, DRV_NO_REWIND);
@@ -220,13 +220,13 @@ TEST_F(TapeDialogs, InputContinuationOpensTheNextTape) {
     EXPECT_EQ(toolkit.text(d, IC_DRIVE), "VIRTUAL one");
     EXPECT_EQ(toolkit.text(d, IC_STATUS), "Offline");
     EXPECT_EQ(toolkit.text(d, IC_FILE_COUNT), "1");
-    toolkit.sendControl(xvt_win_get_ctl(d, IC_FILE_COUNT), CTL_FOCUS_GAIN);
+    toolkit.goTo(d, IC_FILE_COUNT);
     EXPECT_TRUE(toolkit.visible(d, IC_HINT)) << "the keyboard at opening is no action";
     for (const int control : {1, 3, 4, 10, 11, 6, 7}) EXPECT_FALSE(toolkit.enabled(d, control)) << control;
     toolkit.press(d, IC_OPEN);
     EXPECT_FALSE(toolkit.visible(d, IC_HINT));
     EXPECT_EQ(toolkit.text(d, IC_STATUS), "Online");
-    EXPECT_EQ(toolkit.focus, xvt_win_get_ctl(d, IC_CONTINUE)) << "Return must not stop the job";
+    EXPECT_EQ(toolkit.focus(d), xvt_win_get_ctl(d, IC_CONTINUE)) << "Return must not stop the job";
     for (const int control : {5, 14}) EXPECT_FALSE(toolkit.enabled(d, control)) << control;
     EXPECT_TRUE(xvt_menu_is_item_enabled(TASK_WIN, CMD_REWIND));
     toolkit.typeInto(d, IC_BLOCK_COUNT, "1");
@@ -289,7 +289,7 @@ TEST_F(TapeDialogs, OutputContinuationTakesAnotherDrive) {
     toolkit.onModal(DLG_OUTPUT_DRIVE, [&](WINDOW s) { toolkit.doubleClick(s, DRV_LIST, rowOf("two")); });
     toolkit.press(d, OC_SELECT_DRIVE);
     EXPECT_EQ(toolkit.errors,
-              (Lines{"Tape in drive \"VIRTUAL two\" is write protected.\n", "Error opening drive \"VIRTUAL two\"."}));
+              (Lines{"Tape in drive \"VIRTUAL two\" is write protected.", "Error opening drive \"VIRTUAL two\"."}));
     EXPECT_EQ(toolkit.text(d, OC_STATUS), "Offline");
     toolkit.onModal(DLG_OUTPUT_DRIVE, [&](WINDOW s) { toolkit.doubleClick(s, DRV_LIST, rowOf("one")); });
     toolkit.press(d, OC_SELECT_DRIVE);
@@ -519,7 +519,7 @@ class ErrorOptions : public ShellTest {
   std::vector<bool> flags() {
     return {units->inputAbort, units->inputNoRewind, units->outputNoRewind, units->useMultipleOut};
   }
-  void run(const ToolkitDouble::ModalScript& use) {
+  void run(const TestToolkit::ModalScript& use) {
     toolkit.onModal(DLG_ERROR_OPTIONS, use);
     xvt_dlg_create_res(WD_MODAL, DLG_ERROR_OPTIONS, ErrorDlg_eh, &units->inputAbort);
   }

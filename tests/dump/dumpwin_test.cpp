@@ -13,7 +13,7 @@
 
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/dialogs/cons_win.h"
-#include "tests/support/toolkit_double.h"
+#include "tests/support/test_toolkit.h"
 
 namespace {
 
@@ -26,13 +26,17 @@ std::string contentOf(const std::string& path) {
   return content.str();
 }
 
+XVT_FNTID font() { return xvt_font_create("courier", 10, FS_PLAIN); }
+
 int lineHeight() {
   int leading = 0;
   int ascent = 0;
   int descent = 0;
-  xvt_font_get_metrics(xvt_font_create("courier", 12, FS_PLAIN), &leading, &ascent, &descent);
+  xvt_font_get_metrics(font(), &leading, &ascent, &descent);
   return leading + ascent + descent;
 }
+
+int characterWidth() { return xvt_font_get_text_width(font(), "m", 1); }
 
 class TextWindowTest : public testing::Test {
  protected:
@@ -56,7 +60,7 @@ class TextWindowTest : public testing::Test {
     EVENT event;
     event.type = E_SIZE;
     event.size.height = lines * lineHeight();
-    event.size.width = columns * xvt_font_get_text_width(NULL_FNTID, "m", 1);
+    event.size.width = columns * characterWidth();
     xvt_win_dispatch_event(window, &event);
   }
   static void scroll(WINDOW window, EVENT_TYPE bar, SCROLL_CONTROL what, int position = 0) {
@@ -70,7 +74,7 @@ class TextWindowTest : public testing::Test {
   WINDOW console() { return kit.windowTitled("Console"); }
   bool consoleIsChecked() { return xvt_menu_is_item_checked(TASK_WIN, 1032); }
 
-  ToolkitDouble kit;
+  TestToolkit kit;
   std::filesystem::path home, directory;
 };
 
@@ -85,8 +89,10 @@ TEST_F(TextWindowTest, TheConsoleKeepsEveryLineOnScreenAndInTheFile) {
   EXPECT_EQ(kit.lines(console()), (Lines{"Copy started at noon.", " ", std::string(5000, 'x') + " 7", "two", "lines"}));
   // Read while the console is open: every line is flushed.
   EXPECT_EQ(contentOf("console.txt"), "Copy started at noon.\n \n" + std::string(5000, 'x') + " 7\ntwo\nlines\n");
-  kit.noMemoryIn = "xvt_tx_add_par";
-  EXPECT_THROW(console_out("last words"), std::bad_alloc);
+  kit.scarce = TestToolkit::Scarce::lines;
+  testing::internal::CaptureStderr();
+  console_out("last words");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "xvt: event handler: std::bad_alloc\n");
   EXPECT_TRUE(contentOf("console.txt").ends_with("lines\nlast words\n"));
 }
 
@@ -143,15 +149,15 @@ TEST_F(TextWindowTest, TheNewestLineStaysInViewUnlessTheUserScrolledBack) {
   EXPECT_EQ(origin(window), 1);
   for (int line = 11; line < 100; ++line) console_printf("%d", line);
   EXPECT_EQ(origin(window), 90);
-  EXPECT_EQ(kit.objects[window].sbarPosition[VSCROLL], 90 * lineHeight());
-  EXPECT_EQ(kit.objects[window].sbarLimit[VSCROLL], 100 * lineHeight());
+  EXPECT_EQ(kit.scrollPosition(window, VSCROLL), 90 * lineHeight());
+  EXPECT_EQ(kit.scrollLimit(window, VSCROLL), 100 * lineHeight());
   scroll(window, E_VSCROLL, SC_PAGE_UP);
   EXPECT_EQ(origin(window), 80);
   console_out("100");
   EXPECT_EQ(origin(window), 80);
   // The field moves by itself, by the wheel; the bar follows, and at the end new lines are followed again.
   consScrollCallback(xvt_tx_get(window, 1), 42, 101, 0);
-  EXPECT_EQ(kit.objects[window].sbarPosition[VSCROLL], 42 * lineHeight());
+  EXPECT_EQ(kit.scrollPosition(window, VSCROLL), 42 * lineHeight());
   scroll(window, E_VSCROLL, SC_THUMB, 1'000'000);
   EXPECT_EQ(origin(window), 91);
   console_out("101");
@@ -173,7 +179,7 @@ TEST_F(TextWindowTest, ScrollBarsMoveByLinesPagesAndTheThumb) {
   size(window, 10, 40);
   for (int line = 0; line < 50; ++line) console_out(line == 7 ? std::string(100, 'w').c_str() : "line");
   const int height = lineHeight();
-  const int wide = xvt_font_get_text_width(NULL_FNTID, "m", 1);
+  const int wide = characterWidth();
   struct Case {
     EVENT_TYPE bar;
     SCROLL_CONTROL what;

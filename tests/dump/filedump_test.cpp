@@ -155,8 +155,12 @@ TEST_F(FileDumpTest, AFileThatShrankReadsAsNothing) {
 }
 
 TEST_F(FileDumpTest, AFailingReadIsReported) {
-  std::filesystem::create_directory("folder");
-  open("folder");
+  writeFile("folder", "a file as long as the box looks");
+  toolkit.answerFile(folder.path("folder"), [] {
+    std::filesystem::remove("folder");
+    std::filesystem::create_directory("folder");
+  });
+  toolkit.press(dialog, FD_OPEN);
   // A folder opens as a file does, and fails at the first read; its size is not 0.
   toolkit.press(dialog, FD_READ);
   EXPECT_EQ(toolkit.errors, Lines{"Read error from disk"});
@@ -207,7 +211,9 @@ TEST_F(FileDumpTest, PositionsBeyondFourGigabytesAreExact) {
 
 TEST_F(FileDumpTest, AFileThatCannotBeOpenedLeavesTheOtherOpen) {
   openBytes("first");
-  open("missing.bin");
+  writeFile("missing.bin", "still here");
+  toolkit.answerFile(folder.path("missing.bin"), [] { std::filesystem::remove("missing.bin"); });
+  toolkit.press(dialog, FD_OPEN);
   EXPECT_EQ(toolkit.errors, Lines{"Error opening file: missing.bin"});
   EXPECT_EQ(toolkit.text(dialog, FD_FILE), "in.bin");
   toolkit.press(dialog, FD_READ);
@@ -230,9 +236,10 @@ TEST_F(FileDumpTest, SavesTheTextOfTheWindow) {
   toolkit.answerFile(folder.path("in.bin"));
   toolkit.press(dialog, FD_SAVE);
   EXPECT_EQ(readFile("in.bin"), "some text");
-  toolkit.answerFile(folder.path("no-such-folder/out.txt"));
+  std::filesystem::create_directory("gone");
+  toolkit.answerFile(folder.path("gone/out.txt"), [] { std::filesystem::remove("gone"); });
   toolkit.press(dialog, FD_SAVE);
-  toolkit.answerFile("/dev/full");
+  toolkit.answerFile(folder.path("full.txt"), [] { std::filesystem::create_symlink("/dev/full", "full.txt"); });
   toolkit.press(dialog, FD_SAVE);
   EXPECT_EQ(toolkit.errors, (Lines{"This file name is already being used for input. Choose another file name.",
                                    "Error opening file: out.txt", "Error writing to disk file"}));

@@ -13,7 +13,7 @@
 #include "quarlo/tapelib/formats/segyformat_file.h"
 #include "quarlo/tapelib/formats/segyformat_text.h"
 #include "tests/support/test_files.h"
-#include "tests/support/toolkit_double.h"
+#include "tests/support/test_toolkit.h"
 
 namespace {
 
@@ -106,13 +106,16 @@ class SegyFieldsDialog : public testing::Test {
     return flags;
   }
   int color(int list) {
-    const XVT_COLOR shown = toolkit.objects.at(toolkit.control(dialog, list)).color;
+    const XVT_COLOR shown = toolkit.color(dialog, list);
     return shown.red << 16 | shown.green << 8 | shown.blue;
   }
 
-  ToolkitDouble toolkit;
-  WINDOW dialog = xvt_dlg_create_res(
-      WD_MODELESS, 900, [](WINDOW, EVENT*) -> long { return 0; }, nullptr);
+  TestToolkit toolkit;
+  static constexpr DLG_ITEM items[] = {ui::list(3, "mapped", 40, 5), ui::list(4, "header", 40, 5),
+                                       ui::list(5, "binary", 40, 5), ui::list(6, "trace", 40, 5)};
+  static constexpr DLG_RES table = {900, "fields", "Fields", items, 4};
+  WINDOW dialog = xvt_dlg_create_table(
+      WD_MODELESS, &table, [](WINDOW, EVENT*) -> long { return 0; }, nullptr);
   SegyFormat format;
   Lines rows;
 };

@@ -527,7 +527,7 @@ TEST_F(SegyWriterTest, BailClosesFilesRewindsTheTapeAndEndsTheProgressDialog) {
   openInputFile("in.sgy");
   openOutputFile("out.sgy");
   const WINDOW progress = xvt_dlg_create_res(
-      WD_MODELESS, 901, [](WINDOW, EVENT*) -> long { return 0; }, nullptr);
+      WD_MODELESS, DLG_PROGRESS, [](WINDOW, EVENT*) -> long { return 0; }, nullptr);
   const long timer = xvt_timer_create(progress, 750);
   bail(&record, Link{}, progress, timer);
   for (int unit = 0; unit < 2; ++unit) {
@@ -537,7 +537,7 @@ TEST_F(SegyWriterTest, BailClosesFilesRewindsTheTapeAndEndsTheProgressDialog) {
     EXPECT_STREQ(units[unit].fs.name, "");
   }
   EXPECT_FALSE(xvt_vobj_is_valid(progress));
-  EXPECT_FALSE(toolkit.timers.contains(timer));
+  EXPECT_FALSE(toolkit.hasTimers());
   EXPECT_EQ(toolkit.errors, Lines{box});
 
   makeCartridge("a.tap", {"x", "y"});

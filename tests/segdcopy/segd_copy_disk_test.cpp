@@ -542,7 +542,7 @@ TEST_F(SegdDiskTest, AnUnwritableDirectoryAndAMissingDialogFailTheJob) {
   toolkit.failNextDialog(DLG_PROGRESS);
   EXPECT_EQ(copyFiles(), -1);
   EXPECT_EQ(toolkit.errors, Lines{"Error opening dialog"});
-  toolkit.noMemoryIn = "xvt_timer_create";
+  toolkit.scarce = TestToolkit::Scarce::timers;
   EXPECT_EQ(copyFiles(), -1);
   EXPECT_TRUE(consoleHas("  *** There is not enough memory for this job."));
   EXPECT_EQ(toolkit.dialog(DLG_PROGRESS), NULL_WIN);

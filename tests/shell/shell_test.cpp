@@ -7,7 +7,9 @@
 #include "quarlo/shell/menubar.h"
 #include "quarlo/tapelib/frame/jobframe.h"
 #include "quarlo/tapelib/jobstate.h"
+#include "resources/dialogs.h"
 #include "tests/support/shell_fixture.h"
+#include "xvt/probe.h"
 
 namespace {
 
@@ -160,14 +162,7 @@ TEST_F(Shell, QuitEndsConsoleAndApplication) {
 
 TEST_F(Shell, SessionEndIsAllowedAndObeyed) {
   startUp();
-  EVENT event;
-  event.type = E_QUIT;
-  event.quit.query = true;
-  task_eh(TASK_WIN, &event);
-  EXPECT_TRUE(toolkit.quitAllowed);
-  EXPECT_FALSE(xvt_app_is_ending());
-  event.quit.query = false;
-  task_eh(TASK_WIN, &event);
+  EXPECT_EQ(xvt::probe::endSession(), std::nullopt);
   EXPECT_TRUE(xvt_app_is_ending());
 }
 

@@ -14,16 +14,14 @@
 #include "quarlo/tapelib/dialogs/cons_win.h"
 #include "quarlo/tapelib/driver/driver.h"
 #include "quarlo/tapelib/tlv_fcn.h"
-#include "resources/dialogs.h"
 #include "resources/ids.h"
 #include "tests/support/tap_images.h"
 #include "tests/support/test_files.h"
-#include "tests/support/toolkit_double.h"
+#include "tests/support/test_toolkit.h"
 
 class JobTest : public testing::Test {
  protected:
   JobTest() {
-    xvt_res_use(quarloResources());
     std::filesystem::create_directory("drives");
     setenv("QUARLO_VIRTUAL_DRIVES", folder.path("drives").c_str(), 1);
     setTapeDriver(nullptr);
@@ -145,7 +143,7 @@ class JobTest : public testing::Test {
   bool consoleHas(const std::string& line) { return count(line) > 0; }
 
   TestFolder folder;
-  ToolkitDouble toolkit;
+  TestToolkit toolkit;
   UnitStruct* units = getDevPtr();
   WINDOW dialog = NULL_WIN;
   long pumpsOfJob = 0;

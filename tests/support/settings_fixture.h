@@ -7,16 +7,15 @@
 #include <string>
 #include <vector>
 
-#include "resources/dialogs.h"
 #include "resources/ids.h"
-#include "tests/support/toolkit_double.h"
+#include "tests/support/test_files.h"
+#include "tests/support/test_toolkit.h"
 
 class SettingsDialogTest : public testing::Test {
  protected:
   using Script = std::function<void(WINDOW)>;
 
   SettingsDialogTest() {
-    xvt_res_use(quarloResources());
     toolkit.openTaskWindow([](WINDOW, EVENT*) -> long { return 0; });
   }
   /// The next modal dialog of this resource does as the script says and is closed with `button`.
@@ -39,5 +38,18 @@ class SettingsDialogTest : public testing::Test {
     return states;
   }
 
-  ToolkitDouble toolkit;
+  /// The path of a file that is there.
+  std::string given(const std::string& name) {
+    writeFile(name, "");
+    return folder.path(name);
+  }
+  /// A path for which the settings have no room.
+  std::string pathWithoutRoom() {
+    const std::string deep = folder.path(std::string(200, 'd') + "/" + std::string(200, 'e'));
+    std::filesystem::create_directories(deep);
+    return deep + "/x";
+  }
+
+  TestFolder folder;
+  TestToolkit toolkit;
 };

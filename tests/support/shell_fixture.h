@@ -10,20 +10,16 @@
 #include "quarlo/shell/ctrl_dlg.h"
 #include "quarlo/shell/task_win.h"
 #include "quarlo/tapelib/tlv_fcn.h"
-#include "resources/dialogs.h"
 #include "resources/ids.h"
 #include "tests/support/test_files.h"
-#include "tests/support/toolkit_double.h"
+#include "tests/support/test_toolkit.h"
 
 class ShellTest : public testing::Test {
  protected:
-  ShellTest() { xvt_res_use(quarloResources()); }
   ~ShellTest() override {
     if (!xvt_app_is_ending() && xvt_vobj_is_valid(TASK_WIN)) toolkit.close(TASK_WIN);
     if (units->ioBuffer != nullptr) unInitIO(units);
-    const auto objects = toolkit.objects;
-    for (const auto& [handle, object] : objects)
-      if (object.owner == NULL_WIN) xvt_vobj_destroy(handle);
+    toolkit.endWindows();
   }
 
   void startUp() { toolkit.openTaskWindow(task_eh); }
@@ -43,7 +39,7 @@ class ShellTest : public testing::Test {
   void mark() { marked = console().size(); }
 
   TestFolder folder;
-  ToolkitDouble toolkit;
+  TestToolkit toolkit;
   UnitStruct* units = getDevPtr();
 
  private:

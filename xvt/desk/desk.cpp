@@ -50,13 +50,21 @@ void Desk::useEvents(std::unique_ptr<EventSource> events) {
 
 void Desk::run(EVENT_HANDLER handler) {
   EndSignals signals(events(), [this] { askToQuit(); });
+  begin(handler);
+  pump_->runUntil([this] { return ending_; });
+  pump_->lastTick();
+  finish();
+}
+
+void Desk::begin(EVENT_HANDLER handler) {
   task_ = makeTask();
   task_->create(handler);
   EVENT event;
   event.type = E_CREATE;
   task_->tell(event);
-  pump_->runUntil([this] { return ending_; });
-  pump_->lastTick();
+}
+
+void Desk::finish() {
   // Newest first; a handler that opens a window now sees it ended too.
   while (!windows_.empty()) windows_.back()->destroy();
   if (lost_) return;
@@ -178,9 +186,13 @@ std::shared_ptr<Window> Desk::openDialog(bool modal, const DLG_RES& table, EVENT
   if (!dialog->isDying()) dialog->openFitted();
   opening.done();
   if (!modal) return dialog;
-  pump_->runUntil([&] { return dialog->isDying() || ending_; });
+  waitFor(*dialog);
   dialog->destroy();
   return dialog;
+}
+
+void Desk::waitFor(BaseDialog& dialog) {
+  pump_->runUntil([&] { return dialog.isDying() || ending_; });
 }
 
 void Desk::stopChoosing(const BaseWindow* window) {
@@ -215,6 +227,7 @@ void Desk::askToQuit() {
 }
 
 void Desk::setBusy(bool busy) {
+  if (!busy && busy_ == 0) report("xvt_app_set_busy", "it is not busy");
   const bool was = isBusy();
   busy_ = std::max(0, busy_ + (busy ? 1 : -1));
   if (was != isBusy()) busyShown();
@@ -265,7 +278,7 @@ bool hasDisplay() { return current == nullptr || !current->isLost(); }
 void end() { desk().end(); }
 bool isEnding() { return current != nullptr && current->isEnding(); }
 void allowQuit() { desk().allowQuit(); }
-void processPendingEvents() { desk().pump().serveIfDue(); }
+void processPendingEvents() { desk().processPendingEvents(); }
 void setBusy(bool busy) { desk().setBusy(busy); }
 void bell() { desk().bell(); }
 

@@ -31,6 +31,9 @@ class Desk {
 
   /// Creates the task window, runs the event loop, ends every window.
   void run(EVENT_HANDLER handler);
+  /// What run() does before and behind its event loop.
+  void begin(EVENT_HANDLER handler);
+  void finish();
 
   const XVT_CONFIG& config() const { return config_; }
   EventSource& events() { return *events_; }
@@ -57,7 +60,10 @@ class Desk {
   /// Where the standard editing commands go: the active window, or the one before it when that is the task window.
   std::shared_ptr<BaseWindow> editTarget() const;
   std::shared_ptr<Window> openDocument(const WIN_DEF& definition, EVENT_HANDLER handler, void* data);
-  std::shared_ptr<Window> openDialog(bool modal, const DLG_RES& table, EVENT_HANDLER handler, void* data);
+  virtual std::shared_ptr<Window> openDialog(bool modal, const DLG_RES& table, EVENT_HANDLER handler, void* data);
+
+  /// Lets events run, while a job does.
+  virtual void processPendingEvents() { pump_->serveIfDue(); }
 
   /// The option list that is down, or null: the keyboard is its own.
   BaseItem* choosing() const { return choosing_; }
@@ -95,6 +101,8 @@ class Desk {
   /// To be called once, before windows are made.
   void useEvents(std::unique_ptr<EventSource> events);
   void loseDisplay();
+  /// The loop of a modal dialog, until that is destroyed.
+  virtual void waitFor(BaseDialog& dialog);
   /// The busy cursor is on every window, or off.
   virtual void busyShown() {}
   virtual std::shared_ptr<BaseTask> makeTask() = 0;

@@ -27,6 +27,7 @@ class BaseDialog : public virtual BaseWindow {
   bool downKey() override;
   bool editStandard(int command) override;
 
+  const DLG_RES& table() const { return *table_; }
   /// In table order, what the table does not name too.
   const std::vector<std::shared_ptr<BaseItem>>& items() const { return items_; }
   /// The control that has the keyboard, or would have it in the active window; or null.
@@ -47,7 +48,6 @@ class BaseDialog : public virtual BaseWindow {
   bool keyboardMoved();
 
  protected:
-  const DLG_RES& table() const { return *table_; }
   void setTable(const DLG_RES& table) { table_ = &table; }
   /// One more control of the table.
   void take(const std::shared_ptr<BaseItem>& item);

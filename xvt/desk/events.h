@@ -1,6 +1,7 @@
 /// Where a runtime's events come from: the toolkit's own queue under Motif, a list of alarms without a screen.
 #pragma once
 
+#include <chrono>
 #include <functional>
 
 namespace xvt {
@@ -12,6 +13,10 @@ class EventSource {
   EventSource& operator=(const EventSource&) = delete;
   virtual ~EventSource() = default;
 
+  using Clock = std::chrono::steady_clock;
+
+  /// The time that alarms count in.
+  virtual Clock::time_point now() const { return Clock::now(); }
   /// Whether an event could be served without waiting.
   virtual bool pending() = 0;
   /// Waits for an event and serves it.

@@ -11,14 +11,14 @@ namespace xvt {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using Clock = EventSource::Clock;
 using std::chrono::milliseconds;
 
 /// Fires again and again, counted from when it should have fired, so that it does not drift.
 class Timer {
  public:
   Timer(long number, const std::shared_ptr<BaseWindow>& window, long period)
-      : number_(number), window_(window), period_(period), next_(Clock::now() + period_) {
+      : number_(number), window_(window), period_(period), next_(desk().events().now() + period_) {
     wait();
   }
   ~Timer() {
@@ -30,12 +30,12 @@ class Timer {
 
  private:
   void wait() {
-    const auto left = std::chrono::duration_cast<milliseconds>(next_ - Clock::now()).count();
+    const auto left = std::chrono::duration_cast<milliseconds>(next_ - desk().events().now()).count();
     alarm_ = desk().events().alarm(std::max<long>(1, left), [this] { fire(); });
   }
   void fire() {
     // The next one first: the handler may destroy this timer, or pump for longer than a period.
-    next_ = std::max(next_ + period_, Clock::now());
+    next_ = std::max(next_ + period_, desk().events().now());
     wait();
     EVENT event;
     event.type = E_TIMER;

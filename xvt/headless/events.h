@@ -19,7 +19,6 @@ class PollEvents final : public EventSource {
   void unwatch() override { file_ = -1; }
 
  private:
-  using Clock = std::chrono::steady_clock;
   struct Alarm {
     long number;
     std::function<void()> work;

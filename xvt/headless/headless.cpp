@@ -1,6 +1,7 @@
 #include "xvt/headless/headless.h"
 
-#include "xvt/headless/events.h"
+#include <utility>
+
 #include "xvt/headless/text.h"
 #include "xvt/headless/window.h"
 #include "xvt/offer.h"
@@ -18,9 +19,9 @@ void tellFocus(BaseWindow& window, bool active) {
 
 }  // namespace
 
-Headless::Headless(const XVT_CONFIG& config) : Desk(config) {
+Headless::Headless(const XVT_CONFIG& config, std::unique_ptr<EventSource> events) : Desk(config) {
   useSessionLocale();
-  useEvents(std::make_unique<PollEvents>());
+  useEvents(std::move(events));
 }
 
 bool Headless::moveKeyboard(const std::shared_ptr<BaseWindow>& window) {

@@ -5,14 +5,15 @@
 #include <string>
 
 #include "xvt/desk/desk.h"
+#include "xvt/headless/events.h"
 
 namespace xvt {
 
 class MemoryWindow;
 
-class Headless final : public Desk {
+class Headless : public Desk {
  public:
-  explicit Headless(const XVT_CONFIG& config);
+  explicit Headless(const XVT_CONFIG& config, std::unique_ptr<EventSource> events = std::make_unique<PollEvents>());
 
   /// What was last cut or copied.
   const std::string& clipboard() const { return clipboard_; }

@@ -23,6 +23,8 @@ class MemoryItem final : public BaseItem {
   void move(const RCT& rectangle) override { place_ = rectangle; }
   void setChecked(bool checked) override { checked_ = checked; }
   bool isChecked() const override { return checked_; }
+  void setColor(XVT_COLOR color) override { color_ = color; }
+  XVT_COLOR color() const { return color_; }
   void setMeter(int percent) override { meter_ = percent; }
   int meter() const override { return meter_; }
   void selectText() override { selected_ = true; }
@@ -64,6 +66,7 @@ class MemoryItem final : public BaseItem {
   RCT place_;
   std::vector<Row> rows_;
   int marked_ = -1;  ///< of the rows that are down
+  XVT_COLOR color_;
   int meter_ = 0;
   bool checked_ = false;
   bool selected_ = false;  ///< all of an edit field's text is

@@ -10,7 +10,7 @@
 namespace xvt {
 
 /// Every character is as wide as every other.
-class MemoryFont final : public Font {
+class MemoryFont : public Font {
  public:
   explicit MemoryFont(int points) : points_(points) {}
   int leading() const override { return 0; }

@@ -136,6 +136,11 @@ bool MemoryDocument::hasScrollBar(SCROLL_TYPE bar) const {
   return (flags_ & (bar == HSCROLL ? WSF_HSCROLL : WSF_VSCROLL)) != 0;
 }
 
+void MemoryDocument::setScrollRange(SCROLL_TYPE bar, COORD low, COORD high) {
+  bars_[bar].low = low;
+  bars_[bar].high = high;
+}
+
 bool MemoryDocument::editStandard(int command) {
   const auto field = std::static_pointer_cast<MemoryText>(firstText());
   if (!field) return false;

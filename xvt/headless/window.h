@@ -67,12 +67,20 @@ class MemoryDocument final : public MemoryWindow, public BaseDocument {
   RCT clientRect() const override { return BaseDocument::clientRect(); }
   void move(const RCT& rectangle) override;
   bool hasScrollBar(SCROLL_TYPE bar) const override;
+  void setScrollRange(SCROLL_TYPE bar, COORD low, COORD high) override;
+  void setScrollPosition(SCROLL_TYPE bar, COORD position) override { bars_[bar].position = position; }
+  /// What a scroll bar would show.
+  struct Bar {
+    COORD low = 0, high = 0, position = 0;
+  };
+  const Bar& bar(SCROLL_TYPE type) const { return bars_[type]; }
   bool editStandard(int command) override;
 
  protected:
   bool wantsFocus() const override { return false; }
 
  private:
+  Bar bars_[2];
   unsigned flags_ = 0;
   bool selected_ = false;
 };
