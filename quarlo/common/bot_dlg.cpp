@@ -1,6 +1,7 @@
 #include "quarlo/common/bot_dlg.h"
 
 #include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/dialogs/dialogevents.h"
 #include "resources/ids.h"
 
 namespace {
@@ -41,18 +42,5 @@ void checkBOT(UnitStruct* units) {
 }
 
 long BotDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
-  switch (xdEvent->type) {
-    case E_CREATE:
-      createWarning(xdWindow);
-      break;
-    case E_CONTROL:
-      runAction(kActions, xdWindow, *xdEvent);
-      break;
-    case E_CLOSE:
-      xvt_vobj_destroy(xdWindow);
-      break;
-    default:
-      break;
-  }
-  return 0;
+  return dialogEvents(xdWindow, *xdEvent, {.create = createWarning, .control = actionsOf(kActions)});
 }

@@ -126,22 +126,10 @@ long dump_window_eh(WINDOW xdWindow, EVENT* xdEvent) {
     dump->dumpText = xvt_tx_get(xdWindow, kTextField);
   }
   if (xdWindow != dump->theWindow) return 0;
-  docEvent(viewOf(dump), xdEvent);
-  switch (xdEvent->type) {
-    case E_USER:
-      userEvent(dump, *xdEvent);
-      break;
-    case E_CLOSE:
-      hideBoth(xdWindow);
-      break;
-    case E_DESTROY:
-      destroyed(dump);
-      return 0;
-    default:
-      break;
-  }
-  xvt_tx_process_event(xdWindow, xdEvent);
-  return 0;
+  return docEvents(viewOf(dump), xdEvent,
+                   {.user = [&](WINDOW) { userEvent(dump, *xdEvent); },
+                    .close = hideBoth,
+                    .destroy = [dump](WINDOW) { destroyed(dump); }});
 }
 
 void dumpScrollCallback(TXEDIT theText, T_LNUM origLine, T_LNUM, T_CPOS origOffset) {

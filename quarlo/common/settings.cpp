@@ -96,20 +96,3 @@ void showPath(WINDOW dialog, int control, const PathField& directory, const Path
 void openPart(int resource, EVENT_HANDLER handler, void* data) {
   if (xvt_dlg_create_res(WD_MODAL, resource, handler, data) == NULL_WIN) xvt_dm_post_error("Can't open dialog");
 }
-
-long settingsDialog(WINDOW dialog, const EVENT& event, void (*create)(WINDOW), void (*control)(WINDOW, const EVENT&)) {
-  switch (event.type) {
-    case E_CREATE:
-      create(dialog);
-      break;
-    case E_CONTROL:
-      control(dialog, event);
-      break;
-    case E_CLOSE:
-      xvt_vobj_destroy(dialog);
-      break;
-    default:
-      break;
-  }
-  return 0;
-}

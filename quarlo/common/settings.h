@@ -1,4 +1,4 @@
-/// What the dialogs of settings share: header keys, numbers with decimals, files, the events of such a dialog.
+/// What the dialogs of settings share: header keys, numbers with decimals, files.
 ///
 /// As the helpers of controls.h: each reads its control's event, keeps the value within its limits and shows it again.
 #pragma once
@@ -95,10 +95,5 @@ void chooseFileInto(const FileField& field, FileChooser choose, const char* exte
 /// Shows the joined path; nothing while no file is set.
 void showPath(WINDOW dialog, int control, const PathField& directory, const PathField& name);
 
-// ---- events -----------------------------------------------------------------------------------------------------
-
 /// Opens a dialog that edits a part of another's settings; the box "Can't open dialog" when that fails.
 void openPart(int resource, EVENT_HANDLER handler, void* data);
-
-/// The events of a modal dialog of settings: closing it is cancelling it.
-long settingsDialog(WINDOW dialog, const EVENT& event, void (*create)(WINDOW), void (*control)(WINDOW, const EVENT&));

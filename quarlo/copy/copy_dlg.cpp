@@ -14,6 +14,7 @@
 #include "quarlo/segycopy/segy_dlgs.h"
 #include "quarlo/segycopy/segycopy.h"
 #include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/dialogs/dialogevents.h"
 #include "quarlo/tapelib/dialogs/errhandl.h"
 #include "quarlo/tapelib/dialogs/tsel2dlg.h"
 #include "quarlo/tapelib/dialogs/tsel_dlg.h"
@@ -279,7 +280,7 @@ void create(WINDOW dialog) {
 }
 
 /// The units go with the dialog, unless a job still has them in hand: it closes them itself.
-void destroy() {
+void destroy(WINDOW /*dialog*/) {
   if (jobIsRunning()) return;
   closeInput();
   closeOutput();
@@ -314,24 +315,10 @@ void setCopyState(WINDOW theWindow, int newState, const char* str1, const char* 
 }
 
 long CopyDialog_eh(WINDOW xdWindow, EVENT* xdEvent) {
-  switch (xdEvent->type) {
-    case E_CREATE:
-      create(xdWindow);
-      break;
-    case E_CONTROL:
-      control(xdWindow, *xdEvent);
-      break;
-    case E_CLOSE:
-      theDialog.close(xdWindow);
-      break;
-    case E_USER:
-      theDialog.follow(xdWindow);
-      break;
-    case E_DESTROY:
-      destroy();
-      break;
-    default:
-      break;
-  }
-  return 0;
+  return dialogEvents(xdWindow, *xdEvent,
+                      {.create = create,
+                       .control = control,
+                       .user = [](WINDOW dialog) { theDialog.follow(dialog); },
+                       .close = [](WINDOW dialog) { theDialog.close(dialog); },
+                       .destroy = destroy});
 }

@@ -4,6 +4,7 @@
 
 #include "quarlo/copy/unfmtcpy.h"
 #include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/dialogs/dialogevents.h"
 #include "resources/ids.h"
 
 namespace {
@@ -69,18 +70,5 @@ void control(WINDOW dialog, const EVENT& event) {
 }  // namespace
 
 long NoFmtParam_eh(WINDOW xdWindow, EVENT* xdEvent) {
-  switch (xdEvent->type) {
-    case E_CREATE:
-      create(xdWindow);
-      break;
-    case E_CONTROL:
-      control(xdWindow, *xdEvent);
-      break;
-    case E_CLOSE:
-      xvt_vobj_destroy(xdWindow);
-      break;
-    default:
-      break;
-  }
-  return 0;
+  return dialogEvents(xdWindow, *xdEvent, {.create = create, .control = control});
 }

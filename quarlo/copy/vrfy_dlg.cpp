@@ -5,6 +5,7 @@
 #include "quarlo/copy/unfmtcpy.h"
 #include "quarlo/copy/verifyjob.h"
 #include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/dialogs/dialogevents.h"
 #include "quarlo/tapelib/dialogs/tsel_dlg.h"
 #include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/formats/tpf.h"
@@ -107,7 +108,7 @@ void create(WINDOW dialog) {
 }
 
 /// The units go with the dialog, unless a job still has them in hand: it closes them itself.
-void destroy() {
+void destroy(WINDOW /*dialog*/) {
   if (jobIsRunning()) return;
   closeVerifyInput(0);
   closeVerifyInput(1);
@@ -138,24 +139,10 @@ void set_verify_state(WINDOW theWindow, int newState, const char* str1, const ch
 }
 
 long VerifyDialog_eh(WINDOW xdWindow, EVENT* xdEvent) {
-  switch (xdEvent->type) {
-    case E_CREATE:
-      create(xdWindow);
-      break;
-    case E_CONTROL:
-      control(xdWindow, *xdEvent);
-      break;
-    case E_CLOSE:
-      theDialog.close(xdWindow);
-      break;
-    case E_USER:
-      theDialog.follow(xdWindow);
-      break;
-    case E_DESTROY:
-      destroy();
-      break;
-    default:
-      break;
-  }
-  return 0;
+  return dialogEvents(xdWindow, *xdEvent,
+                      {.create = create,
+                       .control = control,
+                       .user = [](WINDOW dialog) { theDialog.follow(dialog); },
+                       .close = [](WINDOW dialog) { theDialog.close(dialog); },
+                       .destroy = destroy});
 }

@@ -16,6 +16,7 @@
 #include "quarlo/dump/dump_ctl.h"
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/dialogs/dialogevents.h"
 #include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/frame/jobframe.h"
 #include "quarlo/tapelib/largefile.h"
@@ -272,7 +273,7 @@ void showOrHide(WINDOW dialog) {
   setDumpVisible(dialog, kStyleControls, dumpWindow, &gFDumpIsVisible, gFDumpIsVisible == 0);
 }
 
-void close(WINDOW dialog) {
+void closeDialog(WINDOW dialog) {
   if (repDlgUp != 0) return tellUser("A report dialog is open. Close it first.");
   xvt_vobj_destroy(dialog);
 }
@@ -287,7 +288,7 @@ constexpr ControlAction kActions[] = {
     {FD_START_REPORT, startChosenReport},
     {FD_SHOW_WINDOW, showOrHide},
     {FD_SAVE, saveText},
-    {FD_CLOSE, close},
+    {FD_CLOSE, closeDialog},
 };
 
 void control(WINDOW dialog, const EVENT& event) {
@@ -320,7 +321,7 @@ void create(WINDOW dialog) {
   showFile(dialog);
 }
 
-void destroy() {
+void destroy(WINDOW /*dialog*/) {
   onDumpHidden(kFileDump, nullptr);
   if (dumpWindow != NULL_WIN) {
     EVENT end;
@@ -383,24 +384,7 @@ void startReport(WINDOW theWindow, const ReportDialog& report) {
 }
 
 long FileDumpDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
-  switch (xdEvent->type) {
-    case E_CREATE:
-      create(xdWindow);
-      break;
-    case E_CONTROL:
-      control(xdWindow, *xdEvent);
-      break;
-    case E_USER:
-      reportEnded(xdWindow);
-      break;
-    case E_CLOSE:
-      close(xdWindow);
-      break;
-    case E_DESTROY:
-      destroy();
-      break;
-    default:
-      break;
-  }
-  return 0;
+  return dialogEvents(
+      xdWindow, *xdEvent,
+      {.create = create, .control = control, .user = reportEnded, .close = closeDialog, .destroy = destroy});
 }

@@ -12,6 +12,7 @@
 #include "quarlo/dump/dump_ctl.h"
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/dialogs/dialogevents.h"
 #include "quarlo/tapelib/dialogs/tsel_dlg.h"
 #include "quarlo/tapelib/frame/jobframe.h"
 #include "quarlo/tapelib/homefolder.h"
@@ -209,9 +210,9 @@ void showOrHide(WINDOW dialog) {
   setDumpVisible(dialog, kStyleControls, dumpWindow, &gTDumpIsVisible, gTDumpIsVisible == 0);
 }
 
-void close(WINDOW dialog) { theDialog.close(dialog); }
+void closeDialog(WINDOW dialog) { theDialog.close(dialog); }
 
-constexpr ControlAction kAnyTime[] = {{TD_HALT, halt}, {TD_SHOW_WINDOW, showOrHide}, {TD_CLOSE, close}};
+constexpr ControlAction kAnyTime[] = {{TD_HALT, halt}, {TD_SHOW_WINDOW, showOrHide}, {TD_CLOSE, closeDialog}};
 constexpr ControlAction kBetweenJobs[] = {
     {TD_SELECT_DRIVE, selectDrive}, {TD_DUMP, dump}, {TD_REDUMP, redump}, {TD_SKIP_BACK, skipBack},
     {TD_SKIP_FORWARD, skipForward},
@@ -258,7 +259,7 @@ void create(WINDOW dialog) {
   openOutput();
 }
 
-void destroy() {
+void destroy(WINDOW /*dialog*/) {
   onDumpHidden(kTapeDump, nullptr);
   haltDump = 1;  // a dump that is still running sees it at its next block
   if (dumpWindow != NULL_WIN) {
@@ -325,24 +326,10 @@ bool filePrint(const char* dumpStr, std::FILE* fp) {
 }
 
 long tapeDumpDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
-  switch (xdEvent->type) {
-    case E_CREATE:
-      create(xdWindow);
-      break;
-    case E_CONTROL:
-      control(xdWindow, *xdEvent);
-      break;
-    case E_USER:
-      theDialog.follow(xdWindow);
-      break;
-    case E_CLOSE:
-      close(xdWindow);
-      break;
-    case E_DESTROY:
-      destroy();
-      break;
-    default:
-      break;
-  }
-  return 0;
+  return dialogEvents(xdWindow, *xdEvent,
+                      {.create = create,
+                       .control = control,
+                       .user = [](WINDOW dialog) { theDialog.follow(dialog); },
+                       .close = closeDialog,
+                       .destroy = destroy});
 }

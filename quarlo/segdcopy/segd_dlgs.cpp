@@ -5,6 +5,7 @@
 
 #include "libkyr/text.h"
 #include "quarlo/common/settings.h"
+#include "quarlo/tapelib/dialogs/dialogevents.h"
 #include "quarlo/tapelib/formats/segdhdr.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 #include "resources/ids.h"
@@ -219,12 +220,14 @@ void setState(WINDOW theDialog, const SgdCopyParams* params) {
   enableByOptions(theDialog, *params);
 }
 
-long SegdCpy_eh(WINDOW xdWindow, EVENT* xdEvent) { return settingsDialog(xdWindow, *xdEvent, createCopy, controlCopy); }
+long SegdCpy_eh(WINDOW xdWindow, EVENT* xdEvent) {
+  return dialogEvents(xdWindow, *xdEvent, {.create = createCopy, .control = controlCopy});
+}
 
 long SegdFFRangeDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
-  return settingsDialog(xdWindow, *xdEvent, createFiles, controlFiles);
+  return dialogEvents(xdWindow, *xdEvent, {.create = createFiles, .control = controlFiles});
 }
 
 long SegdListDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
-  return settingsDialog(xdWindow, *xdEvent, createZero, controlZero);
+  return dialogEvents(xdWindow, *xdEvent, {.create = createZero, .control = controlZero});
 }

@@ -5,6 +5,7 @@
 #include "libkyr/text.h"
 #include "quarlo/common/settings.h"
 #include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/dialogs/dialogevents.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 #include "resources/ids.h"
 
@@ -237,10 +238,14 @@ void setLabels(WINDOW dlg, int listType) {
                  inclusion ? "Inclusion List Trace Header Fields" : "Exclusion List Trace Header Fields");
 }
 
-long SegyCpy_eh(WINDOW xdWindow, EVENT* xdEvent) { return settingsDialog(xdWindow, *xdEvent, createCopy, controlCopy); }
-
-long PolyDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
-  return settingsDialog(xdWindow, *xdEvent, createPolygon, controlPolygon);
+long SegyCpy_eh(WINDOW xdWindow, EVENT* xdEvent) {
+  return dialogEvents(xdWindow, *xdEvent, {.create = createCopy, .control = controlCopy});
 }
 
-long ListDlg_eh(WINDOW xdWindow, EVENT* xdEvent) { return settingsDialog(xdWindow, *xdEvent, createList, controlList); }
+long PolyDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
+  return dialogEvents(xdWindow, *xdEvent, {.create = createPolygon, .control = controlPolygon});
+}
+
+long ListDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
+  return dialogEvents(xdWindow, *xdEvent, {.create = createList, .control = controlList});
+}

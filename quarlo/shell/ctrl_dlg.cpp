@@ -6,6 +6,7 @@
 #include "quarlo/common/windows.h"
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/dialogs/dialogevents.h"
 #include "quarlo/tapelib/dialogs/tsel_dlg.h"
 #include "quarlo/tapelib/jobstate.h"
 #include "quarlo/tapelib/unitopen.h"
@@ -106,7 +107,7 @@ void handleControl(WINDOW window, const EVENT& event) {
   if (!refuseDuringJob()) runAction(kTapeActions, window, event);
 }
 
-void controlGone() {
+void controlGone(WINDOW /*window*/) {
   gControlWindow = NULL_WIN;
   gControlWindowUp = 0;
 }
@@ -141,26 +142,8 @@ void set_ctrl_state(WINDOW xdWindow, int enable, const char* driveName, const Un
 }
 
 long control_dialog_eh(WINDOW xdWindow, EVENT* xdEvent) {
-  switch (xdEvent->type) {
-    case E_CREATE:
-      createControl(xdWindow);
-      break;
-    case E_CONTROL:
-      handleControl(xdWindow, *xdEvent);
-      break;
-    case E_USER:
-      refresh(xdWindow);
-      break;
-    case E_CLOSE:
-      xvt_vobj_destroy(xdWindow);
-      break;
-    case E_DESTROY:
-      controlGone();
-      break;
-    default:
-      break;
-  }
-  return 0;
+  return dialogEvents(xdWindow, *xdEvent,
+                      {.create = createControl, .control = handleControl, .user = refresh, .destroy = controlGone});
 }
 
 void openTapeControl() {

@@ -8,6 +8,7 @@
 #include "quarlo/copy/vrfy_dlg.h"
 #include "quarlo/dump/fdmp_dlg.h"
 #include "quarlo/dump/tdmp_dlg.h"
+#include "quarlo/tapelib/dialogs/dialogevents.h"
 #include "resources/ids.h"
 
 namespace {
@@ -62,13 +63,13 @@ void tellJobDialogs(EVENT* event) {
 
 namespace {
 
-void pressButton(const EVENT& event) {
+void pressButton(WINDOW /*dialog*/, const EVENT& event) {
   if (event.ctl.what != CTL_PRESS) return;
   const auto* found = std::ranges::find(kButtons, event.ctl.id, &JobButton::control);
   if (found != std::end(kButtons)) openJob(static_cast<std::size_t>(found - kButtons));
 }
 
-void mainDialogGone() {
+void mainDialogGone(WINDOW /*dialog*/) {
   gMainWindowUp = 0;
   gMainDialogWindow = NULL_WIN;
 }
@@ -76,24 +77,8 @@ void mainDialogGone() {
 }  // namespace
 
 long MainDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
-  switch (xdEvent->type) {
-    case E_CREATE:
-      gMainWindowUp = 1;
-      break;
-    case E_CONTROL:
-      pressButton(*xdEvent);
-      break;
-    case E_CLOSE:
-      xvt_vobj_destroy(xdWindow);
-      mainDialogGone();
-      break;
-    case E_DESTROY:
-      mainDialogGone();
-      break;
-    default:
-      break;
-  }
-  return 0;
+  return dialogEvents(xdWindow, *xdEvent,
+                      {.create = [](WINDOW) { gMainWindowUp = 1; }, .control = pressButton, .destroy = mainDialogGone});
 }
 
 void openMainDialog() {

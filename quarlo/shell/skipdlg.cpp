@@ -2,12 +2,18 @@
 
 #include "quarlo/common/windows.h"
 #include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/dialogs/dialogevents.h"
 #include "resources/ids.h"
 
 namespace {
 
 int skipCount = 1;
 constexpr NumberField kCountField = {.control = SKIP_COUNT, .value = &skipCount};
+
+void create(WINDOW window) {
+  skipCount = 1;
+  showNumber(window, kCountField);
+}
 
 void accept(WINDOW window, SkipOperation skip) {
   skip(getDevPtr(), 0, skipCount);
@@ -28,19 +34,7 @@ void handleControl(WINDOW window, const EVENT& event, SkipOperation skip) {
 }  // namespace
 
 long skipDialogEvent(WINDOW window, const EVENT& event, SkipOperation skip) {
-  switch (event.type) {
-    case E_CREATE:
-      skipCount = 1;
-      showNumber(window, kCountField);
-      break;
-    case E_CONTROL:
-      handleControl(window, event, skip);
-      break;
-    case E_CLOSE:
-      xvt_vobj_destroy(window);
-      break;
-    default:
-      break;
-  }
-  return 0;
+  return dialogEvents(window, event,
+                      {.create = create,
+                       .control = [skip](WINDOW dialog, const EVENT& change) { handleControl(dialog, change, skip); }});
 }

@@ -45,6 +45,8 @@ void setVisible(bool visible) {
   xvt_menu_set_item_checked(TASK_WIN, kMenuItem, visible);
 }
 
+void toggle(WINDOW /*window*/) { setVisible(gConsIsVisible == 0); }
+
 /// A log that cannot be written is said so once; the console goes on on screen and keeps trying.
 void reportLogFailure(int reason) {
   if (logFailed) return;
@@ -78,12 +80,11 @@ void created(WINDOW window) {
   gConsIsVisible = 1;
 }
 
-void destroyed() {
+void destroyed(WINDOW window) {
   if (consWindow == NULL_WIN) return;
   if (gConsIsVisible != 0) setVisible(false);
   closeLog();
   setConsoleSink(nullptr);
-  const WINDOW window = consWindow;
   consWindow = NULL_WIN;
   consText = NULL_TXEDIT;
   xvt_vobj_destroy(window);
@@ -93,7 +94,7 @@ void destroyed() {
 
 void userEvent(const EVENT& event) {
   if (event.user.id == TOGGLE) {
-    setVisible(gConsIsVisible == 0);
+    toggle(consWindow);
     if (gConsIsVisible != 0) xvt_vobj_raise(consWindow);
   } else if (event.user.id == APPEND && event.user.ptr != nullptr) {
     const std::string_view line = static_cast<const char*>(event.user.ptr);
@@ -149,22 +150,8 @@ void killConsole() { send(E_DESTROY, 0, nullptr); }
 long console_window_eh(WINDOW xdWindow, EVENT* xdEvent) {
   if (xdEvent->type == E_CREATE) created(xdWindow);
   if (xdWindow != consWindow) return 0;
-  docEvent(consView(), xdEvent);
-  switch (xdEvent->type) {
-    case E_USER:
-      userEvent(*xdEvent);
-      break;
-    case E_CLOSE:
-      setVisible(gConsIsVisible == 0);
-      break;
-    case E_DESTROY:
-      destroyed();
-      return 0;
-    default:
-      break;
-  }
-  xvt_tx_process_event(xdWindow, xdEvent);
-  return 0;
+  return docEvents(consView(), xdEvent,
+                   {.user = [&](WINDOW) { userEvent(*xdEvent); }, .close = toggle, .destroy = destroyed});
 }
 
 void consScrollCallback(TXEDIT, T_LNUM origLine, T_LNUM, T_CPOS origOffset) {

@@ -99,11 +99,7 @@ void appendLine(const DocView& view, short* counter, const std::string& line) {
   doc.maxWidth = std::max(doc.maxWidth, xvt_font_get_text_width(view.font, line.data(), static_cast<int>(line.size())));
 }
 
-}  // namespace
-
-XVT_FNTID docFont() { return xvt_font_create("courier", 10, FS_PLAIN); }
-
-void docEvent(const DocView& view, const EVENT* xdEvent) {
+void followEvent(const DocView& view, const EVENT* xdEvent) {
   switch (xdEvent->type) {
     case E_CREATE:
       docCreated(view);
@@ -120,6 +116,17 @@ void docEvent(const DocView& view, const EVENT* xdEvent) {
     default:
       break;
   }
+}
+
+}  // namespace
+
+XVT_FNTID docFont() { return xvt_font_create("courier", 10, FS_PLAIN); }
+
+long docEvents(const DocView& view, EVENT* xdEvent, const DialogEvents& does) {
+  followEvent(view, xdEvent);
+  dialogEvents(view.window, *xdEvent, does);
+  if (xdEvent->type != E_DESTROY) xvt_tx_process_event(view.window, xdEvent);
+  return 0;
 }
 
 void docAppend(const DocView& view, short* counter, std::string_view text) {

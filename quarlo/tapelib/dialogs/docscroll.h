@@ -3,6 +3,7 @@
 
 #include <string_view>
 
+#include "quarlo/tapelib/dialogs/dialogevents.h"
 #include "xvt/xvt.h"
 
 /// Where a text field stands in its text. Pixels, but for nLines.
@@ -27,8 +28,9 @@ struct DocView {
 /// first drawn for (some 86 to the inch); the toolkit counts in points, and 10 of them are as large.
 XVT_FNTID docFont();
 
-/// The events that all text windows treat alike: creation, size and the two scroll bars.
-void docEvent(const DocView& view, const EVENT* xdEvent);
+/// The events of a text window: creation, size and the two scroll bars, which all treat alike, then what this one does,
+/// then, while it stands, those of its field. @return 0, for the handler to return
+long docEvents(const DocView& view, EVENT* xdEvent, const DialogEvents& does);
 
 /// Appends a text, one line for each of its newline-separated parts, and counts `counter` up for each.
 ///

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/dialogs/dialogevents.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 #include "resources/ids.h"
 
@@ -36,21 +37,12 @@ constexpr ControlAction kActions[] = {
     {ERR_CANCEL, xvt_vobj_destroy},
 };
 
+void handleControl(WINDOW window, const EVENT& event) {
+  if (!toggleFlag(window, event, ERR_STOP_ON_ERROR, &localStopFlag)) runAction(kActions, window, event);
+}
+
 }  // namespace
 
 long ErrorDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
-  switch (xdEvent->type) {
-    case E_CREATE:
-      createErrorOptions(xdWindow);
-      break;
-    case E_CONTROL:
-      if (!toggleFlag(xdWindow, *xdEvent, ERR_STOP_ON_ERROR, &localStopFlag)) runAction(kActions, xdWindow, *xdEvent);
-      break;
-    case E_CLOSE:
-      xvt_vobj_destroy(xdWindow);
-      break;
-    default:
-      break;
-  }
-  return 0;
+  return dialogEvents(xdWindow, *xdEvent, {.create = createErrorOptions, .control = handleControl});
 }

@@ -2,6 +2,7 @@
 
 #include "libkyr/text.h"
 #include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/dialogs/dialogevents.h"
 #include "resources/ids.h"
 
 namespace {
@@ -76,9 +77,21 @@ void forgetProgress(WINDOW window) {
   theItems = nullptr;
 }
 
-void stopJob() {
+void endProgress(WINDOW window) {
+  forgetProgress(window);
+  xvt_vobj_destroy(window);
+}
+
+void stopJob(WINDOW /*window*/) {
   if (theItems != nullptr) *theItems->abortFlag = 1;
 }
+
+void refresh(WINDOW window) {
+  if (theItems != nullptr) doUpdate(window, theItems);
+  appMoved();
+}
+
+constexpr ControlAction kActions[] = {{PROG_STOP, stopJob}};
 
 }  // namespace
 
@@ -110,26 +123,10 @@ void doUpdate(WINDOW theDialog, const ProgrStruct* items) {
 }
 
 long ProgressDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
-  switch (xdEvent->type) {
-    case E_CREATE:
-      createProgress(xdWindow);
-      break;
-    case E_DESTROY:
-      forgetProgress(xdWindow);
-      xvt_vobj_destroy(xdWindow);
-      break;
-    case E_CLOSE:
-      stopJob();
-      break;
-    case E_CONTROL:
-      if (isPress(*xdEvent, PROG_STOP)) stopJob();
-      break;
-    case E_TIMER:
-      if (theItems != nullptr) doUpdate(xdWindow, theItems);
-      appMoved();
-      break;
-    default:
-      break;
-  }
-  return 0;
+  return dialogEvents(xdWindow, *xdEvent,
+                      {.create = createProgress,
+                       .control = actionsOf(kActions),
+                       .timer = refresh,
+                       .close = stopJob,
+                       .destroy = endProgress});
 }

@@ -1,6 +1,7 @@
 #include "quarlo/tapelib/dialogs/tapctrl2.h"
 
 #include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/dialogs/dialogevents.h"
 #include "quarlo/tapelib/dialogs/tsel2dlg.h"
 #include "quarlo/tapelib/unitopen.h"
 #include "resources/ids.h"
@@ -86,6 +87,11 @@ constexpr ControlAction kActions[] = {
     {OC_UNLOAD, unload}, {OC_OPEN, open}, {OC_SELECT_DRIVE, selectDrive},
 };
 
+void handleControl(WINDOW window, const EVENT& event) {
+  if (isAction(event)) showControl(window, OC_HINT, false);
+  runAction(kActions, window, event);
+}
+
 /// The close box leaves the job's answer alone; but no tape is ready in a closed drive.
 void closeBox(WINDOW window) {
   if (ioUnit[uNum].state == 0) *anotherTape = 0;
@@ -102,21 +108,7 @@ void setOutContinueState(WINDOW xdWindow, const UnitStruct* units, int unitNum) 
 }
 
 long tapeOutContinue_eh(WINDOW xdWindow, EVENT* xdEvent) {
-  switch (xdEvent->type) {
-    case E_CREATE:
-      createContinue(xdWindow);
-      break;
-    case E_CONTROL:
-      if (isAction(*xdEvent)) showControl(xdWindow, OC_HINT, false);
-      runAction(kActions, xdWindow, *xdEvent);
-      break;
-    case E_CLOSE:
-      closeBox(xdWindow);
-      break;
-    default:
-      break;
-  }
-  return 0;
+  return dialogEvents(xdWindow, *xdEvent, {.create = createContinue, .control = handleControl, .close = closeBox});
 }
 
 void askForOutputTape(UnitStruct* units, int unitNum, int* answer) {

@@ -1,6 +1,7 @@
 #include "quarlo/tapelib/dialogs/tapectrl.h"
 
 #include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/dialogs/dialogevents.h"
 #include "quarlo/tapelib/dialogs/tsel_dlg.h"
 #include "quarlo/tapelib/unitopen.h"
 #include "resources/ids.h"
@@ -134,20 +135,7 @@ void setInContinueState(WINDOW xdWindow, const UnitStruct* unit) {
 }
 
 long tapeInContinue_eh(WINDOW xdWindow, EVENT* xdEvent) {
-  switch (xdEvent->type) {
-    case E_CREATE:
-      createContinue(xdWindow);
-      break;
-    case E_CONTROL:
-      handleControl(xdWindow, *xdEvent);
-      break;
-    case E_CLOSE:
-      closeBox(xdWindow);
-      break;
-    default:
-      break;
-  }
-  return 0;
+  return dialogEvents(xdWindow, *xdEvent, {.create = createContinue, .control = handleControl, .close = closeBox});
 }
 
 void askForInputTape(UnitStruct* units, int* answer) {

@@ -1,6 +1,7 @@
 #include "quarlo/tapelib/dialogs/tsel2dlg.h"
 
 #include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/dialogs/dialogevents.h"
 #include "quarlo/tapelib/dialogs/eotopts.h"
 #include "quarlo/tapelib/drives.h"
 #include "quarlo/tapelib/unix_fcn.h"
@@ -112,23 +113,9 @@ void handleControl(WINDOW window, const EVENT& event) {
 }  // namespace
 
 long selectOut_eh(WINDOW xdWindow, EVENT* xdEvent) {
-  switch (xdEvent->type) {
-    case E_CREATE:
-      createSelection(xdWindow);
-      break;
-    case E_CONTROL:
-      handleControl(xdWindow, *xdEvent);
-      break;
-    case E_CLOSE:
-      xvt_vobj_destroy(xdWindow);
-      break;
-    case E_DESTROY:
-      resized = false;
-      break;
-    default:
-      break;
-  }
-  return 0;
+  return dialogEvents(
+      xdWindow, *xdEvent,
+      {.create = createSelection, .control = handleControl, .destroy = [](WINDOW) { resized = false; }});
 }
 
 DriveAnswer chooseOutputDrives(UnitStruct* units) {

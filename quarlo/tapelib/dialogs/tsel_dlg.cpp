@@ -1,6 +1,7 @@
 #include "quarlo/tapelib/dialogs/tsel_dlg.h"
 
 #include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/dialogs/dialogevents.h"
 #include "quarlo/tapelib/dialogs/eotopts.h"
 #include "quarlo/tapelib/drives.h"
 #include "quarlo/tapelib/unix_fcn.h"
@@ -82,20 +83,7 @@ void handleControl(WINDOW window, const EVENT& event) {
 }  // namespace
 
 long select_eh(WINDOW xdWindow, EVENT* xdEvent) {
-  switch (xdEvent->type) {
-    case E_CREATE:
-      createSelection(xdWindow);
-      break;
-    case E_CONTROL:
-      handleControl(xdWindow, *xdEvent);
-      break;
-    case E_CLOSE:
-      cancel(xdWindow);
-      break;
-    default:
-      break;
-  }
-  return 0;
+  return dialogEvents(xdWindow, *xdEvent, {.create = createSelection, .control = handleControl, .close = cancel});
 }
 
 DriveAnswer chooseInputDrive(UnitStruct* units, int unitNum) {
