@@ -148,11 +148,11 @@ bool TestToolkit::mayOpen(const DLG_RES& table) {
   const std::string name = table.name;
   if (table.id == 0 && name.ends_with("-box")) {
     const bool bad =
-        (name == "file-box" || name == "dir-box") && !fileAnswers.empty() && fileAnswers.front().status == FL_BAD;
-    if (bad) fileAnswers.pop_front();
+        (name == "file-box" || name == "dir-box") && !fileAnswers_.empty() && fileAnswers_.front().status == FL_BAD;
+    if (bad) fileAnswers_.pop_front();
     return !bad;
   }
-  if (failing[table.id] > 0) return failing[table.id]-- == 0;
+  if (failing_[table.id] > 0) return failing_[table.id]-- == 0;
   opened.push_back(table.id);
   return true;
 }
@@ -184,10 +184,10 @@ void TestToolkit::answerBox(WINDOW box, const std::string& name) {
 void TestToolkit::answerQuestion(WINDOW box, const std::string& question) {
   if (question.starts_with(kOverwrite)) return noteRefusal("overwrite", 0, probe::press(part(box, "first")));
   asks.push_back(question);
-  if (askAnswers.empty()) return fail("asked \"" + question + "\", but nobody answers it");
+  if (askAnswers_.empty()) return fail("asked \"" + question + "\", but nobody answers it");
   const char* const buttons[] = {"first", "second", "third"};
-  const char* button = buttons[askAnswers.front() - RESP_DEFAULT];
-  askAnswers.pop_front();
+  const char* button = buttons[askAnswers_.front() - RESP_DEFAULT];
+  askAnswers_.pop_front();
   noteRefusal(std::string("answer with ") + button, 0, probe::press(part(box, button)));
 }
 
@@ -196,9 +196,9 @@ void TestToolkit::answerFileBox(WINDOW box) {
   const std::string type = show != NULL_WIN ? rowText(show, 0) : "";
   fileRequests.push_back(
       {titleOf(box), titleOf(part(box, "folder")), type.ends_with(")") ? type.substr(0, type.find(' ')) : ""});
-  if (fileAnswers.empty()) return fail("file box \"" + titleOf(box) + "\" was opened, but nobody answers it");
-  const FileAnswer answer = fileAnswers.front();
-  fileAnswers.pop_front();
+  if (fileAnswers_.empty()) return fail("file box \"" + titleOf(box) + "\" was opened, but nobody answers it");
+  const FileAnswer answer = fileAnswers_.front();
+  fileAnswers_.pop_front();
   if (answer.status != FL_OK) return noteRefusal("cancel", 0, probe::press(part(box, "cancel")));
   noteRefusal("type a name", 0, probe::type(part(box, "name"), answer.path));
   noteRefusal("press ok", 0, probe::press(part(box, "ok")));

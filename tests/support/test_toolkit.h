@@ -39,18 +39,18 @@ class TestToolkit {
   /// dialog closed, or a failure is recorded.
   void onModal(int resource, ModalScript script) { modals[resource].push_back(std::move(script)); }
   /// The next dialog of this resource number cannot be created.
-  void failNextDialog(int resource) { failing[resource]++; }
+  void failNextDialog(int resource) { failing_[resource]++; }
   /// There is no memory for these any more.
   enum class Scarce { nothing, timers, lines };
   Scarce scarce = Scarce::nothing;
   /// The next file or directory box gets this path as its name, and a file that is there is overwritten. What happens
   /// `meanwhile` does so between the box's look at the file and the program's.
   void answerFile(const std::string& path, std::function<void()> meanwhile = nullptr) {
-    fileAnswers.push_back({FL_OK, path, std::move(meanwhile)});
+    fileAnswers_.push_back({FL_OK, path, std::move(meanwhile)});
   }
-  void answerCancel() { fileAnswers.push_back({FL_CANCEL, "", nullptr}); }
-  void answerBadFile() { fileAnswers.push_back({FL_BAD, "", nullptr}); }
-  void answerAsk(ASK_RESPONSE answer) { askAnswers.push_back(answer); }
+  void answerCancel() { fileAnswers_.push_back({FL_CANCEL, "", nullptr}); }
+  void answerBadFile() { fileAnswers_.push_back({FL_BAD, "", nullptr}); }
+  void answerAsk(ASK_RESPONSE answer) { askAnswers_.push_back(answer); }
   /// Called by each xvt_app_process_pending_events with the number of calls so far (from 1).
   std::function<void(long pumps)> onPump;
   /// Milliseconds that the false clock moves with each pump.
@@ -122,9 +122,9 @@ class TestToolkit {
   void answerFileBox(WINDOW box);
   void answerQuestion(WINDOW box, const std::string& question);
 
-  std::map<int, int> failing;
-  std::deque<FileAnswer> fileAnswers;
-  std::deque<ASK_RESPONSE> askAnswers;
+  std::map<int, int> failing_;
+  std::deque<FileAnswer> fileAnswers_;
+  std::deque<ASK_RESPONSE> askAnswers_;
   Events* events_ = nullptr;
   std::unique_ptr<Runtime> runtime_;
 };
