@@ -106,4 +106,12 @@ play screen "" --show
 play headless --headless ""
 diff -r "$dir/screen" "$dir/headless"
 [ "$(ls "$dir/screen" | wc -l)" -gt 9 ]
+
+# Where no display can be opened a script is played all the same; hands need one.
+echo 'wait window main 10' >empty.qs
+said=$(DISPLAY='' quarlo --script empty.qs 2>&1)
+[ "$said" = $'quarlo: cannot open the display ""\nquarlo: going on without a screen' ] || { echo "$said"; exit 1; }
+status=0
+DISPLAY='' quarlo 2>/dev/null || status=$?
+[ "$status" = 1 ]
 echo "runtimes: all as expected"
