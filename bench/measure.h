@@ -32,11 +32,6 @@ inline std::function<void()> shell(const std::string& command) {
   };
 }
 
-/// The same, with what it wrote on the disk at its end, as our copies leave it.
-inline std::function<void()> syncedShell(const std::string& command, const std::string& written) {
-  return shell(command + " && sync " + written);
-}
-
 /// Prints "NAME: ours S (MB/s), peer S (MB/s), ratio R (goal G)". @return the ratio
 inline double compare(const char* name, double bytes, const std::function<void()>& ours, const char* peerName,
                       const std::function<void()>& peer, double goal, int runs = 5) {
