@@ -1,11 +1,14 @@
 #include "quarlo/common/unitdialog.h"
 
 #include <string_view>
+#include <utility>
 
 #include "quarlo/common/windows.h"
 #include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/dialogs/tsel_dlg.h"
 #include "quarlo/tapelib/frame/jobframe.h"
 #include "quarlo/tapelib/frame/loglines.h"
+#include "quarlo/tapelib/unitopen.h"
 
 namespace {
 
@@ -21,11 +24,6 @@ class Held {
   bool* flag_;
 };
 
-void tellUnitsChanged() {
-  EVENT event;
-  unitsChanged(&event);
-}
-
 const char* wordFor(int result) { return result == JOB_NOT_BEGUN ? "Idle" : result == JOB_OK ? "Complete" : "Failed"; }
 
 }  // namespace
@@ -37,6 +35,21 @@ void UnitDialog::show(WINDOW dialog, COPY_STATE state) const {
 }
 
 void UnitDialog::showUnits(WINDOW dialog) const { show(dialog, parts_.ready() ? COPY_READY : COPY_NOT_READY); }
+
+long UnitDialog::events(WINDOW dialog, const EVENT& event, DialogEvents does) {
+  does.user = [this](WINDOW told) { follow(told); };
+  does.close = [this](WINDOW closed) { close(closed); };
+  const long answer = dialogEvents(dialog, event, does);
+  if (event.type == E_DESTROY) releaseUnits();
+  return answer;
+}
+
+bool UnitDialog::admits(WINDOW dialog, const EVENT& event) const {
+  if (event.type != E_CONTROL || event.ctl.what != CTL_PRESS) return false;
+  if (!isPress(event, parts_.closeButton)) return !refuses(dialog);
+  close(dialog);
+  return false;
+}
 
 void UnitDialog::open(WINDOW dialog) {
   word_ = "Idle";
@@ -62,10 +75,23 @@ bool UnitDialog::takes(WINDOW dialog, DriveAnswer answer) const {
   return tookDrive(answer);
 }
 
+void UnitDialog::chooseInputTape(WINDOW dialog, UnitStruct* units) {
+  if (!takes(dialog, chooseInputDrive(units))) return;
+  closeUnit(units, 0);
+  openChosenDrive(units, 0);
+  showChange(dialog);
+}
+
 bool UnitDialog::refuses(WINDOW dialog) const {
   if (!refuseDuringJob()) return false;
   remark(dialog, kJobIsRunning);
   return true;
+}
+
+void UnitDialog::start(WINDOW dialog, const std::function<int(const int& stopped)>& job) {
+  if (!parts_.ready()) return showChange(dialog);
+  int stopped = 0;
+  run(dialog, &stopped, [&] { return job(stopped); });
 }
 
 void UnitDialog::run(WINDOW dialog, int* stopFlag, const std::function<int()>& job) {
@@ -88,6 +114,12 @@ void UnitDialog::run(WINDOW dialog, int* stopFlag, const std::function<int()>& j
     showUnits(dialog);
     tellUnitsChanged();
   });
+}
+
+void UnitDialog::releaseUnits() const {
+  if (parts_.closeUnits == nullptr || jobIsRunning()) return;
+  parts_.closeUnits();
+  tellUnitsChanged();
 }
 
 void UnitDialog::close(WINDOW dialog) const {

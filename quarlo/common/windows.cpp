@@ -17,4 +17,16 @@ void unitsChanged(EVENT* event) {
   if (gTAnlsWindow != NULL_WIN) xvt_win_dispatch_event(gTAnlsWindow, event);
 }
 
+void tellUnitsChanged() {
+  EVENT event;
+  unitsChanged(&event);
+}
+
+void tellControlDialog() {
+  if (gControlWindow == NULL_WIN) return;
+  EVENT moved;
+  moved.type = E_USER;
+  xvt_win_dispatch_event(gControlWindow, &moved);
+}
+
 void notYetBuilt(const char* what) { tellUser(formatText("%s is not part of this build yet.", what).c_str()); }

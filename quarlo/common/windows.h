@@ -15,5 +15,11 @@ extern int gFAnlsWindowUp;        ///< 1 while the file dump dialog exists
 /// passes it on to the tape dialogs) and to the tape dump dialog.
 void unitsChanged(EVENT* event);
 
+/// As unitsChanged, where nobody needs the event.
+void tellUnitsChanged();
+
+/// The input tape was moved: the tape control dialog, if it is up, shows where it stands.
+void tellControlDialog();
+
 /// Says in a note box that a feature is not part of this build. `what` begins the sentence: "Verify".
 void notYetBuilt(const char* what);

@@ -14,10 +14,8 @@
 #include "quarlo/segycopy/segy_dlgs.h"
 #include "quarlo/segycopy/segycopy.h"
 #include "quarlo/tapelib/dialogs/controls.h"
-#include "quarlo/tapelib/dialogs/dialogevents.h"
 #include "quarlo/tapelib/dialogs/errhandl.h"
 #include "quarlo/tapelib/dialogs/tsel2dlg.h"
-#include "quarlo/tapelib/dialogs/tsel_dlg.h"
 #include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/formats/tpf.h"
 #include "quarlo/tapelib/frame/jobframe.h"
@@ -96,7 +94,17 @@ int closeAfterJob() {
   return closeOutput();
 }
 
-UnitDialog theDialog({CP_STATUS, isReady, showState, closeAfterJob});
+void closeBoth() {
+  closeInput();
+  closeOutput();
+}
+
+UnitDialog theDialog({.status = CP_STATUS,
+                      .closeButton = CP_CLOSE,
+                      .ready = isReady,
+                      .showState = showState,
+                      .endUnits = closeAfterJob,
+                      .closeUnits = closeBoth});
 
 void showChange(WINDOW dialog) { theDialog.showChange(dialog); }
 
@@ -110,13 +118,7 @@ void openOutputs() {
   if (automatic && output().hasAutoLoader) tlvInitLoader(ioUnit, kAllOutputs);
 }
 
-void chooseInputTape(WINDOW dialog) {
-  if (theDialog.takes(dialog, chooseInputDrive(ioUnit))) {
-    closeInput();
-    openChosenDrive(ioUnit, 0);
-    showChange(dialog);
-  }
-}
+void chooseInputTape(WINDOW dialog) { theDialog.chooseInputTape(dialog, ioUnit); }
 
 void chooseOutputTape(WINDOW dialog) {
   if (theDialog.takes(dialog, chooseOutputDrives(ioUnit))) {
@@ -203,7 +205,12 @@ void chooseOutputDisk(WINDOW dialog) {
 }
 
 void chooseFormat(WINDOW dialog) {
-  const int row = xvt_list_get_selected(xvt_win_get_ctl(dialog, CP_FORMAT));
+  const WINDOW list = xvt_win_get_ctl(dialog, CP_FORMAT);
+  if (theDialog.refuses(dialog)) {
+    xvt_list_set_selected(list, inFileType - 1, true);
+    return;
+  }
+  const int row = xvt_list_get_selected(list);
   if (row < 0 || row + 1 == inFileType) return;
   inFileType = row + 1;
   // A disk output's extension belongs to the format that it was chosen for.
@@ -245,12 +252,7 @@ void start(WINDOW dialog) {
     return;
   }
   if (isReady() && input().type == UT_DISK && !positionInput()) closeInput();
-  if (!isReady()) {
-    showChange(dialog);
-    return;
-  }
-  int stopped = 0;
-  theDialog.run(dialog, &stopped, [&stopped]() -> int {
+  theDialog.start(dialog, [](const int& stopped) -> int {
     checkBOT(ioUnit);
     return stopped == 0 ? format().job(ioUnit) : JOB_NOT_BEGUN;
   });
@@ -279,24 +281,10 @@ void create(WINDOW dialog) {
   theDialog.open(dialog);
 }
 
-/// The units go with the dialog, unless a job still has them in hand: it closes them itself.
-void destroy(WINDOW /*dialog*/) {
-  if (jobIsRunning()) return;
-  closeInput();
-  closeOutput();
-  EVENT event;
-  unitsChanged(&event);
-}
-
 void control(WINDOW dialog, const EVENT& event) {
-  if (isPress(event, CP_CLOSE))
-    theDialog.close(dialog);
-  else if (event.ctl.id == CP_FORMAT && event.ctl.what == CTL_SELECT)
-    if (theDialog.refuses(dialog))
-      xvt_list_set_selected(xvt_win_get_ctl(dialog, CP_FORMAT), inFileType - 1, true);
-    else
-      chooseFormat(dialog);
-  else if (event.ctl.what == CTL_PRESS && !theDialog.refuses(dialog))
+  if (event.ctl.id == CP_FORMAT && event.ctl.what == CTL_SELECT)
+    chooseFormat(dialog);
+  else if (theDialog.admits(dialog, event))
     runAction(kActions, dialog, event);
 }
 
@@ -315,10 +303,5 @@ void setCopyState(WINDOW theWindow, int newState, const char* str1, const char* 
 }
 
 long CopyDialog_eh(WINDOW xdWindow, EVENT* xdEvent) {
-  return dialogEvents(xdWindow, *xdEvent,
-                      {.create = create,
-                       .control = control,
-                       .user = [](WINDOW dialog) { theDialog.follow(dialog); },
-                       .close = [](WINDOW dialog) { theDialog.close(dialog); },
-                       .destroy = destroy});
+  return theDialog.events(xdWindow, *xdEvent, {.create = create, .control = control});
 }

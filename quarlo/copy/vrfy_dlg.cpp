@@ -1,11 +1,9 @@
 #include "quarlo/copy/vrfy_dlg.h"
 
 #include "quarlo/common/unitdialog.h"
-#include "quarlo/common/windows.h"
 #include "quarlo/copy/unfmtcpy.h"
 #include "quarlo/copy/verifyjob.h"
 #include "quarlo/tapelib/dialogs/controls.h"
-#include "quarlo/tapelib/dialogs/dialogevents.h"
 #include "quarlo/tapelib/dialogs/tsel_dlg.h"
 #include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/formats/tpf.h"
@@ -44,7 +42,17 @@ int closeAfterRun() {
   return 0;
 }
 
-UnitDialog theDialog({VF_STATUS, isReady, showState, closeAfterRun});
+void closeBoth() {
+  closeVerifyInput(0);
+  closeVerifyInput(1);
+}
+
+UnitDialog theDialog({.status = VF_STATUS,
+                      .closeButton = VF_CLOSE,
+                      .ready = isReady,
+                      .showState = showState,
+                      .endUnits = closeAfterRun,
+                      .closeUnits = closeBoth});
 
 void chooseTape(WINDOW dialog, int uNum) {
   if (theDialog.takes(dialog, chooseInputDrive(ioUnit, uNum))) {
@@ -84,12 +92,9 @@ void chooseSecondDisk(WINDOW dialog) {
 
 /// From Start to the last word in the dialog. The program, or the dialog, may be asked to go meanwhile: both wait.
 void start(WINDOW dialog) {
-  if (!isReady()) {
-    theDialog.showChange(dialog);
-    return;
-  }
-  int stopped = 0;
-  theDialog.run(dialog, &stopped, [] { return do_verify(secondBlockType != 0 ? kBlockType2 : kBlockType1, ioUnit); });
+  theDialog.start(
+      dialog,
+      [](const int& /*stopped*/) { return do_verify(secondBlockType != 0 ? kBlockType2 : kBlockType1, ioUnit); });
 }
 
 constexpr ControlAction kActions[] = {
@@ -107,21 +112,10 @@ void create(WINDOW dialog) {
   theDialog.open(dialog);
 }
 
-/// The units go with the dialog, unless a job still has them in hand: it closes them itself.
-void destroy(WINDOW /*dialog*/) {
-  if (jobIsRunning()) return;
-  closeVerifyInput(0);
-  closeVerifyInput(1);
-  EVENT event;
-  unitsChanged(&event);
-}
-
 void control(WINDOW dialog, const EVENT& event) {
-  if (isPress(event, VF_CLOSE))
-    theDialog.close(dialog);
-  else if (event.ctl.what == CTL_PRESS && !theDialog.refuses(dialog) &&
-           !chooseRadio(dialog, event, VF_BLOCK_TYPE_1, VF_BLOCK_TYPE_2, &secondBlockType) &&
-           !toggleFlag(dialog, event, VF_CONCATENATED, &hasCats))
+  if (theDialog.admits(dialog, event) &&
+      !chooseRadio(dialog, event, VF_BLOCK_TYPE_1, VF_BLOCK_TYPE_2, &secondBlockType) &&
+      !toggleFlag(dialog, event, VF_CONCATENATED, &hasCats))
     runAction(kActions, dialog, event);
 }
 
@@ -139,10 +133,5 @@ void set_verify_state(WINDOW theWindow, int newState, const char* str1, const ch
 }
 
 long VerifyDialog_eh(WINDOW xdWindow, EVENT* xdEvent) {
-  return dialogEvents(xdWindow, *xdEvent,
-                      {.create = create,
-                       .control = control,
-                       .user = [](WINDOW dialog) { theDialog.follow(dialog); },
-                       .close = [](WINDOW dialog) { theDialog.close(dialog); },
-                       .destroy = destroy});
+  return theDialog.events(xdWindow, *xdEvent, {.create = create, .control = control});
 }

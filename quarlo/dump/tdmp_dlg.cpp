@@ -12,11 +12,8 @@
 #include "quarlo/dump/dump_ctl.h"
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/dialogs/controls.h"
-#include "quarlo/tapelib/dialogs/dialogevents.h"
-#include "quarlo/tapelib/dialogs/tsel_dlg.h"
 #include "quarlo/tapelib/frame/jobframe.h"
 #include "quarlo/tapelib/homefolder.h"
-#include "quarlo/tapelib/unitopen.h"
 #include "resources/ids.h"
 
 namespace {
@@ -131,13 +128,6 @@ Read readBlock() {
   return Read::FILEMARK;
 }
 
-void tellControlDialog() {
-  if (gControlWindow == NULL_WIN) return;
-  EVENT changed;
-  changed.type = E_USER;
-  xvt_win_dispatch_event(gControlWindow, &changed);
-}
-
 /// Behind the end of data there is nothing to read on for.
 int dumpBlocks(WINDOW dialog) {
   blocksLastRead = 0;
@@ -165,7 +155,8 @@ void showState(WINDOW dialog, COPY_STATE state) {
 /// The tape stays open where it stands: the next dump goes on from there.
 int keepUnits() { return 0; }
 
-UnitDialog theDialog({0, isTapeOpen, showState, keepUnits});
+UnitDialog theDialog(
+    {.status = 0, .closeButton = TD_CLOSE, .ready = isTapeOpen, .showState = showState, .endUnits = keepUnits});
 
 void dump(WINDOW dialog) {
   if (!dumpBuf) return xvt_dm_post_error("Error allocating memory for dump buffer.");
@@ -185,12 +176,7 @@ void redump(WINDOW dialog) {
 
 // ---- the other buttons ------------------------------------------------------------------------------------------
 
-void selectDrive(WINDOW dialog) {
-  if (!theDialog.takes(dialog, chooseInputDrive(ioUnit))) return;
-  closeUnit(ioUnit, 0);
-  openChosenDrive(ioUnit, 0);
-  theDialog.showChange(dialog);
-}
+void selectDrive(WINDOW dialog) { theDialog.chooseInputTape(dialog, ioUnit); }
 
 void skip(int count) {
   const RunningJob job(nullptr);
@@ -210,9 +196,7 @@ void showOrHide(WINDOW dialog) {
   setDumpVisible(dialog, kStyleControls, dumpWindow, &gTDumpIsVisible, gTDumpIsVisible == 0);
 }
 
-void closeDialog(WINDOW dialog) { theDialog.close(dialog); }
-
-constexpr ControlAction kAnyTime[] = {{TD_HALT, halt}, {TD_SHOW_WINDOW, showOrHide}, {TD_CLOSE, closeDialog}};
+constexpr ControlAction kAnyTime[] = {{TD_HALT, halt}, {TD_SHOW_WINDOW, showOrHide}};
 constexpr ControlAction kBetweenJobs[] = {
     {TD_SELECT_DRIVE, selectDrive}, {TD_DUMP, dump}, {TD_REDUMP, redump}, {TD_SKIP_BACK, skipBack},
     {TD_SKIP_FORWARD, skipForward},
@@ -282,8 +266,7 @@ void control(WINDOW dialog, const EVENT& event) {
     tapeMode = kTapeModes[mode];
     return;
   }
-  if (runAction(kAnyTime, dialog, event) || event.ctl.what != CTL_PRESS) return;
-  if (!theDialog.refuses(dialog)) runAction(kBetweenJobs, dialog, event);
+  if (!runAction(kAnyTime, dialog, event) && theDialog.admits(dialog, event)) runAction(kBetweenJobs, dialog, event);
 }
 
 }  // namespace
@@ -326,10 +309,5 @@ bool filePrint(const char* dumpStr, std::FILE* fp) {
 }
 
 long tapeDumpDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {
-  return dialogEvents(xdWindow, *xdEvent,
-                      {.create = create,
-                       .control = control,
-                       .user = [](WINDOW dialog) { theDialog.follow(dialog); },
-                       .close = closeDialog,
-                       .destroy = destroy});
+  return theDialog.events(xdWindow, *xdEvent, {.create = create, .control = control, .destroy = destroy});
 }

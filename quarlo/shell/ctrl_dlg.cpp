@@ -58,8 +58,7 @@ void rewind(WINDOW window) {
 void unload(WINDOW window) {
   tlv_unload(ioUnit, 0);
   set_ctrl_state(window, 0, "No drive selected", ioUnit);
-  EVENT changed;
-  unitsChanged(&changed);
+  tellUnitsChanged();
 }
 
 void skipBlocks(WINDOW window) {
@@ -89,8 +88,7 @@ void selectDrive(WINDOW window) {
     resetCounts(window);
     refresh(window);
   }
-  EVENT changed;
-  unitsChanged(&changed);
+  tellUnitsChanged();
 }
 
 // All of them move the tape or change the input unit.

@@ -17,11 +17,7 @@ void create(WINDOW window) {
 
 void accept(WINDOW window, SkipOperation skip) {
   skip(getDevPtr(), 0, skipCount);
-  if (gControlWindow != NULL_WIN) {
-    EVENT changed;
-    changed.type = E_USER;
-    xvt_win_dispatch_event(gControlWindow, &changed);
-  }
+  tellControlDialog();
   xvt_vobj_destroy(window);
 }
 
