@@ -3,6 +3,7 @@
 #include <string_view>
 #include <utility>
 
+#include "quarlo/common/held.h"
 #include "quarlo/common/windows.h"
 #include "quarlo/tapelib/dialogs/controls.h"
 #include "quarlo/tapelib/dialogs/tsel_dlg.h"
@@ -11,18 +12,6 @@
 #include "quarlo/tapelib/unitopen.h"
 
 namespace {
-
-/// Holds a flag for as long as it lives.
-class Held {
- public:
-  explicit Held(bool* heldFlag) : flag_(heldFlag) { *flag_ = true; }
-  ~Held() { *flag_ = false; }
-  Held(const Held&) = delete;
-  Held& operator=(const Held&) = delete;
-
- private:
-  bool* flag_;
-};
 
 const char* wordFor(int result) { return result == JOB_NOT_BEGUN ? "Idle" : result == JOB_OK ? "Complete" : "Failed"; }
 
@@ -122,9 +111,4 @@ void UnitDialog::releaseUnits() const {
   tellUnitsChanged();
 }
 
-void UnitDialog::close(WINDOW dialog) const {
-  if (running_)
-    requestStopOfJobs([dialog] { xvt_vobj_destroy(dialog); });
-  else
-    xvt_vobj_destroy(dialog);
-}
+void UnitDialog::close(WINDOW dialog) const { destroyBehindJob(dialog, running_); }

@@ -29,4 +29,11 @@ void tellControlDialog() {
   xvt_win_dispatch_event(gControlWindow, &moved);
 }
 
+void destroyBehindJob(WINDOW dialog, bool runsJob) {
+  if (runsJob)
+    requestStopOfJobs([dialog] { xvt_vobj_destroy(dialog); });
+  else
+    xvt_vobj_destroy(dialog);
+}
+
 void notYetBuilt(const char* what) { tellUser(formatText("%s is not part of this build yet.", what).c_str()); }

@@ -21,5 +21,8 @@ void tellUnitsChanged();
 /// The input tape was moved: the tape control dialog, if it is up, shows where it stands.
 void tellControlDialog();
 
+/// Destroys a dialog; one that runs a job goes when that has been stopped and has ended.
+void destroyBehindJob(WINDOW dialog, bool runsJob);
+
 /// Says in a note box that a feature is not part of this build. `what` begins the sentence: "Verify".
 void notYetBuilt(const char* what);

@@ -377,10 +377,7 @@ void startReport(WINDOW theWindow, const ReportDialog& report) {
   TheFile.reset();
   repDlgUp = 1;
   showFile(theWindow);
-  if (xvt_dlg_create_res(WD_MODELESS, report.resource, report.handler, &reportRecord) != NULL_WIN) return;
-  xvt_dm_post_error("Error opening report dialog");
-  repDlgUp = 0;
-  reportEnded(theWindow);
+  if (!openReport(report, &reportRecord)) reportEnded(theWindow);
 }
 
 long FileDumpDlg_eh(WINDOW xdWindow, EVENT* xdEvent) {

@@ -9,6 +9,7 @@
 #include "quarlo/common/dump_win.h"
 #include "quarlo/common/windows.h"
 #include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/jobstate.h"
 #include "tests/support/job_fixture.h"
 
 namespace {
@@ -248,16 +249,15 @@ TEST_F(FileDumpTest, SavesTheTextOfTheWindow) {
 // ---- reports on datasets ------------------------------------------------------------------------------------------
 
 const ReportRecord* handedOver = nullptr;
+std::function<bool(int* stopFlag)> theWork;
 
 long report_eh(WINDOW window, EVENT* event) {
-  if (event->type == E_CREATE) handedOver = static_cast<ReportRecord*>(xvt_vobj_get_data(window));
-  if (event->type == E_DESTROY) {
-    *handedOver->windowIsUp = 0;
-    EVENT ended;
-    ended.type = E_USER;
-    xvt_win_dispatch_event(handedOver->dlgWindow, &ended);
-  }
-  return 0;
+  return reportEvents(window, *event,
+                      {.create = [](WINDOW made) { handedOver = static_cast<ReportRecord*>(xvt_vobj_get_data(made)); },
+                       .control =
+                           [](WINDOW dialog, const EVENT& used) {
+                             if (isPress(used, ABOUT_OK)) runReport(dialog, theWork);
+                           }});
 }
 
 // Any dialog of the tables stands in for a report.
@@ -298,6 +298,38 @@ TEST_F(FileDumpTest, AReportHasTheFileForItself) {
   EXPECT_EQ(toolkit.errors, Lines{"Error opening report dialog"});
   EXPECT_EQ(position(), "4");
   EXPECT_TRUE(toolkit.enabled(dialog, FD_READ));
+}
+
+TEST_F(FileDumpTest, AReportIsAloneInItsWindowAndIsStoppedByClosing) {
+  writeFile("line.kyr", "dataset");
+  open("line.kyr");
+  dumpOut("of an earlier report", window);
+  startReport(dialog, STAND_IN);
+  const WINDOW report = toolkit.dialog(DLG_ABOUT);
+  const auto pressRun = [&](std::function<bool(int* stopFlag)> work) {
+    theWork = std::move(work);
+    toolkit.press(report, ABOUT_OK);
+  };
+  pressRun([&](int*) {
+    EXPECT_TRUE(xvt_vobj_is_visible(window));
+    EXPECT_TRUE(jobIsRunning());
+    dumpOut("a line", window);
+    return true;
+  });
+  EXPECT_EQ(shown(), Lines{"a line"});
+  EXPECT_TRUE(toolkit.enabled(dialog, FD_START_REPORT));
+  pressRun([](int*) -> bool { throw std::bad_alloc(); });
+  EXPECT_EQ(consoleWithoutDates().back(), "  *** There is not enough memory for this job.");
+  EXPECT_EQ(shown(), Lines{});
+  EXPECT_FALSE(toolkit.enabled(dialog, FD_START_REPORT));
+  pressRun([&](int* stopFlag) {
+    toolkit.close(report);
+    EXPECT_TRUE(xvt_vobj_is_valid(report));
+    EXPECT_EQ(*stopFlag, 1);
+    return false;
+  });
+  EXPECT_FALSE(xvt_vobj_is_valid(report));
+  EXPECT_TRUE(toolkit.enabled(dialog, FD_START_REPORT));  // the dataset is the file dump's again
 }
 
 }  // namespace
