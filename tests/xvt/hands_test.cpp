@@ -231,7 +231,8 @@ TEST(Hands, WhereRoomIsShortNoHintIsCutAndNoLinesCoverTheirOpener) {
     const std::string words(60, 'w');
     const DLG_ITEM hint[] = {ui::hint(words.c_str(), 1, "hint"), ui::label("Kind:"),
                              ui::radio(2, "kind", "One", IF_DISABLED)};
-    const WINDOW dialog = open(WD_MODELESS, {4, "hint", "Hint", hint, std::size(hint)});
+    const DLG_RES table = {4, "hint", "Hint", hint, std::size(hint)};
+    const WINDOW dialog = open(WD_MODELESS, table);
     const Widget shell = Registry::instance().find<Dialog>(dialog)->shell();
     EXPECT_FALSE(XtIsSensitive(XtNameToWidget(shell, "*label"))) << "as its choice";
     Boolean isStop = True;
