@@ -190,7 +190,7 @@ void chooseOutputFile(WINDOW dialog) {
   if (!opened && !image && errno == ENOENT) opened = openDiskUnit(&output(), file, "w+b");
   if (!opened) {
     xvt_dm_post_error("Error opening file %s", file.name);
-  } else if (image && !raw && !tpf::Writer(output().fp).begin(true)) {
+  } else if (image && !raw && !beginTapeImage(output().fp, output().name)) {
     xvt_dm_post_error("Error writing file header to disk file");
     closeOutput();
   }

@@ -1,18 +1,18 @@
 #include "quarlo/copy/unfmtcpy.h"
 
-#include "libkyr/text.h"
-
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
+#include <optional>
+#include <span>
 
 #include "libkyr/disksync.h"
+#include "libkyr/text.h"
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/formats/tpf.h"
 #include "quarlo/tapelib/frame/blockread.h"
 #include "quarlo/tapelib/frame/jobframe.h"
 #include "quarlo/tapelib/frame/loglines.h"
+#include "quarlo/tapelib/frame/piecefile.h"
 #include "quarlo/tapelib/frame/tapechange.h"
 
 int TheOutFileType = OF_TPF;
@@ -41,10 +41,23 @@ constexpr RetryWords kRetryWords = {"  *** Error reading from input tape - retry
 constexpr TapeChangeWords kInputWords = {"Tape finished", "Magazine finished", "  "};
 constexpr TapeChangeWords kOutputWords = {nullptr, nullptr, nullptr};
 
+/// A header as a copy writes it: the reserved words are the input's.
+tpf::HeaderBytes headerFrom(const tpf::Header& from, int length, std::uint32_t marker) {
+  tpf::Header header = from;
+  header.length = length;
+  header.blockType = static_cast<std::uint32_t>(TheBlockType);
+  header.marker = marker;
+  return tpf::encode(header);
+}
+
+bool writeFileHeader(PieceWriter* file) {
+  return file->empty() && file->write(tpf::fileHeader(), false) && file->flush();
+}
+
 /// Where an image copy writes: all output tapes, or a disk file with or without headers.
 class ImageOutput {
  public:
-  explicit ImageOutput(UnitStruct* allUnits) : units_(allUnits), disk_(allUnits[1].fp) {}
+  explicit ImageOutput(UnitStruct* allUnits) : units_(allUnits) {}
 
   bool isTape() const { return units_[1].type == UT_TAPE; }
   bool isRaw() const { return !isTape() && TheOutFileType == OF_RAW; }
@@ -59,22 +72,23 @@ class ImageOutput {
   bool writeClosingMarks(JobEnd end);
   /// One mark behind what the present output tapes hold. @return false when it could not be written
   bool closeTapes() { return completeOutputTapes(units_, 1); }
-  /// Blocks that a full disk took back.
-  const tpf::Writer::Lost& lost() const { return disk_.lost(); }
+  /// Blocks that a full disk took back of what it had accepted.
+  LostOutput lost() const;
   /// The outputs' next tapes. @return false when the user declined
   bool changeTapes() { return nextOutputTapes(units_, kOutputWords) != 0; }
 
  private:
   bool writeDiskMark(const tpf::Header& from, bool atOnce);
-  bool sayDiskError() const;
 
   UnitStruct* units_;
-  tpf::Writer disk_;
+  PieceWriter disk_{console_out, "block"};
+  std::optional<int> refused_;  // length of the block that the disk did not take
 };
 
 bool ImageOutput::begin() {
-  if (isTape() || disk_.begin(TheOutFileType == OF_TPF)) return true;
-  sayDiskError();
+  if (isTape()) return true;
+  disk_.begin(units_[1].fp, units_[1].name);
+  if (isRaw() ? disk_.empty() : writeFileHeader(&disk_)) return true;
   xvt_dm_post_error("Error writing file header to disk file");
   return false;
 }
@@ -87,29 +101,27 @@ bool ImageOutput::writeBlock(const char* data, int length, const tpf::Header& fr
     }
     return tlv_tape_write(units_, kAllOutputs, data, length) >= length;
   }
-  tpf::Header header = from;
-  header.length = length;
-  header.blockType = static_cast<std::uint32_t>(TheBlockType);
-  header.marker = tpf::kMarkerBlock;
-  if (disk_.writeBlock(isRaw() ? nullptr : &header, data, length)) return true;
-  sayDiskError();
-  if (disk_.failedAtHeader()) xvt_dm_post_error("Error writing block header to disk file");
+  const tpf::HeaderBytes header = headerFrom(from, length, tpf::kMarkerBlock);
+  const std::span<const char> head = isRaw() ? std::span<const char>() : std::span<const char>(header);
+  if (disk_.write(head, {data, static_cast<std::size_t>(length)}, true)) return true;
+  refused_ = length;
+  if (disk_.reached().value_or(head.size()) < head.size()) xvt_dm_post_error("Error writing block header to disk file");
   return false;
 }
 
-/// The line of a failed disk write. @return false
-bool ImageOutput::sayDiskError() const {
-  console_out(diskErrorText(units_[1].name, errno).c_str());
-  return false;
+LostOutput ImageOutput::lost() const {
+  LostOutput lost = disk_.lost();
+  if (refused_) {
+    --lost.traces;
+    lost.bytes -= *refused_;
+  }
+  return lost;
 }
 
 bool ImageOutput::writeDiskMark(const tpf::Header& from, bool atOnce) {
-  tpf::Header header = from;
-  header.length = 0;
-  header.blockType = static_cast<std::uint32_t>(TheBlockType);
-  header.marker = tpf::kMarkerFilemark;
-  if (disk_.writeMark(header) && (!atOnce || disk_.flush())) return true;
-  sayDiskError();
+  disk_.mend();
+  if (disk_.write(headerFrom(from, 0, tpf::kMarkerFilemark), false) && (!atOnce || disk_.flush())) return true;
+  disk_.mend();
   xvt_dm_post_error("Error writing eof header to disk file");
   return false;
 }
@@ -121,7 +133,8 @@ bool ImageOutput::copyMark(const tpf::Header& from) {
 bool ImageOutput::writeClosingMarks(JobEnd end) {
   if (isTape()) return closeOutputTapes(units_, end, 2);
   // What is held of the data first: if it does not fit, the marks close what did.
-  bool whole = disk_.flush() || sayDiskError();
+  disk_.mend();
+  bool whole = disk_.flush();
   for (int mark = 0; mark < 2 && !isRaw(); ++mark) whole = writeDiskMark({}, true) && whole;
   DiskSync sync;
   sync.add(units_[1].fp, pathOf(units_[1].fs));
@@ -195,7 +208,7 @@ int ImageCopy::run() {
   });
   if (!unbroken) failed_ = true;
   if (!output_.writeClosingMarks(failed_ || aborted || declined_ ? JobEnd::CutShort : JobEnd::Success)) failed_ = true;
-  nextBlock_ -= output_.lost().blocks;
+  nextBlock_ -= output_.lost().traces;
   bytes_ -= static_cast<float>(output_.lost().bytes);
   if (failed_) logFailed();
   logSummary();
@@ -211,7 +224,7 @@ bool ImageCopy::copyMark(const tpf::Header& from) {
   endsInMark_ = true;
   if (output_.copyMark(from)) return true;
   failed_ = true;
-  return !output_.isTape() && output_.lost().blocks == 0;
+  return !output_.isTape() && output_.lost().traces == 0;
 }
 
 bool ImageCopy::copyBlock(int length, const tpf::Header& from) {
@@ -405,6 +418,12 @@ void DiskCopy::logSummary() {
 }
 
 }  // namespace
+
+bool beginTapeImage(std::FILE* stream, const char* name) {
+  PieceWriter file;
+  file.begin(stream, name);
+  return writeFileHeader(&file);
+}
 
 int doTapeCopy(UnitStruct* ioUnit) { return TapeCopy(ioUnit).run(); }
 

@@ -1,6 +1,8 @@
 /// The image copy: every block byte for byte, every filemark in its place, between tapes and tape-image files.
 #pragma once
 
+#include <cstdio>
+
 #include "quarlo/tapelib/tlv_fcn.h"
 #include "xvt/xvt.h"
 
@@ -21,6 +23,9 @@ extern bool PrintFiles;   ///< a console line for every file and tape
 
 void unfmtInit();
 int getOutFileType();
+
+/// Makes a file an empty tape-image file. @return false after a line when its header could not be written
+bool beginTapeImage(std::FILE* stream, const char* name);
 
 /// Image copy from a tape / from a tape-image file positioned behind its file header. @return JOB_RESULT
 int doTapeCopy(UnitStruct* ioUnit);

@@ -164,7 +164,7 @@ bool SegdCopy::openInput() {
       return false;
     }
     input_ = std::make_unique<SegdDiskInput>(units_, files_.names);
-    input_->beforeRefill([this] { output_.writeLent(); });
+    input_->beforeRefill([this] { output_.takeOver(); });
   }
   if (SgdParams.recLenOR) input_->headers.RecordLengthMultiplier = 100 * SgdParams.recLenFactor;
   return true;

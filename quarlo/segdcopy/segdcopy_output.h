@@ -41,11 +41,11 @@ class SegdOutput {
   /// Writes its headers: on tape one block.
   bool putHeader(std::vector<char> header);
   /// Writes a trace, or packs it into a block with others of its channel set.
-  /// @param lent its bytes stay where they are until writeLent()
+  /// @param lent its bytes stay where they are until takeOver()
   bool putSegdTrace(std::span<const char> trace, int channelSet, bool lent);
-  /// Writes traces that were lent; a failure shows at the next one.
-  void writeLent() {
-    if (!isTape()) disk_.flush();
+  /// Takes over what is left of traces that were lent; a failure shows at the next one.
+  void takeOver() {
+    if (!isTape()) disk_.settle();
   }
   /// Writes what is still to be written of the field file, and its mark.
   bool endFile();

@@ -8,8 +8,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <deque>
-#include <vector>
 
 namespace tpf {
 
@@ -67,52 +65,6 @@ class Reader {
   const char* kind_;
   Header current_;
   double position_ = kHeaderSize;  // byte position of the item that next() reads
-};
-
-/// Writes blocks and filemarks to a disk file in large pieces. When a write fails, the file is cut back to its last
-/// whole item, so that all that it holds can be read; what had been accepted behind that is counted as lost.
-class Writer {
- public:
-  /// What a failed write took back of what had been accepted before it.
-  struct Lost {
-    int blocks = 0;
-    double bytes = 0;
-  };
-
-  explicit Writer(std::FILE* stream) : file_(stream) {}
-
-  /// Empties the file and, for a tape-image file, writes the file header at once. @return false with errno on failure
-  bool begin(bool withFileHeader);
-  /// One block behind its header, or bare for a raw file (null). @return false with errno on failure: the block, and
-  /// what lost() says, is not in the file
-  bool writeBlock(const Header* header, const char* data, int length);
-  bool writeMark(const Header& header);
-  /// Brings to disk what is still held here. @return false with errno on failure
-  bool flush();
-  const Lost& lost() const { return taken_; }
-  /// Whether the last block that failed did so before its own bytes began.
-  bool failedAtHeader() const { return cutAtHeader_; }
-
- private:
-  /// An accepted item that is not wholly on disk yet.
-  struct Item {
-    long long end;
-    int blockLength;  // -1 for a mark
-  };
-
-  bool writeItem(const char* first, int firstLength, const char* second, int secondLength, int blockLength);
-  bool put(const char* bytes, std::size_t count);
-  bool store(const char* bytes, std::size_t count);
-  void settle();
-  void cutBack();
-
-  std::FILE* file_;
-  std::vector<char> held_;   // behind what is on disk
-  std::deque<Item> unsure_;  // items that end there
-  long long onDisk_ = 0;
-  long long whole_ = 0;  // end of the last item that is wholly on disk
-  Lost taken_;
-  bool cutAtHeader_ = false;
 };
 
 }  // namespace tpf

@@ -1,8 +1,11 @@
 #include "quarlo/tapelib/frame/piecefile.h"
 
+#include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 
 #include "libkyr/files.h"
@@ -52,76 +55,121 @@ bool PieceReader::fill(std::size_t bytes) {
 
 // ---- writing ----------------------------------------------------------------------------------------------------
 
+namespace {
+
+/// What the buffer is filled to: every write but the last ends at a multiple of this in the file.
+constexpr std::size_t kPiece = kStreamBufferSize;
+/// Lent bytes go out to a multiple of this: the pages of the file are written whole.
+constexpr std::size_t kPage = 4096;
+
+}  // namespace
+
 void PieceWriter::begin(std::FILE* stream, const char* fileName) {
   file_ = stream;
   name_ = fileName;
-  forget();
+  held_.clear();
+  lent_ = {};
+  pieces_.clear();
+  onDisk_ = whole_ = 0;
   broken_ = false;
   emptied_ = false;
 }
 
-void PieceWriter::forget() {
-  buffer_.clear();
-  lent_ = {};
-  pieces_.clear();
-}
-
-bool PieceWriter::write(std::span<const char> piece, bool isTrace) {
-  if (!lent_.empty()) flush();  // a failure shows in what follows
-  buffer_.insert(buffer_.end(), piece.begin(), piece.end());
-  pieces_.push_back({buffer_.size(), isTrace});
-  return buffer_.size() < kStreamBufferSize || flush();
-}
-
-bool PieceWriter::writeLent(std::span<const char> piece, bool isTrace) {
-  if (!buffer_.empty() || lent_.data() + lent_.size() != piece.data()) {
-    flush();
-    lent_ = piece.first(0);
-  }
-  lent_ = {lent_.data(), lent_.size() + piece.size()};
-  pieces_.push_back({lent_.size(), isTrace});
-  return !broken_ || flush();
-}
-
-bool PieceWriter::flush() {
-  if (pieces_.empty()) return !broken_;
-  if (broken_ || file_ == nullptr) return lose(0, EBADF);
-  std::size_t written = 0;
-  if (!writeBuffer(&written)) return lose(written, errno);
-  forget();
+bool PieceWriter::empty() {
+  if (emptied_) return true;
+  const int descriptor = file_ != nullptr ? fileno(file_) : -1;
+  struct stat facts {};
+  // A pipe or a device has no size and no places. A file that is empty stays untouched: some file systems bring a file
+  // that was cut to the disk before they close it.
+  const bool isFile = fstat(descriptor, &facts) == 0 && S_ISREG(facts.st_mode);
+  const bool cut =
+      !isFile || ((facts.st_size == 0 || ftruncate(descriptor, 0) == 0) && lseek(descriptor, 0, SEEK_SET) == 0);
+  if (descriptor < 0 || !cut) return lose(descriptor < 0 ? EBADF : errno);
+  emptied_ = true;
   return true;
 }
 
-/// @return false with errno when not all could be written
-bool PieceWriter::writeBuffer(std::size_t* written) {
-  const int descriptor = fileno(file_);
-  if (!emptied_ && ftruncate(descriptor, 0) != 0 && errno != EINVAL) return false;  // EINVAL: a pipe or a device
-  emptied_ = true;
-  const std::span<const char> data = lent_.empty() ? std::span<const char>(buffer_) : lent_;
-  *written = writeAll(descriptor, data.data(), data.size());
-  return *written == data.size();
+/// Bytes that are too many to be copied go out from where they lie, together with what is held before them.
+bool PieceWriter::write(std::span<const char> head, std::span<const char> body, bool isData) {
+  if (!lent_.empty()) settle();  // a failure shows in what follows
+  held_.insert(held_.end(), head.begin(), head.end());
+  lent_ = body;
+  return accept(head.size() + body.size(), body.size(), isData) && storeUpTo(end() / kPiece * kPiece) && keep();
 }
 
-/// Cuts the file back to its last whole piece and counts what did not reach it.
-bool PieceWriter::lose(std::size_t written, int reason) {
+bool PieceWriter::writeLent(std::span<const char> piece, bool isData) {
+  if (lent_.data() + lent_.size() != piece.data()) settle();
+  lent_ = lent_.empty() ? piece : std::span(lent_.data(), lent_.size() + piece.size());
+  return accept(piece.size(), piece.size(), isData);
+}
+
+bool PieceWriter::settle() { return storeUpTo(end() / kPage * kPage) && keep(); }
+
+bool PieceWriter::flush() { return storeUpTo(end()); }
+
+bool PieceWriter::accept(std::size_t bytes, std::size_t dataBytes, bool isData) {
+  pieces_.push_back({end(), dataBytes, bytes, isData});
+  return !broken_ || lose(EBADF);
+}
+
+/// What is lent and not on disk yet, into the buffer.
+bool PieceWriter::keep() {
+  held_.insert(held_.end(), lent_.begin(), lent_.end());
+  lent_ = {};
+  return true;
+}
+
+bool PieceWriter::storeUpTo(std::uint64_t place) {
+  if (broken_) return false;
+  if (place <= onDisk_) return true;
+  if (!empty()) return false;
+  while (onDisk_ < place) {
+    const std::size_t stored = storeSome(static_cast<std::size_t>(place - onDisk_));
+    if (stored == 0) return lose(errno);
+    onDisk_ += stored;
+  }
+  for (; !pieces_.empty() && pieces_.front().end <= onDisk_; pieces_.pop_front()) whole_ = pieces_.front().end;
+  return true;
+}
+
+/// @return bytes that arrived; 0 with errno when the disk takes none
+std::size_t PieceWriter::storeSome(std::size_t bytes) {
+  const std::size_t held = std::min(bytes, held_.size());
+  const std::size_t lent = std::min(bytes - held, lent_.size());
+  const std::array<iovec, 2> parts = {iovec{held_.data(), held}, iovec{const_cast<char*>(lent_.data()), lent}};
+  ssize_t now = 0;
+  do now = writev(fileno(file_), parts.data(), static_cast<int>(parts.size()));
+  while (now < 0 && errno == EINTR);
+  if (now == 0) errno = ENOSPC;
+  const std::size_t stored = now > 0 ? static_cast<std::size_t>(now) : 0;
+  const std::size_t ofHeld = std::min(stored, held);
+  held_.erase(held_.begin(), held_.begin() + static_cast<std::ptrdiff_t>(ofHeld));
+  lent_ = lent_.subspan(stored - ofHeld);
+  return stored;
+}
+
+/// Cuts the file back to its last whole piece and counts what did not reach it. Keeps errno as `reason`.
+bool PieceWriter::lose(int reason) {
   if (!broken_) say_(diskErrorText(name_, reason).c_str());
   broken_ = true;
-  std::size_t whole = 0;
-  for (const Piece& piece : pieces_) {
-    if (piece.end <= written) {
-      whole = piece.end;
+  reached_.reset();
+  for (; !pieces_.empty(); pieces_.pop_front()) {
+    const Piece& piece = pieces_.front();
+    if (piece.end <= onDisk_) {
+      whole_ = piece.end;
       continue;
     }
-    const std::size_t begin = &piece == pieces_.data() ? 0 : (&piece - 1)->end;
-    gone_.traces += piece.isTrace ? 1 : 0;
-    (piece.isTrace ? gone_.bytes : gone_.headerBytes) += static_cast<double>(piece.end - begin);
+    gone_.traces += piece.isData ? 1 : 0;
+    (piece.isData ? gone_.bytes : gone_.headerBytes) += static_cast<double>(piece.dataBytes);
+    const std::uint64_t begin = piece.end - piece.bytes;
+    if (pieces_.size() == 1 && onDisk_ >= begin) reached_ = static_cast<std::size_t>(onDisk_ - begin);
   }
-  if (file_ != nullptr && whole < written) {
-    const int descriptor = fileno(file_);
-    const off_t end = lseek(descriptor, 0, SEEK_CUR) - static_cast<off_t>(written - whole);
-    if (end < 0 || ftruncate(descriptor, end) != 0)
-      say_(formatText("  ** The end of disk file \"%s\" is no whole trace.", name_.c_str()).c_str());
-  }
-  forget();
+  held_.clear();
+  lent_ = {};
+  const auto place = static_cast<off_t>(whole_);
+  if (onDisk_ > whole_ && (ftruncate(fileno(file_), place) != 0 || lseek(fileno(file_), place, SEEK_SET) != place))
+    say_(formatText("  ** The end of disk file \"%s\" is no whole %s.", name_.c_str(), noun_).c_str());
+  onDisk_ = whole_;
+  errno = reason;
   return false;
 }

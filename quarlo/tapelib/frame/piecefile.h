@@ -2,8 +2,11 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
+#include <deque>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -35,46 +38,69 @@ class PieceReader {
 
 /// What a failed write took back of what it had accepted.
 struct LostOutput {
-  int traces = 0;
-  double bytes = 0;        ///< of the traces
-  double headerBytes = 0;  ///< of what was no trace
+  int traces = 0;          ///< or blocks: pieces of data
+  double bytes = 0;        ///< of these, without what stands before each
+  double headerBytes = 0;  ///< of what was no data
 };
 
-/// Writes pieces to a file through a large buffer. A file that runs full ends with its last whole piece.
+/// Writes pieces to a file, through a buffer or from where they lie, in large writes that end at round places of the
+/// file. A file that runs full ends with its last whole piece.
 class PieceWriter {
  public:
-  /// @param tell takes the lines about what went wrong
-  explicit PieceWriter(void (*tell)(const char* line) = console_out) : say_(tell) {}
+  /// @param tell takes the lines about what went wrong @param noun what a piece is called there
+  explicit PieceWriter(void (*tell)(const char* line) = console_out, const char* noun = "trace")
+      : say_(tell), noun_(noun) {}
 
   /// Writes to this stream from now on, which nobody else writes to meanwhile. What the file holds goes with the first
   /// write, not before. @param fileName for the messages
   void begin(std::FILE* stream, const char* fileName);
-  /// @return false when the disk took it not: lost() says what went with it
-  bool write(std::span<const char> piece, bool isTrace);
-  /// The same for a piece whose bytes stay where they are until the next flush: it is not copied into the buffer.
-  bool writeLent(std::span<const char> piece, bool isTrace);
-  /// Hands what is still in the buffer, or lent, to the disk.
+  /// Empties the file at once. @return false after a line
+  bool empty();
+  /// One piece: trace, block, header, mark. @return false when the disk took it not: lost() says what went with it
+  bool write(std::span<const char> piece, bool isData) { return write({}, piece, isData); }
+  /// The same with a head before the bytes that count.
+  bool write(std::span<const char> head, std::span<const char> body, bool isData);
+  /// The same for a piece whose bytes stay where they are until settle() or flush(): it is not copied. A failure shows
+  /// at the next one.
+  bool writeLent(std::span<const char> piece, bool isData);
+  /// Lets go of what was lent. @return false when the disk took it not
+  bool settle();
+  /// Hands all that is still held here to the disk. @return false when the disk took it not
   bool flush();
+  /// Behind a failure nothing more is accepted, for it would stand behind a hole. This says that it may.
+  void mend() { broken_ = false; }
+
   const LostOutput& lost() const { return gone_; }
+  /// Bytes of the piece refused last that the disk had taken; nothing when it failed at an earlier one.
+  std::optional<std::size_t> reached() const { return reached_; }
 
  private:
+  /// An accepted piece that is not wholly on disk yet.
   struct Piece {
-    std::size_t end;  // in the buffer, or in what is lent
-    bool isTrace;
+    std::uint64_t end;      // its place in the file
+    std::size_t dataBytes;  // without its head
+    std::size_t bytes;
+    bool isData;
   };
 
-  bool writeBuffer(std::size_t* written);
-  bool lose(std::size_t written, int reason);
+  bool accept(std::size_t bytes, std::size_t dataBytes, bool isData);
+  bool storeUpTo(std::uint64_t place);
+  std::size_t storeSome(std::size_t bytes);
+  bool keep();
+  bool lose(int reason);
+  std::uint64_t end() const { return onDisk_ + held_.size() + lent_.size(); }
 
   void (*say_)(const char* line);
+  const char* noun_;
   std::FILE* file_ = nullptr;
   std::string name_;
-  void forget();
-
-  std::vector<char> buffer_;
-  std::span<const char> lent_;  // pieces one behind the other; nothing is in the buffer then
-  std::vector<Piece> pieces_;   // of either
+  std::vector<char> held_;      // behind what is on disk
+  std::span<const char> lent_;  // behind what is held
+  std::deque<Piece> pieces_;
+  std::uint64_t onDisk_ = 0;
+  std::uint64_t whole_ = 0;  // end of the last piece that is wholly on disk
   LostOutput gone_;
+  std::optional<std::size_t> reached_;
   bool broken_ = false;
   bool emptied_ = false;  // what stood in the file is gone
 };
