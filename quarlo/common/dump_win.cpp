@@ -1,6 +1,7 @@
 #include "quarlo/common/dump_win.h"
 
 #include <algorithm>
+#include <utility>
 
 DumpWindow tDumpWin;
 DumpWindow fDumpWin;
@@ -24,15 +25,15 @@ DumpWindow* recordOf(WINDOW window) { return static_cast<DumpWindow*>(xvt_vobj_g
 
 DocView viewOf(DumpWindow* dump) { return {dump->theWindow, dump->dumpText, dump->dumpFont, &dump->dumpDoc}; }
 
-void (*hiddenHooks[2])() = {};  // by type: tape, file
+std::function<void()> hiddenHooks[2];  // by type: tape, file
 
 /// The close box of one window clears the flags of both.
 void hideBoth(WINDOW window) {
   gTDumpIsVisible = 0;
   gFDumpIsVisible = 0;
   xvt_vobj_set_visible(window, false);
-  for (void (*const told)() : hiddenHooks)
-    if (told != nullptr) told();
+  for (const auto& told : hiddenHooks)
+    if (told) told();
 }
 
 void destroyed(DumpWindow* dump) {
@@ -73,7 +74,9 @@ void define(DumpWindow* dump, const char* title) {
 
 }  // namespace
 
-void onDumpHidden(int dumpType, void (*told)()) { hiddenHooks[dumpType == kTapeDump ? 0 : 1] = told; }
+void onDumpHidden(int dumpType, std::function<void()> told) {
+  hiddenHooks[dumpType == kTapeDump ? 0 : 1] = std::move(told);
+}
 
 WINDOW dumpInit(int dumpType) {
   aDumpWin = dumpType == kTapeDump ? &tDumpWin : &fDumpWin;

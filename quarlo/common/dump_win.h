@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 
 #include "quarlo/tapelib/dialogs/docscroll.h"
 #include "xvt/xvt.h"
@@ -33,7 +34,7 @@ enum DUMP_USER_CODE : long { DUMP_APPEND = 2, DUMP_CLEAR = 3 };
 WINDOW dumpInit(int dumpType);
 /// Has `told` called when the close box of a dump window has hidden it and cleared the flags; null ends it. One for
 /// each type of dump.
-void onDumpHidden(int dumpType, void (*told)());
+void onDumpHidden(int dumpType, std::function<void()> told);
 /// Appends one line, without its newline.
 void dumpOut(const char* textStr, WINDOW theWindow);
 /// Empties the window.

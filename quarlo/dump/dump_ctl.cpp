@@ -1,5 +1,6 @@
 #include "quarlo/dump/dump_ctl.h"
 
+#include "quarlo/common/dump_win.h"
 #include "quarlo/tapelib/dialogs/controls.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 
@@ -46,12 +47,36 @@ bool chooseStyle(WINDOW dialog, const EVENT& event, const DumpControls& controls
   return false;
 }
 
-void setDumpVisible(WINDOW dialog, const DumpControls& controls, WINDOW dumpWindow, short* isVisible, bool visible) {
-  *isVisible = visible ? 1 : 0;
-  if (xvt_vobj_is_valid(dumpWindow)) xvt_vobj_set_visible(dumpWindow, visible);
-  nameShowButton(dialog, controls, visible);
+bool DumpPane::open(WINDOW dialog) {
+  dialog_ = dialog;
+  onDumpHidden(type_, [this] { nameButton(); });  // by its close box: the button offers to show it again
+  const WINDOW made = dumpInit(type_);
+  window_ = made == -1 ? NULL_WIN : made;
+  return window_ != NULL_WIN;
 }
 
-void nameShowButton(WINDOW dialog, const DumpControls& controls, bool visible) {
-  setControlText(dialog, controls.showWindow, visible ? "Hide Dump Window" : "Show Dump Window");
+void DumpPane::close() {
+  onDumpHidden(type_, nullptr);
+  if (window_ != NULL_WIN) {
+    EVENT end;
+    end.type = E_DESTROY;
+    xvt_win_dispatch_event(window_, &end);
+  }
+  window_ = NULL_WIN;
+}
+
+void DumpPane::show() {
+  if (*isVisible_ == 0) setVisible(true);
+}
+
+void DumpPane::toggle() { setVisible(*isVisible_ == 0); }
+
+void DumpPane::setVisible(bool visible) {
+  *isVisible_ = visible ? 1 : 0;
+  if (xvt_vobj_is_valid(window_)) xvt_vobj_set_visible(window_, visible);
+  nameButton();
+}
+
+void DumpPane::nameButton() const {
+  setControlText(dialog_, button_, *isVisible_ != 0 ? "Hide Dump Window" : "Show Dump Window");
 }

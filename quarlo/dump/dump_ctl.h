@@ -12,7 +12,6 @@ struct DumpControls {
   int unSignedInt;
   int bigEndian;
   int littleEndian;
-  int showWindow;
 };
 
 /// Fills the list of formats and shows the style. @return false when the list could not be built
@@ -21,8 +20,28 @@ bool showStyle(WINDOW dialog, const DumpControls& controls, const DumpStyle& sty
 /// Takes over what the user chose, if the event is a choice of format, sign or byte order. @return whether it was
 bool chooseStyle(WINDOW dialog, const EVENT& event, const DumpControls& controls, DumpStyle* style);
 
-/// Shows or hides a dump window, notes it in its flag and names the button after what it does next.
-void setDumpVisible(WINDOW dialog, const DumpControls& controls, WINDOW dumpWindow, short* isVisible, bool visible);
+/// The dump window of a dump dialog, and the dialog's button that shows and hides it.
+class DumpPane {
+ public:
+  /// @param isVisible the window's flag, which others read and clear too
+  constexpr DumpPane(int dumpType, int showButton, short* isVisible)
+      : type_(dumpType), button_(showButton), isVisible_(isVisible) {}
 
-/// Names the button after what a press on it does.
-void nameShowButton(WINDOW dialog, const DumpControls& controls, bool visible);
+  /// Creates the window, hidden. @return false after an error box; the lines are lost then
+  bool open(WINDOW dialog);
+  void close();
+  /// Shows the window unless it is shown.
+  void show();
+  void toggle();
+  WINDOW handle() const { return window_; }
+
+ private:
+  void setVisible(bool visible);
+  void nameButton() const;
+
+  int type_;
+  int button_;
+  short* isVisible_;
+  WINDOW dialog_ = NULL_WIN;
+  WINDOW window_ = NULL_WIN;
+};

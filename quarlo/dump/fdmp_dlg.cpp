@@ -26,10 +26,8 @@
 namespace {
 
 constexpr int kFileDump = 1;  // to dumpInit: anything but TAPE_DUMP
-WINDOW fileDumpDialog = NULL_WIN;
 
-constexpr DumpControls kStyleControls = {FD_FORMAT,     FD_SIGNED,        FD_UNSIGNED,
-                                         FD_BIG_ENDIAN, FD_LITTLE_ENDIAN, FD_SHOW_WINDOW};
+constexpr DumpControls kStyleControls = {FD_FORMAT, FD_SIGNED, FD_UNSIGNED, FD_BIG_ENDIAN, FD_LITTLE_ENDIAN};
 constexpr int kMaxRead = 65536;
 constexpr int kInitialBytes = 1024;
 /// Whole numbers up to here, eight petabytes, are exact in a double.
@@ -58,7 +56,7 @@ std::unique_ptr<char[]> dumpBuf;
 int nBytesIn = 0;
 
 DumpStyle style;
-WINDOW dumpWindow = NULL_WIN;
+DumpPane dumpWindow(kFileDump, FD_SHOW_WINDOW, &gFDumpIsVisible);
 
 int theReport = 0;
 int repDlgUp = 0;
@@ -83,8 +81,8 @@ void showPiece(int nBytes, DUMP_FORMAT format) {
   DumpStyle asked = style;
   asked.format = format;
   const long lines = formatDump({dumpBuf.get(), static_cast<std::size_t>(count)}, 0, asked,
-                                [](const char* text) { dumpOut(text, dumpWindow); });
-  if (lines > 0) dumpOut(" ", dumpWindow);
+                                [](const char* text) { dumpOut(text, dumpWindow.handle()); });
+  if (lines > 0) dumpOut(" ", dumpWindow.handle());
 }
 
 void showFormatted() {
@@ -104,22 +102,22 @@ void showFormatted() {
   }
 }
 
-void readAndShow(WINDOW dialog) {
+void readAndShow() {
   const int result = TheFile->Read(dumpBuf.get(), readBytes);
   nBytesIn = std::max(result, 0);
   if (result < 0) {
     xvt_dm_post_error("Read error from disk");
   } else {
     console_printf("Read %d bytes", result);
-    if (gFDumpIsVisible == 0) setDumpVisible(dialog, kStyleControls, dumpWindow, &gFDumpIsVisible, true);
-    dumpClear(dumpWindow);
+    dumpWindow.show();
+    dumpClear(dumpWindow.handle());
     showFormatted();
   }
 }
 
 void readPiece(WINDOW dialog) {
   if (!isOpen()) return;
-  runGuarded([dialog] { readAndShow(dialog); });
+  runGuarded(readAndShow);
   setCurrent(dialog);
 }
 
@@ -226,9 +224,9 @@ void chooseInput(WINDOW dialog) {
 
 std::string dumpedText() {
   std::string text;
-  if (!xvt_vobj_is_valid(dumpWindow)) return text;
-  text.resize(getTextLength(dumpWindow));
-  dumpTextGet(dumpWindow, text.data());
+  if (!xvt_vobj_is_valid(dumpWindow.handle())) return text;
+  text.resize(getTextLength(dumpWindow.handle()));
+  dumpTextGet(dumpWindow.handle(), text.data());
   return text;
 }
 
@@ -269,9 +267,7 @@ void reportEnded(WINDOW dialog) {
 
 // ---- events -------------------------------------------------------------------------------------------------------
 
-void showOrHide(WINDOW dialog) {
-  setDumpVisible(dialog, kStyleControls, dumpWindow, &gFDumpIsVisible, gFDumpIsVisible == 0);
-}
+void showOrHide(WINDOW /*dialog*/) { dumpWindow.toggle(); }
 
 void closeDialog(WINDOW dialog) {
   if (repDlgUp != 0) return tellUser("A report dialog is open. Close it first.");
@@ -297,13 +293,8 @@ void control(WINDOW dialog, const EVENT& event) {
   runAction(kActions, dialog, event);
 }
 
-/// The dump window's close box has hidden it: the button offers to show it again.
-void windowHidden() { nameShowButton(fileDumpDialog, kStyleControls, gFDumpIsVisible != 0); }
-
 void create(WINDOW dialog) {
   gFAnlsWindowUp = 1;
-  fileDumpDialog = dialog;
-  onDumpHidden(kFileDump, windowHidden);
   style = DumpStyle{};
   readBytes = kInitialBytes;
   seekBytes = kInitialBytes;
@@ -311,8 +302,7 @@ void create(WINDOW dialog) {
   theReport = repDlgUp = nBytesIn = 0;
   reportRecord.windowIsUp = nullptr;
   dumpBuf = std::make_unique<char[]>(kMaxRead);
-  const WINDOW window = dumpInit(kFileDump);
-  dumpWindow = window == -1 ? NULL_WIN : window;
+  dumpWindow.open(dialog);
   if (!showStyle(dialog, kStyleControls, style)) xvt_dm_post_error("Memory error getting format list");
   initRepList(dialog);
   showNumber(dialog, kReadField);
@@ -322,13 +312,7 @@ void create(WINDOW dialog) {
 }
 
 void destroy(WINDOW /*dialog*/) {
-  onDumpHidden(kFileDump, nullptr);
-  if (dumpWindow != NULL_WIN) {
-    EVENT end;
-    end.type = E_DESTROY;
-    xvt_win_dispatch_event(dumpWindow, &end);
-  }
-  dumpWindow = NULL_WIN;
+  dumpWindow.close();
   TheFile.reset();
   dumpBuf.reset();
   nBytesIn = 0;
@@ -373,7 +357,7 @@ void initRepList(WINDOW theWindow) {
 void startReport(WINDOW theWindow, const ReportDialog& report) {
   if (!isOpen()) return;
   if (report.handler == nullptr) return notYetBuilt(formatText("The %s", report.name).c_str());
-  reportRecord = {inputFile, dumpWindow, theWindow, &repDlgUp};
+  reportRecord = {inputFile, dumpWindow.handle(), theWindow, &repDlgUp};
   TheFile.reset();
   repDlgUp = 1;
   showFile(theWindow);

@@ -18,8 +18,7 @@
 
 namespace {
 
-constexpr DumpControls kStyleControls = {TD_FORMAT,     TD_SIGNED,        TD_UNSIGNED,
-                                         TD_BIG_ENDIAN, TD_LITTLE_ENDIAN, TD_SHOW_WINDOW};
+constexpr DumpControls kStyleControls = {TD_FORMAT, TD_SIGNED, TD_UNSIGNED, TD_BIG_ENDIAN, TD_LITTLE_ENDIAN};
 constexpr int kTapeModes[] = {0x1000001, 0x2000002};
 constexpr int kUnread = -1;  // no block to show again: none was read, or the last read failed
 
@@ -42,7 +41,7 @@ int blocksLastRead = 0;
 int haltDump = 0;
 
 // Where the lines go.
-WINDOW dumpWindow = NULL_WIN;
+DumpPane dumpWindow(kTapeDump, TD_SHOW_WINDOW, &gTDumpIsVisible);
 FileHandle txtFp;
 bool fileGivenUp = false;  // after its first failure in a dump
 
@@ -61,7 +60,7 @@ void outToFile(const char* lines, std::FILE* fp) {
 
 void outToBoth(const char* lines, std::FILE* fp) {
   outToFile(lines, fp);
-  dumpOut(lines, dumpWindow);
+  dumpOut(lines, dumpWindow.handle());
 }
 
 void showBytes(const char* readBuf, int nBytes, std::FILE* fp, DUMP_FORMAT format) {
@@ -73,7 +72,7 @@ void showBytes(const char* readBuf, int nBytes, std::FILE* fp, DUMP_FORMAT forma
                                 [fp](const char* text) { outToBoth(text, fp); });
   if (lines == 0) return;
   outToFile("\n\n", fp);
-  dumpOut(" ", dumpWindow);
+  dumpOut(" ", dumpWindow.handle());
 }
 
 void showFormatted() {
@@ -103,10 +102,10 @@ void showBlock(bool onConsole) {
 }
 
 /// Each dump tries its file anew.
-void beginOutput(WINDOW dialog) {
+void beginOutput() {
   fileGivenUp = false;
   if (txtFp) std::clearerr(txtFp.get());
-  if (gTDumpIsVisible == 0) setDumpVisible(dialog, kStyleControls, dumpWindow, &gTDumpIsVisible, true);
+  dumpWindow.show();
 }
 
 // ---- reading ----------------------------------------------------------------------------------------------------
@@ -162,15 +161,15 @@ void dump(WINDOW dialog) {
   if (!dumpBuf) return xvt_dm_post_error("Error allocating memory for dump buffer.");
   haltDump = 0;
   theDialog.run(dialog, &haltDump, [dialog] {
-    beginOutput(dialog);
-    dumpClear(dumpWindow);
+    beginOutput();
+    dumpClear(dumpWindow.handle());
     return dumpBlocks(dialog);
   });
 }
 
-void redump(WINDOW dialog) {
+void redump(WINDOW /*dialog*/) {
   if (nBytesIn == kUnread) return;
-  beginOutput(dialog);
+  beginOutput();
   showBlock(false);
 }
 
@@ -192,9 +191,7 @@ void halt(WINDOW dialog) {
   enableControl(dialog, TD_HALT, false);
 }
 
-void showOrHide(WINDOW dialog) {
-  setDumpVisible(dialog, kStyleControls, dumpWindow, &gTDumpIsVisible, gTDumpIsVisible == 0);
-}
+void showOrHide(WINDOW /*dialog*/) { dumpWindow.toggle(); }
 
 constexpr ControlAction kAnyTime[] = {{TD_HALT, halt}, {TD_SHOW_WINDOW, showOrHide}};
 constexpr ControlAction kBetweenJobs[] = {
@@ -215,23 +212,15 @@ void initSettings() {
   haltDump = 0;
 }
 
-void openOutput() {
+void openOutput(WINDOW dialog) {
   fileGivenUp = false;
-  dumpWindow = dumpInit(kTapeDump);
-  if (dumpWindow == -1) {
-    dumpWindow = NULL_WIN;
-    return;
-  }
+  if (!dumpWindow.open(dialog)) return;
   txtFp = openFile(inHomeFolder("tdump.txt").c_str(), "w");
   if (!txtFp) console_out("  ** Cannot open \"tdump.txt\": the dump goes to its window only.");
 }
 
-/// The dump window's close box has hidden it: the button offers to show it again.
-void windowHidden() { nameShowButton(gTAnlsWindow, kStyleControls, gTDumpIsVisible != 0); }
-
 void create(WINDOW dialog) {
   gTAnlsWindow = dialog;
-  onDumpHidden(kTapeDump, windowHidden);
   gTAnlsWindowUp = 1;
   ioUnit = getDevPtr();
   initSettings();
@@ -240,18 +229,12 @@ void create(WINDOW dialog) {
   xdCheckRadioButton(dialog, TD_TAPE_MODE_1, TD_TAPE_MODE_1, TD_TAPE_MODE_2);
   for (const NumberField& field : kFields) showNumber(dialog, field);
   theDialog.follow(dialog);
-  openOutput();
+  openOutput(dialog);
 }
 
 void destroy(WINDOW /*dialog*/) {
-  onDumpHidden(kTapeDump, nullptr);
-  haltDump = 1;  // a dump that is still running sees it at its next block
-  if (dumpWindow != NULL_WIN) {
-    EVENT end;
-    end.type = E_DESTROY;
-    xvt_win_dispatch_event(dumpWindow, &end);
-  }
-  dumpWindow = NULL_WIN;
+  dumpWindow.close();
+  haltDump = 1;   // a dump that is still running sees it at its next block
   txtFp.reset();  // every line was flushed when it was written
   if (!theDialog.isRunning()) dumpBuf.reset();
   gTAnlsWindow = NULL_WIN;
