@@ -514,6 +514,13 @@ def arrows(text):
         assert re.search(rf'^    "(quarlo/|quarlo/tapelib/)?{name}":', table, re.M), name
 
 
+def benches(text):
+    """The second line, with next to no data, for a bench that no test plays is lost: nothing is timed."""
+    command = text.splitlines()[1].replace("build-test/plain", '"$BUILD"')
+    table = run(f"{ROOT}/{command} --runs 1 --size 1")
+    assert "\ntape image to tape image, 64 KB blocks, tmpfs " in table, table
+
+
 def prints_288(text):
     assert run(text) == "288\n"
 
@@ -565,7 +572,7 @@ PLAYERS = {
         ("mine.txt, line 12", By("tests/formats/segyformat_test.cpp")),
     ],
     "docs/format-tpf.md": [("00000000", tape_image)],
-    "docs/hacking.md": [("quarlo/ ", rooms), ("libkyr | ", arrows)],
+    "docs/hacking.md": [("quarlo/ ", rooms), ("libkyr | ", arrows), ("bench/run", benches)],
     "docs/jobs.md": [
         ("quarlo --jobs", jobs_listed),
         ("quarlo --job tape-to-disk", job),
