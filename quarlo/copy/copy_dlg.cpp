@@ -131,9 +131,7 @@ void chooseOutputTape(WINDOW dialog) {
 /// Positions a disk input where its job begins. @return false after a box when it is no file of the chosen format
 bool positionInput() {
   std::rewind(input().fp);
-  if (inFileType != kUnformatted) return true;
-  tpf::HeaderBytes bytes{};
-  if (std::fread(bytes.data(), 1, bytes.size(), input().fp) == bytes.size() && tpf::isFileHeader(bytes)) return true;
+  if (inFileType != kUnformatted || tpf::readFileHeader(input().fp)) return true;
   xvt_dm_post_error("Unrecognized format in file %s", input().name);
   return false;
 }
@@ -141,8 +139,7 @@ bool positionInput() {
 void chooseInputDisk(WINDOW dialog) {
   FILE_SPEC file{};
   if (!chooseFileToOpen(&file, format().inputExtension, "Open Input Disk File")) return;
-  const bool fileIsOutput = output().type == UT_DISK && output().state == 1 && !format().outputIsDirectory;
-  if (fileIsOutput && isSameFile(file, output().fs)) {
+  if (!format().outputIsDirectory && isOpenFile(output(), file)) {
     xvt_dm_post_error("This file is already being used for output. Choose another file.");
     return;
   }
@@ -180,7 +177,7 @@ void chooseOutputFile(WINDOW dialog) {
   const bool raw = image && getOutFileType() != OF_TPF;
   FILE_SPEC file{};
   if (!chooseFileToSave(&file, raw ? kRawExtension : format().outputExtension, "Save dataset as:")) return;
-  if (input().type == UT_DISK && input().state == 1 && isSameFile(file, input().fs)) {
+  if (isOpenFile(input(), file)) {
     xvt_dm_post_error("This file name is already being used for input. Choose another file name.");
     return;
   }

@@ -65,16 +65,11 @@ void chooseTape(WINDOW dialog, int uNum) {
 void chooseDisk(WINDOW dialog, int uNum, const char* refusal) {
   FILE_SPEC file{};
   if (!chooseFileToOpen(&file, "tpf", "Open Disk File")) return;
-  const UnitStruct& other = ioUnit[1 - uNum];
-  if (other.type == UT_DISK && other.state == 1 && isSameFile(file, other.fs)) {
-    xvt_dm_post_error("%s", refusal);
-    return;
-  }
+  if (isOpenFile(ioUnit[1 - uNum], file)) return xvt_dm_post_error("%s", refusal);
   closeVerifyInput(uNum);
-  tpf::HeaderBytes bytes{};
   if (!openDiskUnit(&ioUnit[uNum], file, "rb")) {
     xvt_dm_post_error("Error opening file %s", file.name);
-  } else if (std::fread(bytes.data(), 1, bytes.size(), ioUnit[uNum].fp) < bytes.size() || !tpf::isFileHeader(bytes)) {
+  } else if (!tpf::readFileHeader(ioUnit[uNum].fp)) {
     xvt_dm_post_error("Unrecognized format in file %s", file.name);
     closeVerifyInput(uNum);
   }

@@ -32,6 +32,10 @@ bool isSameFile(const FILE_SPEC& one, const FILE_SPEC& other) {
   return sameFile(pathOf(one).c_str(), pathOf(other).c_str());
 }
 
+bool isOpenFile(const UnitStruct& unit, const FILE_SPEC& file) {
+  return unit.type == UT_DISK && unit.state == 1 && isSameFile(file, unit.fs);
+}
+
 bool openDiskUnit(UnitStruct* unit, const FILE_SPEC& file, const char* mode) {
   const bool isInput = std::string_view(mode) == "rb";
   FileHandle stream = openFile(pathOf(file).c_str(), mode);

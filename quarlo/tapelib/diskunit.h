@@ -12,6 +12,9 @@ std::string pathOf(const FILE_SPEC& file);
 /// True when both specifications lead to one file, by whatever path.
 bool isSameFile(const FILE_SPEC& one, const FILE_SPEC& other);
 
+/// Whether the unit is that very file, open.
+bool isOpenFile(const UnitStruct& unit, const FILE_SPEC& file);
+
 /// Says so when an output could not be opened (errno) because a job has locked it as its own.
 void sayIfLocked(const std::string& path);
 

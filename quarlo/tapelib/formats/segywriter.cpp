@@ -81,7 +81,7 @@ void say(ProcessRecord* procRecord, const std::string& line) { do_console_out(pr
 bool openOutputFile(ProcessRecord* procRecord, UnitStruct* units) {
   UnitStruct& output = units[1];
   const FILE_SPEC file = output.fs;
-  if (units[0].type == UT_DISK && units[0].state == 1 && isSameFile(units[0].fs, file)) {
+  if (isOpenFile(units[0], file)) {
     say(procRecord, formatText("  *** Output file %s is an input of this job and is not written.", file.name));
     return false;
   }

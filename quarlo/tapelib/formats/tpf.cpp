@@ -51,7 +51,10 @@ HeaderBytes fileHeader() {
   return bytes;
 }
 
-bool isFileHeader(const HeaderBytes& bytes) { return loadLe32(bytes.data()) == kMagic; }
+bool readFileHeader(std::FILE* file) {
+  HeaderBytes bytes{};
+  return std::fread(bytes.data(), 1, bytes.size(), file) == bytes.size() && loadLe32(bytes.data()) == kMagic;
+}
 
 bool Reader::lengthIsSound() const {
   if (current_.length < 0) {

@@ -32,7 +32,8 @@ static_assert(kHeaderSize == 4 * (1 + 1 + 5 + 1));
 HeaderBytes encode(const Header& header);
 Header decode(const HeaderBytes& bytes);
 HeaderBytes fileHeader();
-bool isFileHeader(const HeaderBytes& bytes);
+/// Reads the file header at the stream's place. @return false when there is none
+bool readFileHeader(std::FILE* file);
 
 /// What stands at one place of a tape-image file.
 enum class Item { Block, Mark, Failed };
