@@ -240,8 +240,7 @@ bool ImageCopy::copyBlock(int length, const tpf::Header& from) {
 class TapeCopy : public ImageCopy {
  public:
   explicit TapeCopy(UnitStruct* allUnits)
-      : ImageCopy(allUnits),
-        readSize_(units_->isM4 != 0 && TheBlockType == kBlockType1 ? 60000 : static_cast<int>(units_->maxBlockSize)) {}
+      : ImageCopy(allUnits), reader_(allUnits, kRetryWords, TheBlockType == kBlockType1) {}
 
  private:
   bool step() override;
@@ -254,8 +253,7 @@ class TapeCopy : public ImageCopy {
   void endOfFile();
   void logTape() const;
 
-  PatientReader reader_{kRetryWords};
-  int readSize_;
+  PatientReader reader_;
   int files_ = 0;
   int tapes_ = 0;
   Tally file_;
@@ -265,23 +263,26 @@ class TapeCopy : public ImageCopy {
 };
 
 bool TapeCopy::step() {
-  int length = 0;
-  switch (reader_.read(units_, units_->ioBuffer, readSize_, &length)) {
-    case BlockRead::Skipped:
+  const TapeRead read = reader_.read();
+  switch (read.kind) {
+    case TapeRead::Kind::Block:
+      return takeBlock(read.bytes);
+    case TapeRead::Kind::Mark:
+      ++marks_;
+      return takeMark();
+    case TapeRead::Kind::EndOfData:
+      marks_ = EofCount + 1;
+      return takeMark();
+    case TapeRead::Kind::Skipped:
       marks_ = 0;  // a row of marks is marks with nothing between
       blockLost_ = true;
       return true;
-    case BlockRead::Failed:
+    default:
       return fail();
-    case BlockRead::Done:
-      break;
   }
-  return length == 0 ? takeMark() : takeBlock(length);
 }
 
 bool TapeCopy::takeMark() {
-  if (units_->eofMark != 0) ++marks_;
-  if (units_->eodMark != 0) marks_ = EofCount + 1;
   bool unreadable = false;
   if (marks_ == 1) {
     unreadable = blockLost_ && file_.blocks == 0;

@@ -23,7 +23,6 @@ namespace {
 // No block of a field file is passed over.
 constexpr RetryWords kRetryWords = {"  ** Tape read error - retrying...", nullptr, nullptr, logMessage};
 constexpr TapeChangeWords kInputWords = {"Tape finished.", "Magazine finished.", "  ", logMessage};
-constexpr int kM4Read = 60000;
 constexpr int kLabelBytes = 128;
 constexpr int kTwoBlocks = 2 * kSegdBlockBytes;
 
@@ -355,54 +354,53 @@ bool isTapeLabel(std::span<const char> block) {
 
 }  // namespace
 
-SegdTapeInput::SegdTapeInput(UnitStruct* allUnits)
-    : SegdInput(allUnits),
-      MaxRead(allUnits->isM4 != 0 ? kM4Read : static_cast<int>(allUnits->maxBlockSize)),
-      reader_(kRetryWords) {}
+SegdTapeInput::SegdTapeInput(UnitStruct* allUnits) : SegdInput(allUnits), reader_(allUnits, kRetryWords) {}
 
-/// @return bytes, 0 at a mark or the end of data (Eof tells which), -1 after a line
-int SegdTapeInput::getTapeBlock() {
-  int bytes = 0;
-  if (reader_.read(units_, units_->ioBuffer, MaxRead, &bytes) == BlockRead::Failed) {
-    if (errno == ENOMEM) {
-      const unsigned limit = units_->isM4 != 0 ? std::min(kM4ReadLimit, units_->maxBlockSize) : units_->maxBlockSize;
-      logMessagef("  *** A block on the input tape is longer than the limit of %u bytes%s", limit,
-                  limitAdvice(*units_, limit));
-    }
+/// One block, or the end of a file or of the data (Eof tells which).
+SegdItem SegdTapeInput::getTapeBlock(std::span<const char>* block) {
+  const TapeRead read = reader_.read();
+  if (read.failed()) {
+    if (read.error == ENOMEM)
+      logMessagef("  *** A block on the input tape is longer than the limit of %u bytes%s", reader_.limit(),
+                  limitAdvice(*units_, reader_.limit()));
     logMessage("  *** Error reading input tape - job will abort.");
+    return SegdItem::Failed;
   }
-  if (bytes == 0) Eof = units_->eodMark != 0 ? 2 : Eof + 1;
-  return bytes;
+  *block = read.in(units_->ioBuffer);
+  if (read.kind == TapeRead::Kind::Block) return SegdItem::Data;
+  Eof = read.kind == TapeRead::Kind::EndOfData ? 2 : Eof + 1;
+  return SegdItem::End;
 }
 
 SegdItem SegdTapeInput::getFieldFile() {
   while (true) {
+    std::span<const char> block;
     // Behind the end of the recorded data there is nothing to read.
-    const int bytes = Eof < 2 ? getTapeBlock() : 0;
-    if (bytes < 0) return SegdItem::Failed;
-    if (bytes == 0) {
+    const SegdItem item = Eof < 2 ? getTapeBlock(&block) : SegdItem::End;
+    if (item == SegdItem::Failed) return item;
+    if (item == SegdItem::End) {
       // The skip went over the mark behind the skipped file.
       if (Eof >= (SkippedLastFile ? 1 : 2) && !handleInputEOT()) return SegdItem::End;
       continue;
     }
     Eof = 0;
     SkippedLastFile = false;
-    if (!isTapeLabel({units_->ioBuffer, static_cast<std::size_t>(bytes)})) {
-      takeHeader(bytes);
+    if (!isTapeLabel(block)) {
+      takeHeader(block);
       return SegdItem::Data;
     }
   }
 }
 
-void SegdTapeInput::takeHeader(int bytes) {
-  units_->eofMark = 0;
-  HeaderRecord.assign(units_->ioBuffer, units_->ioBuffer + bytes);
-  std::vector<char> blocks(HeaderRecord.begin(), HeaderRecord.begin() + std::min(bytes, kTwoBlocks));
+void SegdTapeInput::takeHeader(std::span<const char> block) {
+  HeaderRecord.assign(block.begin(), block.end());
+  std::vector<char> blocks = HeaderRecord;
   blocks.resize(kTwoBlocks);
+  const int bytes = static_cast<int>(block.size());
   if (bytes < kSegdBlockBytes) {
     logMessagef(
         "  ** The field file begins with a block of %d byte%s, which is no SEG D header; it is copied as it is.", bytes,
-        bytes == 1 ? "" : "s");
+        plural(bytes));
   }
   const bool isFirst = GenHdr().genHeaders == 0;
   headers.getGenHeader(blocks.data());
@@ -411,12 +409,7 @@ void SegdTapeInput::takeHeader(int bytes) {
     logMessagef("  ** SEG D format code %d is unknown; blocks are copied as they are.", GenHdr().fmtCode);
 }
 
-SegdItem SegdTapeInput::getSegdTrace(std::span<const char>* trace) {
-  const int bytes = getTapeBlock();
-  if (bytes <= 0) return bytes == 0 ? SegdItem::End : SegdItem::Failed;
-  *trace = {units_->ioBuffer, static_cast<std::size_t>(bytes)};
-  return SegdItem::Data;
-}
+SegdItem SegdTapeInput::getSegdTrace(std::span<const char>* trace) { return getTapeBlock(trace); }
 
 bool SegdTapeInput::skipFile(int fieldFile) {
   SkippedLastFile = true;
@@ -425,8 +418,8 @@ bool SegdTapeInput::skipFile(int fieldFile) {
     return true;
   }
   // A tape may end without a mark behind its last file.
-  if (!tlv_position_lost(units_, 0) && tlv_tape_read(units_, 0, units_->ioBuffer, MaxRead) == 0 &&
-      units_->eodMark != 0) {
+  if (!tlv_position_lost(units_, 0) &&
+      readUnit(units_, 0, units_->ioBuffer, readSize(*units_)).kind == TapeRead::Kind::EndOfData) {
     Eof = 2;
     return true;
   }

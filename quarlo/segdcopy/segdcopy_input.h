@@ -122,11 +122,10 @@ class SegdTapeInput : public SegdInput {
   void tellOfLost() const override { reader_.tellOfLost(); }
 
  private:
-  int getTapeBlock();
+  SegdItem getTapeBlock(std::span<const char>* block);
   bool handleInputEOT();
-  void takeHeader(int bytes);
+  void takeHeader(std::span<const char> block);
 
-  int MaxRead;
   PatientReader reader_;
   int Eof = 0;  // marks in a row
   bool SkippedLastFile = false;

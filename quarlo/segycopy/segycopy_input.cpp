@@ -153,16 +153,15 @@ int SegyDiskInput::percent(double bytesRead) const {
 
 // ---- tape -------------------------------------------------------------------------------------------------------
 
-SegyTapeInput::SegyTapeInput(UnitStruct* allUnits)
-    : SegyInput(allUnits),
-      readSize_(units_->isM4 != 0 ? 60000 : static_cast<int>(units_->maxBlockSize)),
-      reader_(kRetryWords) {}
+SegyTapeInput::SegyTapeInput(UnitStruct* allUnits) : SegyInput(allUnits), reader_(allUnits, kRetryWords) {}
 
 bool SegyTapeInput::readHeader(const char* name, std::vector<char>* header) {
-  const int bytes = readBlock();
-  if (bytes == 0) console_printf("  *** EOF encountered while reading %s header from input tape.", name);
-  if (bytes < 0) console_printf("  *** Error reading %s header from input tape.", name);
-  return bytes > 0 && assign(header, {units_->ioBuffer, static_cast<std::size_t>(bytes)});
+  const TapeRead read = reader_.readOnce();
+  if (read.kind == TapeRead::Kind::Block) return assign(header, read.in(units_->ioBuffer));
+  console_printf(read.failed() ? "  *** Error reading %s header from input tape."
+                               : "  *** EOF encountered while reading %s header from input tape.",
+                 name);
+  return false;
 }
 
 bool SegyTapeInput::readEbcdic() {
@@ -178,48 +177,38 @@ bool SegyTapeInput::readBinary() {
 }
 
 SegyItem SegyTapeInput::next(std::span<const char>* trace) {
-  int bytes = 0;
-  switch (reader_.read(units_, units_->ioBuffer, readSize_, &bytes)) {
-    case BlockRead::Skipped:
+  const TapeRead read = reader_.read();
+  switch (read.kind) {
+    case TapeRead::Kind::Block:
+      *trace = read.in(units_->ioBuffer);
+      return SegyItem::Trace;
+    case TapeRead::Kind::Mark:
+    case TapeRead::Kind::EndOfData:
+      return takeMark(read);
+    case TapeRead::Kind::Skipped:
       return SegyItem::Nothing;
-    case BlockRead::Failed:
-      console_out("  *** Error reading trace from input tape.");
-      if (SgyParams.rangeLimit) console_printf("    Previous trace primary header value   = %.4lf.", Primary);
-      if (SgyParams.rangeLimit && !limitsByPolygon(SgyParams) && SgyParams.listParams.useSec)
-        console_printf("    Previous trace secondary header value = %.4lf.", Secondary);
-      return SegyItem::Failed;
-    case BlockRead::Done:
+    default:
       break;
   }
-  if (bytes == 0) return takeMark();
-  units_->eofMark = 0;
-  *trace = {units_->ioBuffer, static_cast<std::size_t>(bytes)};
-  return SegyItem::Trace;
+  console_out("  *** Error reading trace from input tape.");
+  if (SgyParams.rangeLimit) console_printf("    Previous trace primary header value   = %.4lf.", Primary);
+  if (SgyParams.rangeLimit && !limitsByPolygon(SgyParams) && SgyParams.listParams.useSec)
+    console_printf("    Previous trace secondary header value = %.4lf.", Secondary);
+  return SegyItem::Failed;
 }
 
-SegyTapeInput::Block SegyTapeInput::nextBlock() {
-  // Behind the end of the recorded data there is nothing to read.
-  const int bytes = units_->eodMark != 0 ? 0 : readBlock();
-  EbcdicHdr.clear();
-  if (bytes < 0) {
-    console_out("  *** Error reading EBCDIC header from input tape.");
-    return Block::Failed;
-  }
-  if (bytes == 0) return Block::None;
-  assign(&EbcdicHdr, {units_->ioBuffer, static_cast<std::size_t>(bytes)});
-  return Block::Data;
-}
-
-SegyItem SegyTapeInput::takeMark() {
+/// The block behind a mark is the next file's textual header. Behind the end of the recorded data there is nothing to
+/// read.
+SegyItem SegyTapeInput::takeMark(TapeRead met) {
   if (!SgyParams.multipleIn) return nextTape();
-  switch (nextBlock()) {
-    case Block::Failed:
-      return SegyItem::Failed;
-    case Block::None:
-      return nextTape();
-    case Block::Data:
-      break;
+  if (met.kind == TapeRead::Kind::Mark) met = reader_.readOnce();
+  EbcdicHdr.clear();
+  if (met.failed()) {
+    console_out("  *** Error reading EBCDIC header from input tape.");
+    return SegyItem::Failed;
   }
+  if (met.kind != TapeRead::Kind::Block) return nextTape();
+  assign(&EbcdicHdr, met.in(units_->ioBuffer));
   return beginInput();
 }
 

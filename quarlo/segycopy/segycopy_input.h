@@ -101,16 +101,10 @@ class SegyTapeInput : public SegyInput {
   void tellOfLost() const override { reader_.tellOfLost(); }
 
  private:
-  enum class Block { Data, None, Failed };
-
-  int readBlock() { return reader_.readOnce(units_, units_->ioBuffer, readSize_); }
-  /// The block behind a mark: data are the next file's textual header.
-  Block nextBlock();
-  SegyItem takeMark();
+  SegyItem takeMark(TapeRead met);
   SegyItem nextTape();
   SegyItem beginInput();
   bool readHeader(const char* name, std::vector<char>* header);
 
-  int readSize_;
   PatientReader reader_;
 };

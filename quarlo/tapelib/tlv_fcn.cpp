@@ -201,6 +201,10 @@ int tlv_tape_close(UnitStruct* aUnit, int uNum) {
 
 int tlv_tape_ready(UnitStruct* /*aUnit*/, int /*uNum*/) { return 1; }
 
+unsigned readLimit(const UnitStruct& unit, int bytes) {
+  return unit.isM4 != 0 && bytes < kM4Request ? std::min(unit.maxBlockSize, kM4ReadLimit) : unit.maxBlockSize;
+}
+
 int tlv_tape_read(UnitStruct* aUnit, int uNum, char* buffer, int bytes) {
   const BusyCursor busy;
   if (!isTapeOpen(aUnit, uNum, "read")) {
@@ -209,7 +213,7 @@ int tlv_tape_read(UnitStruct* aUnit, int uNum, char* buffer, int bytes) {
   }
   UnitStruct& unit = aUnit[uNum];
   const unsigned limit = unit.maxBlockSize;
-  if (unit.isM4 != 0 && bytes < kM4Request) unit.maxBlockSize = std::min(limit, kM4ReadLimit);
+  unit.maxBlockSize = readLimit(unit, bytes);
   const int count = unixTapeRead(aUnit, uNum, buffer);
   unit.maxBlockSize = limit;
   return count;

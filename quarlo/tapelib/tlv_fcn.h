@@ -83,6 +83,9 @@ struct UnitStruct {
 /// Most bytes that a drive of the M4 family is asked for by jobs that ask for less than the tape buffer.
 constexpr unsigned kM4ReadLimit = 64000;
 
+/// Most bytes that tlv_tape_read asks the unit's drive for when its caller asks for `bytes`.
+unsigned readLimit(const UnitStruct& unit, int bytes);
+
 /// The end of a line about a block longer than `limit` bytes: what helps, where something does.
 inline const char* limitAdvice(const UnitStruct& unit, unsigned limit) {
   return unit.isM4 != 0 && limit == kM4ReadLimit ? ", which holds for drives of this family."

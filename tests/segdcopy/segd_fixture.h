@@ -130,12 +130,6 @@ class SegdTest : public UnitsTest {
     std::filesystem::create_directory("out");
   }
   /// A buffer of so many KB for blocks.
-  void setBuffer(int kilobytes) {
-    unInitIO(units);
-    setenv("ST_BUFFER", std::to_string(kilobytes).c_str(), 1);
-    initIO(units);
-    unsetenv("ST_BUFFER");
-  }
   void put(const std::string& name, const FieldFile& file) { writeFile(folder.path("in/" + name), file.file()); }
   /// As the copy dialog leaves it: a directory, here with the name that output files begin with.
   void openOutputDirectory(const std::string& name = "line.sgd") {

@@ -34,6 +34,12 @@ class UnitsTest : public JobTest {
     tlv_tape_open(units, kAllOutputs);
     ASSERT_EQ(units->nOutputs, static_cast<int>(drives.size()));
   }
+  void setBuffer(int kilobytes) {
+    unInitIO(units);
+    setenv("ST_BUFFER", std::to_string(kilobytes).c_str(), 1);
+    initIO(units);
+    unsetenv("ST_BUFFER");
+  }
   void closeUnits() {
     closeDiskUnit(&units[0]);
     closeDiskUnit(&units[1]);

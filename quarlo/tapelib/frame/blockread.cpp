@@ -1,65 +1,49 @@
 #include "quarlo/tapelib/frame/blockread.h"
 
-#include <cerrno>
-
 #include "libkyr/text.h"
 #include "quarlo/tapelib/frame/loglines.h"
 
-int PatientReader::readOnce(UnitStruct* units, char* buffer, int bytes) {
-  const int count = tlv_tape_read(units, 0, buffer, bytes);
-  note(units, count);
-  return count;
-}
+TapeRead PatientReader::readOnce() { return noted(attempt()); }
 
-BlockRead PatientReader::read(UnitStruct* units, char* buffer, int bytes, int* count) {
-  const bool patient = !units->inputAbort;
-  const auto mayTryOn = [&] { return *count < 0 && patient && !tlv_position_lost(units, 0); };
-  *count = tlv_tape_read(units, 0, buffer, bytes);
-  for (int attempt = 0; mayTryOn() && attempt < kRetries; ++attempt) {
+TapeRead PatientReader::read() {
+  TapeRead read = attempt();
+  const auto mayTryOn = [&] { return read.kind == TapeRead::Kind::Failed && !units_->inputAbort; };
+  for (int retry = 0; mayTryOn() && retry < kRetries; ++retry) {
     words_.tell(words_.retrying);
-    *count = tlv_tape_read(units, 0, buffer, bytes);
+    read = attempt();
   }
   const bool maySkip = mayTryOn() && words_.skipping != nullptr;
   if (maySkip && skippedInARow_ < kSkipsInARow) {
     ++skippedInARow_;
-    return passOver(units, count);
+    return passOver();
   }
-  note(units, *count);
-  if (*count >= 0) {
-    skippedInARow_ = 0;
-    return BlockRead::Done;
-  }
+  if (!read.failed()) skippedInARow_ = 0;
+  noted(read);
   if (maySkip) words_.tell(words_.tooMany);
-  return BlockRead::Failed;
+  return read;
 }
 
 /// Skips what could not be read. A filemark stops the skip, and is one to the job though it could not be read.
-BlockRead PatientReader::passOver(UnitStruct* units, int* count) {
+TapeRead PatientReader::passOver() {
   words_.tell(words_.skipping);
-  const bool failed = tlv_skip_blocks(units, 0, 1) != 0;
-  if (failed && tlv_stopped_by_mark(units, 0)) {
-    units->eofMark = 1;
-    *count = 0;
-    note(units, *count);
-    return BlockRead::Done;
+  const bool failed = tlv_skip_blocks(units_, 0, 1) != 0;
+  if (failed && tlv_stopped_by_mark(units_, 0)) {
+    units_->eofMark = 1;
+    return noted({TapeRead::Kind::Mark});
   }
   noteLost();
   stuck_ = failed;
-  return BlockRead::Skipped;
+  return {TapeRead::Kind::Skipped};
 }
 
 /// What a read came to, into the place and the list. With its position lost a tape has no block that could not be read,
 /// and a mark is none.
-void PatientReader::note(const UnitStruct* units, int count) {
-  const int reason = errno;
-  if (count > 0)
-    place.passBlocks(1);
-  else if (count == 0 && units->eofMark != 0)
-    place.passMark();
-  else if (count < 0 && !tlv_position_lost(units, 0) && !tlv_failed_at_mark(units, 0))
-    noteLost();
-  stuck_ = stuck_ && count < 0;
-  errno = reason;
+TapeRead PatientReader::noted(const TapeRead& read) {
+  if (read.kind == TapeRead::Kind::Block) place.passBlocks(1);
+  if (read.kind == TapeRead::Kind::Mark) place.passMark();
+  if (read.kind == TapeRead::Kind::Failed && !tlv_failed_at_mark(units_, 0)) noteLost();
+  stuck_ = stuck_ && read.failed();
+  return read;
 }
 
 /// The block that the tape stands before could not be read. It counts once.

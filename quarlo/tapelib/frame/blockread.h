@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "quarlo/tapelib/console.h"
-#include "quarlo/tapelib/tlv_fcn.h"
+#include "quarlo/tapelib/frame/taperead.h"
 
 /// A job's own words.
 struct RetryWords {
@@ -13,13 +13,6 @@ struct RetryWords {
   const char* skipping;  ///< null: a bad block is not passed over, it ends the job
   const char* tooMany;
   void (*tell)(const char* line) = console_out;  ///< where it says so
-};
-
-/// What became of one read.
-enum class BlockRead {
-  Done,     ///< a block, a filemark or the end of data: the count says
-  Skipped,  ///< the block could not be read and was passed over; read on
-  Failed    ///< the job cannot go on
 };
 
 /// Where a job stands on its input tapes. Numbers count from 1 since the job began with the tape; marks in a row end
@@ -53,19 +46,22 @@ class TapePlace {
   int marks_ = 0;  // in a row
 };
 
-/// Unit 0 read by a copy job, block by block.
+/// Unit 0 read by a copy job into the tape buffer, block by block.
 class PatientReader {
  public:
   static constexpr int kRetries = 5;
   static constexpr int kSkipsInARow = 5;
 
-  explicit PatientReader(const RetryWords& jobWords) : words_(jobWords) {}
+  /// @param limited as of readSize
+  PatientReader(UnitStruct* allUnits, const RetryWords& jobWords, bool limited = true)
+      : units_(allUnits), words_(jobWords), size_(readSize(*allUnits, limited)) {}
 
   /// Reads with retries and skips; without them when `inputAbort` is set or the tape's position is lost.
-  /// @param count receives bytes, 0 at a mark or the end of data, -1 (errno as of tlv_tape_read)
-  BlockRead read(UnitStruct* units, char* buffer, int bytes, int* count);
-  /// Reads once. @return as tlv_tape_read
-  int readOnce(UnitStruct* units, char* buffer, int bytes);
+  TapeRead read();
+  /// Reads once.
+  TapeRead readOnce();
+  /// Most bytes that a block may have.
+  unsigned limit() const { return readLimit(*units_, size_); }
 
   /// What the job passes over by other means belongs to the place.
   TapePlace place;
@@ -77,11 +73,14 @@ class PatientReader {
  private:
   static constexpr int kNamed = 10;
 
-  BlockRead passOver(UnitStruct* units, int* count);
-  void note(const UnitStruct* units, int count);
+  TapeRead attempt() { return readUnit(units_, 0, units_->ioBuffer, size_); }
+  TapeRead passOver();
+  TapeRead noted(const TapeRead& read);
   void noteLost();
 
+  UnitStruct* units_;
   RetryWords words_;
+  int size_;  // that a read asks for
   int skippedInARow_ = 0;
   bool stuck_ =
       false;  // the tape still stands before the block that was to be skipped: what fails there is in the list
