@@ -10,6 +10,7 @@
 #include "quarlo/tapelib/frame/jobframe.h"
 #include "quarlo/tapelib/frame/loglines.h"
 #include "quarlo/tapelib/frame/tapechange.h"
+#include "quarlo/tapelib/frame/taperead.h"
 
 bool hasCats = false;
 
@@ -19,21 +20,16 @@ constexpr TapeChangeWords kWords = {"Tape finished.", "Magazine finished.", "  "
 constexpr const char* kFailedBox = "Verify failed";
 constexpr const char* kFailedSeeConsoleBox = "Verify failed. See console for details.";
 
-/// What an input shows at one place.
-enum class Shown {
-  Block,
-  Mark,
-  End,  ///< the end of the data
-  Failed
-};
+using Kind = TapeRead::Kind;
 
 /// One of the two inputs: its items one after another, whatever it is.
 class VerifyInput {
  public:
   VerifyInput(UnitStruct* allUnits, int uNum, int mode)
-      : units_(allUnits), number_(uNum), file_(unit().fp, allUnits->ioBufLen, unit().name, name()) {
-    const bool limited = isTape() && unit().isM4 != 0 && mode == kBlockType1;
-    readSize_ = limited ? 60000 : static_cast<int>(unit().maxBlockSize);
+      : units_(allUnits),
+        number_(uNum),
+        file_(unit().fp, allUnits->ioBufLen, unit().name, name()),
+        readSize_(readSize(unit(), isTape() && mode == kBlockType1)) {
     if (!isTape()) (void)fseeko(unit().fp, tpf::kHeaderSize, SEEK_SET);
   }
 
@@ -42,9 +38,9 @@ class VerifyInput {
   int capacity() const { return readSize_; }
   const char* name() const { return number_ == 0 ? "first input" : "second input"; }
 
-  /// @param wanted what a tape read asks for, @param length receives the block's bytes, else 0
-  /// A file ends behind two marks in a row, or it is not whole.
-  Shown next(int wanted, char* buffer, int* length);
+  /// Into the tape buffer. A file ends behind two marks in a row, or it is not whole.
+  /// @param wanted what a tape read asks for
+  TapeRead next(int wanted);
   /// The next tape is in the drive.
   void begin() {
     marks = 0;
@@ -58,30 +54,30 @@ class VerifyInput {
   bool ended = false;  ///< its data are at their end
 
  private:
+  TapeRead readFile();
+
   UnitStruct* units_;
   int number_;
   tpf::Reader file_;
-  int readSize_ = 0;
+  int readSize_;
 };
 
-Shown VerifyInput::next(int wanted, char* buffer, int* length) {
-  *length = 0;
-  if (ended || (!isTape() && marks >= 2 && file_.atEnd())) {
-    ended = true;
-    return Shown::End;
-  }
-  tpf::Item item = tpf::Item::Failed;
-  if (!isTape()) {
-    item = file_.next(buffer, length);
-    unit().eofMark = item == tpf::Item::Mark ? 1 : 0;
-  } else {
-    *length = tlv_tape_read(units_, number_, buffer, wanted);
-    ended = *length == 0 && unit().eodMark != 0;
-    item = *length < 0 ? tpf::Item::Failed : *length == 0 ? tpf::Item::Mark : tpf::Item::Block;
-  }
-  if (ended || item == tpf::Item::Failed) return ended ? Shown::End : Shown::Failed;
-  marks = item == tpf::Item::Mark ? marks + 1 : 0;
-  return item == tpf::Item::Mark ? Shown::Mark : Shown::Block;
+TapeRead VerifyInput::readFile() {
+  int length = 0;
+  const tpf::Item item = file_.next(units_->ioBuffer, &length);
+  unit().eofMark = item == tpf::Item::Mark ? 1 : 0;
+  if (item == tpf::Item::Block) return {Kind::Block, length};
+  return {item == tpf::Item::Mark ? Kind::Mark : Kind::Failed};
+}
+
+TapeRead VerifyInput::next(int wanted) {
+  ended = ended || (!isTape() && marks >= 2 && file_.atEnd());
+  if (ended) return {Kind::EndOfData};
+  const TapeRead read = isTape() ? readUnit(units_, number_, units_->ioBuffer, wanted) : readFile();
+  ended = read.kind == Kind::EndOfData;
+  if (read.kind == Kind::Block) marks = 0;
+  if (read.kind == Kind::Mark) ++marks;
+  return read;
 }
 
 void VerifyInput::warnIfGoesOn() {
@@ -151,18 +147,11 @@ int Verify::run() {
 }
 
 bool Verify::step() {
-  int length = 0;
-  switch (first_.next(first_.capacity(), units_->ioBuffer, &length)) {
-    case Shown::Failed:
-      console_out("  *** Error reading from first input");
-      return fail();
-    case Shown::Mark:
-    case Shown::End:
-      return takeMark();
-    case Shown::Block:
-      break;
-  }
-  return takeBlock(length);
+  const TapeRead read = first_.next(first_.capacity());
+  if (read.kind == Kind::Block) return takeBlock(read.bytes);
+  if (!read.failed()) return takeMark();
+  console_out("  *** Error reading from first input");
+  return fail();
 }
 
 bool Verify::takeBlock(int length) {
@@ -175,10 +164,9 @@ bool Verify::takeBlock(int length) {
     return fail();
   }
   held_.assign(units_->ioBuffer, units_->ioBuffer + length);
-  int secondLength = 0;
-  const Shown shown = second_.next(length, units_->ioBuffer, &secondLength);
-  if (shown == Shown::Failed) return fail();
-  if (shown != Shown::Block || secondLength != length) {
+  const TapeRead read = second_.next(length);
+  if (read.failed()) return fail();
+  if (read.kind != Kind::Block || read.bytes != length) {
     console_printf("  *** Block size mismatch between first and second inputs at block number %d.", blockNumber_);
     return fail();
   }
@@ -207,29 +195,20 @@ bool Verify::takeMark() {
 /// The second input must show a filemark now, or the end of its data, which stands for the marks that close the first:
 /// what the first holds next decides. @param box what is said when it does not
 bool Verify::markOnSecond(const char* box) {
-  int length = 0;
-  switch (second_.next(second_.capacity(), units_->ioBuffer, &length)) {
-    case Shown::Mark:
-      return true;
-    case Shown::End:
-      secondIsOpen_ = true;
-      return true;
-    default:
-      return endsDiffer(box);
-  }
+  const TapeRead read = second_.next(second_.capacity());
+  if (read.kind != Kind::Mark && read.kind != Kind::EndOfData) return endsDiffer(box);
+  if (read.kind == Kind::EndOfData) secondIsOpen_ = true;
+  return true;
 }
 
 /// The data of the first input are at their end: what the second holds can only be the marks that close it, two in a
 /// row at most, or nothing.
 bool Verify::endOfSecond() {
   const int before = second_.marks;
-  Shown shown = Shown::Mark;
-  while (shown == Shown::Mark && second_.marks < 2) {
-    int length = 0;
-    shown = second_.next(second_.capacity(), units_->ioBuffer, &length);
-  }
-  if (shown == Shown::Failed) return fail();
-  if (shown == Shown::Block) return endsDiffer(kFailedBox);
+  TapeRead read{Kind::Mark};
+  while (read.kind == Kind::Mark && second_.marks < 2) read = second_.next(second_.capacity());
+  if (read.failed()) return fail();
+  if (read.kind == Kind::Block) return endsDiffer(kFailedBox);
   firstIsOpen_ = second_.marks > before;
   return true;
 }
