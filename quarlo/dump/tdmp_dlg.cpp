@@ -13,6 +13,7 @@
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/dialogs/controls.h"
 #include "quarlo/tapelib/frame/jobframe.h"
+#include "quarlo/tapelib/frame/taperead.h"
 #include "quarlo/tapelib/homefolder.h"
 #include "resources/ids.h"
 
@@ -110,21 +111,15 @@ void beginOutput() {
 
 // ---- reading ----------------------------------------------------------------------------------------------------
 
-enum class Read { BLOCK, FILEMARK, END_OF_DATA, FAILED };
-
-Read readBlock() {
-  nBytesIn = tlv_tape_read(ioUnit, 0, dumpBuf.get(), static_cast<int>(ioUnit->maxBlockSize));
-  if (nBytesIn < 0) return Read::FAILED;
-  if (nBytesIn > 0) {
-    blockNumber = ioUnit->blockNum - 1;
-    return Read::BLOCK;
-  }
-  if (ioUnit->eodMark != 0) {
-    nBytesIn = kUnread;
-    return Read::END_OF_DATA;
-  }
-  ioUnit->fileNum++;
-  return Read::FILEMARK;
+/// Reads what is to be shown next. @return false when there is nothing: a failure, or the end of the data
+bool readBlock() {
+  const TapeRead read = readUnit(ioUnit, 0, dumpBuf.get(), readSize(*ioUnit, false));
+  const bool isMark = read.kind == TapeRead::Kind::Mark;
+  const bool isShown = isMark || read.kind == TapeRead::Kind::Block;
+  nBytesIn = isShown ? read.bytes : kUnread;
+  if (isMark) ioUnit->fileNum++;
+  if (read.bytes > 0) blockNumber = ioUnit->blockNum - 1;
+  return isShown;
 }
 
 /// Behind the end of data there is nothing to read on for.
@@ -135,8 +130,7 @@ int dumpBlocks(WINDOW dialog) {
       console_out(" Dump halted by user.");
       break;
     }
-    const Read result = readBlock();
-    if (result == Read::FAILED || result == Read::END_OF_DATA) break;
+    if (!readBlock()) break;
     showBlock(true);
     tellControlDialog();
   }
