@@ -8,7 +8,7 @@ constexpr int kListColumns = 58;
 
 constexpr DLG_ITEM kWaitField = ui::edit(DRV_WAIT, "wait", 3, 0, "0 to 9 minutes");
 constexpr DLG_ITEM kNoRewind = ui::check(DRV_NO_REWIND, "no-rewind", "~Do not rewind at the end of the job");
-constexpr DLG_ITEM unloadAtEot = ui::check(DRV_UNLOAD_AT_EOT, "unload-at-end", "~Unload at the end of a tape");
+constexpr DLG_ITEM kUnloadAtEot = ui::check(DRV_UNLOAD_AT_EOT, "unload-at-end", "~Unload at the end of a tape");
 constexpr DLG_ITEM kAutoLoad = ui::check(DRV_AUTO_LOAD, "auto-load", "~Automatic loading of the next tape", 0,
                                          "The drive has a stacker or a loader that puts in the next tape by itself");
 constexpr DLG_ITEM kWaitLabel = ui::label("~Wait before the next tape:", DRV_WAIT_LABEL);
@@ -21,7 +21,7 @@ constexpr DLG_ITEM kInputDrive[] = {
     ui::list(DRV_LIST, "drives", kListColumns, 7, IF_MONO | IF_GROW),
     ui::card("At the end"),
     kNoRewind,
-    unloadAtEot,
+    kUnloadAtEot,
     kAutoLoad,
     ui::row(),
     kWaitLabel,
@@ -57,7 +57,7 @@ constexpr DLG_ITEM kOutputDrive[] = {
     ui::endOf(),
     ui::card("At the end"),
     kNoRewind,
-    unloadAtEot,
+    kUnloadAtEot,
     kAutoLoad,
     ui::row(),
     kWaitLabel,

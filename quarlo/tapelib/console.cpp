@@ -25,20 +25,21 @@ void console_out(const char* textStr) {
 
 void console_printf(const char* format, ...) {
   std::va_list arguments;
+  std::va_list again;
   va_start(arguments, format);
+  va_copy(again, arguments);
   char* line = nullptr;
   const int length = vasprintf(&line, format, arguments);
   va_end(arguments);
   if (length >= 0) {
     console_out(line);
     std::free(line);
-    return;
+  } else {
+    char beginning[512] = "";  // as much as needs no memory
+    (void)std::vsnprintf(beginning, sizeof beginning, format, again);
+    console_out(beginning);
   }
-  char beginning[512] = "";  // as much as needs no memory
-  va_start(arguments, format);
-  (void)std::vsnprintf(beginning, sizeof beginning, format, arguments);
-  va_end(arguments);
-  console_out(beginning);
+  va_end(again);
 }
 
 void do_console_out(ProcessRecord* procRecord, const char* textStr) {

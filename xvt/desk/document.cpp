@@ -20,7 +20,7 @@ std::string scriptName(const std::string& title) {
 }  // namespace
 
 std::string BaseDocument::takeDefinition(const WIN_DEF& definition) {
-  const std::string title = validUtf8(definition.title != nullptr ? definition.title : "");
+  std::string title = validUtf8(definition.title != nullptr ? definition.title : "");
   name_ = scriptName(title);
   client_ = {definition.rct.right - definition.rct.left, definition.rct.bottom - definition.rct.top};
   return title;

@@ -42,12 +42,12 @@ const char* kindName(int kind) {
 }
 
 void dumpRows(WINDOW list) {
-  constexpr int MOST_ROWS = 20;
+  constexpr int kMostRows = 20;
   const int count = xvt_list_count(list);
-  for (int each = 0; each < std::min(count, MOST_ROWS); ++each)
+  for (int each = 0; each < std::min(count, kMostRows); ++each)
     std::printf("      %c %d \"%s\"\n", xvt_list_is_selected(list, each) ? '*' : ' ', each,
                 rowText(list, each).c_str());
-  if (count > MOST_ROWS) std::printf("        ... %d rows\n", count);
+  if (count > kMostRows) std::printf("        ... %d rows\n", count);
 }
 
 void dumpControl(const std::string& name, WINDOW control) {

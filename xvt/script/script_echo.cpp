@@ -96,7 +96,7 @@ void Echo::printWatched() {
   std::string text = summaryOf(window);
   const WINDOW percent = percent_.empty() ? NULL_WIN : probe::control(window, percent_);
   if (isTerminal() && percent != NULL_WIN && xvt_vobj_is_visible(percent))
-    text = bar(std::atoi(shownText(percent).c_str())) + " " + text;
+    text = bar(static_cast<int>(std::strtol(shownText(percent).c_str(), nullptr, 10))) + " " + text;
   if (!isTerminal()) {
     std::printf("%s\n", text.c_str());
   } else if (text != shown_) {

@@ -20,7 +20,7 @@ struct VerbForm {
   Verb verb;
 };
 
-constexpr std::array VERBS = {
+constexpr std::array kVerbs = {
     VerbForm{"press", "c", Verb::press},
     VerbForm{"type", "ct", Verb::type},
     VerbForm{"select", "cr?a", Verb::select},
@@ -128,9 +128,9 @@ std::size_t wordCount(std::string_view words) {
 const VerbForm* formOf(const std::vector<Word>& words) {
   const std::string one = words[0].text;
   const std::string two = words.size() > 1 ? one + " " + words[1].text : one;
-  const auto* found = std::find_if(VERBS.begin(), VERBS.end(),
+  const auto* found = std::find_if(kVerbs.begin(), kVerbs.end(),
                                    [&](const VerbForm& form) { return form.words == one || form.words == two; });
-  return found != VERBS.end() ? found : nullptr;
+  return found != kVerbs.end() ? found : nullptr;
 }
 
 /// What is wrong with the arguments, empty when nothing is.
