@@ -1,8 +1,5 @@
 #include "quarlo/tapelib/formats/tpf.h"
 
-#include <unistd.h>
-
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 

@@ -98,7 +98,7 @@ bool PieceWriter::write(std::span<const char> head, std::span<const char> body, 
 }
 
 bool PieceWriter::writeLent(std::span<const char> piece, bool isData) {
-  if (lent_.data() + lent_.size() != piece.data()) settle();
+  if (!lent_.empty() && lent_.data() + lent_.size() != piece.data()) settle();
   lent_ = lent_.empty() ? piece : std::span(lent_.data(), lent_.size() + piece.size());
   return accept(piece.size(), piece.size(), isData);
 }
