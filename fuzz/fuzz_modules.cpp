@@ -16,6 +16,7 @@
 #include "libkyr/byteorder.h"
 #include "libkyr/elfcheck.h"
 #include "libkyr/process.h"
+#include "libkyr/source.h"
 #include "quarlo/common/tprcstep.h"
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/tlv_fcn.h"
@@ -108,6 +109,8 @@ void console_printf(const char* format, ...) {
 }
 void setConsole(ProcessRecord* /*procRecord*/) {}
 void SetDevUnit(ProcessRecord* /*procRecord*/, UnitStruct* /*unit*/) {}
+void HoldSources(ProcessRecord* /*procRecord*/, const std::shared_ptr<void>& /*owner*/) {}
+void DropSources(ProcessRecord* /*procRecord*/, const std::shared_ptr<void>& /*owner*/) {}
 UnitStruct* getDevPtr() { return nullptr; }
 void xvt_dm_post_error(const char* /*format*/, ...) {}
 

@@ -11,6 +11,7 @@
 #include <filesystem>
 
 #include "libkyr/files.h"
+#include "libkyr/nullvalue.h"
 #include "libkyr/text.h"
 #include "libkyr/traceslot.h"
 
@@ -35,12 +36,6 @@ constexpr int kMostOfNothing = 1 << 22;
 bool isRange(int property) {
   return (property >= dsMinReceiverLocation && property <= dsMaxCmpLine) || property == dsMinFieldFile ||
          property == dsMaxFieldFile;
-}
-
-void makeDead(int samples, float* data, TraceInfo* info, int flag) {
-  *info = {};
-  SetTraceProperty(trKillFlag, longIntType, gUnknownUnits, &flag, info);
-  if (data != nullptr) std::fill_n(data, samples, 0.0F);
 }
 
 int readHeader(const PartFile& file, DatasetHeader* header) {
@@ -329,6 +324,13 @@ void DatasetFile::setShape(const DatasetShape& shape) {
 
 // ---- properties ---------------------------------------------------------------------------------------------------
 
+SourceFormat DatasetFile::format() const {
+  constexpr int kIeeeFloat = 5;  // as SEG Y counts sample formats
+  double interval = 0;
+  getProperty(dsSampleInterval, doubleFloatType, gSecondsUnits, &interval);
+  return {"", kIeeeFloat, static_cast<int>(sizeof(float)), IsValueNull(interval) ? 0 : interval, false};
+}
+
 int DatasetFile::getProperty(int property, int type, int units, void* value) const {
   return GetDSProperty(property, type, units, value, &header_.org);
 }
@@ -358,10 +360,10 @@ int DatasetFile::setCount(int property, int type, int units, const void* value) 
   return kyrOk;
 }
 
-int DatasetFile::copyProperties(const DatasetFile& from) {
+int DatasetFile::copyProperties(const GeneralSeisDataOrg& from) {
   if (stage_ != Stage::Announced && stage_ != Stage::Writing) return kyrTooLate;
   const GeneralSeisDataOrg ours = header_.org;
-  header_.org = from.header_.org;
+  header_.org = from;
   for (int property = 0; property < kDatasetPropertyCount; ++property)
     if (isRange(property))
       std::copy_n(ours.bytes + seisOrgOffset(property), 4, header_.org.bytes + seisOrgOffset(property));
@@ -379,14 +381,16 @@ SlotStore::Place DatasetFile::placeOf(int record, int trace) const {
   return {shape_.partOf(record), shape_.offsetOf(record, trace), static_cast<std::size_t>(shape_.slotSize())};
 }
 
+std::int64_t DatasetFile::position(int record, int trace) {
+  return has(record, trace) ? static_cast<std::int64_t>(shape_.offsetOf(record, trace)) : -1;
+}
+
 std::uint64_t DatasetFile::seedOf(int record, int trace) const { return header_.id ^ shape_.slotNumber(record, trace); }
 
-int DatasetFile::read(int record, int trace, float* samples, TraceInfo* info) {
+int DatasetFile::fetch(int record, int trace, float* samples, TraceInfo* info) {
   if (stage_ == Stage::Closed || stage_ == Stage::Announced) return kyrBadCall;
-  const int result = has(record, trace) ? readSlot(record, trace, samples, info) : kyrNoSuchTrace;
-  if (result == kyrOk) return kyrOk;
-  makeDead(shape_.samples, samples, info, killUnreadable);
-  return result == kyrNoSuchTrace ? result : lost(record, trace, result);
+  const int result = readSlot(record, trace, samples, info);
+  return result == kyrOk ? result : lost(record, trace, result);
 }
 
 int DatasetFile::readSlot(int record, int trace, float* samples, TraceInfo* info) {

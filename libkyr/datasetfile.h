@@ -8,24 +8,21 @@
 #include <vector>
 
 #include "libkyr/datasetheader.h"
-#include "libkyr/link.h"
-#include "libkyr/properties.h"
 #include "libkyr/slotstore.h"
+#include "libkyr/source.h"
 
 /// Calls answer a KyrResult unless they say otherwise; they throw only for want of memory.
-class DatasetFile {
+class DatasetFile final : public TraceSource {
  public:
   /// Where lines for the user go.
   using Say = std::function<void(const std::string& line)>;
 
   DatasetFile(std::string path, Say say) : path_(std::move(path)), say_(std::move(say)) {}
-  ~DatasetFile();
-  DatasetFile(const DatasetFile&) = delete;
-  DatasetFile& operator=(const DatasetFile&) = delete;
+  ~DatasetFile() override;
 
   const std::string& path() const { return path_; }
   /// Whether `path` leads to one of the files of this dataset, or to one that its next begin() writes over or removes.
-  bool uses(const char* path) const;
+  bool uses(const char* path) const override;
 
   // -- opening and closing
 
@@ -38,7 +35,7 @@ class DatasetFile {
   int begin();
   /// Closes the files; those of an output get their closed mark when all of it could be written. @return kyrDiskError
   /// when not all that was written is on the disk
-  int close();
+  int close() override;
   /// Closes an output without the mark and removes the files that it made; one that was there before stays.
   void discard();
 
@@ -48,16 +45,19 @@ class DatasetFile {
   // -- properties
 
   const DatasetHeader& header() const { return header_; }
+  const GeneralSeisDataOrg& org() const override { return header_.org; }
+  int type() const override { return header_.type; }
+  SourceFormat format() const override;
   const DatasetShape& shape() const { return shape_; }
   int getProperty(int property, int type, int units, void* value) const;
   int setProperty(int property, int type, int units, const void* value);
-  /// Takes over another dataset's properties but for counts and ranges.
-  int copyProperties(const DatasetFile& from);
+  /// Takes over the properties of another source but for counts and ranges.
+  int copyProperties(const GeneralSeisDataOrg& from);
 
   // -- traces
 
-  /// As HeaderGet and TraceGet (datasets.h); `samples` may be null.
-  int read(int record, int trace, float* samples, TraceInfo* info);
+  /// Of a trace's slot, in the file of its part.
+  std::int64_t position(int record, int trace) override;
   int write(int record, int trace, const float* samples, const TraceInfo& info);
 
  private:
@@ -78,6 +78,7 @@ class DatasetFile {
   bool removeOldParts();
   void removeMade();
   int setCount(int property, int type, int units, const void* value);
+  int fetch(int record, int trace, float* samples, TraceInfo* info) override;
   int readSlot(int record, int trace, float* samples, TraceInfo* info);
   void setShape(const DatasetShape& shape);
   int fail(const char* what);

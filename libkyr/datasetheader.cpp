@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "libkyr/byteorder.h"
-#include "libkyr/datasets.h"
+#include "libkyr/link.h"
 #include "libkyr/text.h"
 #include "libkyr/traceslot.h"
 #include "libkyr/wordsum.h"
@@ -39,16 +39,6 @@ void storeInt(DatasetHeaderBytes& bytes, std::size_t place, int value) {
 }
 
 std::uint64_t headerSum(const DatasetHeaderBytes& bytes) { return wordSum(0, bytes.data(), at::kSum); }
-
-int count(const GeneralSeisDataOrg& org, int property) {
-  int value = 0;
-  GetDSProperty(property, longIntType, gUnknownUnits, &value, &org);
-  return value;
-}
-
-void setCount(GeneralSeisDataOrg& org, int property, int value) {
-  SetDSProperty(property, longIntType, gUnknownUnits, &value, &org);
-}
 
 std::uint64_t wide(int value) { return static_cast<std::uint64_t>(value); }
 
@@ -100,18 +90,14 @@ std::uint64_t DatasetShape::offsetOf(int record, int trace) const {
 // ---- the header -------------------------------------------------------------------------------------------------
 
 DatasetShape DatasetHeader::shape() const {
-  return {count(org, dsRecords), count(org, dsTracesPerRecord), slotsPerRecord, count(org, dsSamples), recordsPerFile};
+  const SeisCounts counts = seisOrgCounts(org);
+  return {counts.records, counts.tracesPerRecord, slotsPerRecord, counts.samples, recordsPerFile};
 }
 
 void DatasetHeader::setShape(const DatasetShape& shape) {
   slotsPerRecord = shape.slotsPerRecord;
   recordsPerFile = shape.recordsPerFile;
-  setCount(org, dsRecords, shape.records);
-  setCount(org, dsTracesPerRecord, shape.tracesPerRecord);
-  setCount(org, dsSamples, shape.samples);
-  const std::int64_t total = std::int64_t{shape.records} * shape.tracesPerRecord;
-  setCount(org, dsTotalTraces, static_cast<int>(std::min<std::int64_t>(total, std::numeric_limits<int>::max())));
-  setCount(org, dsLargestRecord, shape.tracesPerRecord);
+  setSeisOrgCounts(&org, {shape.records, shape.tracesPerRecord, shape.samples});
 }
 
 DatasetHeaderBytes encodeDatasetHeader(const DatasetHeader& header) {

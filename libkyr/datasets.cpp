@@ -1,97 +1,29 @@
 #include "libkyr/datasets.h"
 
 #include <algorithm>
-#include <limits>
 #include <memory>
-#include <new>
 #include <string>
-#include <vector>
 
-#include "libkyr/datasetfile.h"
+#include "libkyr/links.h"
 #include "libkyr/traceslot.h"
-
-/// One side of a record: its links by number.
-struct KyrSide {
-  struct Entry {
-    Link link{};
-    std::unique_ptr<DatasetFile> file{};
-  };
-  std::vector<Entry> entries{};
-  int announced = 0;
-};
-
-struct KyrDatasets {
-  KyrSide inputs{};
-  KyrSide outputs{};
-  std::vector<std::string> warned{};  ///< datasets whose opening warned already
-};
 
 namespace {
 
 constexpr std::uint64_t kLargestPart = std::uint64_t{1} << 40U;
-
-/// Nothing is thrown through the library's calls.
-template <typename Work>
-int guarded(const Work& work) {
-  try {
-    return work();
-  } catch (const std::bad_alloc&) {
-    return kyrNoMemory;
-  } catch (const std::exception&) {
-    return kyrBadCall;
-  }
-}
-
-Link newLink() {
-  static int last = 0;
-  return {++last};
-}
 
 int failedLink(Link* link, int result) {
   link->value = result;
   return result;
 }
 
-KyrDatasets* datasetsOf(ProcessRecord* procRecord) {
-  if (procRecord->datasets == nullptr) procRecord->datasets = new KyrDatasets;
-  return procRecord->datasets;
+/// The dataset behind the link of an output; null with the reason when there is none.
+DatasetFile* outputOf(const ProcessRecord* procRecord, Link link, int* why) {
+  const OpenLink* const open = findLink(procRecord, link);
+  *why = open == nullptr ? kyrBadCall : kyrTooLate;
+  return open != nullptr ? open->output : nullptr;
 }
 
-KyrSide::Entry* findEntry(const ProcessRecord* procRecord, Link link) {
-  if (procRecord == nullptr || procRecord->datasets == nullptr || !IsLinkValid(link)) return nullptr;
-  for (KyrSide* side : {&procRecord->datasets->inputs, &procRecord->datasets->outputs})
-    for (KyrSide::Entry& entry : side->entries)
-      if (entry.link.value == link.value) return &entry;
-  return nullptr;
-}
-
-DatasetFile* fileOf(const ProcessRecord* procRecord, Link link) {
-  const KyrSide::Entry* const entry = findEntry(procRecord, link);
-  return entry != nullptr ? entry->file.get() : nullptr;
-}
-
-int closeEntry(KyrSide::Entry& entry) {
-  entry.link = {};
-  const std::unique_ptr<DatasetFile> file = std::move(entry.file);
-  return file ? guarded([&] { return file->close(); }) : kyrOk;
-}
-
-/// The entry for a number of an input or output, free for a new file; null for a number that was not announced.
-KyrSide::Entry* freeEntry(KyrSide& side, int number) {
-  if (number < 0 || number >= side.announced) return nullptr;
-  const auto index = static_cast<std::size_t>(number);
-  if (index >= side.entries.size()) side.entries.resize(index + 1);
-  closeEntry(side.entries[index]);
-  return &side.entries[index];
-}
-
-bool isOpenAs(const KyrSide& side, const char* path) {
-  return std::any_of(
-      side.entries.begin(), side.entries.end(),
-      [path](const KyrSide::Entry& entry) { return entry.file && entry.file->uses(path); });
-}
-
-int announce(ProcessRecord* procRecord, KyrSide KyrDatasets::*side, int count) {
+int announce(ProcessRecord* procRecord, LinkSide KyrDatasets::*side, int count) {
   if (procRecord == nullptr || count < 0) return kyrBadCall;
   return guarded([&] {
     (datasetsOf(procRecord)->*side).announced = count;
@@ -125,34 +57,54 @@ int acceptance(int accepted, int type) {
   return accepted == kStackedData ? kyrNotTwoD : kyrOtherType;
 }
 
+/// Opens the dataset of a path.
+int openDataset(ProcessRecord* procRecord, const char* path, OwnedSource* opened) {
+  auto file = newInput(procRecord, path);
+  const int result = file->openRead();
+  if (result == kyrOk && !file->isWhole()) procRecord->datasets->warned.emplace_back(path);
+  opened->source = std::move(file);
+  return result;
+}
+
+/// The source that waits for an input number, or nothing.
+OwnedSource takeWaiting(KyrDatasets& datasets, int number) {
+  auto found = datasets.waiting.extract(number);
+  return found ? std::move(found.mapped()) : OwnedSource{};
+}
+
+/// Whether one of the outputs writes what a source reads.
+bool writesWhatIsRead(const LinkSide& outputs, const TraceSource& source) {
+  return std::any_of(
+      outputs.links.begin(), outputs.links.end(),
+      [&](const OpenLink& open) { return open.output != nullptr && source.uses(open.output->path().c_str()); });
+}
+
 int openInput(Link* link, ProcessRecord* procRecord, const char* path, int number, int accepted) {
   KyrDatasets* const datasets = datasetsOf(procRecord);
-  KyrSide::Entry* const entry = freeEntry(datasets->inputs, number);
-  if (entry == nullptr) return kyrBadCall;
-  if (isOpenAs(datasets->outputs, path)) return kyrInUse;
-  auto file = newInput(procRecord, path);
-  int result = file->openRead();
-  if (result == kyrOk) result = acceptance(accepted, file->header().type);
-  if (result != kyrOk) return result;
-  if (!file->isWhole()) datasets->warned.emplace_back(path);
-  entry->file = std::move(file);
-  entry->link = newLink();
-  *link = entry->link;
-  return kyrOk;
+  OpenLink* const place = datasets->inputs.freePlace(number);
+  if (place == nullptr) return kyrBadCall;
+  OwnedSource opened = takeWaiting(*datasets, number);
+  if (opened.source ? writesWhatIsRead(datasets->outputs, *opened.source) : datasets->outputs.uses(path))
+    return kyrInUse;
+  int result = opened.source ? kyrOk : openDataset(procRecord, path, &opened);
+  if (result == kyrOk) result = acceptance(accepted, opened.source->type());
+  if (result == kyrOk) *link = place->open(std::move(opened));
+  return result;
 }
 
 int openOutput(Link* link, ProcessRecord* procRecord, const char* path, int number, int type, int recordsPerFile,
                int tracesPerRecord) {
   KyrDatasets* const datasets = datasetsOf(procRecord);
-  KyrSide::Entry* const entry = freeEntry(datasets->outputs, number);
-  if (entry == nullptr) return kyrBadCall;
-  if (isOpenAs(datasets->outputs, path) || isOpenAs(datasets->inputs, path)) return kyrInUse;
+  OpenLink* const place = datasets->outputs.freePlace(number);
+  if (place == nullptr) return kyrBadCall;
+  if (datasets->outputs.uses(path) || datasets->inputs.uses(path)) return kyrInUse;
   auto file = newFile(procRecord, path);
   const int result = file->announce(type, recordsPerFile, tracesPerRecord);
   if (result != kyrOk) return result;
-  entry->file = std::move(file);
-  entry->link = newLink();
-  *link = entry->link;
+  place->output = file.get();
+  OwnedSource opened;
+  opened.source = std::move(file);
+  *link = place->open(std::move(opened));
   return kyrOk;
 }
 
@@ -190,25 +142,25 @@ int EndInit(ProcessRecord* procRecord) {
   if (procRecord == nullptr) return kyrBadCall;
   if (procRecord->datasets == nullptr) return kyrOk;
   int first = kyrOk;
-  for (const KyrSide::Entry& entry : procRecord->datasets->outputs.entries) {
-    const int result = entry.file ? guarded([&] { return entry.file->begin(); }) : kyrOk;
+  for (const OpenLink& open : procRecord->datasets->outputs.links) {
+    const int result = open.output != nullptr ? guarded([&] { return open.output->begin(); }) : kyrOk;
     if (first == kyrOk) first = result;
   }
   return first;
 }
 
 int CloseFile(ProcessRecord* procRecord, Link link) {
-  KyrSide::Entry* const entry = findEntry(procRecord, link);
-  return entry != nullptr ? closeEntry(*entry) : kyrBadCall;
+  OpenLink* const open = findLink(procRecord, link);
+  return open != nullptr ? open->close() : kyrBadCall;
 }
 
 int CloseAllFiles(ProcessRecord* procRecord) {
   if (procRecord == nullptr || procRecord->datasets == nullptr) return kyrOk;
   const std::unique_ptr<KyrDatasets> datasets(procRecord->datasets);
   int first = kyrOk;
-  for (KyrSide* side : {&datasets->inputs, &datasets->outputs})
-    for (KyrSide::Entry& entry : side->entries) {
-      const int result = closeEntry(entry);
+  for (LinkSide* side : {&datasets->inputs, &datasets->outputs})
+    for (OpenLink& open : side->links) {
+      const int result = open.close();
       if (first == kyrOk) first = result;
     }
   procRecord->datasets = nullptr;
@@ -225,32 +177,43 @@ int GetRecordsPerFile(int records, int tracesPerRecord, int samples) {
 // ---- a dataset's properties ---------------------------------------------------------------------------------------
 
 int GetDatasetProperty(const ProcessRecord* procRecord, Link link, int property, int type, int units, void* value) {
-  const DatasetFile* const file = fileOf(procRecord, link);
+  const TraceSource* const source = sourceOf(procRecord, link);
   // An unknown link has no properties: an empty record refuses likewise, and leaves a zero.
-  if (file == nullptr) return GetDSProperty(property, type, units, value, nullptr);
-  return file->getProperty(property, type, units, value);
+  return GetDSProperty(property, type, units, value, source != nullptr ? &source->org() : nullptr);
 }
 
 int SetDatasetProperty(ProcessRecord* procRecord, Link link, int property, int type, int units, const void* value) {
-  DatasetFile* const file = fileOf(procRecord, link);
-  return file != nullptr ? file->setProperty(property, type, units, value) : kyrBadCall;
+  int why = kyrOk;
+  DatasetFile* const output = outputOf(procRecord, link, &why);
+  return output != nullptr ? output->setProperty(property, type, units, value) : why;
 }
 
 int GetInSeismicType(const ProcessRecord* procRecord, Link link) {
-  const DatasetFile* const file = fileOf(procRecord, link);
-  return file != nullptr ? file->header().type : 0;
+  const TraceSource* const source = sourceOf(procRecord, link);
+  return source != nullptr ? source->type() : 0;
 }
 
 int CopyBinaryHeader(ProcessRecord* procRecord, Link from, Link to) {
-  const DatasetFile* const source = fileOf(procRecord, from);
-  DatasetFile* const target = fileOf(procRecord, to);
-  return source != nullptr && target != nullptr ? target->copyProperties(*source) : kyrBadCall;
+  int why = kyrOk;
+  const TraceSource* const source = sourceOf(procRecord, from);
+  DatasetFile* const target = outputOf(procRecord, to, &why);
+  if (source == nullptr) return kyrBadCall;
+  return target != nullptr ? target->copyProperties(source->org()) : why;
+}
+
+int GetSourceFormat(const ProcessRecord* procRecord, Link link, SourceFormat* format) {
+  const TraceSource* const source = sourceOf(procRecord, link);
+  if (source == nullptr || format == nullptr) return kyrBadCall;
+  return guarded([&] {
+    *format = source->format();
+    return kyrOk;
+  });
 }
 
 int GetSeisOrg(const ProcessRecord* procRecord, Link link, GeneralSeisDataOrg* org) {
-  const DatasetFile* const file = fileOf(procRecord, link);
-  if (file == nullptr || org == nullptr) return kyrBadCall;
-  *org = file->header().org;
+  const TraceSource* const source = sourceOf(procRecord, link);
+  if (source == nullptr || org == nullptr) return kyrBadCall;
+  *org = source->org();
   return kyrOk;
 }
 
@@ -259,33 +222,41 @@ int GetSeisOrg(const ProcessRecord* procRecord, Link link, GeneralSeisDataOrg* o
 namespace {
 
 /// Whatever goes wrong, the header that comes back is that of a dead trace.
-int readTrace(ProcessRecord* procRecord, Link link, int record, int trace, float* samples, TraceInfo* header) {
-  DatasetFile* const file = fileOf(procRecord, link);
+int readTrace(TraceSource* source, int record, int trace, float* samples, TraceInfo* header) {
   if (header == nullptr) return kyrBadCall;
-  const int result =
-      file != nullptr ? guarded([&] { return file->read(record, trace, samples, header); }) : int{kyrBadCall};
-  if (result != kyrOk) {
-    *header = {};
-    header->words[trKillFlag] = killUnreadable;
-  }
-  return result;
+  if (source != nullptr) return source->read(record, trace, samples, header);
+  makeDead(0, nullptr, header, killUnreadable);
+  return kyrBadCall;
 }
 
 }  // namespace
 
 int HeaderGet(ProcessRecord* procRecord, Link link, int record, int trace, TraceInfo* header) {
-  return readTrace(procRecord, link, record, trace, nullptr, header);
+  return readTrace(sourceOf(procRecord, link), record, trace, nullptr, header);
 }
 
 int TraceGet(ProcessRecord* procRecord, Link link, int record, int trace, float* samples, TraceInfo* header) {
-  const DatasetFile* const file = fileOf(procRecord, link);
-  const bool hasRoom = samples != nullptr || file == nullptr || file->shape().samples == 0;
-  return readTrace(procRecord, hasRoom ? link : Link{}, record, trace, samples, header);
+  TraceSource* const source = sourceOf(procRecord, link);
+  const bool hasRoom = samples != nullptr || source == nullptr || seisOrgCounts(source->org()).samples == 0;
+  return readTrace(hasRoom ? source : nullptr, record, trace, samples, header);
+}
+
+std::int64_t GetTracePosition(const ProcessRecord* procRecord, Link link, int record, int trace) {
+  TraceSource* const source = sourceOf(procRecord, link);
+  std::int64_t position = -1;
+  if (source != nullptr)
+    guarded([&] {
+      position = source->position(record, trace);
+      return kyrOk;
+    });
+  return position;
 }
 
 int TracePut(ProcessRecord* procRecord, Link link, int record, int trace, const float* samples,
              const TraceInfo* header) {
-  DatasetFile* const file = fileOf(procRecord, link);
-  if (file == nullptr || header == nullptr || (samples == nullptr && file->shape().samples > 0)) return kyrBadCall;
-  return guarded([&] { return file->write(record, trace, samples, *header); });
+  int why = kyrOk;
+  DatasetFile* const output = outputOf(procRecord, link, &why);
+  if (output == nullptr || header == nullptr) return output == nullptr ? why : int{kyrBadCall};
+  if (samples == nullptr && output->shape().samples > 0) return kyrBadCall;
+  return guarded([&] { return output->write(record, trace, samples, *header); });
 }

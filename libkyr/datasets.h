@@ -5,22 +5,7 @@
 /// dataset that was cut off, a trace that is lost, a disk that is full) also goes as a line to the record's console.
 #pragma once
 
-#include "libkyr/link.h"
-#include "libkyr/process.h"
-#include "libkyr/properties.h"
-#include "libkyr/seisorg.h"
-
-/// The kind of data in a dataset.
-enum SeisType : int {
-  kStackedData = 7,         ///< 2-D stack
-  kAnyUnknownSeismic = 10,  ///< seismic data of mixed or unknown type
-  kAnySeismicType = 11,     ///< unstacked data; asked for at an opening: whatever is seismic
-  brickedTimeStack = 15,    ///< 3-D stack
-  kRadarData = 20,          ///< ground-penetrating radar
-};
-
-/// The largest count of samples that a trace may have.
-constexpr int kMaxSamples = 1 << 28;
+#include "libkyr/source.h"
 
 // ---- opening and closing ----------------------------------------------------------------------------------------
 
@@ -73,6 +58,9 @@ int GetInSeismicType(const ProcessRecord* procRecord, Link link);
 /// Gives an output the properties of another dataset: all but the counts and the ranges, which belong to the traces.
 int CopyBinaryHeader(ProcessRecord* procRecord, Link from, Link to);
 
+/// How the traces of a link stand in their file. @return 0, or kyrBadCall for a link that is not valid
+int GetSourceFormat(const ProcessRecord* procRecord, Link link, SourceFormat* format);
+
 /// A copy of the organisation record. Its counts are those that GetDatasetProperty tells.
 int GetSeisOrg(const ProcessRecord* procRecord, Link link, GeneralSeisDataOrg* org);
 
@@ -85,6 +73,9 @@ int GetSeisOrg(const ProcessRecord* procRecord, Link link, GeneralSeisDataOrg* o
 /// that overlooks the result never takes it for data.
 int HeaderGet(ProcessRecord* procRecord, Link link, int record, int trace, TraceInfo* header);
 int TraceGet(ProcessRecord* procRecord, Link link, int record, int trace, float* samples, TraceInfo* header);
+
+/// Byte at which a trace begins in its file; -1 where there is none.
+std::int64_t GetTracePosition(const ProcessRecord* procRecord, Link link, int record, int trace);
 
 /// Writes a trace, in any order; a trace that is there is replaced. After a failed write nothing more is written, and
 /// the dataset will not be marked as closed.

@@ -1,5 +1,8 @@
 #include "libkyr/seisorg.h"
 
+#include <algorithm>
+#include <limits>
+
 #include "libkyr/byteorder.h"
 #include "libkyr/link.h"
 #include "libkyr/properties.h"
@@ -9,6 +12,12 @@ namespace {
 
 unsigned char* wordOf(GeneralSeisDataOrg* org, int property) { return org->bytes + seisOrgOffset(property); }
 
+int countIn(const GeneralSeisDataOrg& org, int property) { return loadLeInt32(org.bytes + seisOrgOffset(property)); }
+
+void setCount(GeneralSeisDataOrg* org, int property, int count) {
+  storeLe32(wordOf(org, property), static_cast<std::uint32_t>(count));
+}
+
 }  // namespace
 
 GeneralSeisDataOrg newSeisOrg() {
@@ -17,6 +26,20 @@ GeneralSeisDataOrg newSeisOrg() {
     if (const auto entry = datasetProperty(property); entry && !isCountProperty(property))
       storeLe32(wordOf(&org, property), nullWord(*entry));
   return org;
+}
+
+SeisCounts seisOrgCounts(const GeneralSeisDataOrg& org) {
+  return {countIn(org, dsRecords), countIn(org, dsTracesPerRecord), countIn(org, dsSamples)};
+}
+
+void setSeisOrgCounts(GeneralSeisDataOrg* org, const SeisCounts& counts) {
+  constexpr std::int64_t kMost = std::numeric_limits<int>::max();
+  const std::int64_t total = std::int64_t{counts.records} * counts.tracesPerRecord;
+  setCount(org, dsRecords, counts.records);
+  setCount(org, dsTracesPerRecord, counts.tracesPerRecord);
+  setCount(org, dsSamples, counts.samples);
+  setCount(org, dsTotalTraces, counts.records < 0 ? -1 : static_cast<int>(std::min(total, kMost)));
+  setCount(org, dsLargestRecord, counts.tracesPerRecord);
 }
 
 int SetDSProperty(int property, int type, int units, const void* value, GeneralSeisDataOrg* org) {

@@ -1,5 +1,5 @@
 /// The suite's datasets as an output format. The module that reads writes the dataset, through libkyr: this one stands
-/// for the choice and has no parameters. As an input it has no phases.
+/// for the choice and has no parameters. As an input it has no phases, and needs no source of its own.
 #include "libkyr/text.h"
 #include "plugins/kyrmodule.h"
 
@@ -13,3 +13,5 @@ void GetOutputDefaultParameters(int* /*params*/, int* paramDlg, int* disk, int* 
   *disk = 1;
   *tape = 0;
 }
+
+int TOpenSource(ProcessRecord* /*record*/, int* /*inputParams*/) { return 0; }

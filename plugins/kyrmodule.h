@@ -5,9 +5,10 @@
 /// them as it can serve; GetTuDllIdentifier it must have. Everything else in it is best hidden (-fvisibility=hidden):
 /// an exported name that the program has too would be taken from the program.
 ///
-/// The program loads the module anew for every call but the three phases of a run, which share one loading. What a
-/// module wants to keep between two calls lies in its parameter block; its variables may or may not survive. Loading
-/// has no effect that can be seen: a file that is new is loaded once for a trial in a process of its own.
+/// The program loads the module anew for every call but the three phases of a run, which share one loading, and keeps
+/// it while a source that it opened is open. What a module wants to keep between two calls lies in its parameter block;
+/// its variables may or may not survive. Loading has no effect that can be seen: a file that is new is loaded once for
+/// a trial in a process of its own.
 ///
 /// All calls come from one thread. An entry must not throw; if it does, the program says so and takes it for a failure.
 /// Guide and example: docs/format-modules.md.
@@ -86,3 +87,11 @@ KYR_MODULE_ENTRY int TInitialPhase(ProcessRecord* record, int* inputParams, int*
 KYR_MODULE_ENTRY int TMainPhase(ProcessRecord* record);
 /// Closes what is open; the last chance to say that something did not reach the disk.
 KYR_MODULE_ENTRY int TFinalPhase(ProcessRecord* record);
+
+// ---- its input as a source of traces ------------------------------------------------------------------------------
+
+/// Opens the input and gives the record a source of its traces (RegisterSource of libkyr/source.h, for input 0; C++):
+/// the program's reports, tests, index and merge read it as they read a dataset. The block stays where it is until the
+/// source is closed; the module stays loaded as long. A module whose input the library reads by itself, from the path,
+/// gives no source. @return 0; anything else after a line on the console: what was given is taken back then
+KYR_MODULE_ENTRY int TOpenSource(ProcessRecord* record, int* inputParams);

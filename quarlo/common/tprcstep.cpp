@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "libkyr/nullcheck.h"
+#include "libkyr/source.h"
 #include "libkyr/text.h"
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/tlv_fcn.h"
@@ -32,7 +33,8 @@ constexpr const char* kIdentifierEntry = "GetTuDllIdentifier";
 constexpr const char* kEntryNames[] = {
     kIdentifierEntry,   "AllocInputMemory",  "DestroyInputMemory",  "GetInputDefaultParameters",
     "PostInputDialog",  "AllocOutputMemory", "DestroyOutputMemory", "GetOutputDefaultParameters",
-    "PostOutputDialog", "TInitialPhase",     "TMainPhase",          "TFinalPhase"};
+    "PostOutputDialog", "TInitialPhase",     "TMainPhase",          "TFinalPhase",
+    "TOpenSource"};
 
 /// Room that a module finds for its display name: more than it may use.
 constexpr std::size_t kNameRoom = 4096;
@@ -111,6 +113,12 @@ bool isUsable(const std::string& name) {
   return false;
 }
 
+/// What a record has before a module sees it: the console, and the program's units.
+void prepare(ProcessRecord* params) {
+  setConsole(params);
+  SetDevUnit(params, getDevPtr());
+}
+
 struct Freer {
   void operator()(void* memory) const { std::free(memory); }
 };
@@ -141,19 +149,17 @@ ProcessingStep::ProcessingStep(const char* name) {
   copyText(DLLFileName.type, "DLL");
   const bool fits = copyText(DLLFileName.name, formatText("%s/%s", DLLDirectory, file.c_str()));
   if (fits)
-    aConnectionID = KyrLoadDLL(&DLLFileName, &reason_, kEntryNames);
+    aConnectionID.reset(KyrLoadDLL(&DLLFileName, &reason_, kEntryNames), KyrUnloadDLL);
   else
     reason_ = "its name is too long";
   loadFailed = aConnectionID == nullptr ? 1 : 0;
 }
 
-ProcessingStep::~ProcessingStep() { KyrUnloadDLL(aConnectionID); }
-
 void* ProcessingStep::find(const char* entry) {
   // A name that was not part of the trial is not looked up: that may be what a damaged module dies of.
   if (std::ranges::find(kEntryNames, std::string_view(entry)) == std::end(kEntryNames)) return nullptr;
   copyText(aSymbol, entry);
-  return KyrFindSymbol(aSymbol, aConnectionID);
+  return KyrFindSymbol(aSymbol, aConnectionID.get());
 }
 
 template <typename Work>
@@ -179,11 +185,16 @@ int ProcessingStep::call(const char* entry, Arguments... arguments) {
 }
 
 template <typename... Arguments>
-int ProcessingStep::phase(const char* entry, Arguments... arguments) {
-  const auto function = reinterpret_cast<int (*)(Arguments...)>(find(entry));
-  if (function != nullptr) return guarded([&] { return function(arguments...); });
-  console_printf("  *** Format module %s has no entry \"%s\".", DLLFileName.name, entry);
-  return -1;
+int ProcessingStep::phase(const char* entry, ProcessRecord* params, Arguments... arguments) {
+  const auto function = reinterpret_cast<int (*)(ProcessRecord*, Arguments...)>(find(entry));
+  if (function == nullptr) {
+    console_printf("  *** Format module %s has no entry \"%s\".", DLLFileName.name, entry);
+    return -1;
+  }
+  const int result = guarded([&] { return function(params, arguments...); });
+  // Whatever came of it: the code of a source that is there must stay.
+  HoldSources(params, aConnectionID);
+  return result;
 }
 
 int ProcessingStep::GetTuDllIdentifier(char* theName, int* uniqueId) {
@@ -221,14 +232,20 @@ int ProcessingStep::GetOutputDefaultParameters(int* params, int* paramDlg, int* 
 int ProcessingStep::PostOutputDialog(int* params) { return call("PostOutputDialog", params); }
 
 int ProcessingStep::InitialPhase(ProcessRecord* params, int* inputParams, int* outputParams) {
-  setConsole(params);
-  SetDevUnit(params, getDevPtr());
+  prepare(params);
   return phase("TInitialPhase", params, inputParams, outputParams);
 }
 
 int ProcessingStep::MainPhase(ProcessRecord* params) { return phase("TMainPhase", params); }
 
 int ProcessingStep::FinalPhase(ProcessRecord* params) { return phase("TFinalPhase", params); }
+
+int ProcessingStep::OpenSource(ProcessRecord* params, int* inputParams) {
+  prepare(params);
+  const int result = phase("TOpenSource", params, inputParams);
+  if (result != 0) DropSources(params, aConnectionID);
+  return result;
+}
 
 int findDlls(DllList** theList) {
   *theList = nullptr;
@@ -285,4 +302,10 @@ void selectOutput(const char* dllName, int* outputFmt) {
     itDoesOutputParm = itOutputsDisk = itOutputsTape = 0;
     step.GetOutputDefaultParameters(outputFmt, &itDoesOutputParm, &itOutputsDisk, &itOutputsTape);
   });
+}
+
+int openSource(const char* dllName, ProcessRecord* procRecord, int* inputFmt) {
+  int result = -1;
+  withModule(dllName, [&](ProcessingStep& step) { result = step.OpenSource(procRecord, inputFmt); });
+  return result;
 }

@@ -5,6 +5,8 @@
 /// reported and passed over; an exception that leaves a module is reported and counts as a failure.
 #pragma once
 
+#include <memory>
+
 #include "libkyr/process.h"
 #include "quarlo/tapelib/dll_fcn.h"
 #include "xvt/xvt.h"
@@ -20,13 +22,13 @@ extern int itDoesOutputParm;  ///< it has a dialog for its output parameters
 extern int itOutputsDisk;     ///< it writes disk files
 extern int itOutputsTape;     ///< it writes tapes
 
-/// One loaded module. Each operation calls the module's entry point of the same name (the phases': with a leading "T").
+/// One loaded module. Each operation calls the module's entry point of the same name (those of a run and of sources
+/// with a leading "T"). The module stays loaded until the step and all sources that it opened are gone.
 class ProcessingStep {
  public:
   /// Loads lib/`name` from the working directory; one newline at the name's end is left out. The outcome stands in
   /// `loadFailed`.
   explicit ProcessingStep(const char* name);
-  ~ProcessingStep();
   ProcessingStep(const ProcessingStep&) = delete;
   ProcessingStep& operator=(const ProcessingStep&) = delete;
 
@@ -51,6 +53,11 @@ class ProcessingStep {
   int MainPhase(ProcessRecord* params);
   int FinalPhase(ProcessRecord* params);
 
+  /// Lets the module open the input as a source of traces (libkyr/source.h), to be had by NewInputFile. Prepares the
+  /// record and answers as the phases do; after a failure nothing is open. The block stays where it is until the source
+  /// is closed.
+  int OpenSource(ProcessRecord* params, int* inputParams);
+
   /// True when the module has an entry point of this name, one of those that modules may have.
   bool hasEntry(const char* entry) { return find(entry) != nullptr; }
 
@@ -63,13 +70,13 @@ class ProcessingStep {
   template <typename... Arguments>
   int call(const char* entry, Arguments... arguments);
   template <typename... Arguments>
-  int phase(const char* entry, Arguments... arguments);
+  int phase(const char* entry, ProcessRecord* params, Arguments... arguments);
   template <typename Work>
   int guarded(Work work) const;
   void* find(const char* entry);
 
   FILE_SPEC DLLFileName{};
-  void* aConnectionID = nullptr;
+  std::shared_ptr<void> aConnectionID;  ///< also held by the sources that the module opened
   char aSymbol[128] = {};
   std::string reason_;
 };
@@ -93,6 +100,8 @@ void selectInput(const char* dllName, int* inputFmt);
 void allocateOutput(const char* dllName, int** outputFmt);
 void destroyOutput(const char* dllName, int* outputFmt);
 void selectOutput(const char* dllName, int* outputFmt);
+/// Lets the module open its input, as ProcessingStep::OpenSource does. @return 0, or what it failed with
+int openSource(const char* dllName, ProcessRecord* procRecord, int* inputFmt);
 
 /// Bytes beyond which a parameter block is no honest wish.
 constexpr int kLargestParameterBlock = 1 << 24;

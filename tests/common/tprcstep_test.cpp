@@ -438,6 +438,42 @@ TEST_F(BuiltModuleTest, TheExampleMakesADataset) {
   }
 }
 
+TEST_F(BuiltModuleTest, ASourceKeepsItsModuleUntilItIsClosed) {
+  install("iophases.so");
+  const auto isLoaded = [](const char* module) {
+    return readFile("/proc/self/maps").find(module) != std::string::npos;
+  };
+  writeFile("in.txt", "1 2\n# x\n3 4");
+  chooseDiskUnits("in.txt", "");
+  ProcessRecordPtr reader(NewProcessRecord());
+  SetNumberOfInputs(reader.get(), 1);
+  Link link;
+  const auto openInput = [&] { return NewInputFile(&link, reader.get(), "none.kyr", 0, kAnySeismicType); };
+
+  ASSERT_EQ(openSource("ioexample.so", reader.get(), nullptr), 0);
+  ASSERT_EQ(openInput(), kyrOk);
+  EXPECT_TRUE(isLoaded("ioexample.so"));
+  std::vector<float> samples(2);
+  TraceInfo header{};
+  EXPECT_EQ(TraceGet(reader.get(), link, 1, 2, samples.data(), &header), kyrOk);
+  EXPECT_EQ(samples, (std::vector<float>{3, 4}));
+  EXPECT_EQ(GetTracePosition(reader.get(), link, 1, 2), 8);
+  writeFile("in.txt", "");
+  EXPECT_EQ(TraceGet(reader.get(), link, 1, 1, samples.data(), &header), kyrTraceLost);
+  EXPECT_EQ(CloseFile(reader.get(), link), kyrOk);
+  EXPECT_FALSE(isLoaded("ioexample.so"));
+
+  // It gave a source before it threw; another one has no such entry, a third needs no source.
+  EXPECT_EQ(openSource("iophases.so", reader.get(), nullptr), -1);
+  EXPECT_FALSE(isLoaded("iophases.so"));
+  EXPECT_EQ(openSource("iokyr.so", reader.get(), nullptr), 0);
+  EXPECT_EQ(openInput(), kyrDiskError) << "by the path";
+  writeFile("in.txt", "1");
+  ASSERT_EQ(openSource("ioexample.so", reader.get(), nullptr), 0);
+  reader.reset();
+  EXPECT_FALSE(isLoaded("ioexample.so"));
+}
+
 TEST_F(BuiltModuleTest, TheExampleSaysWhatIsWrong) {
   EXPECT_NE(run("1 2\n", 0), 0);
   EXPECT_TRUE(consoleHas("  *** Text can be written as a dataset (\"Kyr\") only."));

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "libkyr/source.h"
 #include "plugins/kyrmodule.h"
 
 #ifdef FAULT_CONSTRUCTOR_CRASHES
@@ -68,4 +69,16 @@ int TInitialPhase(ProcessRecord* /*record*/, int* /*inputParams*/, int* /*output
   throw std::runtime_error("no more of this");
 }
 int TFinalPhase(ProcessRecord* /*record*/) { throw 1; }
+
+namespace {
+class Nothing : public TraceSource {
+  const GeneralSeisDataOrg& org() const override { return org_; }
+  int fetch(int /*record*/, int /*trace*/, float* /*samples*/, TraceInfo* /*header*/) override { return kyrOk; }
+  GeneralSeisDataOrg org_{};
+};
+}  // namespace
+int TOpenSource(ProcessRecord* record, int* /*inputParams*/) {
+  RegisterSource(record, 0, std::make_unique<Nothing>());
+  throw 1;
+}
 #endif
