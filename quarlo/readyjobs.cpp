@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <map>
 
+#include "quarlo/tapelib/sharefolder.h"
 #include "xvt/script/script_source.h"
 
 namespace {
@@ -13,15 +13,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kExtension = ".qs";
-constexpr const char* kBelowShare = "share/quarlo/jobs";
-
-/// The user's data, as the XDG base directories have it; a relative XDG_DATA_HOME counts as none.
-fs::path dataHome() {
-  const char* data = std::getenv("XDG_DATA_HOME");
-  if (data != nullptr && *data == '/') return data;
-  const char* home = std::getenv("HOME");
-  return home != nullptr && *home == '/' ? fs::path(home) / ".local/share" : fs::path();
-}
 
 /// Every job's file by its name.
 std::map<std::string, fs::path> allJobs() {
@@ -59,17 +50,7 @@ bool printJob(const std::string& name, const fs::path& path, bool isUsers) {
 
 }  // namespace
 
-std::vector<std::string> jobFolders() {
-  std::vector<std::string> folders;
-  const fs::path own = dataHome();
-  if (!own.empty()) folders.push_back((own / "quarlo/jobs").string());
-  std::error_code unknown;
-  const fs::path program = fs::read_symlink("/proc/self/exe", unknown).parent_path();
-  // Installed, the program stands in bin, beside share; where it was built, share stands beside the program itself.
-  for (const fs::path& above : {program.parent_path(), program})
-    if (!above.empty()) folders.push_back((above / kBelowShare).string());
-  return folders;
-}
+std::vector<std::string> jobFolders() { return shareFolders("jobs"); }
 
 std::string jobFile(const std::string& name) {
   const auto jobs = allJobs();
@@ -85,9 +66,9 @@ std::string jobNames() {
 
 bool listJobs() {
   bool good = true;
-  const std::vector<std::string> folders = jobFolders();
+  const std::string own = userShareFolder("jobs");
   for (const auto& [name, path] : allJobs()) {
-    const bool isUsers = !dataHome().empty() && path.parent_path() == fs::path(folders.front());
+    const bool isUsers = path.parent_path() == fs::path(own);
     good = printJob(name, path, isUsers) && good;
   }
   return good;

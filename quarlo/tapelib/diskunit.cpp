@@ -28,6 +28,15 @@ void sayIfLocked(const std::string& path) {
 
 std::string pathOf(const FILE_SPEC& file) { return joinPath(fieldText(file.dir.path), fieldText(file.name)); }
 
+FILE_SPEC fileSpecOf(const std::string& path) {
+  FILE_SPEC file{};
+  const std::size_t slash = path.rfind('/');
+  const std::size_t begin = slash == std::string::npos ? 0 : slash + 1;
+  const bool fits =
+      copyText(file.dir.path, path.substr(0, begin > 1 ? begin - 1 : begin)) && copyText(file.name, path.substr(begin));
+  return fits ? file : FILE_SPEC{};
+}
+
 bool isSameFile(const FILE_SPEC& one, const FILE_SPEC& other) {
   return sameFile(pathOf(one).c_str(), pathOf(other).c_str());
 }

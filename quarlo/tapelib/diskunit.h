@@ -9,6 +9,10 @@
 /// The path of a file specification.
 std::string pathOf(const FILE_SPEC& file);
 
+/// The specification of a path; its directory stays empty for a name alone. One that a specification cannot hold
+/// becomes an empty one.
+FILE_SPEC fileSpecOf(const std::string& path);
+
 /// True when both specifications lead to one file, by whatever path.
 bool isSameFile(const FILE_SPEC& one, const FILE_SPEC& other);
 

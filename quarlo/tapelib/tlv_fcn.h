@@ -73,7 +73,7 @@ struct UnitStruct {
   int fileNum;                          ///< tape file, 1 after open or rewind
   int eofMark;                          ///< the last read met a filemark
   int eodMark;                          ///< end of data met
-  int eotMark;                          ///< end of tape met; kept for the jobs
+  int eotMark;                          ///< the last write met the end of the tape: what was refused fits on the next
   int timeout;                          ///< minutes to wait for the next tape in automatic mode
   unsigned int minBlockSize;            ///< 1 for an open tape, 0 closed
   unsigned int maxBlockSize;            ///< largest block read or written, 0 closed

@@ -259,6 +259,7 @@ int unixTapeWrite(UnitStruct* aUnit, int uNum, const char* buffer, int bytes) {
   TapeHandle* handle = handleOf(unit);
   StTimeout = 120;
   const ssize_t written = handle == nullptr ? -1 : handle->write(buffer, static_cast<std::size_t>(bytes));
+  unit.eotMark = handle != nullptr && written < 0 && errno == ENOSPC ? 1 : 0;
   if (written > 0) unit.lastWritten = LW_BLOCK;  // a short one too
   if (written >= bytes) {
     ++unit.blockNum;

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <limits>
 
+#include "libkyr/nullvalue.h"
 #include "libkyr/segysamples.h"
 #include "quarlo/tapelib/formats/charsets.h"
 #include "quarlo/tapelib/formats/fieldfile.h"
@@ -239,10 +240,10 @@ TEST_F(SegyWriterTest, ReelHeadersOnDiskAndOnEveryTape) {
 
 TEST_F(SegyWriterTest, ValuesBeyondAFieldsType) {
   wishOutputFile("out.sgy");
-  EXPECT_EQ(begin(nullptr, 40.0F, 40000), 0);  // 40,000 microseconds are no 16-bit integer
+  EXPECT_EQ(begin(nullptr, 40.0F, 40000), 0);
   closeDiskUnit(&units[1]);
-  EXPECT_EQ(shortAt(output(), 3216), 32767);
-  EXPECT_EQ(shortAt(output(), 3220), -25536);  // 40,000 for all who read it unsigned
+  EXPECT_EQ(shortAt(output(), 3216), -25536);  // 40,000 for all who read it unsigned
+  EXPECT_EQ(shortAt(output(), 3220), -25536);
   // Single precision decides: in double precision the product is 248.99...
   wishOutputFile("out.sgy");
   EXPECT_EQ(begin(nullptr, 0.249F), 0);
@@ -254,6 +255,43 @@ TEST_F(SegyWriterTest, ValuesBeyondAFieldsType) {
   EXPECT_EQ(bigAt(header, 116), INT_MAX);
   fillTraceHeader(&format, header.data(), 1, 2, 3, 4, 5, std::nanf(""));
   EXPECT_EQ(bigAt(header, 116), 0);
+}
+
+TEST_F(SegyWriterTest, EveryWholeIntervalComesOutAsItIs) {
+  std::string header(240, '\0');
+  for (int microseconds = 1; microseconds <= 65535; ++microseconds) {
+    fillTraceHeader(&format, header.data(), 1, 1, 1, 1, 1, segyInterval(microseconds / 1e6));
+    ASSERT_EQ(shortAt(header, 116) & 0xFFFF, microseconds);
+  }
+  wishOutputFile("out.sgy");
+  ASSERT_EQ(begin(nullptr, segyInterval(0.065535)), 0);
+  closeDiskUnit(&units[1]);
+  EXPECT_EQ(shortAt(output(), 3216) & 0xFFFF, 65535);
+}
+
+TEST_F(SegyWriterTest, MappedFieldsTakeTheFirstPropertyThatHasAValue) {
+  SegyField field{};
+  copyText(field.itsName, "Elevation");
+  field.itsOffset = 40;
+  field.itsScaleFactor = 100;
+  field.outputKyrHeader[0] = trReceiverElevation;
+  field.outputKyrHeader[1] = trSourceElevation;
+  field.kyrHeaderCount = 2;
+  addSegyField(&format, false, field);
+  TraceInfo trace{};
+  const auto set = [&trace](int property, float value) {
+    SetTraceProperty(property, singleFloatType, gUnknownUnits, &value, &trace);
+  };
+  std::string header(240, '\0');
+  set(trReceiverElevation, kNullFloat);
+  set(trSourceElevation, -12.0F);
+  set(trFieldFile, 77);
+  fillMappedFields(&format, header.data(), trace);
+  EXPECT_EQ(static_cast<int>(bigAt(header, 40)), -1200);
+  EXPECT_EQ(bigAt(header, 8), 77U);
+  set(trReceiverElevation, 34.0F);
+  fillMappedFields(&format, header.data(), trace);
+  EXPECT_EQ(bigAt(header, 40), 3400U);
 }
 
 TEST_F(SegyWriterTest, TheTextHeaderComesFromTheCallersText) {

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "libkyr/byteorder.h"
+#include "libkyr/nullvalue.h"
 #include "libkyr/segysamples.h"
 #include "libkyr/text.h"
 #include "quarlo/tapelib/console.h"
@@ -37,6 +38,12 @@ class HeaderFields {
   void put(const char* name, std::int16_t value) { put(name, &value, shortIntType); }
   void put(const char* name, std::int32_t value) { put(name, &value, longIntType); }
 
+  /// The fields that are mapped from a trace's properties.
+  void putProperties(const TraceInfo& trace) {
+    for (SegyField* field = list_; field != nullptr; field = field->nextField)
+      if (field->itIsOverridden == 0) putFirst(field, trace);
+  }
+
   /// The fields that no program fills but the description itself does.
   void putFixedValues(std::span<const std::string_view> suppliedNames) {
     for (SegyField* field = list_; field != nullptr; field = field->nextField) {
@@ -49,6 +56,21 @@ class HeaderFields {
  private:
   void put(const char* name, const void* value, int type) {
     tell(getField(list_, name), putFieldValue(value, list_, bytes_, swap_, type, name));
+  }
+  /// The value comes as it is kept: the field's type is the encoder's business.
+  void putFirst(SegyField* field, const TraceInfo& trace) {
+    const auto properties = std::span(field->outputKyrHeader).first(static_cast<std::size_t>(field->kyrHeaderCount));
+    for (const TraceProperty property : properties) {
+      double value = 0;
+      if (GetTraceProperty(property, doubleFloatType, gUnknownUnits, &value, &trace) != 0 || IsValueNull(value))
+        continue;
+      FieldValue given{};
+      FieldValue own{};
+      given.doubleValue = value;
+      if (segyCoerce(&given, doubleFloatType, &own, field->itsType))
+        tell(field, encodeSegyField(bytes_, &own, field, swap_));
+      return;
+    }
   }
   void tell(SegyField* field, FieldPut result) {
     if (result != FieldPut::Outside || field->itIsToldOutside != 0) return;
@@ -152,7 +174,8 @@ int initSegyOut(ProcessRecord* procRecord, SegyFormat* segyFmt, short tracesPerR
   HeaderFields fields(segyFmt, true, header.data());
   fields.put("TracesPerRec", tracesPerRecord);
   fields.put("AuxPerRec", auxPerRecord);
-  fields.put("Dt", microseconds<std::int16_t>(sampleInterval));
+  // Supplied as a short, its bits are those of the unsigned number that readers take it for.
+  fields.put("Dt", static_cast<std::int16_t>(microseconds<std::uint16_t>(sampleInterval)));
   fields.put("Nt", std::int32_t{samplesPerTrace});
   fields.put("SampFormat", sampleFormat);
   fields.put("SweepLength", sweepLength);
@@ -160,6 +183,14 @@ int initSegyOut(ProcessRecord* procRecord, SegyFormat* segyFmt, short tracesPerR
   fields.put("CorrCode", corrFlag);
   fields.putFixedValues(kBinaryNames);
   return writeReelHeader(procRecord, units, header) ? 0 : -1;
+}
+
+void fillMappedFields(SegyFormat* segyFmt, char* header, const TraceInfo& trace) {
+  HeaderFields(segyFmt, false, header).putProperties(trace);
+}
+
+float segyInterval(double seconds) {
+  return std::nextafter(static_cast<float>(std::round(seconds * 1e6) / 1000.0), std::numeric_limits<float>::infinity());
 }
 
 void fillTraceHeader(SegyFormat* segyFmt, char* header, int traceNumber, int fieldFileNumber, int channel,

@@ -27,6 +27,16 @@ int initSegyOut(ProcessRecord* procRecord, SegyFormat* segyFmt, short tracesPerR
 void fillTraceHeader(SegyFormat* segyFmt, char* header, int traceNumber, int fieldFileNumber, int channel,
                      int traceType, int numberOfSamples, float sampleInterval);
 
+/// Fills the fields of a trace header that the description maps from a trace's properties: each takes the first of its
+/// output properties that has a value. What no such field covers stays as it is.
+/// @param header itsTraceBytes bytes
+void fillMappedFields(SegyFormat* segyFmt, char* header, const TraceInfo& trace);
+
+/// The interval that the writers above want, so that whole microseconds come out as they are: their cut of the product
+/// would lose one of many.
+/// @param seconds rounded to the nearest microsecond @return milliseconds
+float segyInterval(double seconds);
+
 /// Builds a whole trace: a zeroed header with its fields filled (if the format has trace headers), then the samples, in
 /// IBM floats or the format that the binary field SampFormat fixes.
 /// @param segyTrace as many bytes as the answer says; without trace headers the samples stand at its start and

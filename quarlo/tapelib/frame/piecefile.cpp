@@ -75,6 +75,13 @@ void PieceWriter::begin(std::FILE* stream, const char* fileName) {
   emptied_ = false;
 }
 
+void PieceWriter::beginBehind(std::FILE* stream, const char* fileName) {
+  begin(stream, fileName);
+  const off_t place = lseek(fileno(stream), 0, SEEK_CUR);
+  onDisk_ = whole_ = place > 0 ? static_cast<std::uint64_t>(place) : 0;
+  emptied_ = true;
+}
+
 bool PieceWriter::empty() {
   if (emptied_) return true;
   const int descriptor = file_ != nullptr ? fileno(file_) : -1;

@@ -54,6 +54,8 @@ class PieceWriter {
   /// Writes to this stream from now on, which nobody else writes to meanwhile. What the file holds goes with the first
   /// write, not before. @param fileName for the messages
   void begin(std::FILE* stream, const char* fileName);
+  /// The same behind what the stream's file holds up to its position, which stays.
+  void beginBehind(std::FILE* stream, const char* fileName);
   /// Empties the file at once. @return false after a line
   bool empty();
   /// One piece: trace, block, header, mark. @return false when the disk took it not: lost() says what went with it
