@@ -19,6 +19,7 @@
 #include "libkyr/source.h"
 #include "quarlo/common/tprcstep.h"
 #include "quarlo/tapelib/console.h"
+#include "quarlo/tapelib/modulecalls.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 
 namespace {
@@ -112,6 +113,7 @@ void SetDevUnit(ProcessRecord* /*procRecord*/, UnitStruct* /*unit*/) {}
 void HoldSources(ProcessRecord* /*procRecord*/, const std::shared_ptr<void>& /*owner*/) {}
 void DropSources(ProcessRecord* /*procRecord*/, const std::shared_ptr<void>& /*owner*/) {}
 UnitStruct* getDevPtr() { return nullptr; }
+void kyrProgressEnd() {}
 void xvt_dm_post_error(const char* /*format*/, ...) {}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

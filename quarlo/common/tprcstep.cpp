@@ -13,6 +13,7 @@
 #include "libkyr/source.h"
 #include "libkyr/text.h"
 #include "quarlo/tapelib/console.h"
+#include "quarlo/tapelib/modulecalls.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 
 char DLLDirectory[4] = "lib";
@@ -194,6 +195,7 @@ int ProcessingStep::phase(const char* entry, ProcessRecord* params, Arguments...
   const int result = guarded([&] { return function(params, arguments...); });
   // Whatever came of it: the code of a source that is there must stay.
   HoldSources(params, aConnectionID);
+  if (result != 0) kyrProgressEnd();
   return result;
 }
 
@@ -238,7 +240,11 @@ int ProcessingStep::InitialPhase(ProcessRecord* params, int* inputParams, int* o
 
 int ProcessingStep::MainPhase(ProcessRecord* params) { return phase("TMainPhase", params); }
 
-int ProcessingStep::FinalPhase(ProcessRecord* params) { return phase("TFinalPhase", params); }
+int ProcessingStep::FinalPhase(ProcessRecord* params) {
+  const int result = phase("TFinalPhase", params);
+  kyrProgressEnd();
+  return result;
+}
 
 int ProcessingStep::OpenSource(ProcessRecord* params, int* inputParams) {
   prepare(params);

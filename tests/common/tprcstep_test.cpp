@@ -12,6 +12,7 @@
 #include "libkyr/datasets.h"
 #include "libkyr/nullcheck.h"
 #include "libkyr/sharedobject.h"
+#include "quarlo/tapelib/dialogs/prog_dlg.h"
 #include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/drives.h"
 #include "quarlo/tapelib/jobstate.h"
@@ -283,9 +284,11 @@ TEST_F(ModuleTest, RunsThePhasesOnDiskFiles) {
                                           "2501 bytes"}));
 }
 
+/// The module reads each first tape twice, all files of it; a second one follows; a stop ends it.
 TEST_F(ModuleTest, RunsThePhasesOnTapes) {
   install("iogood.so");
-  makeCartridge("in.tap", {"abc", "d", MARK, "not reached"});
+  makeCartridge("in.tap", {"abc", "d", MARK, "e", MARK, MARK});
+  makeCartridge("second.tap", {"x", MARK, "y"});
   makeCartridge("out.tap", {});
   load(0, "in.tap");
   load(1, "out.tap");
@@ -298,9 +301,24 @@ TEST_F(ModuleTest, RunsThePhasesOnTapes) {
   int parameters[2] = {2, 0};
   ProcessingStep step("iogood.so");
   ASSERT_EQ(step.InitialPhase(&record, parameters, nullptr), 0);
+  nextInputIs("second.tap");
+  noFurtherTape();
+  std::string shown;
+  toolkit.onPump = [&](long) {
+    const WINDOW progress = toolkit.dialog(DLG_PROGRESS);
+    if (progress != NULL_WIN) shown = toolkit.title(progress) + toolkit.text(progress, PROG_SECOND_VALUE);
+    toolkit.advance(kProgressPeriod);
+  };
   EXPECT_EQ(step.MainPhase(&record), 0);
+  EXPECT_EQ(shown, "Reformat Progress50");
+  toolkit.onPump = [&](long) { toolkit.press(toolkit.dialog(DLG_PROGRESS), PROG_STOP); };
+  load(0, "in.tap");
+  tlv_tape_open(units, 0);
+  EXPECT_EQ(step.MainPhase(&record), 5);
+  EXPECT_EQ(toolkit.dialog(DLG_PROGRESS), NULL_WIN);
+  EXPECT_EQ(kyrMark(&record, 1), 0);
   EXPECT_EQ(tlv_tape_close(units, kAllOutputs), 0);
-  EXPECT_EQ(tapeIn("out.tap"), (Tape{"cde", "f", MARK}));
+  EXPECT_EQ(tapeIn("out.tap"), (Tape{"cde", "f", MARK, "g", "z", MARK, "{", MARK}));
 }
 
 TEST_F(ModuleTest, ThePhasesFailWithAReason) {

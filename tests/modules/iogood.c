@@ -51,15 +51,30 @@ int TInitialPhase(ProcessRecord* record, int* inputParams, int* outputParams) {
   return kyrOpen(record, KYR_INPUT) != 0 ? 3 : kyrOpen(record, KYR_OUTPUT);
 }
 
-int TMainPhase(ProcessRecord* record) {
+// One pass over a tape counts its items, the other copies them; marks at its end are the program's.
+static int copy(ProcessRecord* record, int readOnly) {
   char bytes[1000];
   int count = 0;
-  while (kyrGoOn() && (count = kyrRead(record, bytes, sizeof bytes)) > 0) {
+  int items = 0;
+  int marks = 0;
+  while ((count = kyrRead(record, bytes, sizeof bytes)) != KYR_END) {
+    if (count == KYR_FAILED || !kyrGoOn() || kyrProgress(record, ++items, 50) != 0) return 5;
+    if (count == KYR_MARK) ++marks;
+    if (count == KYR_MARK || readOnly) continue;
     for (int i = 0; i < count; ++i) bytes[i] = (char)(bytes[i] + chosen->key);
-    if (kyrWrite(record, bytes, count) != count) return 4;
+    if (kyrMark(record, marks) != 0 || kyrWrite(record, bytes, count) != count) return 4;
+    marks = 0;
     total += count;
   }
-  return count < 0 ? 5 : 0;
+  return 0;
+}
+
+int TMainPhase(ProcessRecord* record) {
+  int result = copy(record, 1);
+  if (result == 0) result = kyrRewind(record, KYR_INPUT);
+  if (result == 0) result = copy(record, 0);
+  while (result == 0 && kyrNextTape(record, KYR_INPUT) == 1) result = copy(record, 0);
+  return result;
 }
 
 int TFinalPhase(ProcessRecord* record) {

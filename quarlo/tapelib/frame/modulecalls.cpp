@@ -2,13 +2,17 @@
 
 #include <cerrno>
 #include <cstring>
+#include <memory>
 #include <string>
 
 #include "libkyr/process.h"
 #include "libkyr/text.h"
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/diskunit.h"
-#include "quarlo/tapelib/jobstate.h"
+#include "quarlo/tapelib/frame/jobframe.h"
+#include "quarlo/tapelib/frame/rfmttape.h"
+#include "quarlo/tapelib/frame/tapechange.h"
+#include "quarlo/tapelib/frame/taperead.h"
 
 namespace {
 
@@ -36,26 +40,59 @@ std::FILE* openStream(ProcessRecord* job, int unit) {
 
 int readTape(ProcessRecord* job, void* buffer, int bytes) {
   UnitStruct* units = job->deviceUnit;
-  const int count = tlv_tape_read(units, KYR_INPUT, units->ioBuffer, bytes);
-  if (count > bytes) {
-    kyrSay(job, formatText("  *** Error: a block of %d bytes is longer than %d bytes.", count, bytes).c_str());
-    return -1;
+  const TapeRead read = readUnit(units, KYR_INPUT, units->ioBuffer, bytes);
+  if (read.kind == TapeRead::Kind::EndOfData) return KYR_END;
+  if (read.kind == TapeRead::Kind::Mark) return KYR_MARK;
+  if (read.kind != TapeRead::Kind::Block) return KYR_FAILED;
+  if (read.bytes > bytes) {
+    kyrSay(job, formatText("  *** Error: a block of %d bytes is longer than %d bytes.", read.bytes, bytes).c_str());
+    return KYR_FAILED;
   }
-  if (count > 0) std::memcpy(buffer, units->ioBuffer, static_cast<std::size_t>(count));
-  return count;
+  std::memcpy(buffer, units->ioBuffer, static_cast<std::size_t>(read.bytes));
+  return read.bytes;
 }
+
+/// The tapes of a unit number: the input, or all outputs.
+int tapesOf(int unit) { return unit == KYR_INPUT ? 0 : kAllOutputs; }
+
+/// The progress dialog of the run. Its second counter of a tape is the number of the next file.
+struct Progress {
+  explicit Progress(int inputType) : frame(JOB_TRACES_OUT, inputType, &traces, &part, &part) {}
+
+  int traces = 0;
+  int part = 0;
+  JobFrame frame;
+};
+std::unique_ptr<Progress> progress;
 
 }  // namespace
 
 void kyrSay(ProcessRecord* job, const char* line) { do_console_out(job, line); }
 
 int kyrGoOn() {
+  if (progress) return progress->frame.goOn() ? 1 : 0;
   xvt_app_process_pending_events();
   // A job that begins while a stop is wished for is told so: this one only asks.
   int stop = 0;
   const RunningJob question(&stop);
   return stop == 0 && !xvt_app_is_ending() ? 1 : 0;
 }
+
+int kyrProgress(ProcessRecord* job, int traces, int part) {
+  const bool fromTape = isTape(job, KYR_INPUT);
+  if (!progress) {
+    progress = std::make_unique<Progress>(fromTape ? UT_TAPE : UT_DISK);
+    if (!progress->frame.isOpen()) {
+      progress.reset();
+      return -1;
+    }
+  }
+  progress->traces = traces;
+  progress->part = fromTape ? part + 1 : part;
+  return 0;
+}
+
+void kyrProgressEnd() { progress.reset(); }
 
 int kyrIsTape(const ProcessRecord* job, int unit) {
   const UnitStruct* chosen = unitOf(job, unit);
@@ -110,4 +147,22 @@ int kyrWrite(ProcessRecord* job, const void* buffer, int bytes) {
   if (stream == nullptr) return -1;
   const auto count = static_cast<std::size_t>(bytes);
   return std::fwrite(buffer, 1, count, stream) == count ? bytes : failed(job, "writing the output disk file");
+}
+
+int kyrMark(ProcessRecord* job, int count) {
+  if (count <= 0 || !isTape(job, KYR_OUTPUT)) return 0;
+  return tlv_weof(job->deviceUnit, kAllOutputs, count) == 0 ? 0 : -1;
+}
+
+int kyrNextTape(ProcessRecord* job, int unit) {
+  if (!isTape(job, unit)) return 0;
+  if (unit == KYR_INPUT) return doTapeContinue(job);
+  return closeOutputTapes(job->deviceUnit, JobEnd::Success, 1) ? doOutTapeContinue(job) : -1;
+}
+
+int kyrRewind(ProcessRecord* job, int unit) {
+  if (isTape(job, unit)) return tlv_rewind(job->deviceUnit, tapesOf(unit)) == 0 ? 0 : -1;
+  std::FILE* stream = openStream(job, unit);
+  if (stream == nullptr) return -1;
+  return fseeko(stream, 0, SEEK_SET) == 0 ? 0 : failed(job, "going back in a disk file");
 }
