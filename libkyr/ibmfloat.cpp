@@ -45,11 +45,16 @@ void convertWords(void* words, std::size_t count, Convert convert) {
 
 }  // namespace
 
-float ibmToIeee(std::uint32_t word) {
+double ibmToDouble(std::uint32_t word) {
   const double magnitude = (word & kFractionMask) * kFractionUnits[(word & ~kSignBit) >> 24];
+  return (word & kSignBit) != 0U ? -magnitude : magnitude;
+}
+
+float ibmToIeee(std::uint32_t word) {
+  const double value = ibmToDouble(word);
   // 24 bits below 2^128 are at most the largest float: only what is beyond must be kept from the conversion.
-  const float result = magnitude < 0x1p128 ? static_cast<float>(magnitude) : HUGE_VALF;
-  return (word & kSignBit) != 0U ? -result : result;
+  if (std::fabs(value) < 0x1p128) return static_cast<float>(value);
+  return value < 0 ? -HUGE_VALF : HUGE_VALF;
 }
 
 std::uint32_t ieeeToIbm(float value) {

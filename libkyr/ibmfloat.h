@@ -9,6 +9,9 @@
 /// infinite; a zero fraction is a zero of the word's sign.
 float ibmToIeee(std::uint32_t word);
 
+/// The same in double precision, which holds every IBM word exactly.
+double ibmToDouble(std::uint32_t word);
+
 /// The normalised IBM word nearest to `value` (ties to even). Every finite float has one; infinities and NaN become the
 /// largest magnitude with their sign.
 std::uint32_t ieeeToIbm(float value);

@@ -3,15 +3,14 @@
 #include <algorithm>
 #include <cmath>
 
-#include "libkyr/byteorder.h"
-#include "quarlo/tapelib/formats/seglib.h"
+#include "quarlo/tapelib/formats/segdfields.h"
 
 const char* const SegdDataTypes[kSegdKeyTypes] = {"1 byte integer", "2 byte integer", "3 byte integer"};
 
 namespace {
 
-constexpr int kExtended = 0xFF;       ///< a byte that says: too large for here, look elsewhere
-constexpr int kExtended16 = 0xFFFF;   ///< the same of two bytes
+using namespace segdfields;
+
 constexpr int kDemultiplexed = 8000;  ///< format codes from here on
 
 struct FormatRow {
@@ -28,22 +27,6 @@ const FormatRow* formatOf(int code) {
   const auto* row = std::find_if(std::begin(kFormats), std::end(kFormats),
                                  [code](const FormatRow& known) { return known.code == code % 100; });
   return row == std::end(kFormats) ? nullptr : row;
-}
-
-// Fields at 1-based positions, as the standard counts.
-
-int byteAt(const char* block, int position) { return static_cast<unsigned char>(block[position - 1]); }
-int signedByteAt(const char* block, int position) { return static_cast<signed char>(block[position - 1]); }
-int highNibble(const char* block, int position) { return byteAt(block, position) >> 4; }
-int lowNibble(const char* block, int position) { return byteAt(block, position) & 15; }
-int binary16(const char* block, int position) { return loadBe16(block + position - 1); }
-int binary24(const char* block, int position) { return get3byte(block + position - 1) & 0xFFFFFF; }
-int digits(const char* block, int position, int count) { return unbcd(block, position - 1, 1, count); }
-
-bool areDigits(const char* block, int position, int bytes) {
-  for (int i = position; i < position + bytes; ++i)
-    if (highNibble(block, i) > 9 || lowNibble(block, i) > 9) return false;
-  return true;
 }
 
 float descaleMultOf(const char* block, float revision) {

@@ -1,0 +1,372 @@
+// SEG D after the published standard: samples worked out by hand, field files made here, and those of others where
+// QUARLO_SHARED_DATA names their folder.
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <sstream>
+
+#include "libkyr/byteorder.h"
+#include "quarlo/tapelib/formats/segdsamples.h"
+#include "quarlo/tapelib/formats/segdwalk.h"
+#include "tests/segdcopy/segd_fixture.h"
+
+namespace {
+
+std::string bytesOf(const std::string& hex) {
+  std::string bytes;
+  for (std::size_t i = 0; i < hex.size(); i += 2)
+    bytes.push_back(static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16)));
+  return bytes;
+}
+
+// ---- samples ------------------------------------------------------------------------------------------------------
+
+struct Vector {
+  int code;
+  const char* hex;
+  std::vector<float> values;
+};
+
+// Bit patterns and values by the formulas of the standard, reckoned on paper.
+const Vector kVectors[] = {
+    // exponents 0, 15, 3 and 1; 0.5, the largest, the inverse of 0.5, negative zero; then 2^-15 x 2^4
+    {8015,
+     "0F3140007FFFBFFFFFFF"
+     "40000001000000000000",
+     {0.5F, 32767.0F, -4.0F, 0.0F, 0x1p-11F, 0, 0, 0}},
+    {8022, "78870F91FF", {8192.0F, -0.5F, 0.9375F, -3.5F, 0.0F}},
+    {8024, "780087FF00019FFEFFFF", {8192.0F, -0.5F, 0x1p-12F, -0x1p-10F, 0.0F}},
+    {8036, "000001FFFFFF7FFFFF800000010000", {1, -1, 8388607, -8388608, 65536}},
+    {8038, "00000001FFFFFFFF7FFFFFFF80000000", {1, -1, 0x1p31F, -0x1p31F}},
+    {8042, "1070A8801F", {0.5F, 2048.0F, -4.0F, 0.0F, 0.96875F}},
+    {8044, "10007000A80080000001", {0.5F, 2048.0F, -4.0F, 0.0F, 0x1p-13F}},
+    {8048, "41100000C276A000408000004600000100000000", {1.0F, -118.625F, 0.5F, 1.0F, 0.0F}},
+    {8058, "3F800000C2ED400000000000", {1.0F, -118.625F, 0.0F}},
+};
+
+TEST(SegdSamples, ValuesOfEveryFormatAreThoseOfTheStandard) {
+  for (const Vector& row : kVectors) {
+    const std::string bytes = bytesOf(row.hex);
+    EXPECT_EQ(segdTraceBytes(row.code, row.values.size()), bytes.size()) << row.code;
+    std::vector<float> raw(row.values.size() + 4, 77.0F);
+    ASSERT_EQ(decodeSegdTrace(row.code, bytes, kSegdRaw, raw), row.values.size()) << row.code;
+    raw.resize(row.values.size());
+    EXPECT_EQ(raw, row.values) << row.code;
+    std::vector<float> volts(row.values.size());
+    decodeSegdTrace(row.code, bytes, segdVolts(0.25), volts);
+    for (std::size_t i = 0; i < volts.size(); ++i) EXPECT_EQ(volts[i], static_cast<float>(row.values[i] / 4e3));
+  }
+  std::vector<float> one(1);
+  decodeSegdTrace(8058, bytesOf("7F7FFFFF"), segdVolts(1024), one);
+  EXPECT_EQ(one[0], HUGE_VALF);
+  decodeSegdTrace(8058, bytesOf("7FC00000"), segdVolts(1024), one);
+  EXPECT_TRUE(std::isnan(one[0]));
+  EXPECT_EQ(decodeSegdTrace(8080, bytesOf("7FC00000"), kSegdRaw, one), 0U);
+}
+
+// ---- field files --------------------------------------------------------------------------------------------------
+
+struct Walked {
+  std::vector<SegdFieldFile> files;
+  std::uint64_t rest = 0;
+};
+
+// Every answer lies in memory of its own size: one byte too far is seen by the sanitizers.
+Walked walk(const std::string& bytes) {
+  std::vector<char> answer;
+  SegdWalk walk(
+      [&](std::uint64_t place, std::size_t count) {
+        answer = std::vector<char>(bytes.begin() + static_cast<std::ptrdiff_t>(place),
+                                   bytes.begin() + static_cast<std::ptrdiff_t>(place + count));
+        return std::span<const char>(answer);
+      },
+      bytes.size());
+  Walked found;
+  while (auto file = walk.next()) found.files.push_back(std::move(*file));
+  found.rest = walk.rest();
+  return found;
+}
+
+// Two sets, the second shorter; with traces that take `extra` samples more than the times say.
+std::string fieldFile(int number, int extra = 0) {
+  const FieldFile file{.number = number, .sets = {{3, 20}, {2, 10}}};
+  std::string all = file.header();
+  for (int set = 1; set <= 2; ++set)
+    for (int place = 1; place <= 4 - set; ++place) all += file.trace(set, place, (set == 1 ? 10 : 5) + extra);
+  return all;
+}
+
+std::string damageOf(const SegdFieldFile& file) {
+  std::string all;
+  for (const SegdDamage& damage : file.damage) all += std::to_string(damage.byte) + ": " + damage.what + "\n";
+  return all;
+}
+
+TEST(SegdWalk, FindsEveryTraceAndGoesOnBehindDamage) {
+  const std::string file = fieldFile(7);
+  const std::string next = fieldFile(8);
+  ASSERT_EQ(file.size(), 388U);
+  std::string flipped = file + next;
+  flipped[128 + 60 + 2] = '\x0A';
+  std::string lost = file + next;
+  lost[128 + 2] = 9;
+  std::string badSet = file + next;
+  badSet[64 + 9] = '\x0A';
+  std::string badNext = file + next;
+  badNext[file.size() + 27] = '\xFA';
+  const struct {
+    std::string bytes;
+    std::vector<std::size_t> traces;
+    std::string damage;
+    std::uint64_t rest;
+  } table[] = {
+      {file + next, {5, 5}, "", 0},
+      {fieldFile(7, 1) + fieldFile(8, 1), {5, 5}, "", 0},
+      {file + "rest", {5}, "", 4},
+      {file.substr(0, file.size() - 40) + next, {4, 5}, "348: trace 5 of 5: it is missing\n", 0},
+      {flipped, {5, 5}, "188: trace 2 of 5: the scan type of its header is no number (0A)\n", 0},
+      {lost, {0}, "128: trace 1 of 5: channel set 1 of scan type 9 is not described\n", 648},
+      {badSet, {0}, "72: the number of channels is no number (000A)\n", 776},
+      {badNext, {5, 0}, "415: the number of scan types is no number (FA)\n", 388},
+      {"not SEG D, but long enough for a header", {0}, "2: 7420 is no format code of SEG D\n", 39},
+  };
+  for (const auto& row : table) {
+    const Walked found = walk(row.bytes);
+    ASSERT_EQ(found.files.size(), row.traces.size()) << row.damage;
+    std::string damage;
+    for (std::size_t i = 0; i < row.traces.size(); ++i) {
+      EXPECT_EQ(found.files[i].traces.size(), row.traces[i]) << row.damage;
+      damage += damageOf(found.files[i]);
+    }
+    EXPECT_EQ(damage, row.damage);
+    EXPECT_EQ(found.rest, row.rest) << row.damage;
+  }
+  EXPECT_EQ(walk(flipped).files[0].traces[1].set, kNoSegdSet);
+  EXPECT_EQ(walk(fieldFile(7, 1)).files[0].traces[4].samples, 6U);
+}
+
+TEST(SegdWalk, EveryCutIsTold) {
+  const std::string file = fieldFile(7);
+  for (std::size_t bytes = 1; bytes < file.size(); ++bytes) {
+    const Walked found = walk(file.substr(0, bytes));
+    ASSERT_EQ(found.files.size(), 1U);
+    EXPECT_FALSE(found.files[0].damage.empty()) << bytes;
+    EXPECT_LE(found.files[0].end, bytes);
+  }
+}
+
+// ---- multiplexed --------------------------------------------------------------------------------------------------
+
+int muxValue(int scan, int subscan, int set, int channel) { return scan * 1000 + subscan * 100 + set * 10 + channel; }
+
+std::string muxSample(int code, int value) {
+  std::string bytes(code == 15 ? 2 : 4, '\0');
+  if (code == 15)
+    storeBe16(bytes.data(), static_cast<std::uint16_t>(value));
+  else
+    storeBeFloat(bytes.data(), static_cast<float>(value));
+  return bytes;
+}
+
+TEST(SegdScans, ChannelsOfMultiplexedRecordsAreTakenApart) {
+  for (const int code : {15, 58}) {
+    FieldFile file{.code = code, .sets = {{8, 20}, {4, 20}}};
+    std::string all = file.header();
+    all[64 + 11] = 0x10;  // two subscans in the first set
+    for (int scan = 0; scan < 10; ++scan) {
+      all += bytesOf("FFFFFFFF00000000");
+      for (const auto& [set, subscan, channels] : {std::array{0, 0, 8}, std::array{0, 1, 8}, std::array{1, 0, 4}})
+        for (int channel = 0; channel < channels; ++channel)
+          all += (code == 15 && channel % 4 == 0 ? std::string(2, '\0') : "") +
+                 muxSample(code, muxValue(scan, subscan, set, channel));
+    }
+    const SegdFieldFile found = walk(all + fieldFile(3)).files.at(0);
+    EXPECT_EQ(damageOf(found), "");
+    ASSERT_EQ(found.traces.size(), 12U);
+    for (std::size_t i = 0; i < 12; ++i) {
+      const std::size_t set = i / 8;
+      std::vector<float> samples(found.traces[i].samples);
+      ASSERT_EQ(samples.size(), set == 0 ? 20U : 10U);
+      EXPECT_EQ(decodeSegdScans(code, std::string_view(all).substr(found.traces[i].byte),
+                                found.scans.placeOf(set, i % 8), {code == 15 ? 32768.0 : 1.0, 1.0}, samples),
+                samples.size());
+      for (std::size_t k = 0; k < samples.size(); ++k) {
+        const int scan = static_cast<int>(set == 0 ? k / 2 : k);
+        EXPECT_EQ(samples[k], static_cast<float>(muxValue(scan, set == 0 ? static_cast<int>(k % 2) : 0,
+                                                          static_cast<int>(set), static_cast<int>(i % 8))));
+      }
+    }
+    const SegdFieldFile cut = walk(all.substr(0, all.size() - 9)).files.at(0);
+    EXPECT_NE(damageOf(cut).find("scan 10 of 10: it is missing"), std::string::npos);
+    EXPECT_EQ(cut.traces.at(0).samples, 18U);
+    all[21] = 0x77;  // bytes per scan
+    EXPECT_NE(damageOf(walk(all).files.at(0)).find("19: a scan of 77 bytes is announced, its"), std::string::npos);
+  }
+}
+
+// ---- headers ------------------------------------------------------------------------------------------------------
+
+TEST(SegdRecord, LargeCountsFactorsSourcesAndReceiversStandWhereTheyDoNotFit) {
+  FieldFile file{.number = 1, .sets = {{1, 20}}, .extensions = 1, .samples = 12};
+  std::string bytes = file.header();
+  bytes.insert(64, bytesOf("000009"
+                           "0000648000"
+                           "FFFFFF0000") +
+                       std::string(19, '\0'));
+  bytes.replace(0, 2, "\xFF\xFF");
+  bytes[11] = 0x20;
+  bytes[28] = bytes[30] = bytes[31] = '\xFF';
+  bytes.replace(32, 14,
+                bytesOf("0186A0"
+                        "0001"
+                        "0002"
+                        "0001"
+                        "00"
+                        "0201"
+                        "0001"));
+  bytes.replace(96 + 6, 2, bytesOf("0084"));  // - 2^0
+  std::string trace = file.trace(1, 7, 12);
+  trace.replace(20, 20,
+                bytesOf("FFFFFF"
+                        "000005"
+                        "02"
+                        "00000C"
+                        "0000078000"
+                        "FFFFFFFFFF"));
+  trace[11] = 2;
+  const std::string all = bytes + std::string(96, 'x') + trace + std::string(32, 't');
+  SegdFieldFile found = walk(all).files.at(0);
+  EXPECT_EQ(damageOf(found), "");
+  EXPECT_EQ(found.end, all.size());
+  EXPECT_EQ(found.record.fieldFile, 100000);
+  EXPECT_EQ(found.record.sourceLine, 100.5);
+  EXPECT_EQ(found.record.sourcePoint, std::nullopt);
+  EXPECT_EQ(found.record.sets.at(0).toMillivolts, 0.5);
+  const SegdTrace header = std::get<SegdTrace>(readSegdTrace(trace, 2));
+  EXPECT_EQ(header.receiverLine, 7.5);
+  EXPECT_EQ(header.receiverPoint, 5.0);
+  EXPECT_EQ(header.channel, 7);
+  EXPECT_TRUE(header.isKilled());
+  // Revision 0 counts in quarters and has no trailer; the second general header is missing.
+  bytes[42] = bytes[43] = 0;
+  EXPECT_EQ(walk(bytes + std::string(96, 'x') + trace).files.at(0).record.sets.at(0).toMillivolts, 0.5);
+  bytes[11] = 0;
+  EXPECT_EQ(damageOf(walk(bytes).files.at(0)),
+            "28: the number of channel sets stands in general header 2, which is missing\n");
+}
+
+TEST(SegdRecord, RevisionThreeIsReadAsItsHeadersSay) {
+  std::string bytes = FieldFile{.sets = {}}.header();
+  bytes[28] = 1;
+  bytes.replace(32 + 10, 10,
+                bytesOf("0300"
+                        "00000000"
+                        "000F4240"));
+  std::string set = bytesOf(
+      "01"
+      "0102"
+      "10"
+      "00000000"
+      "00002710"
+      "00000000"
+      "3F000000"
+      "000001"
+      "0003E8"
+      "000103000030");
+  set += std::string(64, '\0');
+  std::string trace = bytesOf(
+      "0001"
+      "01FF"
+      "FFFF"
+      "000000"
+      "01"
+      "00000000000102000001");
+  trace += bytesOf(
+               "000003"
+               "000004"
+               "01"
+               "FFFFFF") +
+           std::string(11, '\0') +
+           bytesOf(
+               "01E240"
+               "00000003"
+               "00000040");
+  const SegdFieldFile found = walk(bytes + set + trace + std::string(12, '\0')).files.at(0);
+  EXPECT_EQ(damageOf(found), "");
+  EXPECT_EQ(found.record.length, 1000.0);
+  EXPECT_EQ(found.record.sets.at(0).number, 258);
+  EXPECT_EQ(found.record.sets.at(0).toMillivolts, 0.5);
+  EXPECT_EQ(found.record.sets.at(0).samples(), 10U);
+  ASSERT_EQ(found.traces.size(), 1U);
+  EXPECT_EQ(found.traces[0].samples, 3U);
+  EXPECT_EQ(std::get<SegdTrace>(readSegdTrace(trace, 3)).channel, 123456);
+}
+
+// ---- recorded by others -------------------------------------------------------------------------------------------
+
+std::uint32_t crc32(std::span<const float> samples) {
+  std::uint32_t crc = ~0U;
+  for (const float sample : samples) {
+    crc ^= std::bit_cast<std::uint32_t>(sample) & 0xFFU;
+    for (int bit = 0; bit < 32; ++bit) {
+      if (bit % 8 == 0 && bit > 0) crc ^= (std::bit_cast<std::uint32_t>(sample) >> bit) & 0xFFU;
+      crc = (crc >> 1) ^ (0xEDB88320U & (0U - (crc & 1U)));
+    }
+  }
+  return ~crc;
+}
+
+// The words of a list or the value behind a key, as they stand in a line of facts.
+std::string fact(const std::string& line, const std::string& key) {
+  const std::size_t place = line.find("\"" + key + "\": ") + key.size() + 4;
+  const char end = line[place] == '[' ? ']' : ',';
+  return line.substr(place, line.find(end, place) - place);
+}
+
+std::string listed(const std::vector<std::string>& crcs) {
+  std::string all;
+  for (const std::string& crc : crcs) all += (all.empty() ? "[\"" : ", \"") + crc + "\"";
+  return all;
+}
+
+TEST(SegdRealFiles, EverySampleIsThatOfTheIndependentReader) {
+  const char* shared = std::getenv("QUARLO_SHARED_DATA");
+  if (shared == nullptr) GTEST_SKIP() << "QUARLO_SHARED_DATA names no folder with recordings";
+  std::istringstream facts(readFile(std::string(shared) + "/format_facts.jsonl"));
+  int files = 0;
+  for (std::string line; std::getline(facts, line);) {
+    if (fact(line, "kind") != "\"SEG D\"") continue;
+    const std::string name = fact(line, "file");
+    SCOPED_TRACE(name);
+    const std::string bytes = readFile(std::string(shared) + "/" + name.substr(1, name.size() - 2));
+    const Walked found = walk(bytes);
+    ASSERT_EQ(found.files.size(), 1U);
+    const SegdFieldFile& file = found.files[0];
+    EXPECT_EQ(damageOf(file), "");
+    EXPECT_EQ(file.end, bytes.size());
+    EXPECT_EQ(formatText("%d", file.record.fieldFile.value_or(-1)), fact(line, "field_file"));
+    const SegdTime time = file.record.time.value_or(SegdTime{});
+    EXPECT_EQ(
+        formatText("\"%02d-%03d %02d:%02d:%02d\"", time.year % 100, time.day, time.hour, time.minute, time.second),
+        fact(line, "time"));
+    EXPECT_EQ(file.record.sourceLine ? formatText("%.1f", *file.record.sourceLine) : "null", fact(line, "source_line"));
+    std::vector<std::string> volts;
+    std::vector<std::string> raw;
+    for (const SegdTracePlace& place : file.traces) {
+      const std::span<const char> at = std::span(bytes).subspan(place.byte);
+      const SegdTrace header = std::get<SegdTrace>(readSegdTrace(at, file.record.revision));
+      std::vector<float> samples(place.samples);
+      const auto data = at.subspan(header.headerBytes());
+      decodeSegdTrace(file.record.formatCode, data, segdVolts(file.record.sets[place.set].toMillivolts), samples);
+      volts.push_back(formatText("%08x", crc32(samples)));
+      decodeSegdTrace(file.record.formatCode, data, kSegdRaw, samples);
+      raw.push_back(formatText("%08x", crc32(samples)));
+    }
+    EXPECT_EQ(listed(volts), fact(line, "trace_crc32"));
+    EXPECT_EQ(listed(raw), fact(line, "raw_trace_crc32"));
+    ++files;
+  }
+  EXPECT_GE(files, 11);
+}
+
+}  // namespace
