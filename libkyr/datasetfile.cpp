@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cinttypes>
 #include <cstring>
 #include <ctime>
 #include <filesystem>
@@ -74,6 +75,7 @@ int DatasetFile::openExisting(Stage stage) {
   PartFile file;
   errno = 0;
   if (!file.open(path_, stage == Stage::Updating ? PartFile::Mode::Update : PartFile::Mode::Read)) return kyrDiskError;
+  if (stage == Stage::Updating && !file.claim()) return inUse();
   const int result = readHeader(file, &header_);
   if (result != kyrOk) return result;
   if (header_.part != 1) return kyrNotSeismic;
@@ -95,16 +97,12 @@ int DatasetFile::openParts() {
   const DatasetShape& shape = shape_;
   std::uint64_t available = 0;
   int part = 0;
-  bool gaps = false;
   for (; part < shape.parts() && (part == 0 || openPart(part)); ++part) {
     const auto size = store_.parts().back().size();
     if (!size) return kyrDiskError;
     const std::uint64_t slots =
         (std::max<std::uint64_t>(*size, kDatasetHeaderSize) - kDatasetHeaderSize) / shape.slotSize();
-    if (slots > 0) {
-      gaps = !whole_;
-      available = shape.slotsBefore(part) + std::min(slots, shape.slotsInPart(part));
-    }
+    if (slots > 0) available = shape.slotsBefore(part) + std::min(slots, shape.slotsInPart(part));
     whole_ = whole_ && slots >= shape.slotsInPart(part);
   }
   const int missing = shape.parts() - part;
@@ -114,7 +112,7 @@ int DatasetFile::openParts() {
     errno = ENODATA;
     return kyrDiskError;
   }
-  settleCounts(available, missing, gaps);
+  settleCounts(available, missing);
   return kyrOk;
 }
 
@@ -131,11 +129,29 @@ bool DatasetFile::openPart(int part) {
   return true;
 }
 
+/// Slots that begin where their file holds data and are there to their end: no other one can be read.
+std::uint64_t DatasetFile::slotsWithData() const {
+  std::uint64_t count = 0;
+  const auto& parts = store_.parts();
+  for (std::size_t part = 0; part < parts.size(); ++part) {
+    const std::uint64_t size = std::max<std::uint64_t>(parts[part].size().value_or(0), kDatasetHeaderSize);
+    const std::uint64_t slots =
+        std::min((size - kDatasetHeaderSize) / shape_.slotSize(), shape_.slotsInPart(static_cast<int>(part)));
+    const auto beginningBefore = [&](std::uint64_t place) {
+      return std::min((place - kDatasetHeaderSize + shape_.slotSize() - 1) / shape_.slotSize(), slots);
+    };
+    for (auto data = parts[part].dataFrom(kDatasetHeaderSize); data; data = parts[part].dataFrom(data->end))
+      count += beginningBefore(data->end) - beginningBefore(data->begin);
+  }
+  return count;
+}
+
 /// A dataset that was cut off tells the counts that its files hold: no caller reserves room for more than that.
-/// @param gaps a file that is too short has whole traces behind it
-void DatasetFile::settleCounts(std::uint64_t available, int partsMissing, bool gaps) {
+void DatasetFile::settleCounts(std::uint64_t available, int partsMissing) {
   DatasetShape shape = shape_;
   const int announced = shape.records;
+  const auto traces = static_cast<std::uint64_t>(announced) * static_cast<std::uint64_t>(shape.tracesPerRecord);
+  const std::uint64_t there = std::min(slotsWithData(), traces);
   if (shape.slotsPerRecord > 0) {
     const std::uint64_t slots = static_cast<std::uint64_t>(shape.slotsPerRecord);
     const std::uint64_t records = (available + slots - 1) / slots;
@@ -146,13 +162,9 @@ void DatasetFile::settleCounts(std::uint64_t available, int partsMissing, bool g
   }
   setShape(shape);
   const char* const what = header_.closed || partsMissing > 0 ? "is not complete" : "was not closed properly";
-  const char* const plural = announced == 1 ? "" : "s";
-  if (gaps)
-    say_(formatText("  ** Warning: %s %s: traces are missing among the first %d of %d record%s.", path_.c_str(), what,
-                    shape.records, announced, plural));
-  else
-    say_(formatText("  ** Warning: %s %s: %d of %d record%s can be read, the last perhaps in part.", path_.c_str(),
-                    what, shape.records, announced, plural));
+  say_(formatText("  ** Warning: %s %s: at most %" PRIu64 " of %" PRIu64 " trace%s can be read, in %d of %d record%s.",
+                  path_.c_str(), what, there, traces, traces == 1 ? "" : "s", shape.records, announced,
+                  announced == 1 ? "" : "s"));
 }
 
 /// Counts that stand for no trace at all tell next to nothing: no caller loops or reserves room by them.
@@ -176,6 +188,12 @@ bool DatasetFile::uses(const char* path) const {
 
 int DatasetFile::announce(int type, int recordsPerFile, int tracesPerRecord) {
   if (!create(0)) return kyrDiskError;
+  // One that was made a moment ago may be another's already, or gone with it.
+  if (!store_.parts()[0].claim() || !fileSize(path_.c_str())) {
+    made_.clear();
+    store_.parts().clear();
+    return inUse();
+  }
   DatasetHeader old;
   if (made_.empty() && readHeader(store_.parts()[0], &old) == kyrOk) old_ = old;
   header_ = {};
@@ -185,6 +203,11 @@ int DatasetFile::announce(int type, int recordsPerFile, int tracesPerRecord) {
   setShape({0, tracesPerRecord, tracesPerRecord, 0, recordsPerFile});
   stage_ = Stage::Announced;
   return kyrOk;
+}
+
+int DatasetFile::inUse() const {
+  say_(formatText("  *** Error: %s is being written by another job or program.", path_.c_str()));
+  return kyrInUse;
 }
 
 int DatasetFile::begin() {
@@ -353,11 +376,22 @@ int DatasetFile::setCount(int property, int type, int units, const void* value) 
   if (property == dsTotalTraces || property == dsLargestRecord) return kyrOk;
   const bool mayShrink = stage_ == Stage::Writing && property != dsSamples;
   if (stage_ != Stage::Announced && count != now && !(mayShrink && count < now)) return kyrTooLate;
+  if (cutsWritten(property, count)) return kyrTooLate;
   header_.org = wanted;
   DatasetShape shape = header_.shape();
   if (stage_ == Stage::Announced) shape.slotsPerRecord = shape.tracesPerRecord;
   setShape(shape);
   return kyrOk;
+}
+
+/// Whether a count is too small for what was written; says so.
+bool DatasetFile::cutsWritten(int property, int count) const {
+  const bool ofRecords = property == dsRecords;
+  const int written = ofRecords ? writtenRecords_ : writtenTraces_;
+  if ((!ofRecords && property != dsTracesPerRecord) || count >= written) return false;
+  say_(formatText("  *** Error: %s cannot be cut to %d %s: number %d was written.", path_.c_str(), count,
+                  ofRecords ? "records" : "traces per record", written));
+  return true;
 }
 
 int DatasetFile::copyProperties(const GeneralSeisDataOrg& from) {
@@ -442,5 +476,7 @@ int DatasetFile::write(int record, int trace, const float* samples, const TraceI
   unsigned char* const slot = store_.write(placeOf(record, trace));
   if (slot == nullptr) return fail("writing to");
   traceslot::encode(seedOf(record, trace), info, samples, shape_.samples, slot);
+  writtenRecords_ = std::max(writtenRecords_, record);
+  writtenTraces_ = std::max(writtenTraces_, trace);
   return kyrOk;
 }

@@ -27,9 +27,10 @@ class DatasetFile final : public TraceSource {
   // -- opening and closing
 
   int openRead();
-  /// For changing headers and properties in place; only of a dataset that is whole.
+  /// For changing headers and properties in place; only of a dataset that is whole. Nobody else can write it meanwhile.
   int openUpdate();
-  /// Makes sure that the file can be written. An existing one stays as it is until begin().
+  /// Makes sure that the file can be written, and that nobody else writes it (kyrInUse) as long as this one is open. An
+  /// existing one stays as it is until begin().
   int announce(int type, int recordsPerFile, int tracesPerRecord);
   /// Creates the files of an announced dataset by the counts that it has now. Later calls do nothing.
   int begin();
@@ -66,11 +67,13 @@ class DatasetFile final : public TraceSource {
   int openExisting(Stage stage);
   int openParts();
   bool openPart(int part);
-  void settleCounts(std::uint64_t available, int partsMissing, bool gaps);
+  void settleCounts(std::uint64_t available, int partsMissing);
+  std::uint64_t slotsWithData() const;
   void settleEmpty();
   std::string strangerAmong(int parts) const;
   bool isOldPart(int part) const;
   bool create(int part);
+  int inUse() const;
   bool createParts();
   bool writeHeaders(int parts);
   bool finishParts(bool cut);
@@ -78,6 +81,7 @@ class DatasetFile final : public TraceSource {
   bool removeOldParts();
   void removeMade();
   int setCount(int property, int type, int units, const void* value);
+  bool cutsWritten(int property, int count) const;
   int fetch(int record, int trace, float* samples, TraceInfo* info) override;
   int readSlot(int record, int trace, float* samples, TraceInfo* info);
   void setShape(const DatasetShape& shape);
@@ -97,5 +101,7 @@ class DatasetFile final : public TraceSource {
   std::optional<DatasetHeader> old_;  ///< of the dataset that an output overwrites
   std::vector<std::string> made_;     ///< files of an output that were not there before
   bool failed_ = false;               ///< a write failed: no more of them, no closed mark
+  int writtenRecords_ = 0;            ///< the largest numbers that were written
+  int writtenTraces_ = 0;
   int lostReads_ = 0;
 };

@@ -13,7 +13,7 @@ enum KyrResult : int {
   kyrTooLate = -7,        ///< a count that is fixed since EndInit; writing to an input; a trace that a tape has passed
   kyrNotTwoD = -8,        ///< stacked (2-D) data asked for and others found, or traces not laid out in records
   kyrNotRadar = -9,       ///< ground-penetrating radar asked for and other data found
-  kyrInUse = -10,         ///< the file is open under another link of the record
+  kyrInUse = -10,         ///< the file is open under another link of the record, or somebody else writes it
   kyrOtherType = -11,     ///< one particular type asked for and another found
   kyrWrongVersion = -12,  ///< written by a later release in a form that this one cannot read
   kyrSourceEnded = -13,   ///< nothing more can be read from a source: its tape lost, a count exceeded, the job stopped

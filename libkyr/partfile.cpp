@@ -1,6 +1,7 @@
 #include "libkyr/partfile.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -43,10 +44,25 @@ bool PartFile::open(const std::string& path, Mode mode) {
   return false;
 }
 
+bool PartFile::claim() const {
+  if (flock(descriptor_, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK) return true;
+  errno = EBUSY;
+  return false;
+}
+
 std::optional<std::uint64_t> PartFile::size() const {
   struct stat status {};
   if (fstat(descriptor_, &status) != 0) return std::nullopt;
   return static_cast<std::uint64_t>(status.st_size);
+}
+
+std::optional<PartFile::Stretch> PartFile::dataFrom(std::uint64_t place) const {
+  const off_t begin = lseek(descriptor_, static_cast<off_t>(place), SEEK_DATA);
+  const off_t end = begin < 0 ? begin : lseek(descriptor_, begin, SEEK_HOLE);
+  if (end > begin) return Stretch{static_cast<std::uint64_t>(begin), static_cast<std::uint64_t>(end)};
+  const auto whole = size();
+  if (begin < 0 && errno == ENXIO) return std::nullopt;
+  return whole && place < *whole ? std::optional(Stretch{place, *whole}) : std::nullopt;
 }
 
 std::optional<std::size_t> PartFile::readAt(std::uint64_t offset, unsigned char* bytes, std::size_t count) const {

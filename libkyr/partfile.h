@@ -27,7 +27,18 @@ class PartFile {
   bool open(const std::string& path, Mode mode);
   bool isOpen() const { return descriptor_ >= 0; }
 
+  /// Keeps all others from writing the file until it is closed, as far as they ask (files.h); a file system without
+  /// locks has no others. @return false with EBUSY when another one writes it
+  bool claim() const;
+
   std::optional<std::uint64_t> size() const;
+  /// A stretch of bytes that are no hole. Where the file system knows no holes it reaches to the file's end.
+  struct Stretch {
+    std::uint64_t begin = 0;
+    std::uint64_t end = 0;
+  };
+  /// The first one at or behind a place; nothing behind the last.
+  std::optional<Stretch> dataFrom(std::uint64_t place) const;
   /// @return how many bytes there were up to `count`; nothing on a failure (errno)
   std::optional<std::size_t> readAt(std::uint64_t offset, unsigned char* bytes, std::size_t count) const;
   /// @return false with errno when not all bytes were taken

@@ -18,6 +18,7 @@ class SlotStore {
   };
 
   std::vector<PartFile>& parts() { return parts_; }
+  const std::vector<PartFile>& parts() const { return parts_; }
 
   // Who reads flushes first: a failure to write is another answer than a failure to read.
 

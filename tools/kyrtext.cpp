@@ -297,6 +297,8 @@ std::string reason(int result) {
       return "that is fixed";
     case kyrNotTwoD:
       return "its traces are not laid out in records";
+    case kyrInUse:
+      return "another program writes it";
     case kyrWrongVersion:
       return "it needs a later release";
     default:

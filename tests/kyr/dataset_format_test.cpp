@@ -4,6 +4,7 @@
 #include <csignal>
 #include <optional>
 
+#include "libkyr/datasetfile.h"
 #include "tests/kyr/dataset_fixture.h"
 
 namespace {
@@ -202,11 +203,14 @@ TEST_F(DatasetFormat, SpreadsOverPartsAndTakesThemBackWhenItShrinks) {
   std::filesystem::resize_file("gap.kyr", 4096 + slotSize(4));
   const Link gap = open("gap.kyr");
   EXPECT_EQ(checkAll(gap, counts), 9);
-  EXPECT_TRUE(said("gap.kyr is not complete: traces are missing among the first 7 of 7 records."));
+  EXPECT_TRUE(said("gap.kyr is not complete: at most 9 of 14 traces can be read, in 7 of 7 records."));
   CloseFile(record.get(), gap);
 
   const Link out = create("c.kyr", counts);
-  putAll(out, counts);
+  putAll(out, {4, 1, 4, 3});
+  EXPECT_EQ(set(out, dsRecords, 3), kyrTooLate) << "record 4 would be gone";
+  EXPECT_EQ(set(out, dsTracesPerRecord, 0), kyrTooLate);
+  EXPECT_TRUE(said("c.kyr cannot be cut to 3 records: number 4 was written."));
   ASSERT_EQ(set(out, dsRecords, 4), kyrOk);
   ASSERT_EQ(set(out, dsTracesPerRecord, 1), kyrOk);
   ASSERT_EQ(CloseFile(record.get(), out), kyrOk);
@@ -216,6 +220,33 @@ TEST_F(DatasetFormat, SpreadsOverPartsAndTakesThemBackWhenItShrinks) {
   EXPECT_EQ(get(in, dsRecords), 4);
   EXPECT_EQ(checkAll(in, {4, 1, 4, 3}), 4);
   EXPECT_TRUE(lines().empty());
+}
+
+TEST_F(DatasetFormat, ADatasetBeingWrittenCanBeReadAndNotWrittenByOthers) {
+  constexpr int kLong = 4096;  // longer than the pages in which a file system keeps holes
+  const Link out = create("a.kyr", {3, 2, kLong, 0});
+  ASSERT_EQ(put(out, 3, 2, kLong), kyrOk);
+  ASSERT_EQ(trace(out, 3, 2, kLong).result, kyrOk);  // brings what is held to the file
+  ProcessRecordPtr other(NewProcessRecord());
+  other->consoleLine = record->consoleLine;
+  record.swap(other);
+  Link link = open("a.kyr");
+  EXPECT_TRUE(said("a.kyr was not closed properly: at most 1 of 6 traces can be read, in 3 of 3 records."));
+  EXPECT_EQ(checkAll(link, {3, 2, kLong, 0}), 1);
+  CloseFile(record.get(), link);
+  SetNumberOfOutputs(record.get(), 1);
+  const auto announceIt = [&] {
+    return NewOutputSeismicFile(&link, record.get(), folder.path("a.kyr").c_str(), 0, kStackedData, 0, 1);
+  };
+  EXPECT_EQ(announceIt(), kyrInUse);
+  EXPECT_TRUE(said("  *** Error: " + folder.path("a.kyr") + " is being written by another job or program."));
+  DatasetFile changing(folder.path("a.kyr"), [](const std::string& /*line*/) {});
+  EXPECT_EQ(changing.openUpdate(), kyrInUse);
+  other.reset();
+  EXPECT_EQ(changing.openUpdate(), kyrOk);
+  EXPECT_EQ(announceIt(), kyrInUse);
+  changing.close();
+  EXPECT_EQ(announceIt(), kyrOk);
 }
 
 TEST_F(DatasetFormat, OnlyPartsOfTheOverwrittenDatasetAreWrittenOverOrRemoved) {
