@@ -12,7 +12,7 @@
 #include "quarlo/tapelib/frame/blockread.h"
 #include "quarlo/tapelib/frame/jobframe.h"
 #include "quarlo/tapelib/frame/loglines.h"
-#include "quarlo/tapelib/frame/piecefile.h"
+#include "quarlo/tapelib/frame/piecewriter.h"
 #include "quarlo/tapelib/frame/tapechange.h"
 
 int TheOutFileType = OF_TPF;
@@ -65,7 +65,12 @@ class ImageOutput {
   /// Puts the disk file at its beginning as the kind now chosen wants it, whatever it was picked for.
   bool begin();
   /// Writes one block. @param from header whose reserved words go with it
-  bool writeBlock(const char* data, int length, const tpf::Header& from);
+  /// @param lent a disk output may leave the bytes where they are until takeOver()
+  bool writeBlock(std::span<const char> block, const tpf::Header& from, bool lent);
+  /// Takes over what is left of blocks that were lent; a failure shows at the next one.
+  void takeOver() {
+    if (!isTape()) disk_.settle();
+  }
   /// Copies a filemark. @return false when the job must fail
   bool copyMark(const tpf::Header& from);
   /// The marks that end every copy. @return false when they could not be written
@@ -93,19 +98,20 @@ bool ImageOutput::begin() {
   return false;
 }
 
-bool ImageOutput::writeBlock(const char* data, int length, const tpf::Header& from) {
+bool ImageOutput::writeBlock(std::span<const char> block, const tpf::Header& from, bool lent) {
+  const auto length = static_cast<int>(block.size());
   if (isTape()) {
     if (length == 0) {
       console_out("  *** A tape cannot hold a block of 0 bytes.");
       return false;
     }
-    return tlv_tape_write(units_, kAllOutputs, data, length) >= length;
+    return tlv_tape_write(units_, kAllOutputs, block.data(), length) >= length;
   }
   const tpf::HeaderBytes header = headerFrom(from, length, tpf::kMarkerBlock);
   const std::span<const char> head = isRaw() ? std::span<const char>() : std::span<const char>(header);
-  if (disk_.write(head, {data, static_cast<std::size_t>(length)}, true)) return true;
+  if (lent ? disk_.writeLent(head, block, true) : disk_.write(head, block, true)) return true;
   refused_ = length;
-  if (disk_.reached().value_or(head.size()) < head.size()) xvt_dm_post_error("Error writing block header to disk file");
+  if (disk_.endsInHead()) xvt_dm_post_error("Error writing block header to disk file");
   return false;
 }
 
@@ -147,7 +153,7 @@ struct Tally {
   float bytes = 0;
   int files = 0;
 
-  void add(int length) {
+  void add(std::size_t length) {
     ++blocks;
     bytes += static_cast<float>(length);
   }
@@ -172,7 +178,7 @@ class ImageCopy {
   virtual void logLosses() {}
 
   bool copyMark(const tpf::Header& from);
-  bool copyBlock(int length, const tpf::Header& from);
+  bool copyBlock(std::span<const char> block, const tpf::Header& from, bool lent);
   bool fail() {
     failed_ = true;
     return false;
@@ -227,12 +233,12 @@ bool ImageCopy::copyMark(const tpf::Header& from) {
   return !output_.isTape() && output_.lost().traces == 0;
 }
 
-bool ImageCopy::copyBlock(int length, const tpf::Header& from) {
+bool ImageCopy::copyBlock(std::span<const char> block, const tpf::Header& from, bool lent) {
   marks_ = 0;
   endsInMark_ = false;
-  if (!output_.writeBlock(units_->ioBuffer, length, from)) return fail();
+  if (!output_.writeBlock(block, from, lent)) return fail();
   ++nextBlock_;
-  bytes_ += static_cast<float>(length);
+  bytes_ += static_cast<float>(block.size());
   return true;
 }
 
@@ -247,7 +253,7 @@ class TapeCopy : public ImageCopy {
   void logSummary() override;
   void logLosses() override;
   bool takeMark();
-  bool takeBlock(int length);
+  bool takeBlock(std::span<const char> block);
   bool endOfTape();
   bool changeOutputs();
   void endOfFile();
@@ -266,7 +272,7 @@ bool TapeCopy::step() {
   const TapeRead read = reader_.read();
   switch (read.kind) {
     case TapeRead::Kind::Block:
-      return takeBlock(read.bytes);
+      return takeBlock(read.in(units_->ioBuffer));
     case TapeRead::Kind::Mark:
       ++marks_;
       return takeMark();
@@ -308,14 +314,14 @@ void TapeCopy::endOfFile() {
   file_ = {};
 }
 
-bool TapeCopy::takeBlock(int length) {
+bool TapeCopy::takeBlock(std::span<const char> block) {
   if (file_.bytes == 0 && tape_.files == 0 && PrintFiles) {
     logBlank();
     console_printf("Begin input tape %d", tapes_ + 1);
   }
-  file_.add(length);
-  tape_.add(length);
-  return copyBlock(length, {});
+  file_.add(block.size());
+  tape_.add(block.size());
+  return copyBlock(block, {}, false);
 }
 
 bool TapeCopy::endOfTape() {
@@ -371,7 +377,9 @@ void TapeCopy::logLosses() {
 class DiskCopy : public ImageCopy {
  public:
   explicit DiskCopy(UnitStruct* allUnits)
-      : ImageCopy(allUnits), input_(units_->fp, units_->ioBufLen, units_->name), size_(GetAFileSize(units_->fs)) {}
+      : ImageCopy(allUnits), input_(units_->fp, units_->ioBufLen, units_->name), size_(GetAFileSize(units_->fs)) {
+    input_.beforeRefill([this] { output_.takeOver(); });
+  }
 
  private:
   bool step() override;
@@ -384,8 +392,8 @@ class DiskCopy : public ImageCopy {
 };
 
 bool DiskCopy::step() {
-  int length = 0;
-  switch (input_.next(units_->ioBuffer, &length)) {
+  std::span<const char> block;
+  switch (input_.next(&block)) {
     case tpf::Item::Failed:
       return fail();
     case tpf::Item::Mark:
@@ -395,7 +403,7 @@ bool DiskCopy::step() {
       break;
   }
   units_->eofMark = 0;
-  const bool more = copyBlock(length, input_.header());
+  const bool more = copyBlock(block, input_.header(), true);
   percent_ = size_ > 0 ? static_cast<int>(std::min(100.0, static_cast<double>(bytes_) / size_ * 100)) : 0;
   return more;
 }

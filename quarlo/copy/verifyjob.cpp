@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
+#include <span>
 #include <vector>
 
 #include "quarlo/copy/unfmtcpy.h"
@@ -26,11 +28,8 @@ using Kind = TapeRead::Kind;
 class VerifyInput {
  public:
   VerifyInput(UnitStruct* allUnits, int uNum, int mode)
-      : units_(allUnits),
-        number_(uNum),
-        file_(unit().fp, allUnits->ioBufLen, unit().name, name()),
-        readSize_(readSize(unit(), isTape() && mode == kBlockType1)) {
-    if (!isTape()) (void)fseeko(unit().fp, tpf::kHeaderSize, SEEK_SET);
+      : units_(allUnits), number_(uNum), readSize_(readSize(unit(), isTape() && mode == kBlockType1)) {
+    if (!isTape()) file_.emplace(unit().fp, allUnits->ioBufLen, unit().name, name());
   }
 
   UnitStruct& unit() const { return units_[number_]; }
@@ -38,9 +37,11 @@ class VerifyInput {
   int capacity() const { return readSize_; }
   const char* name() const { return number_ == 0 ? "first input" : "second input"; }
 
-  /// Into the tape buffer. A file ends behind two marks in a row, or it is not whole.
+  /// A file ends behind two marks in a row, or it is not whole.
   /// @param wanted what a tape read asks for
   TapeRead next(int wanted);
+  /// The bytes of the block that came last, until the next one of this input; a tape's are in the tape buffer.
+  std::span<const char> block() const { return block_; }
   /// The next tape is in the drive.
   void begin() {
     marks = 0;
@@ -55,25 +56,32 @@ class VerifyInput {
 
  private:
   TapeRead readFile();
+  TapeRead readTape(int wanted);
 
   UnitStruct* units_;
   int number_;
-  tpf::Reader file_;
+  std::optional<tpf::Reader> file_;  // none of a tape
   int readSize_;
+  std::span<const char> block_;
 };
 
 TapeRead VerifyInput::readFile() {
-  int length = 0;
-  const tpf::Item item = file_.next(units_->ioBuffer, &length);
+  const tpf::Item item = file_->next(&block_);
   unit().eofMark = item == tpf::Item::Mark ? 1 : 0;
-  if (item == tpf::Item::Block) return {Kind::Block, length};
+  if (item == tpf::Item::Block) return {Kind::Block, static_cast<int>(block_.size())};
   return {item == tpf::Item::Mark ? Kind::Mark : Kind::Failed};
 }
 
+TapeRead VerifyInput::readTape(int wanted) {
+  const TapeRead read = readUnit(units_, number_, units_->ioBuffer, wanted);
+  block_ = read.in(units_->ioBuffer);
+  return read;
+}
+
 TapeRead VerifyInput::next(int wanted) {
-  ended = ended || (!isTape() && marks >= 2 && file_.atEnd());
+  ended = ended || (!isTape() && marks >= 2 && file_->atEnd());
   if (ended) return {Kind::EndOfData};
-  const TapeRead read = isTape() ? readUnit(units_, number_, units_->ioBuffer, wanted) : readFile();
+  const TapeRead read = isTape() ? readTape(wanted) : readFile();
   ended = read.kind == Kind::EndOfData;
   if (read.kind == Kind::Block) marks = 0;
   if (read.kind == Kind::Mark) ++marks;
@@ -81,7 +89,7 @@ TapeRead VerifyInput::next(int wanted) {
 }
 
 void VerifyInput::warnIfGoesOn() {
-  if (!ended && (isTape() ? tlv_goes_on(units_, number_, units_->ioBuffer) : file_.bytesLeft() > 0))
+  if (!ended && (isTape() ? tlv_goes_on(units_, number_, units_->ioBuffer) : file_->bytesLeft() > 0))
     console_printf("  ** The %s goes on behind its end.", name());
 }
 
@@ -97,7 +105,7 @@ class Verify {
  private:
   bool step();
   bool takeBlock(int length);
-  bool compare(int length);
+  bool compare(std::span<const char> one, std::span<const char> other);
   bool takeMark();
   bool endOfFirst();
   bool markOnSecond(const char* box);
@@ -112,7 +120,7 @@ class Verify {
   UnitStruct* units_;
   VerifyInput first_;
   VerifyInput second_;
-  std::vector<char> held_;    // the first input's block while the second's is read into the tape buffer
+  std::vector<char> held_;    // the first tape's block while the second's is read into the tape buffer
   bool firstIsOpen_ = false;  // its end of data stands for the other's closing marks
   bool secondIsOpen_ = false;
   double firstSize_;
@@ -163,26 +171,30 @@ bool Verify::takeBlock(int length) {
     xvt_dm_post_error(kFailedSeeConsoleBox);
     return fail();
   }
-  held_.assign(units_->ioBuffer, units_->ioBuffer + length);
+  std::span<const char> block = first_.block();
+  if (first_.isTape() && second_.isTape()) {
+    held_.assign(block.begin(), block.end());
+    block = held_;
+  }
   const TapeRead read = second_.next(length);
   if (read.failed()) return fail();
   if (read.kind != Kind::Block || read.bytes != length) {
     console_printf("  *** Block size mismatch between first and second inputs at block number %d.", blockNumber_);
     return fail();
   }
-  if (!compare(length)) return fail();
+  if (!compare(block, second_.block())) return fail();
   ++blockNumber_;
   bytes_ += static_cast<float>(length);
   percent_ = firstSize_ > 0 ? static_cast<int>(std::min(100.0, static_cast<double>(bytes_) / firstSize_ * 100)) : 0;
   return true;
 }
 
-bool Verify::compare(int length) {
-  const char* const begin = held_.data();
-  if (std::memcmp(begin, units_->ioBuffer, static_cast<std::size_t>(length)) == 0) return true;
-  const char* const different = std::mismatch(begin, begin + length, units_->ioBuffer).first;
-  console_printf("  *** Byte comparison failed at byte %d on block number %d.", static_cast<int>(different - begin) + 1,
-                 blockNumber_);
+/// Of two blocks of one length.
+bool Verify::compare(std::span<const char> one, std::span<const char> other) {
+  if (std::memcmp(one.data(), other.data(), one.size()) == 0) return true;
+  const auto different = std::mismatch(one.begin(), one.end(), other.begin()).first;
+  console_printf("  *** Byte comparison failed at byte %d on block number %d.",
+                 static_cast<int>(different - one.begin()) + 1, blockNumber_);
   return false;
 }
 

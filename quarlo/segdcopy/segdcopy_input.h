@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "libkyr/piecereader.h"
 #include "quarlo/tapelib/formats/segdhdr.h"
 #include "quarlo/tapelib/frame/blockread.h"
 #include "quarlo/tapelib/frame/inputfiles.h"
-#include "quarlo/tapelib/frame/piecefile.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 
 /// What came of asking for the next field file or trace.

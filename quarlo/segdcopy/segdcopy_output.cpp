@@ -103,7 +103,7 @@ bool SegdOutput::endFile() {
 // ---- traces -----------------------------------------------------------------------------------------------------
 
 bool SegdOutput::putSegdTrace(std::span<const char> trace, int channelSet, bool lent) {
-  if (!isTape()) return (lent ? disk_.writeLent(trace, true) : disk_.write(trace, true)) || writeError();
+  if (!isTape()) return (lent ? disk_.writeLent({}, trace, true) : disk_.write(trace, true)) || writeError();
   if (!BlockTraces) return writeTape(trace) || loseTrace(trace.size());
   const bool fits = TraceBlock.size() + trace.size() <= blockLimit() && channelSet == LastChannelSet;
   if (!TraceBlock.empty() && !fits && !flushBlock()) return loseTrace(trace.size());

@@ -9,7 +9,7 @@
 #include "libkyr/files.h"
 #include "quarlo/segdcopy/segdcopy_log.h"
 #include "quarlo/tapelib/frame/inputfiles.h"
-#include "quarlo/tapelib/frame/piecefile.h"
+#include "quarlo/tapelib/frame/piecewriter.h"
 #include "quarlo/tapelib/frame/tapechange.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 

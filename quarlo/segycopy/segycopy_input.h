@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "libkyr/piecereader.h"
 #include "quarlo/tapelib/formats/segybinary.h"
 #include "quarlo/tapelib/frame/blockread.h"
 #include "quarlo/tapelib/frame/inputfiles.h"
-#include "quarlo/tapelib/frame/piecefile.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 
 /// What the binary reel header says of the traces.

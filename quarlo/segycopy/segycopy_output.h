@@ -8,7 +8,7 @@
 #include "libkyr/disksync.h"
 #include "libkyr/text.h"
 #include "quarlo/tapelib/frame/inputfiles.h"
-#include "quarlo/tapelib/frame/piecefile.h"
+#include "quarlo/tapelib/frame/piecewriter.h"
 #include "quarlo/tapelib/frame/tapechange.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 

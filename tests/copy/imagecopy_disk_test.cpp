@@ -24,6 +24,14 @@ class DiskCopyTest : public JobTest {
 
 const Tape TWO_FILES = {block(100, 1), block(7, 2), MARK, block(32768, 3), MARK};
 
+/// More than the copies read or write at once, in blocks of all lengths.
+Tape longTape() {
+  Tape tape;
+  for (std::size_t i = 0; i < 160; ++i)
+    tape.push_back(i % 40 == 39 ? MARK : block(1 + i * 7919 % 32768, static_cast<int>(i)));
+  return tape;
+}
+
 Tape closed(Tape tape) {
   tape.insert(tape.end(), {MARK, MARK});
   return tape;
@@ -37,6 +45,9 @@ TEST_F(DiskCopyTest, KeepsBlocksMarksAndReservedWordsAndWritesItsOwnBlockType) {
   EXPECT_EQ(status(), "Complete");
   EXPECT_EQ(consoleWithoutDates(), (std::vector<std::string>{" ", "Copy started at DATE.", "32875 bytes copied.", " ",
                                                              "Copy ended at DATE.", " "}));
+  closeCopyDialog();
+  const std::string many = tpfImage(closed(longTape()));
+  EXPECT_EQ(tpfShortly(copy(many)), tpfShortly(many));
 }
 
 TEST_F(DiskCopyTest, StopsAtTwoMarksWhateverEofCountSaysAndSaysWhatIsBehindThem) {
@@ -152,29 +163,43 @@ TEST_F(DiskCopyTest, RefusesFilesThatAreNoTapeImageAndTheOtherSidesFileByAnyPath
 }
 
 TEST_F(DiskCopyTest, AFullDiskIsNamedAndTheFileEndsWithItsLastWholeBlock) {
-  rlimit before{};
-  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-  rlimit small = before;
-  small.rlim_cur = 32 + 3 * 1032 + 500;  // room for three blocks and half of the fourth
-  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-  // The console's file falls under the limit too, so it is the first thing a small limit could disturb.
-  const Tape tape = {block(1000, 1), block(1000, 2), block(1000, 3), block(1000, 4), MARK};
-  writeFile(folder.path("in.tpf"), "");
-  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
-  writeFile(folder.path("in.tpf"), tpfImage(closed(tape)));
-  openCopyDialog();
-  chooseInputFile(folder.path("in.tpf"));
-  chooseOutputFile(folder.path("out.tpf"));
-  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-  start();
-  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
-  std::signal(SIGXFSZ, handler);
+  constexpr const char* kNoMark = "Error writing eof header to disk file";
+  const struct {
+    std::size_t length;
+    std::size_t fitting;
+    rlim_t more;  // room behind the blocks that fit
+    std::vector<std::string> boxes;
+  } rows[] = {
+      {1000, 3, 500, {}},
+      {30000, 23, 9000, {}},
+      {30000, 30, 31, {"Error writing block header to disk file", kNoMark, kNoMark}},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.more);
+    writeFile(folder.path("in.tpf"), tpfImage(closed(Tape(40, block(row.length, 1)))));
+    openCopyDialog();
+    chooseInputFile(folder.path("in.tpf"));
+    chooseOutputFile(folder.path("out.tpf"));
+    toolkit.errors.clear();
+    forgetConsole();
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small = {32 + row.fitting * (row.length + 32) + row.more, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    start();
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    std::signal(SIGXFSZ, handler);
 
-  EXPECT_EQ(status(), "Failed");
-  EXPECT_TRUE(consoleHas("  *** Error writing to disk file \"out.tpf\": File too large."));
-  EXPECT_TRUE(consoleHas("3000 bytes copied."));
-  EXPECT_EQ(tpfShortly(readFile(folder.path("out.tpf"))), tpfShortly(tpfImage(closed({tape[0], tape[1], tape[2]}))));
+    EXPECT_EQ(status(), "Failed");
+    EXPECT_EQ(toolkit.errors, row.boxes);
+    EXPECT_EQ(count("  *** Error writing to disk file \"out.tpf\": File too large."), row.boxes.empty() ? 1 : 3);
+    EXPECT_TRUE(consoleHas(std::to_string(row.fitting * row.length) + " bytes copied."));
+    const Tape whole(row.fitting, block(row.length, 1));
+    EXPECT_EQ(tpfShortly(readFile(folder.path("out.tpf"))),
+              tpfShortly(tpfImage(row.boxes.empty() ? closed(whole) : whole)));
+    closeCopyDialog();
+  }
 }
 
 TEST_F(DiskCopyTest, StopsWhenAskedAndIsNoFailure) {

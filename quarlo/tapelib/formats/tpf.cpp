@@ -1,26 +1,12 @@
 #include "quarlo/tapelib/formats/tpf.h"
 
-#include <cerrno>
+#include <algorithm>
 #include <cstring>
 
 #include "libkyr/byteorder.h"
+#include "libkyr/files.h"
 #include "quarlo/tapelib/console.h"
 #include "xvt/xvt.h"
-
-int tpfRead(char* buf, int objSize, int numObj, std::FILE* fPtr) {
-  const std::size_t count = std::fread(buf, static_cast<std::size_t>(objSize), static_cast<std::size_t>(numObj), fPtr);
-  if (std::ferror(fPtr) != 0) {
-    const int reason = errno;
-    xvt_dm_post_error("Read error from disk");
-    errno = reason;
-    return -1;
-  }
-  if (std::feof(fPtr) != 0) {
-    xvt_dm_post_error("eof encountered on disk read");
-    return -1;
-  }
-  return static_cast<int>(count);
-}
 
 namespace tpf {
 
@@ -33,7 +19,7 @@ HeaderBytes encode(const Header& header) {
   return bytes;
 }
 
-Header decode(const HeaderBytes& bytes) {
+Header decode(std::span<const char> bytes) {
   Header header;
   header.length = static_cast<std::int32_t>(loadLe32(bytes.data()));
   header.blockType = loadLe32(bytes.data() + 4);
@@ -53,70 +39,70 @@ bool readFileHeader(std::FILE* file) {
   return std::fread(bytes.data(), 1, bytes.size(), file) == bytes.size() && loadLe32(bytes.data()) == kMagic;
 }
 
+Reader::Reader(std::FILE* stream, unsigned int limit, const char* fileName, const char* what)
+    : limit_(limit), name_(fileName), kind_(what), size_(static_cast<double>(fileSize(stream).value_or(0))) {
+  file_.begin(stream, kHeaderSize);
+}
+
 bool Reader::lengthIsSound() const {
   if (current_.length < 0) {
     console_printf("  *** Damaged %s: the block header at byte %.0f announces %d bytes.", kind_, position_,
                    static_cast<int>(current_.length));
     return false;
   }
-  if (static_cast<unsigned int>(current_.length) > bufferSize_) {
+  if (static_cast<unsigned int>(current_.length) > limit_) {
     console_printf("  *** The block at byte %.0f of the %s announces %d bytes;", position_, kind_,
                    static_cast<int>(current_.length));
-    console_printf("      %u bytes is the current block size limit (set ST_BUFFER to change it).", bufferSize_);
+    console_printf("      %u bytes is the current block size limit (set ST_BUFFER to change it).", limit_);
     return false;
   }
   return true;
 }
 
-/// After a failed read, with its errno. @return false when nothing went wrong but that the file ends here
-bool Reader::sayReadError() const {
-  const int reason = errno;
-  if (std::ferror(file_) == 0) return false;
-  const off_t place = ftello(file_);
-  console_printf("  *** Error reading the %s \"%s\" at byte %.0f: %s.", kind_, name_,
-                 place < 0 ? position_ : static_cast<double>(place), std::strerror(reason));
-  return true;
+/// @return nothing after a box when the file ends earlier, and after a line when it could not be read
+std::optional<std::span<const char>> Reader::take(std::size_t bytes) {
+  const std::span<const char> piece = file_.take(bytes);
+  if (piece.size() == bytes) return piece;
+  xvt_dm_post_error(file_.failed() ? "Read error from disk" : "eof encountered on disk read");
+  if (file_.failed()) {
+    console_printf("  *** Error reading the %s \"%s\" at byte %.0f: %s.", kind_, name_,
+                   static_cast<double>(file_.place()), std::strerror(file_.error()));
+  }
+  return std::nullopt;
 }
 
-bool Reader::atEnd() {
-  const int byte = std::getc(file_);
-  return byte == EOF ? std::ferror(file_) == 0 : std::ungetc(byte, file_) == EOF;
-}
-
-Item Reader::next(char* buffer, int* length) {
-  *length = 0;
-  HeaderBytes bytes{};
-  if (tpfRead(bytes.data(), 1, kHeaderSize, file_) < 0) {
-    if (!sayReadError()) console_printf("  *** No whole block header at byte %.0f of the %s.", position_, kind_);
+Item Reader::next(std::span<const char>* block) {
+  *block = {};
+  const auto bytes = take(kHeaderSize);
+  if (!bytes) {
+    if (!file_.failed()) console_printf("  *** No whole block header at byte %.0f of the %s.", position_, kind_);
     return Item::Failed;
   }
-  current_ = decode(bytes);
+  current_ = decode(*bytes);
   if (current_.isMark()) {
     position_ += kHeaderSize;
     return Item::Mark;
   }
   if (!lengthIsSound()) return Item::Failed;
-  if (current_.length > 0 && tpfRead(buffer, 1, current_.length, file_) < 0) {
-    if (!sayReadError()) {
-      console_printf("  *** The block of %d bytes at byte %.0f of the %s is not whole.",
-                     static_cast<int>(current_.length), position_, kind_);
-    }
+  const auto length = static_cast<std::size_t>(current_.length);
+  // Together with the header that follows: of a large block no more is read than is asked for.
+  (void)file_.peek(length + kHeaderSize);
+  const auto data = take(length);
+  if (!data) {
+    if (!file_.failed())
+      console_printf("  *** The block of %zu bytes at byte %.0f of the %s is not whole.", length, position_, kind_);
     return Item::Failed;
   }
-  *length = current_.length;
-  position_ += kHeaderSize + static_cast<double>(current_.length);
+  *block = *data;
+  position_ += kHeaderSize + static_cast<double>(length);
   return Item::Block;
 }
 
 double Reader::bytesLeft() {
-  HeaderBytes bytes{};
-  std::size_t got = 0;
-  do {
-    got = std::fread(bytes.data(), 1, bytes.size(), file_);
-  } while (got == bytes.size() && decode(bytes).isMark());
-  const bool ends = got == 0 && std::ferror(file_) == 0;
-  if (ends || fseeko(file_, 0, SEEK_END) != 0) return 0;
-  return static_cast<double>(ftello(file_)) - position_;
+  std::span<const char> header;
+  do header = file_.take(kHeaderSize);
+  while (header.size() == kHeaderSize && decode(header).isMark());
+  return header.empty() && !file_.failed() ? 0 : std::max(0.0, size_ - position_);
 }
 
 }  // namespace tpf

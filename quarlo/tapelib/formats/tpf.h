@@ -8,6 +8,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <functional>
+#include <optional>
+#include <span>
+
+#include "libkyr/piecereader.h"
 
 namespace tpf {
 
@@ -30,7 +35,8 @@ struct Header {
 static_assert(kHeaderSize == 4 * (1 + 1 + 5 + 1));
 
 HeaderBytes encode(const Header& header);
-Header decode(const HeaderBytes& bytes);
+/// @param bytes kHeaderSize of them
+Header decode(std::span<const char> bytes);
 HeaderBytes fileHeader();
 /// Reads the file header at the stream's place. @return false when there is none
 bool readFileHeader(std::FILE* file);
@@ -42,34 +48,34 @@ enum class Item { Block, Mark, Failed };
 /// box and on the console, with the byte position, when `Failed` comes back.
 class Reader {
  public:
-  /// @param limit size of the buffer that blocks are read into
+  /// @param stream that nobody else reads meanwhile
+  /// @param limit of a block's bytes
   /// @param fileName for the messages, which call the file `what`; both outlive this object
-  Reader(std::FILE* stream, unsigned int limit, const char* fileName, const char* what = "tape-image file")
-      : file_(stream), bufferSize_(limit), name_(fileName), kind_(what) {}
+  Reader(std::FILE* stream, unsigned int limit, const char* fileName, const char* what = "tape-image file");
 
-  /// @param buffer receives a block's bytes, @param length their count (0 for a mark)
-  Item next(char* buffer, int* length);
+  /// @param block receives a block's bytes, which stay where they are until beforeRefill; none for a mark
+  Item next(std::span<const char>* block);
   /// The header of what `next` answered last.
   const Header& header() const { return current_; }
   /// Whether the file ends behind the last item, with or without closing marks.
-  bool atEnd();
-  /// Bytes of the file behind the last item when data go on there; 0 when only filemarks follow, or nothing.
+  bool atEnd() { return file_.peek(1).empty() && !file_.failed(); }
+  /// Bytes of the file behind the last item when data go on there; 0 when only filemarks follow, or nothing. Nothing
+  /// can be read any more, then.
   double bytesLeft();
+  /// Has `act` called before blocks are overwritten.
+  void beforeRefill(const std::function<void()>& act) { file_.beforeRefill = act; }
 
  private:
   bool lengthIsSound() const;
-  bool sayReadError() const;
+  std::optional<std::span<const char>> take(std::size_t bytes);
 
-  std::FILE* file_;
-  unsigned int bufferSize_;
+  PieceReader file_;
+  unsigned int limit_;
   const char* name_;
   const char* kind_;
+  double size_;
   Header current_;
   double position_ = kHeaderSize;  // byte position of the item that next() reads
 };
 
 }  // namespace tpf
-
-/// Reads as fread does. @return the count read, or -1 after the box "Read error from disk" or "eof encountered on disk
-/// read"
-int tpfRead(char* buf, int objSize, int numObj, std::FILE* fPtr);

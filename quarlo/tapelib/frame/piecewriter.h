@@ -1,4 +1,4 @@
-/// Disk files read and written in large pieces.
+/// Disk files written in large pieces.
 #pragma once
 
 #include <cstddef>
@@ -6,35 +6,11 @@
 #include <cstdio>
 #include <deque>
 #include <functional>
-#include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "quarlo/tapelib/console.h"
-
-/// Reads a file in large pieces and hands its bytes out where they lie.
-class PieceReader {
- public:
-  /// Starts at the beginning of a stream that nobody else reads meanwhile.
-  void begin(std::FILE* stream);
-  /// The next `bytes` bytes, valid until the next call; fewer at the end of the file, none (and failed()) on an error.
-  std::span<const char> take(std::size_t bytes);
-  /// The same bytes, which the next call hands out again.
-  std::span<const char> peek(std::size_t bytes);
-  bool failed() const { return error_; }
-  /// Called before bytes that were handed out are overwritten; empty for nobody.
-  std::function<void()> beforeRefill;
-
- private:
-  bool fill(std::size_t bytes);
-
-  int descriptor_ = -1;
-  std::vector<char> buffer_;
-  std::size_t first_ = 0;  // of what is not handed out yet
-  std::size_t last_ = 0;
-  bool error_ = false;
-};
 
 /// What a failed write took back of what it had accepted.
 struct LostOutput {
@@ -62,9 +38,9 @@ class PieceWriter {
   bool write(std::span<const char> piece, bool isData) { return write({}, piece, isData); }
   /// The same with a head before the bytes that count.
   bool write(std::span<const char> head, std::span<const char> body, bool isData);
-  /// The same for a piece whose bytes stay where they are until settle() or flush(): it is not copied. A failure shows
+  /// The same for a body whose bytes stay where they are until settle() or flush(): it is not copied. A failure shows
   /// at the next one.
-  bool writeLent(std::span<const char> piece, bool isData);
+  bool writeLent(std::span<const char> head, std::span<const char> body, bool isData);
   /// Lets go of what was lent. @return false when the disk took it not
   bool settle();
   /// Hands all that is still held here to the disk. @return false when the disk took it not
@@ -73,8 +49,8 @@ class PieceWriter {
   void mend() { broken_ = false; }
 
   const LostOutput& lost() const { return gone_; }
-  /// Bytes of the piece refused last that the disk had taken; nothing when it failed at an earlier one.
-  std::optional<std::size_t> reached() const { return reached_; }
+  /// Whether the disk came to its end within the head of a piece of data.
+  bool endsInHead() const { return endsInHead_; }
 
  private:
   /// An accepted piece that is not wholly on disk yet.
@@ -84,25 +60,34 @@ class PieceWriter {
     std::size_t bytes;
     bool isData;
   };
+  /// Bytes that are still to be written.
+  struct Run {
+    const char* lent;  // null: the next ones of those held
+    std::size_t bytes;
+  };
 
-  bool accept(std::size_t bytes, std::size_t dataBytes, bool isData);
+  void hold(std::span<const char> bytes);
+  void lend(std::span<const char> bytes);
   bool storeUpTo(std::uint64_t place);
   std::size_t storeSome(std::size_t bytes);
-  bool keep();
+  void drop(std::size_t bytes);
+  void keep();
   bool lose(int reason);
-  std::uint64_t end() const { return onDisk_ + held_.size() + lent_.size(); }
+  std::size_t lentBytes() const { return waiting_ - held_.size(); }
+  std::uint64_t end() const { return onDisk_ + waiting_; }
 
   void (*say_)(const char* line);
   const char* noun_;
   std::FILE* file_ = nullptr;
   std::string name_;
-  std::vector<char> held_;      // behind what is on disk
-  std::span<const char> lent_;  // behind what is held
+  std::vector<Run> runs_;  // behind what is on disk
+  std::vector<char> held_;
+  std::size_t waiting_ = 0;  // bytes of the runs
   std::deque<Piece> pieces_;
   std::uint64_t onDisk_ = 0;
   std::uint64_t whole_ = 0;  // end of the last piece that is wholly on disk
   LostOutput gone_;
-  std::optional<std::size_t> reached_;
+  bool endsInHead_ = false;
   bool broken_ = false;
   bool emptied_ = false;  // what stood in the file is gone
 };
