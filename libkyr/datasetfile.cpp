@@ -321,7 +321,7 @@ bool DatasetFile::finishParts(bool cut) {
     if ((cut && !file.cutTo(shape_.sizeOfPart(part))) || !file.sync()) return false;
   }
   if (!removeParts(count, static_cast<int>(parts.size()))) return false;
-  header_.closed = true;
+  header_.closed = finished_;
   return writeHeaders(count);
 }
 

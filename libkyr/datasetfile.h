@@ -37,6 +37,8 @@ class DatasetFile final : public TraceSource {
   /// Closes the files; those of an output get their closed mark when all of it could be written. @return kyrDiskError
   /// when not all that was written is on the disk
   int close() override;
+  /// From now on close() gives an output no closed mark: its job could not finish it.
+  void leaveUnfinished() { finished_ = false; }
   /// Closes an output without the mark and removes the files that it made; one that was there before stays.
   void discard();
 
@@ -100,6 +102,7 @@ class DatasetFile final : public TraceSource {
   bool whole_ = true;
   std::optional<DatasetHeader> old_;  ///< of the dataset that an output overwrites
   std::vector<std::string> made_;     ///< files of an output that were not there before
+  bool finished_ = true;              ///< an output's job has written all of it
   bool failed_ = false;               ///< a write failed: no more of them, no closed mark
   int writtenRecords_ = 0;            ///< the largest numbers that were written
   int writtenTraces_ = 0;

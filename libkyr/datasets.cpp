@@ -154,6 +154,12 @@ int CloseFile(ProcessRecord* procRecord, Link link) {
   return open != nullptr ? open->close() : kyrBadCall;
 }
 
+int CloseUnfinished(ProcessRecord* procRecord, Link link) {
+  const OpenLink* const open = findLink(procRecord, link);
+  if (open != nullptr && open->output != nullptr) open->output->leaveUnfinished();
+  return CloseFile(procRecord, link);
+}
+
 int CloseAllFiles(ProcessRecord* procRecord) {
   if (procRecord == nullptr || procRecord->datasets == nullptr) return kyrOk;
   const std::unique_ptr<KyrDatasets> datasets(procRecord->datasets);

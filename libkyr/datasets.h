@@ -39,6 +39,10 @@ int EndInit(ProcessRecord* procRecord);
 /// closed whatever comes back. @return 0, or kyrDiskError when not all that was written is on the disk
 int CloseFile(ProcessRecord* procRecord, Link link);
 
+/// Closes an output that its job could not finish: what was written is kept and brought to the disk, with the counts
+/// that it has now, but it is not marked as properly closed. An input is closed as by CloseFile. @return as CloseFile
+int CloseUnfinished(ProcessRecord* procRecord, Link link);
+
 /// Closes all links of a record, as CloseFile does. @return 0 or the first failure
 int CloseAllFiles(ProcessRecord* procRecord);
 

@@ -34,6 +34,7 @@ struct ProcessRecord {
 typedef struct ProcessRecord ProcessRecord;
 #endif
 
+#include "quarlo/tapelib/frame/formatblocks.h"
 #include "quarlo/tapelib/modulecalls.h"
 
 /// Room for a display name, its terminating zero included.

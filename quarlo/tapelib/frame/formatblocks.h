@@ -1,0 +1,35 @@
+/// The output parameter blocks of the program's own format modules. Whatever module reads an input gets one of them,
+/// for it is the input's module that writes the output; a module of one's own can read and fill them too. This header
+/// is C and C++.
+#pragma once
+
+enum { KYR_BLOCK_VERSION = 1, KYR_BLOCK_PATH = 1024 };
+
+/// What such a block begins with. It tells who asks whether the bytes behind it are what he takes them for.
+struct KyrBlockHead {
+  char signature[8];  ///< the kind of block, zero-filled
+  int size;           ///< bytes of the whole block
+  int version;        ///< KYR_BLOCK_VERSION of who filled it
+};
+
+#define KYR_SEGY_OUTPUT "SEGYout"
+#define KYR_DATASET_OUTPUT "KYRout"
+
+/// Values of KyrSegyOutput::byteOrder.
+enum { KYR_ORDER_DESCRIBED = 0, KYR_ORDER_BIG = 1, KYR_ORDER_LITTLE = 2 };
+
+/// How SEG Y is written.
+struct KyrSegyOutput {
+  struct KyrBlockHead head;
+  char description[KYR_BLOCK_PATH];  ///< the format description's path; empty for the program's revision 1
+  char textFile[KYR_BLOCK_PATH];     ///< what the text header is taken from; empty for one that tells what was done
+  int sampleFormat;                  ///< 1 IBM floats, 2 and 3 integers of 4 and 2 bytes, 5 IEEE floats
+  int deadTraces;                    ///< 1: dead traces are written, 0: they are left out
+  int stripAuxiliary;                ///< 1: auxiliary traces are left out
+  int byteOrder;                     ///< one of the three above
+};
+
+/// How a dataset is written: there is nothing to choose.
+struct KyrDatasetOutput {
+  struct KyrBlockHead head;
+};
