@@ -16,7 +16,7 @@
 #include "quarlo/tapelib/formats/segywriter.h"
 #include "quarlo/tapelib/frame/formatblocks.h"
 #include "quarlo/tapelib/frame/loglines.h"
-#include "quarlo/tapelib/frame/piecefile.h"
+#include "quarlo/tapelib/frame/piecewriter.h"
 #include "quarlo/tapelib/frame/rfmttape.h"
 #include "quarlo/tapelib/frame/segytext.h"
 #include "quarlo/tapelib/sharefolder.h"
