@@ -15,6 +15,7 @@
 #include <cstdio>
 #include <cstring>
 #include <map>
+#include <optional>
 #include <span>
 #include <tuple>
 #include <vector>
@@ -33,7 +34,7 @@ using Symbols = std::span<const char* const>;
 using Identity = std::tuple<dev_t, ino_t, off_t, time_t, long>;
 
 Identity identityOf(const struct stat& status) {
-  return {status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+  return {status.st_dev, status.st_ino, status.st_size, status.st_ctim.tv_sec, status.st_ctim.tv_nsec};
 }
 
 /// What speaks against the file by its headers; empty for nothing.
@@ -121,16 +122,19 @@ std::string judgementOf(pid_t child, int pipe) {
   return words == "+" ? "" : words;
 }
 
-/// Loads and searches the file in a child process. @return why it cannot be loaded; empty when it can
-std::string trialFault(const std::string& path, Symbols symbols) {
+/// Loads and searches the file in a child process.
+/// @return why it cannot be loaded, empty when it can; nothing, with errno, when no trial could be made
+std::optional<std::string> trialFault(const std::string& path, Symbols symbols) {
   std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) return std::strerror(errno);
+  if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) return std::nullopt;
   const pid_t child = fork();
   if (child == 0) tryInChild(path.c_str(), symbols, ends[1]);
   const int reason = errno;
   close(ends[1]);
-  std::string fault = child < 0 ? std::strerror(reason) : judgementOf(child, ends[0]);
+  std::optional<std::string> fault;
+  if (child > 0) fault = judgementOf(child, ends[0]);
   close(ends[0]);
+  errno = reason;
   return fault;
 }
 
@@ -141,19 +145,26 @@ std::string trialName(const std::string& path, Symbols symbols) {
   return name;
 }
 
+/// What came of a file's trial.
+struct Verdict {
+  Identity identity;
+  std::string fault;
+};
+
 std::string faultOf(const std::string& path, Symbols symbols) {
-  static std::map<std::string, Identity> passed;
+  static std::map<std::string, Verdict> verdicts;
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) return std::strerror(errno);
   // Merely opening a pipe or a device may wait for ever.
   if (!S_ISREG(status.st_mode)) return "no regular file";
   const std::string name = trialName(path, symbols);
-  const auto known = passed.find(name);
-  if (known != passed.end() && known->second == identityOf(status)) return "";
-  std::string fault = headerFault(path);
-  if (fault.empty()) fault = trialFault(path, symbols);
-  if (fault.empty()) passed.insert_or_assign(name, identityOf(status));
-  return fault;
+  const auto known = verdicts.find(name);
+  if (known != verdicts.end() && known->second.identity == identityOf(status)) return known->second.fault;
+  if (std::string fault = headerFault(path); !fault.empty()) return fault;
+  const std::optional<std::string> fault = trialFault(path, symbols);
+  if (!fault) return std::strerror(errno);
+  verdicts.insert_or_assign(name, Verdict{identityOf(status), *fault});
+  return *fault;
 }
 
 }  // namespace

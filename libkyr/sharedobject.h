@@ -2,8 +2,8 @@
 ///
 /// A file is judged before it is let into the program: first by its headers (elfcheck.h), then by loading and searching
 /// it once in a child process that has nothing to lose. One that kills or hangs its process while it is loaded or
-/// searched (a damaged table, a crashing constructor) so becomes a failure with a reason. A file that has passed is not
-/// tried again until it changes.
+/// searched (a damaged table, a crashing constructor) so becomes a failure with a reason. What came of the trial holds
+/// for the program's life, or until the file changes: one that hangs costs its ten seconds once.
 #pragma once
 
 #include <span>

@@ -12,11 +12,11 @@
 #include "libkyr/nullcheck.h"
 #include "libkyr/source.h"
 #include "libkyr/text.h"
+#include "quarlo/common/modulefolder.h"
 #include "quarlo/tapelib/console.h"
+#include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/modulecalls.h"
 #include "quarlo/tapelib/tlv_fcn.h"
-
-char DLLDirectory[4] = "lib";
 
 int itDoesInputParm = 0;
 int itInputsDisk = 0;
@@ -50,16 +50,6 @@ void reportInBox(const char* dllName, const std::string& reason) {
   xvt_dm_post_error(kCannotLoad, dllName);
 }
 
-/// Loads a module and works with it; says so when it cannot be loaded.
-template <typename Work>
-void withModule(const char* dllName, Work work) {
-  ProcessingStep step(dllName);
-  if (step.loadFailed != 0)
-    reportInBox(dllName, step.whyNot());
-  else
-    work(step);
-}
-
 /// A block of the size that a module asked for, or null after a report.
 int* parameterBlock(const char* dllName, int size, const char* what) {
   if (size < 0 || size > kLargestParameterBlock) {
@@ -73,30 +63,7 @@ int* parameterBlock(const char* dllName, int size, const char* what) {
   return static_cast<int*>(block);
 }
 
-/// Goes to the directory that holds "lib": the one that KYRHOME names, else the one of the start.
-void goHome() {
-  xvt_fsys_set_dir_startup();
-  const char* home = std::getenv("KYRHOME");
-  DIRECTORY directory{};
-  if (home != nullptr && xvt_fsys_convert_str_to_dir(home, &directory)) xvt_fsys_set_dir(&directory);
-}
-
 using Names = std::vector<std::string>;
-
-/// The files that could be modules; the working directory is the home directory again afterwards.
-Names moduleFiles() {
-  goHome();
-  Names names;
-  DIRECTORY directory{};
-  if (!xvt_fsys_convert_str_to_dir(DLLDirectory, &directory) || !xvt_fsys_set_dir(&directory)) return names;
-  SLIST files = xvt_fsys_list_files("io*.so", false);
-  goHome();
-  if (files == nullptr) return names;
-  for (SLIST_ELT file = xvt_slist_get_first(files); file != nullptr; file = xvt_slist_get_next(files, file))
-    names.emplace_back(xvt_slist_get_text(files, file));
-  xvt_slist_destroy(files);
-  return names;
-}
 
 /// Whether the module can be loaded and names itself; says so when not.
 bool isUsable(const std::string& name) {
@@ -148,11 +115,12 @@ ProcessingStep::ProcessingStep(const char* name) {
   std::string file = name;
   if (file.ends_with('\n')) file.pop_back();
   copyText(DLLFileName.type, "DLL");
-  const bool fits = copyText(DLLFileName.name, formatText("%s/%s", DLLDirectory, file.c_str()));
-  if (fits)
-    aConnectionID.reset(KyrLoadDLL(&DLLFileName, &reason_, kEntryNames), KyrUnloadDLL);
-  else
+  DLLFileName.dir = moduleHome();
+  if (!copyText(DLLFileName.name, formatText("%s/%s", DLLDirectory, file.c_str())))
     reason_ = "its name is too long";
+  else
+    reason_ = accessFault(pathOf(DLLFileName));
+  if (reason_.empty()) aConnectionID.reset(KyrLoadDLL(&DLLFileName, &reason_, kEntryNames), KyrUnloadDLL);
   loadFailed = aConnectionID == nullptr ? 1 : 0;
 }
 
@@ -255,7 +223,7 @@ int ProcessingStep::OpenSource(ProcessRecord* params, int* inputParams) {
 
 int findDlls(DllList** theList) {
   *theList = nullptr;
-  Names names = moduleFiles();
+  Names names = findModuleFiles();
   std::erase_if(names, [](const std::string& name) { return !isUsable(name); });
   if (names.empty()) return 0;
   Rows rows(static_cast<DllList*>(std::calloc(names.size() + 1, sizeof(DllList))));
@@ -264,6 +232,15 @@ int findDlls(DllList** theList) {
   if (count == 0) return 0;
   *theList = rows.release();
   return count;
+}
+
+bool withModule(const char* dllName, const std::function<void(ProcessingStep& step)>& work) {
+  ProcessingStep step(dllName);
+  if (step.loadFailed != 0)
+    reportInBox(dllName, step.whyNot());
+  else
+    work(step);
+  return step.loadFailed == 0;
 }
 
 void allocateInput(const char* dllName, int** inputFmt) {

@@ -5,14 +5,13 @@
 /// reported and passed over; an exception that leaves a module is reported and counts as a failure.
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <string>
 
 #include "libkyr/process.h"
 #include "quarlo/tapelib/dll_fcn.h"
 #include "xvt/xvt.h"
-
-/// The modules' directory, below the start-up directory.
-extern char DLLDirectory[4];
 
 // What a module said of itself when it was last asked for its defaults (selectInput, selectOutput): 1 or 0.
 extern int itDoesInputParm;   ///< it has a dialog for its input parameters
@@ -26,8 +25,8 @@ extern int itOutputsTape;     ///< it writes tapes
 /// with a leading "T"). The module stays loaded until the step and all sources that it opened are gone.
 class ProcessingStep {
  public:
-  /// Loads lib/`name` from the working directory; one newline at the name's end is left out. The outcome stands in
-  /// `loadFailed`.
+  /// Loads lib/`name` from the modules' home (modulefolder.h: the working directory, unless the modules found last lie
+  /// beside the program); one newline at the name's end is left out. The outcome stands in `loadFailed`.
   explicit ProcessingStep(const char* name);
   ProcessingStep(const ProcessingStep&) = delete;
   ProcessingStep& operator=(const ProcessingStep&) = delete;
@@ -81,14 +80,17 @@ class ProcessingStep {
   std::string reason_;
 };
 
-/// Finds the usable modules: those in "lib" below the start-up directory (KYRHOME where that is set) which can be
-/// loaded and name themselves, in the order of their file names. What is passed over is said on the console. The
-/// working directory is then the start-up directory.
+/// Finds the usable modules: those in their home (findModuleFiles) which can be loaded and name themselves, in the
+/// order of their file names. What is passed over is said on the console. The working directory is then the start-up
+/// directory.
 /// @param theList receives the rows, one of zeros behind them (std::free takes them back); null when there are none
 /// @return the number of rows
 int findDlls(DllList** theList);
 
 // Each of these loads the module for one operation. A module that cannot be loaded gives a box and a console line.
+
+/// Works with the module while it is loaded. @return whether it could be loaded
+bool withModule(const char* dllName, const std::function<void(ProcessingStep& step)>& work);
 
 /// Gives a zero-filled parameter block of the size that the module asks for (std::free takes it back). A size that is
 /// negative or larger than largestParameterBlock is reported. @param inputFmt receives the block, null after a failure

@@ -10,3 +10,5 @@ void setHomeFolder(std::string path);
 const std::string& homeFolder();
 /// The path of a file in that folder.
 std::string inHomeFolder(const char* name);
+/// The folder of the program's own executable; empty where the system does not tell.
+std::string programFolder();

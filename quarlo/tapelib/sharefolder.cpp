@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "quarlo/tapelib/homefolder.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -25,8 +27,7 @@ std::string userShareFolder(const std::string& kind) {
 std::vector<std::string> shareFolders(const std::string& kind) {
   std::vector<std::string> folders;
   if (const std::string own = userShareFolder(kind); !own.empty()) folders.push_back(own);
-  std::error_code unknown;
-  const fs::path program = fs::read_symlink("/proc/self/exe", unknown).parent_path();
+  const fs::path program = programFolder();
   // Installed, the program stands in bin, beside share; where it was built, share stands beside the program itself.
   for (const fs::path& above : {program.parent_path(), program})
     if (!above.empty()) folders.push_back((above / "share/quarlo" / kind).string());

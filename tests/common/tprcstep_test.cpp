@@ -3,6 +3,7 @@
 #include "quarlo/tapelib/console.h"
 
 #include <elf.h>
+#include <unistd.h>
 
 #include <cstdint>
 #include <cstdlib>
@@ -128,6 +129,39 @@ TEST_F(ModuleTest, ReportsBrokenModulesAndPassesOver) {
   EXPECT_EQ(console[4], "  ** Format module ionameless.so has no entry \"GetTuDllIdentifier\". It is not used.");
   EXPECT_EQ(console[5], "Error opening shared object : iotext.so ");
   EXPECT_EQ(toolkit.errors, Lines{});
+}
+
+// Whoever can write a module, or put another in its place, would run in this program.
+TEST_F(ModuleTest, WhatOthersCanWriteIsNotLoaded) {
+  namespace fs = std::filesystem;
+  install("iogood.so");
+  const std::string lib = folder.path("lib");
+  const std::string file = lib + "/iogood.so";
+  const auto refusedFor = [&](const std::string& reason) {
+    EXPECT_EQ(found(), Lines{}) << reason;
+    EXPECT_EQ(consoleWithoutDates(), (Lines{"Error opening shared object : iogood.so ", "  ** " + reason}));
+  };
+  const auto writable = [](const std::string& path, const std::string& whose) {
+    return path + " can be written by others: chmod " + whose + "-w '" + path + "'";
+  };
+  for (const std::string& path : {lib, file}) {
+    const fs::perms usual = fs::status(path).permissions();
+    fs::permissions(path, usual | fs::perms::others_write);
+    refusedFor(writable(path, "o"));
+    fs::permissions(path, usual);
+  }
+  EXPECT_EQ(found().size(), 1U);
+  fs::rename(lib, folder.path("real"));
+  fs::create_directory(lib);
+  fs::create_symlink(folder.path("real/iogood.so"), file);
+  fs::permissions(folder.path("real"), fs::perms::all);
+  refusedFor(writable(folder.path("real"), "o"));
+  if (getuid() != 0) return;
+  EXPECT_EQ(chown(folder.path("real").c_str(), 0, 54321), 0);
+  refusedFor(writable(folder.path("real"), "go"));
+  fs::permissions(folder.path("real"), fs::perms::owner_all);
+  EXPECT_EQ(chown(folder.path("real/iogood.so").c_str(), 54321, 0), 0);
+  refusedFor(folder.path("real/iogood.so") + " belongs to neither you nor root nor the owner of the program");
 }
 
 TEST_F(ModuleTest, NothingUsableIsNothingFound) {
