@@ -1,17 +1,74 @@
-/// The suite's datasets as an output format. The module that reads writes the dataset, through libkyr: this one stands
-/// for the choice and has no parameters. As an input it has no phases, and needs no source of its own.
+/// The suite's datasets: as input, copied record by record into whatever output was chosen; as output format a choice
+/// without parameters, for the module that reads writes it. The library opens datasets by their path: no source is
+/// needed.
+#include <memory>
+
+#include "libkyr/datasets.h"
 #include "libkyr/text.h"
 #include "plugins/kyrmodule.h"
+#include "quarlo/tapelib/frame/reformatloop.h"
+
+namespace {
+
+std::unique_ptr<ReformatRun> theRun;
+
+/// A block's beginning. @return the block as zero-filled memory that begins so
+template <typename Block>
+Block* begun(int* params, const char* signature) {
+  auto* const block = reinterpret_cast<Block*>(params);
+  *block = {};
+  copyText(block->head.signature, signature);
+  block->head.size = sizeof(Block);
+  block->head.version = KYR_BLOCK_VERSION;
+  return block;
+}
+
+void say(int* flag, int* disk, int* tape) {
+  *flag = 0;
+  *disk = 1;
+  *tape = 0;
+}
+
+}  // namespace
 
 void GetTuDllIdentifier(char* theName, int* uniqueId) {
   copyText(theName, KYR_NAME_SIZE, KYR_NAME_DATASET);
   *uniqueId = KYR_ID_DATASET;
 }
 
-void GetOutputDefaultParameters(int* /*params*/, int* paramDlg, int* disk, int* tape) {
-  *paramDlg = 0;
-  *disk = 1;
-  *tape = 0;
+void AllocInputMemory(int* size) { *size = sizeof(KyrDatasetInput); }
+void AllocOutputMemory(int* size) { *size = sizeof(KyrDatasetOutput); }
+
+void GetInputDefaultParameters(int* params, int* paramDlg, int* disk, int* tape) {
+  begun<KyrDatasetInput>(params, KYR_DATASET_INPUT)->firstRecord = 1;
+  say(paramDlg, disk, tape);
 }
 
-int TOpenSource(ProcessRecord* /*record*/, int* /*inputParams*/) { return 0; }
+void GetOutputDefaultParameters(int* params, int* paramDlg, int* disk, int* tape) {
+  begun<KyrDatasetOutput>(params, KYR_DATASET_OUTPUT);
+  say(paramDlg, disk, tape);
+}
+
+int TInitialPhase(ProcessRecord* record, int* inputParams, int* outputParams) {
+  const auto* const how = reinterpret_cast<const KyrDatasetInput*>(inputParams);
+  char path[4096];
+  if (kyrPath(record, KYR_INPUT, path, sizeof path) != 0) {
+    kyrSay(record, "  *** There is no input file.");
+    return 1;
+  }
+  ReformatInput input;
+  input.firstRecord = how->firstRecord;
+  input.lastRecord = how->lastRecord;
+  input.told = "DATASET";
+  SetNumberOfInputs(record, 1);
+  if (const int result = NewInputFile(&input.link, record, path, 0, kAnySeismicType); result != kyrOk) {
+    kyrSay(record, formatText("  *** Error opening the dataset %s (%d).", path, result).c_str());
+    return 1;
+  }
+  theRun = std::make_unique<ReformatRun>(record, outputParams, std::move(input));
+  return theRun->begin();
+}
+
+int TMainPhase(ProcessRecord* /*record*/) { return theRun ? theRun->work() : 1; }
+
+int TFinalPhase(ProcessRecord* /*record*/) { return theRun ? theRun->end() : 1; }

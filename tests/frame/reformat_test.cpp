@@ -84,7 +84,6 @@ class ReformatTest : public UnitsTest {
     input.told = "A TEST";
     input.records = most;
     input.recordsParameter = "Records at most";
-    const Link link = input.link;
     int answer = 1;
     {
       ReformatRun phases(record.get(), static_cast<const int*>(block), std::move(input));
@@ -92,7 +91,6 @@ class ReformatTest : public UnitsTest {
       if (answer == 0) answer = phases.work();
       if (answer == 0) answer = phases.end();
     }
-    CloseFile(record.get(), link);
     closeDiskUnit(&units[1]);
     units[1].fs = specOf("out");
     return answer;

@@ -14,6 +14,7 @@ struct KyrBlockHead {
 
 #define KYR_SEGY_OUTPUT "SEGYout"
 #define KYR_DATASET_OUTPUT "KYRout"
+#define KYR_DATASET_INPUT "KYRin"
 
 /// Values of KyrSegyOutput::byteOrder.
 enum { KYR_ORDER_DESCRIBED = 0, KYR_ORDER_BIG = 1, KYR_ORDER_LITTLE = 2 };
@@ -32,4 +33,11 @@ struct KyrSegyOutput {
 /// How a dataset is written: there is nothing to choose.
 struct KyrDatasetOutput {
   struct KyrBlockHead head;
+};
+
+/// What is read of a dataset.
+struct KyrDatasetInput {
+  struct KyrBlockHead head;
+  int firstRecord;  ///< from 1
+  int lastRecord;   ///< 0: the last
 };

@@ -26,7 +26,7 @@ ReformatRun::ReformatRun(ProcessRecord* procRecord, const int* outputBlock, Refo
 
 /// A run that was neither worked to its end nor ended (a module's exception) closes what it has open as it is.
 ReformatRun::~ReformatRun() {
-  if (ended_ || !output_) return;
+  if (ended_) return;
   failed_ = true;
   runGuarded([this] { finish(); });
 }
@@ -167,6 +167,7 @@ int ReformatRun::finish() {
     failed_ = true;
     tracesWritten_ -= output_->lost();
   }
+  if (CloseFile(record_, input_.link) != kyrOk) failed_ = true;
   if (failed_) logFailed();
   summarize();
   frame_.reset();

@@ -12,7 +12,7 @@
 
 /// What a module hands to its run.
 struct ReformatInput {
-  Link link{};          ///< the source
+  Link link{};          ///< the source; the run closes it
   int firstRecord = 1;  ///< of a part of the source
   int lastRecord = 0;   ///< 0 for all
   std::string told;     ///< what it is, for the output's text header, such as "SEG D field files, SEG D revision 2.1"
