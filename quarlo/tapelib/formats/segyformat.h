@@ -49,7 +49,7 @@ struct SegyField {
   short itHasRange = 0;
   FieldValue itsRangeMin = {};  ///< of type itsType
   FieldValue itsRangeMax = {};
-  short itIsToldOutside = 0;  ///< the writer has said that the header does not hold it
+  short itIsTold = 0;  ///< the writer has said that the header does not hold it, or it not its value
 };
 
 /// A format description.
@@ -86,6 +86,7 @@ struct SegyFormat {
   int itIsInputFmt = 0;                                    ///< describes an input
   int itIsBigEndian = 0;                                   ///< multi-byte values are written big-endian
   std::vector<std::unique_ptr<SegyField>> itsOwnedFields;  ///< the nodes of both lists
+  void (*itsConsoleLine)(const char* line) = nullptr;      ///< where the writer's lines go; null: the default console
 };
 
 /// Longest header that a description may give, in bytes.

@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "libkyr/byteorder.h"
 #include "libkyr/nullvalue.h"
@@ -25,6 +26,12 @@ constexpr std::array<std::string_view, 8> kBinaryNames = {"TracesPerRec", "AuxPe
 constexpr std::array<std::string_view, 7> kTraceNames = {
     "TraceNumber", "TraceType", "Nt", "Dt", "FieldFile", "FieldFileTraceNumber", "WeightingFactor"};
 
+/// Whether an integer field holds a value for those who read it signed, or unsigned.
+bool holds(const SegyField& field, std::int32_t value) {
+  const int bits = field.itsType == byteType ? 8 : field.itsType == shortIntType ? 16 : 32;
+  return bits == 32 || (value >= -(1 << (bits - 1)) && value < (1 << bits));
+}
+
 // ---- fields -----------------------------------------------------------------------------------------------------
 
 /// Puts values into the fields of one header and says, once, which of them it does not hold.
@@ -33,10 +40,16 @@ class HeaderFields {
   HeaderFields(SegyFormat* format, bool isBinary, char* header)
       : list_(isBinary ? format->itsBinaryFields : format->itsTraceFields),
         bytes_(header, static_cast<std::size_t>(segyHeaderBytes(*format, isBinary))),
-        swap_(format->itIsBigEndian != 0) {}
+        swap_(format->itIsBigEndian != 0),
+        say_(format->itsConsoleLine) {}
 
   void put(const char* name, std::int16_t value) { put(name, &value, shortIntType); }
-  void put(const char* name, std::int32_t value) { put(name, &value, longIntType); }
+  void put(const char* name, std::int32_t value) {
+    SegyField* const field = getField(list_, name);
+    if (field != nullptr && field->itIsOverridden == 0 && !holds(*field, value))
+      tellOnce(field, formatText("cannot hold %d", value));
+    put(name, &value, longIntType);
+  }
 
   /// The fields that are mapped from a trace's properties.
   void putProperties(const TraceInfo& trace) {
@@ -73,20 +86,25 @@ class HeaderFields {
     }
   }
   void tell(SegyField* field, FieldPut result) {
-    if (result != FieldPut::Outside || field->itIsToldOutside != 0) return;
-    field->itIsToldOutside = 1;
-    console_printf("  ** Field \"%s\" does not fit the %zu bytes of the %s header and is left out.",
-                   std::string(fieldText(field->itsName)).c_str(), bytes_.size(),
-                   field->itIsBinaryField != 0 ? "binary" : "trace");
+    if (result != FieldPut::Outside) return;
+    tellOnce(field, formatText("does not fit the %zu bytes of the %s header and is left out", bytes_.size(),
+                               field->itIsBinaryField != 0 ? "binary" : "trace"));
+  }
+  void tellOnce(SegyField* field, const std::string& what) {
+    if (std::exchange(field->itIsTold, short{1}) != 0) return;
+    const std::string line =
+        formatText("  ** Field \"%s\" %s.", std::string(fieldText(field->itsName)).c_str(), what.c_str());
+    (say_ != nullptr ? say_ : console_out)(line.c_str());
   }
 
   SegyField* list_;
   std::span<char> bytes_;
   bool swap_;
+  void (*say_)(const char* line);
 };
 
 void forgetTold(SegyField* list) {
-  for (SegyField* field = list; field != nullptr; field = field->nextField) field->itIsToldOutside = 0;
+  for (SegyField* field = list; field != nullptr; field = field->nextField) field->itIsTold = 0;
 }
 
 /// A sample interval in microseconds. The product is a float as the interval is: in double precision an interval such
@@ -162,6 +180,7 @@ int initSegyOut(ProcessRecord* procRecord, SegyFormat* segyFmt, short tracesPerR
   UnitStruct* const units = GetDevUnit(procRecord);
   if (units == nullptr) return -1;
   if (units[1].type == UT_DISK && !openOutputFile(procRecord, units)) return -1;
+  segyFmt->itsConsoleLine = procRecord->consoleLine;
   forgetTold(segyFmt->itsBinaryFields);
   forgetTold(segyFmt->itsTraceFields);
   if (segyFmt->itHasReelHeader != 0 &&

@@ -5,7 +5,8 @@
 /// WeightingFactor. A name that a description lacks is passed over. Fields of other names are written when they have a
 /// fixed value.
 ///
-/// A field that its header does not hold is left out with a console line, once for each output.
+/// A field that its header does not hold is left out, and a value that its field does not hold (an integer of 16 bits,
+/// for instance, counts to 65,535 at most) is cut, with a line on the console of the record, once for each output.
 #pragma once
 
 #include "libkyr/process.h"
