@@ -6,22 +6,12 @@
 #include "libkyr/datasets.h"
 #include "libkyr/text.h"
 #include "plugins/kyrmodule.h"
+#include "plugins/ownblock.h"
 #include "quarlo/tapelib/frame/reformatloop.h"
 
 namespace {
 
 std::unique_ptr<ReformatRun> theRun;
-
-/// A block's beginning. @return the block as zero-filled memory that begins so
-template <typename Block>
-Block* begun(int* params, const char* signature) {
-  auto* const block = reinterpret_cast<Block*>(params);
-  *block = {};
-  copyText(block->head.signature, signature);
-  block->head.size = sizeof(Block);
-  block->head.version = KYR_BLOCK_VERSION;
-  return block;
-}
 
 void say(int* flag, int* disk, int* tape) {
   *flag = 0;
@@ -40,12 +30,12 @@ void AllocInputMemory(int* size) { *size = sizeof(KyrDatasetInput); }
 void AllocOutputMemory(int* size) { *size = sizeof(KyrDatasetOutput); }
 
 void GetInputDefaultParameters(int* params, int* paramDlg, int* disk, int* tape) {
-  begun<KyrDatasetInput>(params, KYR_DATASET_INPUT)->firstRecord = 1;
+  beginBlock<KyrDatasetInput>(params, KYR_DATASET_INPUT)->firstRecord = 1;
   say(paramDlg, disk, tape);
 }
 
 void GetOutputDefaultParameters(int* params, int* paramDlg, int* disk, int* tape) {
-  begun<KyrDatasetOutput>(params, KYR_DATASET_OUTPUT);
+  beginBlock<KyrDatasetOutput>(params, KYR_DATASET_OUTPUT);
   say(paramDlg, disk, tape);
 }
 
