@@ -67,16 +67,25 @@ void decode(const Bytes& input, const SegdFieldFile& file, std::size_t index, st
   decodeSegdTrace(file.record.formatCode, recorded, volts, samples);
 }
 
+class MemoryBytes : public BytesAt {
+ public:
+  explicit MemoryBytes(const Bytes& input) : input_(input) {}
+  std::uint64_t size() const override { return input_.size(); }
+  std::span<const char> at(std::uint64_t place, std::size_t count) override {
+    require(place <= input_.size() && count <= input_.size() - place);
+    const auto from = input_.begin() + static_cast<std::ptrdiff_t>(place);
+    answer_ = Bytes(from, from + static_cast<std::ptrdiff_t>(count));
+    return answer_;
+  }
+
+ private:
+  const Bytes& input_;
+  Bytes answer_;
+};
+
 void walk(const Bytes& input) {
-  Bytes answer;
-  SegdWalk walk(
-      [&](std::uint64_t place, std::size_t count) {
-        require(place <= input.size() && count <= input.size() - place);
-        const auto from = input.begin() + static_cast<std::ptrdiff_t>(place);
-        answer = Bytes(from, from + static_cast<std::ptrdiff_t>(count));
-        return std::span<const char>(answer);
-      },
-      input.size());
+  MemoryBytes memory(input);
+  SegdWalk walk(memory);
   std::uint64_t end = 0;
   while (const auto file = walk.next()) {
     require(file->byte == end && file->end >= end && walk.rest() == input.size() - file->end);

@@ -72,15 +72,24 @@ struct Walked {
 };
 
 // Every answer lies in memory of its own size: one byte too far is seen by the sanitizers.
+class MemoryBytes : public BytesAt {
+ public:
+  explicit MemoryBytes(const std::string& bytes) : bytes_(bytes) {}
+  std::uint64_t size() const override { return bytes_.size(); }
+  std::span<const char> at(std::uint64_t place, std::size_t count) override {
+    const std::string answer = bytes_.substr(place, count);
+    answer_ = std::vector<char>(answer.begin(), answer.end());
+    return answer_;
+  }
+
+ private:
+  const std::string& bytes_;
+  std::vector<char> answer_;
+};
+
 Walked walk(const std::string& bytes) {
-  std::vector<char> answer;
-  SegdWalk walk(
-      [&](std::uint64_t place, std::size_t count) {
-        answer = std::vector<char>(bytes.begin() + static_cast<std::ptrdiff_t>(place),
-                                   bytes.begin() + static_cast<std::ptrdiff_t>(place + count));
-        return std::span<const char>(answer);
-      },
-      bytes.size());
+  MemoryBytes memory(bytes);
+  SegdWalk walk(memory);
   Walked found;
   while (auto file = walk.next()) found.files.push_back(std::move(*file));
   found.rest = walk.rest();

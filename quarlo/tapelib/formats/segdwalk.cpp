@@ -22,7 +22,7 @@ std::string nextTrace(const SegdFieldFile& file, const std::string& what) {
 
 std::span<const char> SegdWalk::at(std::uint64_t place, std::uint64_t count) const {
   if (place >= size_) return {};
-  return bytesAt_(place, static_cast<std::size_t>(std::min(count, size_ - place)));
+  return input_.at(place, static_cast<std::size_t>(std::min(count, size_ - place)));
 }
 
 bool SegdWalk::beginsFieldFile(std::uint64_t place) const {

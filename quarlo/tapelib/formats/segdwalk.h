@@ -1,13 +1,9 @@
 /// Where the field files of an input on disk and their traces lie, found in one pass over their headers.
 #pragma once
 
-#include <functional>
-
+#include "libkyr/bytesat.h"
 #include "quarlo/tapelib/formats/segdrecord.h"
 #include "quarlo/tapelib/formats/segdscan.h"
-
-/// Answers `count` bytes of the input at a place, fewer at its end; they stay until the next call.
-using SegdBytesAt = std::function<std::span<const char>(std::uint64_t place, std::size_t count)>;
 
 constexpr std::uint32_t kNoSegdSet = 0xFFFFFFFFU;
 
@@ -31,8 +27,8 @@ struct SegdFieldFile {
 /// Walks from field file to field file.
 class SegdWalk {
  public:
-  /// @param size bytes of the input
-  SegdWalk(SegdBytesAt bytesAt, std::uint64_t size) : bytesAt_(std::move(bytesAt)), size_(size) {}
+  /// @param input stays where it is
+  explicit SegdWalk(BytesAt& input) : input_(input), size_(input.size()) {}
 
   /// The next field file; one that is damaged has the traces that were found, which may be none. Nothing at the end
   /// of the input, behind damage that leaves open where the next field file begins, and where none begins.
@@ -54,7 +50,7 @@ class SegdWalk {
   bool goesOnAt(const SegdFieldFile& file, std::uint64_t place, std::uint64_t before) const;
   std::span<const char> at(std::uint64_t place, std::uint64_t count) const;
 
-  SegdBytesAt bytesAt_;
+  BytesAt& input_;
   std::uint64_t size_;
   std::uint64_t place_ = 0;
   bool isLost_ = false;
