@@ -117,12 +117,13 @@ std::uint32_t SegdWalk::settleSamples(const SegdFieldFile& file, const SegdTrace
 
 bool SegdWalk::stepOverTrace(SegdFieldFile& file, std::uint64_t& place) {
   const SegdResult<SegdTrace> result = readSegdTrace(at(place, kTraceLook), file.record.revision);
-  if (const auto* damage = std::get_if<SegdDamage>(&result)) return stepOverDamage(file, place, damage->what);
+  if (const auto* damage = std::get_if<SegdDamage>(&result)) return stepOverDamage(file, place, *damage);
   const SegdTrace& trace = std::get<SegdTrace>(result);
   const SegdChannelSet* set = file.record.findSet(trace.scanType, trace.channelSet);
   if (set == nullptr)
     return stepOverDamage(
-        file, place, formatText("channel set %d of scan type %d is not described", trace.channelSet, trace.scanType));
+        file, place,
+        {2, formatText("channel set %d of scan type %d is not described", trace.channelSet, trace.scanType)});
   const auto index = static_cast<std::uint32_t>(set - file.record.sets.data());
   const std::uint32_t samples = trace.samples != 0 ? trace.samples : settleSamples(file, trace, index, place);
   const std::uint64_t bytes = trace.headerBytes() + segdTraceBytes(file.record.formatCode, samples);
@@ -137,12 +138,12 @@ bool SegdWalk::stepOverTrace(SegdFieldFile& file, std::uint64_t& place) {
 
 // A trace whose header cannot be read is as long as the one before it when that leads to the next; without that the
 // rest of the field file is lost, and with it the way to the next, unless that begins here.
-bool SegdWalk::stepOverDamage(SegdFieldFile& file, std::uint64_t& place, const std::string& what) {
+bool SegdWalk::stepOverDamage(SegdFieldFile& file, std::uint64_t& place, const SegdDamage& damage) {
   if (place >= size_ || beginsFieldFile(place)) {
     file.damage.push_back({place, nextTrace(file, "it is missing")});
     return false;
   }
-  file.damage.push_back({place, nextTrace(file, what)});
+  file.damage.push_back({place + damage.byte, nextTrace(file, damage.what)});
   if (!file.traces.empty()) {
     const std::uint64_t before = file.traces.back().byte;
     const std::uint64_t length = place - before;

@@ -41,7 +41,7 @@ class SegdWalk {
   bool readHeaders(SegdFieldFile& file);
   void findTraces(SegdFieldFile& file);
   bool stepOverTrace(SegdFieldFile& file, std::uint64_t& place);
-  bool stepOverDamage(SegdFieldFile& file, std::uint64_t& place, const std::string& what);
+  bool stepOverDamage(SegdFieldFile& file, std::uint64_t& place, const SegdDamage& damage);
   std::uint32_t settleSamples(const SegdFieldFile& file, const SegdTrace& trace, std::uint32_t set,
                               std::uint64_t place);
   void findScans(SegdFieldFile& file);

@@ -6,8 +6,11 @@
 #include <sstream>
 
 #include "libkyr/byteorder.h"
+#include "libkyr/nullvalue.h"
 #include "quarlo/tapelib/formats/segdsamples.h"
 #include "quarlo/tapelib/formats/segdwalk.h"
+#include "quarlo/tapelib/frame/segdsource.h"
+#include "tests/kyr/dataset_fixture.h"
 #include "tests/segdcopy/segd_fixture.h"
 
 namespace {
@@ -133,8 +136,8 @@ TEST(SegdWalk, FindsEveryTraceAndGoesOnBehindDamage) {
       {fieldFile(7, 1) + fieldFile(8, 1), {5, 5}, "", 0},
       {file + "rest", {5}, "", 4},
       {file.substr(0, file.size() - 40) + next, {4, 5}, "348: trace 5 of 5: it is missing\n", 0},
-      {flipped, {5, 5}, "188: trace 2 of 5: the scan type of its header is no number (0A)\n", 0},
-      {lost, {0}, "128: trace 1 of 5: channel set 1 of scan type 9 is not described\n", 648},
+      {flipped, {5, 5}, "190: trace 2 of 5: the scan type of its header is no number (0A)\n", 0},
+      {lost, {0}, "130: trace 1 of 5: channel set 1 of scan type 9 is not described\n", 648},
       {badSet, {0}, "72: the number of channels is no number (000A)\n", 776},
       {badNext, {5, 0}, "415: the number of scan types is no number (FA)\n", 388},
       {"not SEG D, but long enough for a header", {0}, "2: 7420 is no format code of SEG D\n", 39},
@@ -311,6 +314,63 @@ TEST(SegdRecord, RevisionThreeIsReadAsItsHeadersSay) {
   EXPECT_EQ(std::get<SegdTrace>(readSegdTrace(trace, 3)).channel, 123456);
 }
 
+// ---- as a source --------------------------------------------------------------------------------------------------
+
+class SegdSourceTest : public DatasetTest {
+ protected:
+  static int property(const TraceInfo& header, int property) {
+    int value = 0;
+    EXPECT_EQ(GetTraceProperty(property, longIntType, gUnknownUnits, &value, &header), kyrOk);
+    return value;
+  }
+};
+
+TEST_F(SegdSourceTest, FilesOfAFolderBecomeRecords) {
+  // The second set is auxiliary and shorter; a trace of the first is dead, one has a damaged header, one is cut away.
+  std::string first = fieldFile(7);
+  first[96 + 10] = 0x20;
+  first[128 + 60 + 11] = 1;
+  std::string second = fieldFile(8);
+  second[128 + 60 + 2] = '\x0A';
+  writeFile(folder.path("b.segd"), second.substr(0, 128 + 3 * 60 + 10));
+  writeFile(folder.path("a.segd"), first + "rest");
+  SegdSource source(record.get(), {.raw = 1});
+  ASSERT_EQ(source.open(folder.path("")), 0);
+  EXPECT_TRUE(source.isDamaged());
+  EXPECT_TRUE(said("byte 190, field file 8: trace 2 of 5: the scan type of its header is no number (0A)."));
+  EXPECT_TRUE(said("byte 318, field file 8: trace 4 of 5: its header ends after 10 of 20 bytes."));
+  EXPECT_TRUE(said("The last 4 bytes of "));
+  const SeisCounts counts = seisOrgCounts(source.org());
+  EXPECT_EQ((std::array{counts.records, counts.tracesPerRecord, counts.samples}), (std::array{2, 3, 10}));
+  EXPECT_EQ(source.format().interval, 0.002);
+  EXPECT_EQ(source.position(2, 3), 248);
+  TraceInfo header;
+  std::vector<float> samples(10);
+  EXPECT_EQ(source.read(2, 2, samples.data(), &header), kyrTraceLost);
+  EXPECT_TRUE(said("byte 188, field file 8: a trace has a damaged header. It is dead."));
+  ASSERT_EQ(source.read(1, 2, samples.data(), &header), kyrOk);
+  EXPECT_EQ(property(header, trKillFlag), int{killOther});
+  EXPECT_EQ((std::array{property(header, trFieldFile), property(header, trChannel), property(header, trTraceNumber),
+                        property(header, trSegdChannelSet), property(header, trSegdYear)}),
+            (std::array{7, 2, 2, 1, 2021}));
+  EXPECT_EQ(property(header, trReceiverLine), kNullInt);
+  std::vector<float> recorded(10);
+  decodeSegdTrace(8058, std::string_view(first).substr(128 + 60 + 20), kSegdRaw, recorded);
+  EXPECT_EQ(std::memcmp(samples.data(), recorded.data(), 40), 0);
+
+  SegdSource padded(record.get(), {.auxiliary = 1, .pad = 1});
+  ASSERT_EQ(padded.open(folder.path("a.segd")), 0);
+  ASSERT_EQ(padded.read(1, 5, samples.data(), &header), kyrOk);
+  EXPECT_EQ(property(header, trTraceType), 4);
+  EXPECT_EQ(samples[9], 0.0F);
+  SegdSource unpadded(record.get(), {.auxiliary = 1});
+  ASSERT_EQ(unpadded.open(folder.path("a.segd")), 0);
+  EXPECT_TRUE(said("2 traces of channel set 2: 5 samples, 2 ms: left out, the others have 10 samples, 2 ms."));
+  EXPECT_EQ(seisOrgCounts(unpadded.org()).tracesPerRecord, 3);
+  SegdSource none(record.get(), {.sets = 1, .setList = {9}});
+  EXPECT_EQ(none.open(folder.path("a.segd")), 1);
+}
+
 // ---- recorded by others -------------------------------------------------------------------------------------------
 
 std::uint32_t crc32(std::span<const float> samples) {
@@ -332,9 +392,17 @@ std::string fact(const std::string& line, const std::string& key) {
   return line.substr(place, line.find(end, place) - place);
 }
 
-std::string listed(const std::vector<std::string>& crcs) {
+// The list of all traces' sums, as far as its bracket.
+std::string crcsOf(SegdSource& source) {
+  const SeisCounts counts = seisOrgCounts(source.org());
+  std::vector<float> samples(static_cast<std::size_t>(counts.samples));
+  TraceInfo header;
   std::string all;
-  for (const std::string& crc : crcs) all += (all.empty() ? "[\"" : ", \"") + crc + "\"";
+  for (int trace = 1; trace <= counts.tracesPerRecord; ++trace) {
+    EXPECT_EQ(source.read(1, trace, samples.data(), &header), kyrOk);
+    EXPECT_FALSE(IsDead(header));
+    all += formatText("%s\"%08x\"", trace == 1 ? "[" : ", ", crc32(samples));
+  }
   return all;
 }
 
@@ -347,32 +415,24 @@ TEST(SegdRealFiles, EverySampleIsThatOfTheIndependentReader) {
     if (fact(line, "kind") != "\"SEG D\"") continue;
     const std::string name = fact(line, "file");
     SCOPED_TRACE(name);
-    const std::string bytes = readFile(std::string(shared) + "/" + name.substr(1, name.size() - 2));
-    const Walked found = walk(bytes);
-    ASSERT_EQ(found.files.size(), 1U);
-    const SegdFieldFile& file = found.files[0];
-    EXPECT_EQ(damageOf(file), "");
-    EXPECT_EQ(file.end, bytes.size());
-    EXPECT_EQ(formatText("%d", file.record.fieldFile.value_or(-1)), fact(line, "field_file"));
-    const SegdTime time = file.record.time.value_or(SegdTime{});
+    SegdSource volts(nullptr, {});
+    SegdSource raw(nullptr, {.raw = 1});
+    ASSERT_EQ(volts.open(std::string(shared) + "/" + name.substr(1, name.size() - 2)), 0);
+    ASSERT_EQ(raw.open(std::string(shared) + "/" + name.substr(1, name.size() - 2)), 0);
+    EXPECT_FALSE(volts.isDamaged());
+    const SegdRecord& headers = volts.headersOf(1);
+    EXPECT_EQ(formatText("%d", headers.fieldFile.value_or(-1)), fact(line, "field_file"));
+    const SegdTime time = headers.time.value_or(SegdTime{});
     EXPECT_EQ(
         formatText("\"%02d-%03d %02d:%02d:%02d\"", time.year % 100, time.day, time.hour, time.minute, time.second),
         fact(line, "time"));
-    EXPECT_EQ(file.record.sourceLine ? formatText("%.1f", *file.record.sourceLine) : "null", fact(line, "source_line"));
-    std::vector<std::string> volts;
-    std::vector<std::string> raw;
-    for (const SegdTracePlace& place : file.traces) {
-      const std::span<const char> at = std::span(bytes).subspan(place.byte);
-      const SegdTrace header = std::get<SegdTrace>(readSegdTrace(at, file.record.revision));
-      std::vector<float> samples(place.samples);
-      const auto data = at.subspan(header.headerBytes());
-      decodeSegdTrace(file.record.formatCode, data, segdVolts(file.record.sets[place.set].toMillivolts), samples);
-      volts.push_back(formatText("%08x", crc32(samples)));
-      decodeSegdTrace(file.record.formatCode, data, kSegdRaw, samples);
-      raw.push_back(formatText("%08x", crc32(samples)));
-    }
-    EXPECT_EQ(listed(volts), fact(line, "trace_crc32"));
-    EXPECT_EQ(listed(raw), fact(line, "raw_trace_crc32"));
+    EXPECT_EQ(headers.sourceLine ? formatText("%.1f", *headers.sourceLine) : "null", fact(line, "source_line"));
+    const SeisCounts counts = seisOrgCounts(volts.org());
+    EXPECT_EQ(formatText("%d %d", counts.tracesPerRecord, counts.samples),
+              fact(line, "traces") + " " + fact(line, "samples"));
+    EXPECT_EQ(formatText("%.1f", volts.format().interval * 1e6), fact(line, "interval_us"));
+    EXPECT_EQ(crcsOf(volts), fact(line, "trace_crc32"));
+    EXPECT_EQ(crcsOf(raw), fact(line, "raw_trace_crc32"));
     ++files;
   }
   EXPECT_GE(files, 11);
