@@ -62,3 +62,5 @@ int TInitialPhase(ProcessRecord* record, int* inputParams, int* outputParams) {
 int TMainPhase(ProcessRecord* /*record*/) { return theRun ? theRun->work() : 1; }
 
 int TFinalPhase(ProcessRecord* /*record*/) { return theRun ? theRun->end() : 1; }
+
+int TOpenSource(ProcessRecord* /*record*/, int* /*inputParams*/) { return 0; }
