@@ -32,20 +32,28 @@ void goToStartUp() {
   if (home != nullptr && xvt_fsys_convert_str_to_dir(home, &directory)) xvt_fsys_set_dir(&directory);
 }
 
-/// The modules' names below `home` ("": the start-up directory). The working directory is the start-up directory then.
-std::vector<std::string> filesBelow(const std::string& home) {
+/// The names of files, or of directories, that a module could have below `home` ("": the start-up directory). The
+/// working directory is the start-up directory then.
+std::vector<std::string> listedBelow(const std::string& home, bool directories) {
   std::vector<std::string> names;
   DIRECTORY directory{};
   goToStartUp();
   if (!xvt_fsys_convert_str_to_dir(joinPath(home, DLLDirectory).c_str(), &directory) || !xvt_fsys_set_dir(&directory))
     return names;
-  SLIST files = xvt_fsys_list_files("io*.so", false);
+  SLIST files = xvt_fsys_list_files("io*.so", directories);
   goToStartUp();
   if (files == nullptr) return names;
   for (SLIST_ELT file = xvt_slist_get_first(files); file != nullptr; file = xvt_slist_get_next(files, file))
     names.emplace_back(xvt_slist_get_text(files, file));
   xvt_slist_destroy(files);
+  std::erase(names, "..");
   return names;
+}
+
+/// With the directories behind the files: they are no modules, and the user is told so.
+std::vector<std::string> withDirectories(std::vector<std::string> files, const std::string& home) {
+  for (std::string& directory : listedBelow(home, true)) files.push_back(std::move(directory));
+  return files;
 }
 
 // ---- who can write ----------------------------------------------------------------------------------------------
@@ -87,20 +95,20 @@ std::string faultOf(const fs::path& path) {
 
 std::vector<std::string> findModuleFiles() {
   homeOfModules = {};
-  std::vector<std::string> names = filesBelow("");
-  if (!names.empty()) return names;
+  std::vector<std::string> names = listedBelow("", false);
+  if (!names.empty()) return withDirectories(std::move(names), "");
   // Where it is built, "lib" stands beside the program; installed, the program stands in bin, beside lib/quarlo.
   const fs::path program = programFolder();
   for (const fs::path& home : {program, program.parent_path() / "lib/quarlo"}) {
     DIRECTORY directory{};
     if (program.empty() || !xvt_fsys_convert_str_to_dir(home.c_str(), &directory)) continue;
-    names = filesBelow(home);
+    names = listedBelow(home, false);
     if (names.empty()) continue;
     homeOfModules = directory;
     console_printf("Format modules are taken from %s.", (home / DLLDirectory).c_str());
-    break;
+    return withDirectories(std::move(names), home);
   }
-  return names;
+  return withDirectories({}, "");
 }
 
 const DIRECTORY& moduleHome() { return homeOfModules; }

@@ -12,7 +12,7 @@ extern char DLLDirectory[4];
 /// Looks for files that could be modules: "io*.so" in "lib" below the start-up directory (KYRHOME where that is set);
 /// where there is none, in "lib" beside the program, which is then the modules' home and is told on the console. The
 /// working directory is then the start-up directory.
-/// @return their names, sorted
+/// @return their names, sorted, those of directories behind them
 std::vector<std::string> findModuleFiles();
 
 /// The home of the modules that were found last; empty for the working directory.
