@@ -40,11 +40,15 @@ typedef struct ProcessRecord ProcessRecord;
 /// Room for a display name, its terminating zero included.
 enum { KYR_NAME_SIZE = 32 };
 
-/// Identifiers and names by which the program itself knows two modules: only these two are offered as output formats,
-/// the first of each name.
-enum { KYR_ID_SEGY = 0, KYR_ID_DATASET = 1 };
+/// Identifiers by which the program itself knows modules, and the names of the two of them that it offers as output
+/// formats, the first module of each name.
+enum { KYR_ID_SEGY = 0, KYR_ID_DATASET = 1, KYR_ID_SEGD = 10 };
 #define KYR_NAME_SEGY "SEG Y"
 #define KYR_NAME_DATASET "Kyr"
+
+/// In place of an output format's identifier: the input is only checked. The modules KYR_ID_SEGY and KYR_ID_SEGD are
+/// asked for that.
+enum { KYR_CHECK_RUN = 999999 };
 
 // ---- what it is -------------------------------------------------------------------------------------------------
 
@@ -65,10 +69,22 @@ KYR_MODULE_ENTRY void AllocOutputMemory(int* size);
 KYR_MODULE_ENTRY void GetInputDefaultParameters(int* params, int* paramDlg, int* disk, int* tape);
 KYR_MODULE_ENTRY void GetOutputDefaultParameters(int* params, int* paramDlg, int* disk, int* tape);
 
+/// What PostInputDialog of the module with the identifier 0 is given, and what its PostOutputDialog. The records hold
+/// only during the call, and so do the other module's pointers in them.
+typedef struct KyrSegyInputRecord {
+  int* inputParams;  ///< its input block
+  int outputId;      ///< the uniqueId of the output format
+} KyrSegyInputRecord;
+typedef struct KyrSegyOutputRecord {
+  int inputId;        ///< the uniqueId of the input format
+  int* outputParams;  ///< its output block
+  int* inputParams;   ///< the input module's block
+} KyrSegyOutputRecord;
+
 /// Shows the parameter dialog on the block and returns when the user is done.
 ///
-/// The module with the identifier 0 gets pointers instead: for its input {its input block, the uniqueId of the output
-/// format}; for its output {the uniqueId of the input format, its output block, the input block}.
+/// The module with the identifier 0 gets the address of a record in place of its block: KyrSegyInputRecord and
+/// KyrSegyOutputRecord.
 KYR_MODULE_ENTRY void PostInputDialog(int* params);
 KYR_MODULE_ENTRY void PostOutputDialog(int* params);
 
@@ -78,9 +94,9 @@ KYR_MODULE_ENTRY void DestroyOutputMemory(int* params);
 
 // ---- a run ------------------------------------------------------------------------------------------------------
 // The module chosen for the input is run; it writes the output in the format of record->diskFileOutputType, whose
-// parameters are in outputParams. (The value 999999 asks the modules 0 and 10 for a single run.) The three phases come
-// in this order. A phase answers 0 for success; anything else ends the run as failed, without the phases that are left:
-// who fails cleans up first, and has said why on the console.
+// parameters are in outputParams. With KYR_CHECK_RUN it reads all of the input, writes nothing and tells on the console
+// what a run would make. The three phases come in this order. A phase answers 0 for success; anything else ends the run
+// as failed, without the phases that are left: who fails cleans up first, and has said why on the console.
 
 /// Opens input and output. The blocks stay where they are until the run's end.
 KYR_MODULE_ENTRY int TInitialPhase(ProcessRecord* record, int* inputParams, int* outputParams);

@@ -13,6 +13,7 @@ extern const std::span<const DLG_RES> kTapeDialogs;      ///< control, spacing, 
 extern const std::span<const DLG_RES> kCopyDialogs;      ///< copy and its parameters, verify
 extern const std::span<const DLG_RES> kSegyDialogs;      ///< SEG Y copy settings
 extern const std::span<const DLG_RES> kSegdDialogs;      ///< SEG D copy settings
+extern const std::span<const DLG_RES> kReformatDialogs;  ///< data reformat
 extern const std::span<const DLG_RES> kDumpDialogs;      ///< tape dump, file dump
 
 extern const std::span<const MENU_RES> kQuarloMenus;

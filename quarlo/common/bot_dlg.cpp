@@ -35,8 +35,10 @@ constexpr ControlAction kActions[] = {{TP_OK, xvt_vobj_destroy}, {TP_REWIND, rew
 
 }  // namespace
 
+void checkInputBOT(UnitStruct* units) { warnUnlessAtBeginning(units, 0); }
+
 void checkBOT(UnitStruct* units) {
-  warnUnlessAtBeginning(units, 0);
+  checkInputBOT(units);
   if (units[1].type != UT_TAPE) return;
   for (int uNum = 1; uNum <= units->nOutputs && uNum < kMaxUnits; ++uNum) warnUnlessAtBeginning(units, uNum);
 }

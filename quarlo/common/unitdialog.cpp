@@ -83,7 +83,7 @@ void UnitDialog::start(WINDOW dialog, const std::function<int(const int& stopped
   run(dialog, &stopped, [&] { return job(stopped); });
 }
 
-void UnitDialog::run(WINDOW dialog, int* stopFlag, const std::function<int()>& job) {
+void UnitDialog::run(WINDOW dialog, int* stopFlag, const std::function<int()>& job, int (*endUnits)()) {
   const RunningJob place(stopFlag);  // what waits for the job's end comes behind all else of it
   int result = JOB_FAILED;
   {
@@ -95,7 +95,7 @@ void UnitDialog::run(WINDOW dialog, int* stopFlag, const std::function<int()>& j
     });
     if (!through) runGuarded(logFailed);
     int atEnd = JOB_FAILED;
-    runGuarded([&] { atEnd = parts_.endUnits(); });
+    runGuarded([&] { atEnd = endUnits != nullptr ? endUnits() : parts_.endUnits(); });
     if (atEnd != 0 && result == JOB_OK) result = JOB_FAILED;
   }
   word_ = wordFor(result);

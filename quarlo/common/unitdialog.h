@@ -64,7 +64,8 @@ class UnitDialog {
   /// and is a failure. Behind the job its units are ended, and what waited for the end of jobs is done.
   /// @param stopFlag as for RunningJob
   /// @param job answers JOB_OK, or JOB_NOT_BEGUN to end "Idle"; all else is a failure
-  void run(WINDOW dialog, int* stopFlag, const std::function<int()>& job);
+  /// @param endUnits the units' end behind this run where it is not the dialog's usual one
+  void run(WINDOW dialog, int* stopFlag, const std::function<int()>& job, int (*endUnits)() = nullptr);
 
  private:
   void close(WINDOW dialog) const;

@@ -1,7 +1,6 @@
 #include "quarlo/copy/copy_dlg.h"
 
 #include <cerrno>
-#include <utility>
 
 #include "libkyr/text.h"
 #include "quarlo/common/bot_dlg.h"
@@ -65,8 +64,7 @@ std::string inputLabel() { return input().state == 1 ? input().name : "No input 
 
 std::string outputLabel() {
   if (output().state != 1) return "No output chosen";
-  return output().type == UT_TAPE && ioUnit->nOutputs > 1 ? formatText("%d Tape Drives", ioUnit->nOutputs)
-                                                          : output().name;
+  return output().type == UT_TAPE ? outputTapesName(ioUnit) : output().name;
 }
 
 bool isReady() { return input().state == 1 && output().state == 1; }
@@ -79,18 +77,13 @@ void showState(WINDOW dialog, COPY_STATE state) {
 
 int closeInput() { return closeUnit(ioUnit, 0); }
 
-int closeOutput() { return output().type == UT_DISK ? closeDiskUnit(&output()) : tlv_tape_close(ioUnit, kAllOutputs); }
-
-void rewindOutputs() {
-  for (int uNum = 1; uNum <= ioUnit->nOutputs; ++uNum)
-    if (ioUnit[uNum].state == 1) tlv_rewind(ioUnit, uNum);
-}
+int closeOutput() { return closeOutputs(ioUnit); }
 
 /// The ordinary end of every job's units. @return nonzero when an output reported an error at the last moment
 int closeAfterJob() {
   if (input().type == UT_TAPE && input().state == 1 && !input().inputNoRewind) tlv_rewind(ioUnit, 0);
   closeInput();
-  if (output().type == UT_TAPE && !ioUnit->outputNoRewind) rewindOutputs();
+  if (output().type == UT_TAPE && !ioUnit->outputNoRewind) rewindOutputs(ioUnit);
   return closeOutput();
 }
 
@@ -110,20 +103,12 @@ void showChange(WINDOW dialog) { theDialog.showChange(dialog); }
 
 // ---- choosing ---------------------------------------------------------------------------------------------------
 
-/// Opens all chosen outputs; failures are reported also in automatic mode.
-void openOutputs() {
-  const bool automatic = std::exchange(output().autoMode, false);
-  tlv_tape_open(ioUnit, kAllOutputs);
-  output().autoMode = automatic;
-  if (automatic && output().hasAutoLoader) tlvInitLoader(ioUnit, kAllOutputs);
-}
-
 void chooseInputTape(WINDOW dialog) { theDialog.chooseInputTape(dialog, ioUnit); }
 
 void chooseOutputTape(WINDOW dialog) {
   if (theDialog.takes(dialog, chooseOutputDrives(ioUnit))) {
     closeOutput();
-    openOutputs();
+    openChosenOutputs(ioUnit);
     showChange(dialog);
   }
 }
@@ -226,20 +211,8 @@ void editParameters(WINDOW dialog) {
     showChange(dialog);
 }
 
-long errorOptions(WINDOW dialog, EVENT* event) {
-  if (event->type == E_CREATE) setControlText(dialog, ERR_HINT, format().badBlocks);
-  return ErrorDlg_eh(dialog, event);
-}
-
-/// That dialog edits one word over four flags; the three that are not its own are set again after it.
-void editErrorOptions(WINDOW /*dialog*/) {
-  const bool inputStays = ioUnit->inputNoRewind;
-  const bool outputStays = ioUnit->outputNoRewind;
-  const bool several = ioUnit->useMultipleOut;
-  runModal(DLG_ERROR_OPTIONS, errorOptions, &input().inputAbort);
-  ioUnit->inputNoRewind = inputStays;
-  ioUnit->outputNoRewind = outputStays;
-  ioUnit->useMultipleOut = several;
+void chooseErrorOptions(WINDOW /*dialog*/) {
+  if (!editErrorOptions(ioUnit, format().badBlocks)) xvt_dm_post_error("Error opening dialog");
 }
 
 /// From Start to the last word in the dialog. The program, or the dialog, may be asked to go meanwhile: both wait.
@@ -262,7 +235,7 @@ constexpr ControlAction kActions[] = {
     {CP_OUTPUT_TAPE, chooseOutputTape},
     {CP_OUTPUT_DISK, chooseOutputDisk},
     {CP_PARAMETERS, editParameters},
-    {CP_ERROR_OPTIONS, editErrorOptions},
+    {CP_ERROR_OPTIONS, chooseErrorOptions},
 };
 
 // ---- events -----------------------------------------------------------------------------------------------------

@@ -8,6 +8,7 @@
 #include "quarlo/copy/vrfy_dlg.h"
 #include "quarlo/dump/fdmp_dlg.h"
 #include "quarlo/dump/tdmp_dlg.h"
+#include "quarlo/reformat/rfmt_dlg.h"
 #include "quarlo/tapelib/dialogs/dialogevents.h"
 #include "resources/ids.h"
 
@@ -28,7 +29,8 @@ constexpr JobButton kButtons[] = {
     {MAIN_TAPE_DUMP, DLG_TAPE_DUMP, tapeDumpDlg_eh, "Tape dump", "Error opening Tape Analysis dialog", &gTAnlsWindowUp,
      false},
     {MAIN_IMAGE_COPY, DLG_COPY, CopyDialog_eh, "Image copy", "Error opening Image Copy dialog", nullptr, true},
-    {MAIN_REFORMAT, DLG_REFORMAT, nullptr, "Data reformat", "Error opening Data Reformat dialog", nullptr, false},
+    {MAIN_REFORMAT, DLG_REFORMAT, ReformatDialog_eh, "Data reformat", "Error opening Data Reformat dialog", nullptr,
+     true},
     // Named after the copy on purpose: both are the image copy's dialogs to those who read the message.
     {MAIN_VERIFY, DLG_VERIFY, VerifyDialog_eh, "Verify", "Error opening Image Copy dialog", nullptr, true},
     {MAIN_MERGE, DLG_MERGE, nullptr, "Dataset merge", "Error opening Kyr File Merge dialog", nullptr, false},

@@ -85,7 +85,7 @@ TEST_F(Shell, EveryButtonOfTheMainDialogAnswers) {
     if (main.items[n].kind != IK_PUSH) continue;
     const std::size_t before = toolkit.opened.size() + toolkit.notes.size() + toolkit.errors.size();
     toolkit.press(gMainDialogWindow, main.items[n].id);
-    EXPECT_EQ(toolkit.opened.size() + toolkit.notes.size() + toolkit.errors.size(), before + 1) << main.items[n].name;
+    EXPECT_GT(toolkit.opened.size() + toolkit.notes.size() + toolkit.errors.size(), before) << main.items[n].name;
   }
 }
 
