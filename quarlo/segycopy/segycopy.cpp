@@ -57,6 +57,7 @@ class SegyCopy {
   bool mayWriteVolumes();
   bool prepareRangeLimit();
   bool openInput();
+  void lendTracesOf(std::unique_ptr<SegyInput> input);
   bool goOn();
   bool copyHeaders();
   bool writeHeaders();
@@ -108,6 +109,7 @@ class SegyCopy {
   VolumeState volume_;
   SampleFacts previousFacts_;
   std::optional<double> fieldFile_;
+  bool lossIsTold_ = false;
   bool failed_ = false;
   bool stopped_ = false;
 };
@@ -214,7 +216,7 @@ bool SegyCopy::prepareRangeLimit() {
 
 bool SegyCopy::openInput() {
   if (inputIsTape()) {
-    input_ = std::make_unique<SegyTapeInput>(units_);
+    lendTracesOf(std::make_unique<SegyTapeInput>(units_));
     if (SgyParams.multipleIn && !SgyParams.concatInputs) console_printf("Output file 1: %s", units_[1].name);
     return true;
   }
@@ -225,8 +227,17 @@ bool SegyCopy::openInput() {
   }
   auto disk = std::make_unique<SegyDiskInput>(units_, files_);
   const bool opened = disk->open();
-  input_ = std::move(disk);
+  lendTracesOf(std::move(disk));
   return opened;
+}
+
+/// What becomes of the traces holds on to them until the input needs their place.
+void SegyCopy::lendTracesOf(std::unique_ptr<SegyInput> input) {
+  input_ = std::move(input);
+  if (store_)
+    input_->beforeRefill = [this] { store_->takeOver(); };
+  else
+    input_->beforeRefill = [this] { output_.takeOver(); };
 }
 
 /// Both headers are read before the first is written: an input that cannot be copied leaves no beginning of an output.
@@ -303,6 +314,7 @@ bool SegyCopy::writeTrace(std::span<const char> trace) {
 
 /// Takes back what the output accepted and could not keep, and names the first trace of it.
 bool SegyCopy::writeFailed() {
+  lossIsTold_ = true;
   const LostOutput& lost = output_.lost();
   tracesHanded_ -= lost.traces;
   if (!SgyParams.sort) tracesWritten_ -= lost.traces;
@@ -409,6 +421,7 @@ bool SegyCopy::outputPhase() {
   if (!store_->readBinary(&header)) return fail();
   if (!output_.writeHeader(header)) return fail("  *** Error writing binary header to output device.");
   if (!store_->sortIndex()) return fail();
+  store_->beforeRefill = [this] { output_.takeOver(); };
   console_out("Starting Output Phase...");
   logBlank();
   for (int place = 0; place < store_->count(); ++place)
@@ -429,10 +442,9 @@ bool SegyCopy::writeSorted(int place) {
 // ---- the end ----------------------------------------------------------------------------------------------------
 
 void SegyCopy::finish() {
-  const int lostBefore = output_.lost().traces;
   if (!output_.finish(failed_ || stopped_ ? JobEnd::CutShort : JobEnd::Success)) {
     failed_ = true;
-    if (output_.lost().traces > lostBefore) writeFailed();
+    if (output_.lost().traces > 0 && !lossIsTold_) writeFailed();
   }
   failed_ = (store_ && !store_->save()) || failed_;
   if (failed_) logFailed();

@@ -55,7 +55,9 @@ DirectoryFiles listSegyFiles(const DIRECTORY& directory, const std::string& outp
 }
 
 SegyDiskInput::SegyDiskInput(UnitStruct* allUnits, std::vector<std::string> files)
-    : SegyInput(allUnits), TheList(std::move(files)) {}
+    : SegyInput(allUnits), TheList(std::move(files)) {
+  reader_.beforeRefill = [this] { letGo(); };
+}
 
 bool SegyDiskInput::open() {
   if (!TheList.empty()) return openListed();
@@ -156,6 +158,7 @@ int SegyDiskInput::percent(double bytesRead) const {
 SegyTapeInput::SegyTapeInput(UnitStruct* allUnits) : SegyInput(allUnits), reader_(allUnits, kRetryWords) {}
 
 bool SegyTapeInput::readHeader(const char* name, std::vector<char>* header) {
+  letGo();
   const TapeRead read = reader_.readOnce();
   if (read.kind == TapeRead::Kind::Block) return assign(header, read.in(units_->ioBuffer));
   console_printf(read.failed() ? "  *** Error reading %s header from input tape."
@@ -177,6 +180,7 @@ bool SegyTapeInput::readBinary() {
 }
 
 SegyItem SegyTapeInput::next(std::span<const char>* trace) {
+  letGo();
   const TapeRead read = reader_.read();
   switch (read.kind) {
     case TapeRead::Kind::Block:

@@ -1,6 +1,7 @@
 /// Where a SEG Y copy reads: one file, the SEG Y files of a directory, or tapes.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -41,12 +42,15 @@ class SegyInput {
   // The headers of the first input. @return false after a console line
   virtual bool readEbcdic() = 0;
   virtual bool readBinary() = 0;
-  /// @param trace receives a trace, valid until the next call
+  /// @param trace receives a trace, whose bytes stay until beforeRefill
   virtual SegyItem next(std::span<const char>* trace) = 0;
   /// How far the job is, in percent; tapes do not know.
   virtual int percent(double /*bytesRead*/) const { return 0; }
   /// Names what could not be read of tapes.
   virtual void tellOfLost() const {}
+
+  /// Called before traces that were handed out are overwritten; empty for nobody.
+  std::function<void()> beforeRefill;
 
   int inputs() const { return begun_; }
   int ReelSize() const { return static_cast<int>(EbcdicHdr.size()); }
@@ -60,6 +64,9 @@ class SegyInput {
  protected:
   /// Takes what the binary header says. @return false after a console line when it is too short for that
   bool takeBinary(std::span<const char> header);
+  void letGo() const {
+    if (beforeRefill) beforeRefill();
+  }
 
   UnitStruct* units_;
   int begun_ = 0;

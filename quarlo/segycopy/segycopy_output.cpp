@@ -21,11 +21,19 @@ SegyOutput::SegyOutput(UnitStruct* allUnits, const FileSet& allInputs) : units_(
   disk_.begin(units_[1].fp, units_[1].name);
 }
 
-bool SegyOutput::write(std::span<const char> piece, bool isTrace) {
-  if (!isTape()) return disk_.write(piece, isTrace);
+bool SegyOutput::writeTape(std::span<const char> piece) const {
   const int bytes = static_cast<int>(piece.size());
-  if (tlv_tape_write(units_, kAllOutputs, piece.data(), bytes) >= bytes) return true;
-  gone_ = {isTrace ? 1 : 0, isTrace ? static_cast<double>(bytes) : 0, 0};
+  return tlv_tape_write(units_, kAllOutputs, piece.data(), bytes) >= bytes;
+}
+
+bool SegyOutput::writeHeader(const std::vector<char>& header) {
+  return isTape() ? writeTape(header) : disk_.write(header, false);
+}
+
+bool SegyOutput::writeTrace(std::span<const char> trace) {
+  if (!isTape()) return disk_.writeLent({}, trace, true);
+  if (writeTape(trace)) return true;
+  gone_ = {1, static_cast<double>(trace.size()), 0};
   return false;
 }
 

@@ -24,8 +24,13 @@ class SegyOutput {
 
   bool isTape() const { return units_[1].type == UT_TAPE; }
   /// @return false when the disk or tape took it not: lost() says what went with it
-  bool writeHeader(const std::vector<char>& header) { return write({header.data(), header.size()}, false); }
-  bool writeTrace(std::span<const char> trace) { return write(trace, true); }
+  bool writeHeader(const std::vector<char>& header);
+  /// @param trace its bytes stay where they are until takeOver(); a failure may show at the next one
+  bool writeTrace(std::span<const char> trace);
+  /// Takes over what is left of traces; a failure shows at the next one.
+  void takeOver() {
+    if (!isTape()) disk_.settle();
+  }
   const LostOutput& lost() const { return isTape() ? gone_ : disk_.lost(); }
 
   /// Names of further volumes, up to number `last`, that stand on disk already and are no inputs, in order.
@@ -42,7 +47,7 @@ class SegyOutput {
   bool finish(JobEnd end);
 
  private:
-  bool write(std::span<const char> piece, bool isTrace);
+  bool writeTape(std::span<const char> piece) const;
   bool flush() { return isTape() || disk_.flush(); }
   void startSync();
   std::string volumeName(int index) const { return baseName_ + formatText("%.3d.sgy", index); }

@@ -17,7 +17,7 @@
 namespace {
 
 constexpr const char* kIndexName = "SegyCopy.idx";
-constexpr std::size_t kBatchBytes = std::size_t{1} << 20;
+constexpr std::size_t kBatchBytes = std::size_t{512} * 1024;
 constexpr double kSecondsApart = 60;  // the last writes to both files of a sort, on a disk however busy
 
 std::string absolutePath(const std::string& path) {
@@ -147,11 +147,12 @@ bool SortStore::mayEmpty() const {
 }
 
 bool SortStore::empty() {
-  if (traceTemp_.empty()) traceFile_ = std::make_unique<LargeFile>(traceTemp_.path().c_str(), "r+b");
-  if (traceFile_ == nullptr || !traceFile_->IsValid() || !traceTemp_.isInPlace()) {
+  if (traceTemp_.empty()) traceFile_ = openFile(traceTemp_.path().c_str(), "r+b", 0);
+  if (traceFile_ == nullptr || !traceTemp_.isInPlace()) {
     console_printf("  *** Error creating temporary file %s.", tracePath_.c_str());
     return false;
   }
+  disk_.begin(traceFile_.get(), tracePath_.c_str());
   if (indexTemp_.empty()) indexFile_ = openFile(indexTemp_.path().c_str(), "r+b");
   return (indexFile_ != nullptr && indexTemp_.isInPlace()) || say("  *** Error creating SegyCopy.idx file.");
 }
@@ -160,7 +161,8 @@ bool SortStore::empty() {
 
 bool SortStore::addHeader(const std::vector<char>& header, const char* traceFileError, const char* indexError) {
   const int bytes = static_cast<int>(header.size());
-  if (traceFile_->Write(header.data(), bytes) != bytes) return say(traceFileError);
+  if (!disk_.write(header, false)) return say(traceFileError);
+  written_ += bytes;
   return std::fwrite(&bytes, sizeof bytes, 1, indexFile_.get()) == 1 || say(indexError);
 }
 
@@ -180,24 +182,26 @@ bool SortStore::addTrace(std::span<const char> trace) {
   const SortItem item = {HeaderKey{params.sortPrimByte, params.sortPrimType}.in(trace.data()),
                          HeaderKey{params.sortSecByte, params.sortSecType}.in(trace.data()),
                          params.useTertiary ? HeaderKey{params.sortTerByte, params.sortTerType}.in(trace.data()) : 0.0,
-                         traceFile_->GetPos(), static_cast<int>(trace.size())};
+                         written_, static_cast<int>(trace.size())};
   if (unflushed_ + trace.size() > kStreamBufferSize && !flush()) return false;
-  if (kept_ == INT_MAX || traceFile_->Write(trace.data(), item.size) != item.size) {
-    console_printf("  *** Error writing sort trace %d to temporary file", kept_ + 1);
-    return false;
-  }
+  if (kept_ == INT_MAX || !disk_.writeLent({}, trace, true)) return sayLost(1);
+  written_ += item.size;
   if (std::fwrite(&item, sizeof item, 1, indexFile_.get()) != 1) return say("  *** Error writing to index file");
   unflushed_ += trace.size();
   return ++kept_ > 1 || flush();
 }
 
+/// Names the first trace that was lost. @param refused how many of them were not accepted
+bool SortStore::sayLost(int refused) const {
+  const double first = static_cast<double>(kept_) + refused - std::max(disk_.lost().traces, 1) + 1;
+  console_printf("  *** Error writing sort trace %.0f to temporary file", std::max(first, 1.0));
+  return false;
+}
+
 /// In step, so that a killed program's files are known again.
 bool SortStore::flush() {
   unflushed_ = 0;
-  if (!traceFile_->Flush()) {
-    console_printf("  *** Error writing sort trace %d to temporary file", std::max(kept_, 1));
-    return false;
-  }
+  if (!disk_.flush()) return sayLost(0);
   return std::fflush(indexFile_.get()) == 0 || say("  *** Error writing to index file");
 }
 
@@ -205,11 +209,8 @@ bool SortStore::flush() {
 
 bool SortStore::reopen() {
   // The buffers' last bytes go to the disk only here.
-  if (!traceFile_->Close()) {
-    console_printf("  *** Error writing sort trace %d to temporary file", std::max(kept_, 1));
-    traceFile_.reset();
-    return false;
-  }
+  if (!flush()) return false;
+  if (!closeFile(traceFile_)) return sayLost(0);
   if (SgyParams.keepSortFile) sync_.add(traceTemp_.descriptor(), traceTemp_.path());
   if (!closeFile(indexFile_)) return say("  *** Error writing to index file");
   traces_ = openFile(traceTemp_.path().c_str(), "rb", 0);
@@ -224,9 +225,9 @@ bool SortStore::reopen() {
 }
 
 bool SortStore::save() {
-  if (!SgyParams.keepSortFile || traceFile_ == nullptr) return true;
-  if (traceFile_->IsValid()) {  // the job ended before its output
-    if (!traceFile_->Flush()) return say(diskErrorText(tracePath_, traceFile_->Error()).c_str());
+  if (!SgyParams.keepSortFile) return true;
+  if (traceFile_) {  // the job ended before its output
+    if (!disk_.flush()) return say(diskErrorText(tracePath_, errno).c_str());
     sync_.add(traceTemp_.descriptor(), traceTemp_.path());
   }
   return sync_.wait([](const DiskSync::Failure& failure) { say(diskErrorText(failure).c_str()); });
@@ -272,12 +273,12 @@ bool SortStore::isSound(const SortItem& item) const {
 
 /// Fills the batch from `place` on. Traces that lie one after another are read in one piece.
 bool SortStore::loadFrom(int place) {
-  batch_.clear();
+  if (beforeRefill) beforeRefill();
   batchFirst_ = place;
   batchPlace_ = 0;
+  std::size_t filled = 0;
   int next = place;
-  while (next < kept_ &&
-         (next == place || batch_.size() + static_cast<std::size_t>(itemAt(next).size) <= kBatchBytes)) {
+  while (next < kept_ && (next == place || filled + static_cast<std::size_t>(itemAt(next).size) <= kBatchBytes)) {
     const SortItem& first = itemAt(next);
     if (!isSound(first)) break;
     std::size_t bytes = 0;
@@ -286,11 +287,11 @@ bool SortStore::loadFrom(int place) {
       ++next;
     } while (next < kept_ && isSound(itemAt(next)) &&
              itemAt(next).offset == first.offset + static_cast<double>(bytes) &&
-             batch_.size() + bytes + static_cast<std::size_t>(itemAt(next).size) <= kBatchBytes);
-    const std::size_t before = batch_.size();
-    batch_.resize(before + bytes);
-    if (readAt(fileno(traces_.get()), batch_.data() + before, bytes, static_cast<std::uint64_t>(first.offset)) != bytes)
+             filled + bytes + static_cast<std::size_t>(itemAt(next).size) <= kBatchBytes);
+    if (batch_.size() < filled + bytes) batch_.resize(std::max(filled + bytes, kBatchBytes));
+    if (readAt(fileno(traces_.get()), batch_.data() + filled, bytes, static_cast<std::uint64_t>(first.offset)) != bytes)
       return false;
+    filled += bytes;
   }
   batchEnd_ = next;
   return next > place;

@@ -4,7 +4,7 @@
 
 #include <sys/types.h>
 
-#include <memory>
+#include <functional>
 #include <span>
 #include <string>
 #include <vector>
@@ -13,8 +13,8 @@
 #include "libkyr/files.h"
 #include "quarlo/segycopy/segysort.h"
 #include "quarlo/tapelib/frame/inputfiles.h"
+#include "quarlo/tapelib/frame/piecewriter.h"
 #include "quarlo/tapelib/frame/tempfile.h"
-#include "quarlo/tapelib/largefile.h"
 
 /// An index record: key values of a trace and where it lies in the temporary trace file. It stands in the index file as
 /// it does in memory.
@@ -49,7 +49,10 @@ class SortStore {
   Created create(FileSet* taken);
   bool addEbcdic(const std::vector<char>& header);
   bool addBinary(const std::vector<char>& header);
+  /// @param trace its bytes stay where they are until takeOver()
   bool addTrace(std::span<const char> trace);
+  /// Takes over what is left of traces; a failure shows at the next one.
+  void takeOver() { disk_.settle(); }
 
   /// Ends writing and opens both files for reading.
   bool reopen();
@@ -60,9 +63,11 @@ class SortStore {
   /// Reads the index and brings it into the order of the keys.
   bool sortIndex();
   int count() const { return kept_; }
-  /// The trace at place `place` (from 0) of the output, valid until the next call; places are asked for in order.
-  /// Empty when it could not be read.
+  /// The trace at place `place` (from 0) of the output, whose bytes stay until beforeRefill; places are asked for in
+  /// order. Empty when it could not be read.
   std::span<const char> trace(int place);
+  /// Called before traces that were handed out are overwritten; empty for nobody.
+  std::function<void()> beforeRefill;
 
  private:
   static bool claim(TempFile* file, const std::string& path, const char* failure);
@@ -71,6 +76,7 @@ class SortStore {
   bool mayEmpty() const;
   bool empty();
   bool flush();
+  bool sayLost(int refused) const;
   bool addHeader(const std::vector<char>& header, const char* traceFileError, const char* indexError);
   bool readHeader(const char* name, std::vector<char>* header);
   const SortItem& itemAt(int place) const;
@@ -81,7 +87,9 @@ class SortStore {
   std::string indexPath_;
   TempFile traceTemp_;
   TempFile indexTemp_;
-  std::unique_ptr<LargeFile> traceFile_;  // while it is written
+  FileHandle traceFile_;                           // while it is written
+  PieceWriter disk_{[](const char* /*line*/) {}};  // whose failures are told here
+  double written_ = 0;                             // bytes of the trace file
   FileHandle indexFile_;
   FileHandle traces_;  // while it is read
   DiskSync sync_;      // of a trace file that is kept
@@ -90,7 +98,7 @@ class SortStore {
   std::size_t unflushed_ = 0;  // bytes of traces that an end of the program would lose
   int kept_ = 0;
   std::vector<SortItem> items_;
-  std::vector<char> batch_;  // traces from place batchFirst on, in output order
+  std::vector<char> batch_;  // begins with traces from place batchFirst on, in output order
   int batchFirst_ = 0;
   int batchEnd_ = 0;
   std::size_t batchPlace_ = 0;

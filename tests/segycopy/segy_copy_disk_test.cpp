@@ -21,10 +21,10 @@ constexpr std::size_t TRACE = 240 + 4 * SAMPLES;
 /// A trace of the usual length.
 std::string trace(int serial, const TraceWords& words = {}) { return segyTrace(words, SAMPLES, serial); }
 
-std::vector<std::string> numbered(int first, int last) {
+std::vector<std::string> numbered(int first, int last, int step = 1, int samples = SAMPLES) {
   std::vector<std::string> traces;
-  for (int serial = first; serial <= last; ++serial) {
-    traces.push_back(trace(serial, {serial, 1, serial, serial % 3}));
+  for (int serial = first; serial <= last; serial += step) {
+    traces.push_back(segyTrace({serial, 1, serial, serial % 3}, samples, serial));
   }
   return traces;
 }
@@ -590,23 +590,42 @@ class FileLimit {
 };
 
 TEST_F(SegyDiskTest, AFullDiskLeavesWholeTracesAndATrueCount) {
-  makeInput(numbered(1, 3000));
-  for (const rlim_t room : {rlim_t{3600 + 10 * TRACE + 100}, rlim_t{3600 + 2000 * TRACE + 7}}) {
-    openInputFile("in.sgy");
-    openOutputFile("out.sgy");
-    int result = JOB_OK;
-    {
-      const FileLimit limit(room);
-      result = run();
+  for (const int samples : {SAMPLES, 1000}) {
+    writeFile(folder.path("in.sgy"), segyFile(numbered(1, 3000, 1, samples), samples));
+    const std::size_t bytes = 240 + 4 * static_cast<std::size_t>(samples);
+    for (const std::size_t kept : {10, 2000, 2999}) {
+      openInputFile("in.sgy");
+      openOutputFile("out.sgy");
+      int result = JOB_OK;
+      {
+        const FileLimit limit(3600 + kept * bytes + 100);
+        result = run();
+      }
+      EXPECT_EQ(result, JOB_FAILED);
+      EXPECT_EQ(output().size(), 3600 + kept * bytes);
+      EXPECT_EQ(count("  *** Error writing to disk file \"out.sgy\": File too large."), 1);
+      EXPECT_EQ(count("  *** Error writing trace " + std::to_string(kept + 1) + " to output device."), 1);
+      EXPECT_TRUE(consoleHas(std::to_string(kept) + " traces written."));
+      EXPECT_TRUE(consoleHas(std::to_string(kept * bytes) + " bytes written."));
     }
-    EXPECT_EQ(result, JOB_FAILED);
-    const std::size_t kept = (room - 3600) / TRACE;
-    EXPECT_EQ(output().size(), 3600 + kept * TRACE);
-    EXPECT_TRUE(consoleHas("  *** Error writing to disk file \"out.sgy\": File too large."));
-    EXPECT_TRUE(consoleHas("  *** Error writing trace " + std::to_string(kept + 1) + " to output device."));
-    EXPECT_TRUE(consoleHas(std::to_string(kept) + " traces written."));
-    EXPECT_TRUE(consoleHas(std::to_string(kept * TRACE) + " bytes written."));
   }
+}
+
+// More than the copies read or write at once, with gaps between what goes on.
+TEST_F(SegyDiskTest, LongTracesGoThroughWhole) {
+  constexpr int kLong = 1000;
+  writeFile(folder.path("in.sgy"), segyFile(numbered(1, 900, 1, kLong), kLong));
+  std::vector<std::string> odd = numbered(1, 900, 2, kLong);
+  std::string list;
+  for (int serial = 1; serial <= 900; serial += 2) list += std::to_string(serial) + "\n";
+  limitByList(list);
+  EXPECT_EQ(copyFile("in.sgy"), JOB_OK);
+  EXPECT_TRUE(output() == segyFile(odd, kLong));
+  sortTraces();
+  SgyParams.reverseSort = true;
+  EXPECT_EQ(copyFile("in.sgy"), JOB_OK);
+  std::reverse(odd.begin(), odd.end());
+  EXPECT_TRUE(output() == segyFile(odd, kLong));
 }
 
 TEST_F(SegyDiskTest, AFullTemporaryDirectoryFailsTheJobAndIsLeftClean) {
@@ -620,6 +639,8 @@ TEST_F(SegyDiskTest, AFullTemporaryDirectoryFailsTheJobAndIsLeftClean) {
     result = run();
   }
   EXPECT_EQ(result, JOB_FAILED);
+  EXPECT_EQ(
+      count("  *** Error writing sort trace " + std::to_string((400000 - 3600) / TRACE + 1) + " to temporary file"), 1);
   EXPECT_TRUE(consoleHas("  *** Job Failed."));
   EXPECT_EQ(output(), "");
   expectNoTemporaryFiles();

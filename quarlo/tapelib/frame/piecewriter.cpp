@@ -35,7 +35,7 @@ void PieceWriter::begin(std::FILE* stream, const char* fileName) {
   pieces_.clear();
   onDisk_ = whole_ = 0;
   endsInHead_ = false;
-  broken_ = false;
+  failure_ = 0;
   emptied_ = false;
 }
 
@@ -72,7 +72,7 @@ bool PieceWriter::writeLent(std::span<const char> head, std::span<const char> bo
     lend(body);
   const std::size_t bytes = head.size() + body.size();
   pieces_.push_back({end(), body.size(), bytes, isData});
-  return !broken_ || lose(EBADF);
+  return failure_ == 0 || lose(failure_);
 }
 
 bool PieceWriter::settle() {
@@ -111,7 +111,10 @@ void PieceWriter::keep() {
 }
 
 bool PieceWriter::storeUpTo(std::uint64_t place) {
-  if (broken_) return false;
+  if (failure_ != 0) {
+    errno = failure_;
+    return false;
+  }
   if (place <= onDisk_) return true;
   if (!empty()) return false;
   while (onDisk_ < place) {
@@ -163,18 +166,19 @@ void PieceWriter::drop(std::size_t bytes) {
 
 /// Cuts the file back to its last whole piece and counts what did not reach it. Keeps errno as `reason`.
 bool PieceWriter::lose(int reason) {
-  if (!broken_) say_(diskErrorText(name_, reason).c_str());
+  const bool isNews = std::exchange(failure_, reason) == 0;
+  bool isFirst = isNews;
+  if (isNews) say_(diskErrorText(name_, reason).c_str());
   for (; !pieces_.empty(); pieces_.pop_front()) {
     const Piece& piece = pieces_.front();
     if (piece.end <= onDisk_) {
       whole_ = piece.end;
       continue;
     }
-    if (!std::exchange(broken_, true)) endsInHead_ = piece.isData && piece.end - onDisk_ > piece.dataBytes;
+    if (std::exchange(isFirst, false)) endsInHead_ = piece.isData && piece.end - onDisk_ > piece.dataBytes;
     gone_.traces += piece.isData ? 1 : 0;
     (piece.isData ? gone_.bytes : gone_.headerBytes) += static_cast<double>(piece.dataBytes);
   }
-  broken_ = true;
   runs_.clear();
   held_.clear();
   waiting_ = 0;

@@ -43,10 +43,10 @@ class PieceWriter {
   bool writeLent(std::span<const char> head, std::span<const char> body, bool isData);
   /// Lets go of what was lent. @return false when the disk took it not
   bool settle();
-  /// Hands all that is still held here to the disk. @return false when the disk took it not
+  /// Hands all that is still held here to the disk. @return false, with errno, when the disk took it not
   bool flush();
   /// Behind a failure nothing more is accepted, for it would stand behind a hole. This says that it may.
-  void mend() { broken_ = false; }
+  void mend() { failure_ = 0; }
 
   const LostOutput& lost() const { return gone_; }
   /// Whether the disk came to its end within the head of a piece of data.
@@ -88,6 +88,6 @@ class PieceWriter {
   std::uint64_t whole_ = 0;  // end of the last piece that is wholly on disk
   LostOutput gone_;
   bool endsInHead_ = false;
-  bool broken_ = false;
+  int failure_ = 0;       // errno: nothing more is accepted
   bool emptied_ = false;  // what stood in the file is gone
 };
