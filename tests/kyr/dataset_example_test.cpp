@@ -64,6 +64,11 @@ TEST_F(DatasetExample, OpensAndHoldsWhatThePageSays) {
   EXPECT_EQ(loadLe64(bytes.data() + 4088), plainSum(0, bytes.substr(0, 4088)));
   EXPECT_EQ(loadLe64(bytes.data() + 4104), plainSum(id, bytes.substr(4120, 800)));
   EXPECT_EQ(loadLe64(bytes.data() + 4112), plainSum(id ^ 0xA5A5A5A5A5A5A5A5ULL, bytes.substr(4920, 16)));
+
+  // In a further file the slots are counted on.
+  make("p.kyr", {2, 3, 3, 1});
+  const std::string part = readFile("p.kyr.002");
+  EXPECT_EQ(loadLe64(part.data() + 4104), plainSum(loadLe64(part.data() + 40) ^ 3U, part.substr(4120, 800)));
 }
 
 }  // namespace

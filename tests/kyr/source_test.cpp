@@ -1,6 +1,4 @@
 // Sources that others than the library give to a record: read through links as datasets are, in whatever way they fail.
-#include "libkyr/source.h"
-
 #include <stdexcept>
 
 #include "libkyr/streamsource.h"
@@ -9,13 +7,21 @@
 namespace {
 
 constexpr int kSamples = 3;
+constexpr int kThrow = 1000;
+constexpr int kGap = 1001;  // a trace that nobody wrote
 
-/// Gives TestTraces, but for those of record 2: each of them fails in its own way.
-class FailingSource : public TraceSource {
+/// Gives TestTraces at the places that a test says, and its answers.
+class Tape : public StreamSource {
  public:
-  FailingSource(const SeisCounts& counts, std::string file) : file_(std::move(file)) {
-    setSeisOrgCounts(&org_, counts);
+  struct Item {
+    int record;
+    int trace;
+    int answer = kyrOk;
+  };
+  Tape(const SeisCounts& counts, std::vector<Item> items, std::string file = "")
+      : items_(std::move(items)), file_(std::move(file)) {
     const float interval = 0.004F;
+    setSeisOrgCounts(&org_, counts);
     SetDSProperty(dsSampleInterval, singleFloatType, gSecondsUnits, &interval, &org_);
   }
   const GeneralSeisDataOrg& org() const override { return org_; }
@@ -26,32 +32,44 @@ class FailingSource : public TraceSource {
   int close() override { return kyrDiskError; }
 
  private:
-  int fetch(int record, int trace, float* samples, TraceInfo* header) override {
-    const TestTrace wanted(record, trace, kSamples);
-    *header = wanted.header;
-    if (samples != nullptr) std::copy(wanted.samples.begin(), wanted.samples.end(), samples);
-    if (record == 2 && trace == 1) throw std::runtime_error("no");
-    if (record == 2 && trace == 2) throw std::bad_alloc();
-    return record == 2 ? std::vector{77, -999, int{kyrSourceEnded}}.at(static_cast<std::size_t>(trace) - 3) : kyrOk;
+  int next(StreamTrace* next) override {
+    if (at_ == items_.size()) return kyrNoSuchTrace;
+    const Item& item = items_[at_++];
+    if (item.answer == kThrow) throw std::runtime_error("no");
+    const TestTrace made(item.record, item.trace, kSamples);
+    *next = {item.record, item.trace, made.header, made.samples};
+    return item.answer;
   }
+  std::vector<Item> items_;
   std::string file_;
+  std::size_t at_ = 0;
   GeneralSeisDataOrg org_ = newSeisOrg();
 };
 
 class Sources : public DatasetTest {
  protected:
-  int give(const SeisCounts& counts) const {
-    return RegisterSource(record.get(), 0, std::make_unique<FailingSource>(counts, folder.path("out.kyr")));
+  int give(const SeisCounts& counts, std::vector<Tape::Item> items = {}) const {
+    return RegisterSource(record.get(), 0, std::make_unique<Tape>(counts, std::move(items), folder.path("out.kyr")));
+  }
+  /// Reads through the link: each in its turn, each with the answer that it has.
+  void reads(Link link, const std::vector<Tape::Item>& asked) const {
+    for (const Tape::Item& item : asked) {
+      const Got got = trace(link, item.record, item.trace, kSamples);
+      const bool isRight = item.answer == kGap    ? got.result == kyrOk && got.isDead(killNeverWritten)
+                           : item.answer == kyrOk ? got.is(TestTrace(item.record, item.trace, kSamples))
+                                                  : got.result == item.answer && got.isDead(killUnreadable);
+      EXPECT_TRUE(isRight) << item.record << ", " << item.trace << ": " << got.result;
+    }
   }
 };
 
-TEST_F(Sources, AreReadAsDatasetsAre) {
+TEST_F(Sources, BehaveAsDatasetsDo) {
   make("a.kyr", {1, 1, 1, 0});
   for (const SeisCounts& counts : {SeisCounts{-2, 1, 1}, {1, -1, 1}, {1, 1, kMaxSamples + 1}, {1, 1, -1}})
     EXPECT_EQ(give(counts), kyrBadCall);
   ASSERT_EQ(give({9, 9, 9}), kyrOk);
-  ASSERT_EQ(give({-1, 5, kSamples}), kyrOk);  // in the other's place
-  auto owner = std::make_shared<int>(0);
+  ASSERT_EQ(give({-1, 5, kSamples}, {{1, 1}}), kyrOk);  // in the other's place
+  const auto owner = std::make_shared<int>(0);
   HoldSources(record.get(), owner);
   HoldSources(record.get(), std::make_shared<int>(0));  // they have theirs
   const Link in = open("a.kyr");
@@ -59,30 +77,19 @@ TEST_F(Sources, AreReadAsDatasetsAre) {
   EXPECT_EQ(std::pair(get(in, dsTotalTraces), get(in, dsLargestRecord)), std::pair(-1, 5));
   SourceFormat format;
   ASSERT_EQ(GetSourceFormat(record.get(), in, &format), kyrOk);
-  EXPECT_TRUE(format.description == "mine" && format.sampleFormat == 3 && format.ascending);
-  EXPECT_EQ(GetTracePosition(record.get(), in, 4, 2), 402);
-
-  EXPECT_TRUE(trace(in, 1000, 5, kSamples).is(TestTrace(1000, 5, kSamples)));
-  const int answers[] = {kyrTraceLost, kyrNoMemory, kyrTraceLost, kyrTraceLost, kyrSourceEnded, kyrNoSuchTrace};
-  for (int number = 1; number <= 6; ++number) {
-    const Got got = trace(in, 2, number, kSamples);
-    EXPECT_TRUE(got.result == answers[number - 1] && got.isDead(killUnreadable)) << number << ": " << got.result;
-  }
+  EXPECT_TRUE(format.description == "mine" && GetTracePosition(record.get(), in, 4, 2) == 402);
   const TraceInfo header{};
   EXPECT_EQ(TracePut(record.get(), in, 1, 1, TestTrace(1, 1, kSamples).samples.data(), &header), kyrTooLate);
   EXPECT_EQ(set(in, 120, 1), kyrTooLate);
 
   Link out;
   SetNumberOfOutputs(record.get(), 1);
-  const auto announceAs = [&](const char* name) {
-    return NewOutputSeismicFile(&out, record.get(), folder.path(name).c_str(), 0, kStackedData, 0, 1);
-  };
-  EXPECT_EQ(announceAs("out.kyr"), kyrInUse);
-  ASSERT_EQ(announceAs("b.kyr"), kyrOk);
+  EXPECT_EQ(NewOutputSeismicFile(&out, record.get(), folder.path("out.kyr").c_str(), 0, kStackedData, 0, 1), kyrInUse);
+  out = announce("b.kyr", {7, 1, 1, 0});
   ASSERT_EQ(CopyBinaryHeader(record.get(), in, out), kyrOk);
   int microseconds = 0;
   GetDatasetProperty(record.get(), out, dsSampleInterval, longIntType, gMicrosecondsUnits, &microseconds);
-  EXPECT_EQ(std::pair(microseconds, get(out, dsRecords)), std::pair(4000, 0));
+  EXPECT_EQ(std::pair(microseconds, get(out, dsRecords)), std::pair(4000, 7));
   EXPECT_EQ(owner.use_count(), 2);
   EXPECT_EQ(CloseFile(record.get(), in), kyrDiskError);
   EXPECT_EQ(owner.use_count(), 1);
@@ -97,66 +104,30 @@ TEST_F(Sources, AreReadAsDatasetsAre) {
   }
 }
 
-/// A tape with the places that a test says, and their answers.
-class Tape : public StreamSource {
- public:
-  struct Item {
-    int record;
-    int trace;
-    int answer = kyrOk;
-  };
-  Tape(std::vector<Item> items, int records) : items_(std::move(items)) {
-    setSeisOrgCounts(&org_, {records, 3, kSamples});
-  }
-  const GeneralSeisDataOrg& org() const override { return org_; }
-
- private:
-  int next(StreamTrace* next) override {
-    if (at_ == items_.size()) return kyrNoSuchTrace;
-    const Item& item = items_[at_++];
-    TestTrace made(item.record, item.trace, kSamples);
-    *next = {item.record, item.trace, made.header, made.samples};
-    return item.answer;
-  }
-  std::vector<Item> items_;
-  std::size_t at_ = 0;
-  GeneralSeisDataOrg org_ = newSeisOrg();
-};
-
 TEST_F(Sources, OfATapeAreReadForward) {
-  constexpr int kGap = 1000;  // a trace that nobody wrote
-  const auto answer = [](Tape& tape, int rec, int number) {
-    Got got;
-    got.samples.assign(kSamples, -1.0F);
-    got.result = tape.read(rec, number, got.samples.data(), &got.header);
-    if (got.isDead(killNeverWritten)) return kGap;
-    EXPECT_TRUE(got.result == kyrOk ? got.is(TestTrace(rec, number, kSamples)) : got.isDead(killUnreadable));
-    return got.result;
-  };
-  Tape tape({{1, 1}, {1, 2, kyrTraceLost}, {2, 2}, {2, 3}, {4, 1}}, -1);
-  const Tape::Item asked[] = {{1, 1},
-                              {1, 1},
-                              {1, 2, kyrTraceLost},
-                              {1, 2, kyrTraceLost},
-                              {1, 1, kyrTooLate},
-                              {1, 3, kGap},
-                              {2, 1, kGap},
-                              {2, 2},
-                              {2, 2},
-                              {1, 3, kyrTooLate},
-                              {3, 1, kGap},
-                              {4, 1},
-                              {4, 3, kGap},
-                              {5, 1, kyrNoSuchTrace}};
-  for (const Tape::Item& item : asked) EXPECT_EQ(answer(tape, item.record, item.trace), item.answer) << item.record;
-
-  // What stands beyond the counts, goes back, or fails for good ends the source.
+  ASSERT_EQ(give({-1, 3, kSamples}, {{1, 1}, {1, 2, kyrTraceLost}, {2, 2}, {2, 3}, {4, 1}}), kyrOk);
+  reads(open("none"), {{1, 1},
+                       {1, 1},
+                       {1, 2, kyrTraceLost},
+                       {1, 2, kyrTraceLost},
+                       {1, 1, kyrTooLate},
+                       {1, 3, kGap},
+                       {1, 4, kyrNoSuchTrace},
+                       {2, 1, kGap},
+                       {2, 2},
+                       {2, 2},
+                       {1, 3, kyrTooLate},
+                       {3, 1, kGap},
+                       {4, 1},
+                       {4, 3, kGap},
+                       {5, 1, kyrNoSuchTrace}});
+  // What stands beyond the counts, goes back, fails for good or in an unknown way ends the source; a throw does not.
   for (const Tape::Item& bad : {Tape::Item{2, 4}, {3, 1}, {1, 1}, {2, 1, kyrSourceEnded}}) {
-    Tape ending({{1, 1}, bad, {2, 2}}, 2);
-    EXPECT_EQ(answer(ending, 1, 1), kyrOk);
-    EXPECT_EQ(answer(ending, 2, 1), kyrSourceEnded) << bad.trace;
-    EXPECT_EQ(answer(ending, 2, 2), kyrSourceEnded);
+    ASSERT_EQ(give({2, 3, kSamples}, {{1, 1}, bad, {2, 2}}), kyrOk);
+    reads(open("none"), {{1, 1}, {2, 1, kyrSourceEnded}, {2, 2, kyrSourceEnded}});
   }
+  ASSERT_EQ(give({2, 3, kSamples}, {{1, 1, kThrow}, {1, 1}, {1, 2, -999}}), kyrOk);
+  reads(open("none"), {{1, 1, kyrTraceLost}, {1, 1}, {1, 2, kyrTraceLost}});
 }
 
 }  // namespace
