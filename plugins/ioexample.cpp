@@ -1,12 +1,13 @@
 /// The example of docs/format-modules.md: reads traces from a text file and writes them as a dataset.
 ///
 /// A line of the text is a trace, its samples separated by blanks or tabs; all lines have equally many. Lines that are
-/// empty or begin with "#" are passed over, but "# interval 0.004" gives the sample interval in seconds. The traces
-/// make one record.
+/// empty or begin with "#" are passed over, but "# interval 0.004" gives the sample interval in seconds; where a text
+/// has no such line, the interval is a parameter. The traces make one record.
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -16,8 +17,51 @@
 #include "libkyr/source.h"
 #include "libkyr/text.h"
 #include "plugins/kyrmodule.h"
+#include "quarlo/tapelib/dialogs/dialogevents.h"
+#include "quarlo/tapelib/dialogs/settings.h"
+#include "xvt/resource.h"
 
 namespace {
+
+// ---- its parameters and their dialog ------------------------------------------------------------------------------
+
+/// The input block. The program keeps it, fills it with zeros before the defaults, and hands it to every entry.
+struct Parameters {
+  double interval;  ///< of the samples in seconds, for a text that does not tell it
+};
+
+enum ControlNumber : int { kOk = 1, kCancel = 2, kInterval = 3 };
+
+constexpr DLG_ITEM kItems[] = {
+    ui::row(),
+    ui::label("~Sample interval in milliseconds, where the text has none:", kInterval),
+    ui::edit(kInterval, "interval", 8),
+    ui::endOf(),
+    ui::buttons(),
+    ui::glue(),
+    ui::push(kOk, "ok", "OK", IF_DEFAULT),
+    ui::push(kCancel, "cancel", "Cancel", IF_CANCEL),
+    ui::endOf(),
+};
+constexpr DLG_RES kDialog = {1001, "text-parameters", "Text parameters", kItems, std::size(kItems)};
+constexpr RealField kIntervalField = {.control = kInterval, .decimals = 3, .low = 0.001, .high = 100000, .unit = 0.001};
+
+Parameters* theBlock = nullptr;
+Parameters edited;  // a copy, so that Cancel leaves the block as it is
+
+void handleControl(WINDOW dialog, const EVENT& event) {
+  if (readReal(dialog, event, kIntervalField, &edited.interval)) return;
+  if (isPress(event, kOk)) *theBlock = edited;
+  if (isPress(event, kOk) || isPress(event, kCancel)) xvt_vobj_destroy(dialog);
+}
+
+long handleEvent(WINDOW window, EVENT* event) {
+  return dialogEvents(
+      window, *event,
+      {.create = [](WINDOW dialog) { showReal(dialog, kIntervalField, edited.interval); }, .control = handleControl});
+}
+
+// ---- the text as a source -----------------------------------------------------------------------------------------
 
 constexpr std::string_view kIntervalMark = "# interval ";
 
@@ -43,7 +87,7 @@ std::vector<float> numbersOf(const std::string& line) {
 /// The text as a source of traces.
 class TextSource : public TraceSource {
  public:
-  explicit TextSource(ProcessRecord* record) : record_(record) {}
+  TextSource(ProcessRecord* record, const Parameters& how) : record_(record), interval_(how.interval) {}
 
   /// Opens the input that the user chose and reads it once, to check it and to find its traces. @return 0, or 1 after a
   /// console line
@@ -110,9 +154,11 @@ class TextSource : public TraceSource {
   std::ifstream text_;
   std::vector<std::int64_t> begins_;  // of the lines of the traces
   GeneralSeisDataOrg org_ = newSeisOrg();
-  double interval_ = 0.002;
+  double interval_;
   int samples_ = 0;
 };
+
+// ---- a run --------------------------------------------------------------------------------------------------------
 
 // Between two phases the module stays loaded: what they share may lie in variables.
 struct Job {
@@ -168,14 +214,24 @@ void GetTuDllIdentifier(char* theName, int* uniqueId) {
   *uniqueId = 1001;
 }
 
-void GetInputDefaultParameters(int* /*params*/, int* paramDlg, int* disk, int* tape) {
-  *paramDlg = 0;
+void AllocInputMemory(int* size) { *size = sizeof(Parameters); }
+
+void GetInputDefaultParameters(int* params, int* paramDlg, int* disk, int* tape) {
+  reinterpret_cast<Parameters*>(params)->interval = 0.002;
+  *paramDlg = 1;
   *disk = 1;
   *tape = 0;
 }
 
-int TOpenSource(ProcessRecord* record, int* /*inputParams*/) {
-  auto source = std::make_unique<TextSource>(record);
+void PostInputDialog(int* params) {
+  theBlock = reinterpret_cast<Parameters*>(params);
+  edited = *theBlock;
+  if (xvt_dlg_create_table(WD_MODAL, &kDialog, handleEvent, nullptr) == NULL_WIN)
+    xvt_dm_post_error("Error opening dialog");
+}
+
+int TOpenSource(ProcessRecord* record, int* inputParams) {
+  auto source = std::make_unique<TextSource>(record, *reinterpret_cast<const Parameters*>(inputParams));
   const int result = source->open();
   return result == 0 ? RegisterSource(record, 0, std::move(source)) : result;
 }

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "libkyr/text.h"
-#include "quarlo/common/settings.h"
 #include "quarlo/tapelib/dialogs/dialogevents.h"
+#include "quarlo/tapelib/dialogs/settings.h"
 #include "quarlo/tapelib/formats/segdhdr.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 #include "resources/ids.h"

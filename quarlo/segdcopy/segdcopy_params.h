@@ -3,7 +3,7 @@
 
 #include <cstdio>
 
-#include "quarlo/common/path_field.h"
+#include "quarlo/tapelib/dialogs/path_field.h"
 #include "quarlo/tapelib/formats/segdhdr.h"
 #include "xvt/xvt.h"
 

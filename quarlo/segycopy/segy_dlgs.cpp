@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "libkyr/text.h"
-#include "quarlo/common/settings.h"
 #include "quarlo/tapelib/dialogs/controls.h"
 #include "quarlo/tapelib/dialogs/dialogevents.h"
+#include "quarlo/tapelib/dialogs/settings.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 #include "resources/ids.h"
 

@@ -1,7 +1,7 @@
 /// The settings of a SEG Y copy.
 #pragma once
 
-#include "quarlo/common/path_field.h"
+#include "quarlo/tapelib/dialogs/path_field.h"
 #include "quarlo/tapelib/formats/tracekey.h"
 
 constexpr int kMaxTypedPoints = 10;

@@ -447,10 +447,23 @@ class BuiltModuleTest : public ModuleTest {
     owned->diskFileOutputType = outputType;
     forgetConsole();
     ProcessingStep step("ioexample.so");
-    if (const int result = step.InitialPhase(owned.get(), nullptr, nullptr); result != 0) return result;
+    if (const int result = step.InitialPhase(owned.get(), parameters(), nullptr); result != 0) return result;
     if (const int result = step.MainPhase(owned.get()); result != 0) return result;
     return step.FinalPhase(owned.get());
   }
+  /// The example's block, at first with its defaults.
+  int* parameters() {
+    if (given == nullptr) {
+      int* begun = nullptr;
+      allocateInput("ioexample.so", &begun);
+      selectInput("ioexample.so", begun);
+      given.reset(begun);
+    }
+    return given.get();
+  }
+
+ private:
+  std::unique_ptr<int, Freer> given;
 };
 
 TEST_F(BuiltModuleTest, AreListed) {
@@ -460,14 +473,22 @@ TEST_F(BuiltModuleTest, AreListed) {
   const std::unique_ptr<int, Freer> owned(block);
   selectOutput("iokyr.so", block);
   EXPECT_EQ(itDoesOutputParm + 10 * itOutputsDisk + 100 * itOutputsTape, 10);
-  selectInput("ioexample.so", block);
-  EXPECT_EQ(itDoesInputParm + 10 * itInputsDisk + 100 * itInputsTape, 10);
+  parameters();
+  EXPECT_EQ(itDoesInputParm + 10 * itInputsDisk + 100 * itInputsTape, 11);
 }
 
 TEST_F(BuiltModuleTest, TheExampleMakesADataset) {
   ASSERT_EQ(run(documentExample(QUARLO_SOURCE_DIR "/docs/format-modules.md", "# interval")), 0);
   EXPECT_EQ(consoleWithoutDates(), Lines{"2 traces of 5 samples written."});
-  ASSERT_EQ(run("# interval 0.004\n1 -2.5 3e3\n\n \t4 5\t6\r\n"), 0);
+  // The interval is the parameters', which the module's own dialog has set.
+  for (const auto& [typed, button] : {std::pair("4", 1), {"8", 2}}) {
+    toolkit.onModal(1001, [&, typed = typed, button = button](WINDOW own) {
+      toolkit.typeInto(own, 3, typed);
+      toolkit.press(own, button);
+    });
+    ProcessingStep("ioexample.so").PostInputDialog(parameters());
+  }
+  ASSERT_EQ(run("1 -2.5 3e3\n\n \t4 5\t6\r\n"), 0);
   EXPECT_EQ(consoleWithoutDates(), Lines{"2 traces of 3 samples written."});
 
   const ProcessRecordPtr reader(NewProcessRecord());
@@ -522,7 +543,7 @@ TEST_F(BuiltModuleTest, ASourceKeepsItsModuleUntilItIsClosed) {
   Link link;
   const auto openInput = [&] { return NewInputFile(&link, reader.get(), "none.kyr", 0, kAnySeismicType); };
 
-  ASSERT_EQ(openSource("ioexample.so", reader.get(), nullptr), 0);
+  ASSERT_EQ(openSource("ioexample.so", reader.get(), parameters()), 0);
   ASSERT_EQ(openInput(), kyrOk);
   EXPECT_TRUE(isLoaded("ioexample.so"));
   std::vector<float> samples(2);
@@ -541,7 +562,7 @@ TEST_F(BuiltModuleTest, ASourceKeepsItsModuleUntilItIsClosed) {
   EXPECT_EQ(openSource("iokyr.so", reader.get(), nullptr), 0);
   EXPECT_EQ(openInput(), kyrDiskError) << "by the path";
   writeFile("in.txt", "1");
-  ASSERT_EQ(openSource("ioexample.so", reader.get(), nullptr), 0);
+  ASSERT_EQ(openSource("ioexample.so", reader.get(), parameters()), 0);
   reader.reset();
   EXPECT_FALSE(isLoaded("ioexample.so"));
 }

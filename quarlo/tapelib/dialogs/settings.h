@@ -8,8 +8,8 @@
 #include <span>
 #include <string>
 
-#include "quarlo/common/path_field.h"
 #include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/dialogs/path_field.h"
 #include "xvt/xvt.h"
 
 // ---- header keys ------------------------------------------------------------------------------------------------

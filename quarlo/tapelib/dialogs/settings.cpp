@@ -1,4 +1,4 @@
-#include "quarlo/common/settings.h"
+#include "quarlo/tapelib/dialogs/settings.h"
 
 #include <cmath>
 #include <cstdlib>
