@@ -64,7 +64,9 @@ bool ReformatRun::prepare() {
       GetDatasetProperty(record_, input_.link, dsSampleInterval, singleFloatType, gSecondsUnits, &interval) != kyrOk ||
       GetSourceFormat(record_, input_.link, &format) != kyrOk)
     return fail("  *** Error: the input is not open.");
-  counts_.interval = format.interval != 0 ? format.interval : shortestDecimal(interval);
+  // A source that knows no more than the float that the property holds meant a short number.
+  const bool isExact = format.interval != 0 && format.interval != static_cast<double>(interval);
+  counts_.interval = isExact ? format.interval : shortestDecimal(interval);
   recordsKnown_ = records >= 0;
   const int last = recordsKnown_ ? records : input_.records;
   input_.lastRecord = input_.lastRecord > 0 ? std::min(input_.lastRecord, last) : last;
