@@ -44,6 +44,10 @@ TEST(Utf8, KeepsWhatIsValidAndReplacesEachOffendingByte) {
       {"\xF5\x80\x80\x80", FFFD FFFD FFFD FFFD},
   };
   for (const Case& each : cases) EXPECT_EQ(xvt::validUtf8(each.in), each.out);
+
+  std::string text;
+  for (std::size_t characters = 0; characters < 40; text += characters++ % 3 == 0 ? "\xF0\x9F\x98\x80" : "a")
+    EXPECT_EQ(xvt::utf8Characters(text), characters);
 }
 
 std::string format(const char* format, ...) {

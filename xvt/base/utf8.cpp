@@ -1,5 +1,9 @@
 #include "xvt/base/utf8.h"
 
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
 namespace xvt {
 
 namespace {
@@ -59,10 +63,15 @@ std::string validUtf8(std::string_view text) {
   return valid;
 }
 
+/// Eight bytes at a time: the runtime without a screen measures each line of a dump by this.
 std::size_t utf8Characters(std::string_view text) {
-  std::size_t characters = 0;
-  for (const char byte : text)
-    if (!isContinuation(static_cast<unsigned char>(byte))) ++characters;
+  constexpr std::uint64_t kLowest = 0x0101010101010101;
+  std::size_t characters = text.size();
+  for (std::uint64_t bytes = 0; text.size() >= sizeof bytes; text.remove_prefix(sizeof bytes)) {
+    std::memcpy(&bytes, text.data(), sizeof bytes);
+    characters -= static_cast<std::size_t>(std::popcount(bytes >> 7 & ~bytes >> 6 & kLowest));
+  }
+  for (const char byte : text) characters -= isContinuation(static_cast<unsigned char>(byte)) ? 1 : 0;
   return characters;
 }
 
