@@ -316,6 +316,15 @@ TEST(SegdRecord, RevisionThreeIsReadAsItsHeadersSay) {
 
 // ---- as a source --------------------------------------------------------------------------------------------------
 
+// Zeros but for these.
+KyrSegdInput with(std::initializer_list<std::pair<int KyrSegdInput::*, int>> fields) {
+  KyrSegdInput how{};
+  for (const auto& [field, value] : fields) how.*field = value;
+  how.setList[0] = 9;
+  how.fileList[0] = 7;
+  return how;
+}
+
 class SegdSourceTest : public DatasetTest {
  protected:
   static int property(const TraceInfo& header, int property) {
@@ -334,9 +343,12 @@ TEST_F(SegdSourceTest, FilesOfAFolderBecomeRecords) {
   second[128 + 60 + 2] = '\x0A';
   writeFile(folder.path("b.segd"), second.substr(0, 128 + 3 * 60 + 10));
   writeFile(folder.path("a.segd"), first + "rest");
-  SegdSource source(record.get(), {.raw = 1});
-  ASSERT_EQ(source.open(folder.path("")), 0);
-  EXPECT_TRUE(source.isDamaged());
+  SegdSource source(record.get(), with({{&KyrSegdInput::wholeFolder, 1}, {&KyrSegdInput::raw, 1}}));
+  writeFile(folder.path("c.txt"), "no SEG D");
+  ASSERT_EQ(source.open(folder.path("b.segd")), 0);
+  EXPECT_EQ(source.close(), kyrTraceLost);
+  EXPECT_TRUE(said("c.txt is no SEG D file."));
+  EXPECT_TRUE(said("SEG D revision 0.0, format 8058: 2 field files, at most 3 traces of 10 samples, 2 ms."));
   EXPECT_TRUE(said("byte 190, field file 8: trace 2 of 5: the scan type of its header is no number (0A)."));
   EXPECT_TRUE(said("byte 318, field file 8: trace 4 of 5: its header ends after 10 of 20 bytes."));
   EXPECT_TRUE(said("The last 4 bytes of "));
@@ -358,17 +370,19 @@ TEST_F(SegdSourceTest, FilesOfAFolderBecomeRecords) {
   decodeSegdTrace(8058, std::string_view(first).substr(128 + 60 + 20), kSegdRaw, recorded);
   EXPECT_EQ(std::memcmp(samples.data(), recorded.data(), 40), 0);
 
-  SegdSource padded(record.get(), {.auxiliary = 1, .pad = 1});
+  SegdSource padded(record.get(), with({{&KyrSegdInput::auxiliary, 1}, {&KyrSegdInput::pad, 1}}));
   ASSERT_EQ(padded.open(folder.path("a.segd")), 0);
   ASSERT_EQ(padded.read(1, 5, samples.data(), &header), kyrOk);
   EXPECT_EQ(property(header, trTraceType), 4);
   EXPECT_EQ(samples[9], 0.0F);
-  SegdSource unpadded(record.get(), {.auxiliary = 1});
+  SegdSource unpadded(record.get(), with({{&KyrSegdInput::auxiliary, 1}}));
   ASSERT_EQ(unpadded.open(folder.path("a.segd")), 0);
   EXPECT_TRUE(said("2 traces of channel set 2: 5 samples, 2 ms: left out, the others have 10 samples, 2 ms."));
   EXPECT_EQ(seisOrgCounts(unpadded.org()).tracesPerRecord, 3);
-  SegdSource none(record.get(), {.sets = 1, .setList = {9}});
-  EXPECT_EQ(none.open(folder.path("a.segd")), 1);
+  const auto limited =
+      with({{&KyrSegdInput::hasFileLimits, 1}, {&KyrSegdInput::fileAbove, 7}, {&KyrSegdInput::fileBelow, 9}});
+  for (const KyrSegdInput& how : {with({{&KyrSegdInput::sets, 1}}), with({{&KyrSegdInput::files, 1}}), limited})
+    EXPECT_EQ(SegdSource(record.get(), how).open(folder.path("a.segd")), 1);
 }
 
 // ---- recorded by others -------------------------------------------------------------------------------------------
@@ -416,10 +430,10 @@ TEST(SegdRealFiles, EverySampleIsThatOfTheIndependentReader) {
     const std::string name = fact(line, "file");
     SCOPED_TRACE(name);
     SegdSource volts(nullptr, {});
-    SegdSource raw(nullptr, {.raw = 1});
+    SegdSource raw(nullptr, with({{&KyrSegdInput::raw, 1}}));
     ASSERT_EQ(volts.open(std::string(shared) + "/" + name.substr(1, name.size() - 2)), 0);
     ASSERT_EQ(raw.open(std::string(shared) + "/" + name.substr(1, name.size() - 2)), 0);
-    EXPECT_FALSE(volts.isDamaged());
+    EXPECT_EQ(volts.close(), kyrOk);
     const SegdRecord& headers = volts.headersOf(1);
     EXPECT_EQ(formatText("%d", headers.fieldFile.value_or(-1)), fact(line, "field_file"));
     const SegdTime time = headers.time.value_or(SegdTime{});

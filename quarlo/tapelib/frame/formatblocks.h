@@ -41,3 +41,23 @@ struct KyrDatasetInput {
   int firstRecord;  ///< from 1
   int lastRecord;   ///< 0: the last
 };
+
+#define KYR_SEGD_INPUT "SEGDin"
+
+enum { KYR_SEGD_SETS = 16, KYR_SEGD_FILES = 16 };
+
+/// How SEG D is read. Zeros are the defaults.
+struct KyrSegdInput {
+  struct KyrBlockHead head;
+  int wholeFolder;  ///< 1: all SEG D files of the folder that the chosen one stands in, by their names
+  int raw;          ///< 1: numbers as they were recorded; 0: volts
+  int auxiliary;    ///< 1: auxiliary channel sets as well
+  int pad;          ///< 1: shorter traces are filled with zeros; 0: traces of another length are left out
+  int sets;         ///< entries of setList; 0: all channel sets
+  int setList[KYR_SEGD_SETS];
+  int hasFileLimits;  ///< 1: only field files between the two, which are themselves excluded
+  int fileAbove;
+  int fileBelow;
+  int files;  ///< entries of fileList: field files that are passed over
+  int fileList[KYR_SEGD_FILES];
+};

@@ -9,6 +9,7 @@
 
 #include "libkyr/nullvalue.h"
 #include "libkyr/text.h"
+#include "quarlo/tapelib/formats/segdhdr.h"
 #include "quarlo/tapelib/modulecalls.h"
 
 namespace fs = std::filesystem;
@@ -16,14 +17,14 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int kSeismic = 1;
-constexpr std::size_t kTraceLook = kSegdTraceStartBytes + 32;
+constexpr std::size_t kTraceLook = kSegdTraceStartBytes + kSegdBlockBytes;
 
-// The file, or the files of a folder.
-std::vector<std::string> filesOf(const std::string& path) {
+// All regular files beside a file, in the order of their names.
+std::vector<std::string> folderOf(const std::string& path) {
   std::error_code failed;
-  if (!fs::is_directory(path, failed)) return {path};
   std::vector<std::string> files;
-  for (const fs::directory_entry& entry : fs::directory_iterator(path, failed))
+  const fs::path folder = fs::path(path).parent_path();
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder.empty() ? "." : folder, failed))
     if (entry.is_regular_file(failed)) files.push_back(entry.path().string());
   std::ranges::sort(files);
   return files;
@@ -65,8 +66,18 @@ void putLocation(TraceInfo* header, int property, std::optional<int> value) {
 
 // ---- opening ------------------------------------------------------------------------------------------------------
 
+SegdSource::SegdSource(ProcessRecord* procRecord, const KyrSegdInput& how) : procRecord_(procRecord), how_(how) {
+  fileChoice_.itHasMinMaxOn = static_cast<short>(how.hasFileLimits != 0);
+  fileChoice_.itsFFMin = how.fileAbove;
+  fileChoice_.itsFFMax = how.fileBelow;
+  // An entry of the list that is not used repeats the first.
+  const int listed = std::clamp(how.files, 0, std::min(int{KYR_SEGD_FILES}, kFieldFileListSize));
+  fileChoice_.itHasListOn = static_cast<short>(listed > 0);
+  for (int i = 0; i < kFieldFileListSize; ++i) fileChoice_.itsFFList[i] = how.fileList[i < listed ? i : 0];
+}
+
 int SegdSource::open(const std::string& path) {
-  for (const std::string& file : filesOf(path))
+  for (const std::string& file : how_.wholeFolder != 0 ? folderOf(path) : std::vector{path})
     if (!walk(file)) return 1;
   leaveOutOthers();
   std::erase_if(records_, [](const Record& record) { return record.traces.empty(); });
@@ -75,6 +86,7 @@ int SegdSource::open(const std::string& path) {
     return 1;
   }
   describe();
+  tellWhatItIs();
   return 0;
 }
 
@@ -84,6 +96,10 @@ bool SegdSource::walk(const std::string& path) {
   if (!turnTo(files_.size() - 1)) {
     isDamaged_ = true;
     say(formatText("  *** Error opening file %s: %s.", path.c_str(), std::strerror(errno)));
+    return true;
+  }
+  if (how_.wholeFolder != 0 && isOther()) {
+    say("  ** " + path + " is no SEG D file.");
     return true;
   }
   SegdWalk walk(bytes_);
@@ -104,6 +120,11 @@ bool SegdSource::walk(const std::string& path) {
   return true;
 }
 
+bool SegdSource::isOther() {
+  const std::span<const char> start = bytes_.at(0, kSegdBlockBytes);
+  return start.size() < kSegdBlockBytes || !isGeneralHeader(start.data());
+}
+
 void SegdSource::take(std::size_t file, SegdFieldFile& found) {
   for (const SegdDamage& damage : found.damage) {
     isDamaged_ = true;
@@ -111,7 +132,7 @@ void SegdSource::take(std::size_t file, SegdFieldFile& found) {
                    fieldFileName(found.record).c_str(), damage.what.c_str()));
   }
   if (found.traces.empty()) return;
-  if (found.record.fieldFile && skipThisFile(procRecord_, &reading_.files, *found.record.fieldFile) != 0) return;
+  if (found.record.fieldFile && skipThisFile(procRecord_, &fileChoice_, *found.record.fieldFile) != 0) return;
   std::erase_if(found.traces, [&](const SegdTracePlace& place) {
     return place.set != kNoSegdSet && !isWanted(found.record.sets[place.set]);
   });
@@ -119,9 +140,9 @@ void SegdSource::take(std::size_t file, SegdFieldFile& found) {
 }
 
 bool SegdSource::isWanted(const SegdChannelSet& set) const {
-  if (set.type != kSeismic && reading_.auxiliary == 0) return false;
+  if (set.type != kSeismic && how_.auxiliary == 0) return false;
   const auto listed =
-      std::span(reading_.setList).first(static_cast<std::size_t>(std::clamp(reading_.sets, 0, kSegdSetListSize)));
+      std::span(how_.setList).first(static_cast<std::size_t>(std::clamp<int>(how_.sets, 0, KYR_SEGD_SETS)));
   return listed.empty() || std::ranges::count(listed, set.number) > 0;
 }
 
@@ -138,7 +159,7 @@ void SegdSource::leaveOutOthers() {
             samples_ = place.samples;
             interval_ = set.interval;
           }
-          if (set.interval == interval_ && (place.samples == samples_ || reading_.pad != 0)) {
+          if (set.interval == interval_ && (place.samples == samples_ || how_.pad != 0)) {
             samples_ = std::max(samples_, place.samples);
             return false;
           }
@@ -170,6 +191,23 @@ void SegdSource::describe() {
   if (lowest > highest) return;
   SetDSProperty(dsMinFieldFile, longIntType, gUnknownUnits, &lowest, &org_);
   SetDSProperty(dsMaxFieldFile, longIntType, gUnknownUnits, &highest, &org_);
+}
+
+void SegdSource::tellWhatItIs() const {
+  const SegdRecord& first = records_.front().headers;
+  const SeisCounts counts = seisOrgCounts(org_);
+  say(formatText("%s, format %04d: %d field file%s, at most %d trace%s of %d samples, %g ms.",
+                 format().description.c_str(), first.formatCode, counts.records, plural(counts.records),
+                 counts.tracesPerRecord, plural(counts.tracesPerRecord), counts.samples, interval_));
+  const auto has = [this](auto what) {
+    return std::ranges::any_of(
+        records_, [what](const Record& record) { return what(record.headers); });
+  };
+  if (has([](const SegdRecord& headers) { return headers.revision == 3; }))
+    say("  ** Revision 3 of SEG D is read as its headers say. No recorder's file has tried that yet.");
+  const auto hasUnit = [](const SegdChannelSet& set) { return set.physicalUnit != 0; };
+  if (how_.raw == 0 && has([&](const SegdRecord& headers) { return std::ranges::any_of(headers.sets, hasUnit); }))
+    say("  ** Not all channel sets are recorded in millivolts: read them as recorded, not in volts.");
 }
 
 // ---- what it is ---------------------------------------------------------------------------------------------------
@@ -247,7 +285,7 @@ int SegdSource::fetchTrace(const Record& record, const SegdTracePlace& place, fl
   const std::span<const char> data = bytes_.at(place.byte + trace.headerBytes(), bytes);
   if (data.size() < bytes)
     return lost(record, place.byte, formatText("ends after %zu of %zu sample bytes", data.size(), bytes));
-  const SegdScale scale = reading_.raw != 0 ? kSegdRaw : segdVolts(headers.sets[place.set].toMillivolts);
+  const SegdScale scale = how_.raw != 0 ? kSegdRaw : segdVolts(headers.sets[place.set].toMillivolts);
   decodeSegdTrace(headers.formatCode, data, scale, {samples, place.samples});
   std::fill(samples + place.samples, samples + samples_, 0.0F);
   return kyrOk;
@@ -262,7 +300,7 @@ int SegdSource::fetchScans(const Record& record, std::size_t trace, float* sampl
   if (samples == nullptr) return kyrOk;
   const std::size_t scans = place.samples / static_cast<std::size_t>(set.subscans);
   const std::span<const char> data = bytes_.at(place.byte, scans * record.scans.bytes());
-  const SegdScale scale = reading_.raw != 0 ? kSegdRaw : segdVolts(set.toMillivolts);
+  const SegdScale scale = how_.raw != 0 ? kSegdRaw : segdVolts(set.toMillivolts);
   const std::size_t decoded = decodeSegdScans(record.headers.formatCode, data, record.scans.placeOf(place.set, channel),
                                               scale, {samples, place.samples});
   if (decoded < place.samples) return lost(record, place.byte, "ends too early");

@@ -9,18 +9,7 @@
 #include "libkyr/source.h"
 #include "quarlo/tapelib/formats/fieldfile.h"
 #include "quarlo/tapelib/formats/segdwalk.h"
-
-constexpr int kSegdSetListSize = 16;
-
-/// What of a SEG D input is read, and how. Numbers, so that it can stand in a module's parameter block.
-struct SegdReading {
-  int raw = 0;        ///< 1: numbers as they were recorded; 0: volts
-  int auxiliary = 0;  ///< 1: auxiliary channel sets as well
-  int pad = 0;        ///< 1: shorter traces are filled with zeros; 0: traces of other lengths are left out
-  int sets = 0;       ///< channel sets in the list; 0: all
-  int setList[kSegdSetListSize]{};
-  MoreParams files{};  ///< field files that are passed over
-};
+#include "quarlo/tapelib/frame/formatblocks.h"
 
 /// Trace properties of SEG D that the suite has no number of its own for.
 enum SegdTraceProperty : int {
@@ -36,20 +25,21 @@ enum SegdTraceProperty : int {
 /// Field files of one or more files on disk. The first trace that is taken decides on the samples and the interval.
 class SegdSource : public TraceSource {
  public:
-  SegdSource(ProcessRecord* procRecord, const SegdReading& reading) : procRecord_(procRecord), reading_(reading) {}
+  /// @param how its head is not looked at
+  SegdSource(ProcessRecord* procRecord, const KyrSegdInput& how);
 
-  /// Walks over all field files of a file, or of the files of a folder by their names' order, and tells on the console
-  /// what is odd or damaged. @return 0, or 1 after a line when there is no trace to read
+  /// Walks over all field files of a file, or of its whole folder, and tells on the console what they hold and what is
+  /// odd or damaged. @return 0, or 1 after a line when there is no trace to read
   int open(const std::string& path);
 
-  /// Whether something was announced that is not there. What is there can be read.
-  bool isDamaged() const { return isDamaged_; }
   const SegdRecord& headersOf(int record) const { return records_.at(static_cast<std::size_t>(record) - 1).headers; }
 
   const GeneralSeisDataOrg& org() const override { return org_; }
   SourceFormat format() const override;
   std::int64_t position(int record, int trace) override;
   bool uses(const char* path) const override;
+  /// kyrTraceLost when something was announced that is not there: whoever read the rest has not read everything.
+  int close() override { return isDamaged_ ? kyrTraceLost : kyrOk; }
 
  private:
   struct Record {
@@ -66,17 +56,20 @@ class SegdSource : public TraceSource {
   int lost(const Record& record, std::uint64_t byte, const std::string& why);
 
   bool walk(const std::string& path);
+  bool isOther();
   void take(std::size_t file, SegdFieldFile& found);
   bool isWanted(const SegdChannelSet& set) const;
   void leaveOutOthers();
   void describe();
+  void tellWhatItIs() const;
   bool turnTo(std::size_t file);
   void fill(const Record& record, const SegdChannelSet& set, TraceInfo* header);
   int whole(double value, const char* name);
   void say(const std::string& line) const { ProcessConsole(procRecord_, line.c_str()); }
 
   ProcessRecord* procRecord_;
-  SegdReading reading_;
+  KyrSegdInput how_;
+  MoreParams fileChoice_{};
   std::vector<std::string> files_;
   std::vector<Record> records_;
   FileBytes bytes_;                  // of one of the files

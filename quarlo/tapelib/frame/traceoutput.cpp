@@ -328,7 +328,9 @@ TracePutAnswer CheckOutput::put(int record, int /*trace*/, const float* samples,
   current_ = record;
   dead_ += IsDead(header) ? 1 : 0;
   auxiliary_ += isAuxiliary(header) ? 1 : 0;
-  lastFile_ = property(header, trFieldFile, kNullInt);
+  // What could not be read has no numbers.
+  const bool isRead = (property(header, trKillFlag, 0) & killUnreadable) == 0;
+  if (isRead) lastFile_ = property(header, trFieldFile, kNullInt);
   if (firstFile_ == kNullInt) firstFile_ = lastFile_;
   for (int i = 0; i < counts_.samples; ++i)
     if (std::isnan(samples[i]))
