@@ -59,9 +59,9 @@ class GivenTraces : public TraceSource {
   GeneralSeisDataOrg org_ = newSeisOrg();
 };
 
-class ReformatTest : public UnitsTest {
+class ReformatRunTest : public UnitsTest {
  protected:
-  ReformatTest() {
+  ReformatRunTest() {
     SetDevUnit(record.get(), units);
     units[1].type = UT_DISK;
     units[1].fs = specOf("out");
@@ -128,7 +128,7 @@ class ReformatTest : public UnitsTest {
   KyrSegyOutput how{};
 };
 
-TEST_F(ReformatTest, ADatasetKeepsPlacesAndTheDead) {
+TEST_F(ReformatRunTest, ADatasetKeepsPlacesAndTheDead) {
   EXPECT_EQ(run(OUTPUT_DATASET, {}), 0);
   EXPECT_EQ(dataset(), "2x4 1010 1020 -1 1040 2010 2020 -1 2040");
   EXPECT_TRUE(consoleHas("2 records, 6 traces read."));
@@ -146,7 +146,7 @@ TEST_F(ReformatTest, ADatasetKeepsPlacesAndTheDead) {
   EXPECT_TRUE(consoleHas("1 record, 3 traces read."));
 }
 
-TEST_F(ReformatTest, RecordsThatNobodyKnowsComeUpToTheAnnouncedNumber) {
+TEST_F(ReformatRunTest, RecordsThatNobodyKnowsComeUpToTheAnnouncedNumber) {
   EXPECT_EQ(run(OUTPUT_DATASET, {.announced = -1}, 7), 0);
   EXPECT_EQ(dataset(), "2x4 1010 1020 -1 1040 2010 2020 -1 2040");
   EXPECT_EQ(run(OUTPUT_DATASET, {.announced = -1, .records = 3}, 2), 1);
@@ -157,7 +157,7 @@ TEST_F(ReformatTest, RecordsThatNobodyKnowsComeUpToTheAnnouncedNumber) {
   EXPECT_TRUE(consoleHas("  *** The input has no traces."));
 }
 
-TEST_F(ReformatTest, SegyOnDiskIsReadByAnIndependentReader) {
+TEST_F(ReformatRunTest, SegyOnDiskIsReadByAnIndependentReader) {
   if (!haveSegyReader()) GTEST_SKIP() << "python3-segyio is not installed";
   EXPECT_EQ(run(OUTPUT_SEGY, {}), 0);
   EXPECT_EQ(segyFile(),
@@ -171,7 +171,7 @@ TEST_F(ReformatTest, SegyOnDiskIsReadByAnIndependentReader) {
   EXPECT_TRUE(consoleHas("5 traces left out.") && consoleHas("1 trace written."));
 }
 
-TEST_F(ReformatTest, TapesAreContinuedTogetherWhenOneIsFull) {
+TEST_F(ReformatRunTest, TapesAreContinuedTogetherWhenOneIsFull) {
   if (!haveSegyReader()) GTEST_SKIP() << "python3-segyio is not installed";
   for (const char* name : {"a.tap", "b.tap", "c.tap", "d.tap"}) makeCartridge(name, {});
   load(0, "a.tap");
@@ -205,7 +205,7 @@ TEST_F(ReformatTest, TapesAreContinuedTogetherWhenOneIsFull) {
   EXPECT_TRUE(consoleHas("Continuing output on tape 2.") && consoleHas("2 output tapes."));
 }
 
-TEST_F(ReformatTest, ACheckWritesNothingAndTells) {
+TEST_F(ReformatRunTest, ACheckWritesNothingAndTells) {
   units[1] = UnitStruct{};
   EXPECT_EQ(run(OUTPUT_CHECK, {}), 0);
   EXPECT_TRUE(consoleHas("A run would make 2 records of at most 4 traces, 4 samples at 0.5 ms."));
@@ -215,7 +215,7 @@ TEST_F(ReformatTest, ACheckWritesNothingAndTells) {
   EXPECT_FALSE(std::filesystem::exists(folder.path("out")));
 }
 
-TEST_F(ReformatTest, StrangersBlocksAndAStopEndItTruly) {
+TEST_F(ReformatRunTest, StrangersBlocksAndAStopEndItTruly) {
   how.head.size = 12;
   EXPECT_EQ(run(OUTPUT_SEGY, {}), 1);
   EXPECT_TRUE(consoleHas("  *** The parameters of the SEG Y output are not those of this program's module."));
