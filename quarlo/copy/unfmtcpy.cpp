@@ -83,7 +83,7 @@ class ImageOutput {
   bool changeTapes() { return nextOutputTapes(units_, kOutputWords) != 0; }
 
  private:
-  bool writeDiskMark(const tpf::Header& from, bool atOnce);
+  bool writeDiskMark(const tpf::Header& from, bool closes);
 
   UnitStruct* units_;
   PieceWriter disk_{console_out, "block"};
@@ -124,9 +124,11 @@ LostOutput ImageOutput::lost() const {
   return lost;
 }
 
-bool ImageOutput::writeDiskMark(const tpf::Header& from, bool atOnce) {
-  disk_.mend();
-  if (disk_.write(headerFrom(from, 0, tpf::kMarkerFilemark), false) && (!atOnce || disk_.flush())) return true;
+/// @param closes a mark that ends the copy stands behind what did fit; another has its place behind all that came
+/// before
+bool ImageOutput::writeDiskMark(const tpf::Header& from, bool closes) {
+  if (closes) disk_.mend();
+  if (disk_.write(headerFrom(from, 0, tpf::kMarkerFilemark), false) && (!closes || disk_.flush())) return true;
   disk_.mend();
   xvt_dm_post_error("Error writing eof header to disk file");
   return false;
