@@ -253,6 +253,7 @@ int TMainPhase(ProcessRecord* record) {
 
 int TFinalPhase(ProcessRecord* record) {
   const int result = CloseAllFiles(record);
-  if (result == 0) kyrSay(record, formatText("%d traces of %d samples written.", job.traces, job.samples).c_str());
+  if (result != 0) return result;
+  kyrSay(record, formatText("%d trace%s of %d samples written.", job.traces, plural(job.traces), job.samples).c_str());
   return result;
 }

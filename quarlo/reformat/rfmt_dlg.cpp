@@ -21,8 +21,7 @@
 namespace {
 
 constexpr const char* kReadErrors = "Otherwise a dead trace goes out, where the output keeps those.";
-constexpr const char* kFromDefaults =
-    "The changes to the parameters of %s are gone: they start from the defaults again.";
+constexpr const char* kFromDefaults = "%s: the parameters start from the defaults again.";
 
 /// What the dialog has for as long as it is up, and a run or a parameter dialog for as long as it lasts.
 struct Reformat {

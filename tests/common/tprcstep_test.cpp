@@ -146,34 +146,26 @@ TEST_F(ModuleTest, ReportsBrokenModulesAndPassesOver) {
 // Whoever can write a module, or put another in its place, would run in this program.
 TEST_F(ModuleTest, WhatOthersCanWriteIsNotLoaded) {
   namespace fs = std::filesystem;
-  install("iogood.so");
-  const std::string lib = folder.path("lib");
-  const std::string file = lib + "/iogood.so";
-  const auto refusedFor = [&](const std::string& reason) {
-    EXPECT_EQ(found(), Lines{}) << reason;
-    EXPECT_EQ(consoleWithoutDates(), (Lines{"Error opening shared object : iogood.so ", "  ** " + reason}));
-  };
-  const auto writable = [](const std::string& path, const std::string& whose) {
-    return path + " can be written by others: chmod " + whose + "-w '" + path + "'";
-  };
-  for (const std::string& path : {lib, file}) {
-    const fs::perms usual = fs::status(path).permissions();
-    fs::permissions(path, usual | fs::perms::others_write);
-    refusedFor(writable(path, "o"));
-    fs::permissions(path, usual);
-  }
+  fs::create_directory("real");
+  fs::copy(QUARLO_TEST_MODULES "iogood.so", "real");
+  fs::create_symlink(folder.path("real/iogood.so"), "lib/iogood.so");
   EXPECT_EQ(found().size(), 1U);
-  fs::rename(lib, folder.path("real"));
-  fs::create_directory(lib);
-  fs::create_symlink(folder.path("real/iogood.so"), file);
-  fs::permissions(folder.path("real"), fs::perms::all);
-  refusedFor(writable(folder.path("real"), "o"));
+  const auto refused = [&](const std::string& path, const std::string& why) {
+    EXPECT_EQ(found(), Lines{}) << path;
+    EXPECT_EQ(consoleWithoutDates(), (Lines{"Error opening shared object : iogood.so ", "  ** " + path + why}));
+  };
+  for (const std::string& path : {folder.path("lib"), folder.path("real"), folder.path("real/iogood.so")}) {
+    fs::permissions(path, fs::perms::others_write, fs::perm_options::add);
+    refused(path, " can be written by others: chmod o-w '" + path + "'");
+    fs::permissions(path, fs::perms::others_write, fs::perm_options::remove);
+  }
   if (getuid() != 0) return;
-  EXPECT_EQ(chown(folder.path("real").c_str(), 0, 54321), 0);
-  refusedFor(writable(folder.path("real"), "go"));
-  fs::permissions(folder.path("real"), fs::perms::owner_all);
-  EXPECT_EQ(chown(folder.path("real/iogood.so").c_str(), 54321, 0), 0);
-  refusedFor(folder.path("real/iogood.so") + " belongs to neither you nor root nor the owner of the program");
+  const std::string real = folder.path("real");
+  fs::permissions(real, fs::perms::group_write, fs::perm_options::add);
+  EXPECT_EQ(chown(real.c_str(), 0, 54321), 0);
+  refused(real, " can be written by others: chmod g-w '" + real + "'");
+  EXPECT_EQ(chown(real.c_str(), 54321, 0), 0);
+  refused(real, " belongs to neither you nor root nor the owner of the program");
 }
 
 TEST_F(ModuleTest, NothingUsableIsNothingFound) {

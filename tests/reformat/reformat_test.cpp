@@ -143,7 +143,7 @@ TEST_F(ReformatTest, ParametersBelongToTheirModule) {
   EXPECT_EQ(text(RF_HINT), "") << "those of the dataset output were as they came";
   toolkit.press(dialog, RF_OUTPUT_PARAMETERS);
   toolkit.select(dialog, RF_INPUT_FORMAT, 1);
-  EXPECT_EQ(text(RF_HINT), "The changes to the parameters of SEG Y are gone: they start from the defaults again.");
+  EXPECT_EQ(text(RF_HINT), "SEG Y: the parameters start from the defaults again.");
   EXPECT_EQ(enabled(), "CLPDlptdE") << "from disk only";
   chooseFile(RF_OUTPUT_DISK, "out.sgy");
   toolkit.answerCancel();
