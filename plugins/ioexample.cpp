@@ -17,9 +17,7 @@
 #include "libkyr/source.h"
 #include "libkyr/text.h"
 #include "plugins/kyrmodule.h"
-#include "quarlo/tapelib/dialogs/dialogevents.h"
-#include "quarlo/tapelib/dialogs/settings.h"
-#include "xvt/resource.h"
+#include "quarlo/tapelib/dialogs/blockdialog.h"
 
 namespace {
 
@@ -45,21 +43,6 @@ constexpr DLG_ITEM kItems[] = {
 };
 constexpr DLG_RES kDialog = {1001, "text-parameters", "Text parameters", kItems, std::size(kItems)};
 constexpr RealField kIntervalField = {.control = kInterval, .decimals = 3, .low = 0.001, .high = 100000, .unit = 0.001};
-
-Parameters* theBlock = nullptr;
-Parameters edited;  // a copy, so that Cancel leaves the block as it is
-
-void handleControl(WINDOW dialog, const EVENT& event) {
-  if (readReal(dialog, event, kIntervalField, &edited.interval)) return;
-  if (isPress(event, kOk)) *theBlock = edited;
-  if (isPress(event, kOk) || isPress(event, kCancel)) xvt_vobj_destroy(dialog);
-}
-
-long handleEvent(WINDOW window, EVENT* event) {
-  return dialogEvents(
-      window, *event,
-      {.create = [](WINDOW dialog) { showReal(dialog, kIntervalField, edited.interval); }, .control = handleControl});
-}
 
 // ---- the text as a source -----------------------------------------------------------------------------------------
 
@@ -224,10 +207,11 @@ void GetInputDefaultParameters(int* params, int* paramDlg, int* disk, int* tape)
 }
 
 void PostInputDialog(int* params) {
-  theBlock = reinterpret_cast<Parameters*>(params);
-  edited = *theBlock;
-  if (xvt_dlg_create_table(WD_MODAL, &kDialog, handleEvent, nullptr) == NULL_WIN)
-    xvt_dm_post_error("Error opening dialog");
+  auto* const block = reinterpret_cast<Parameters*>(params);
+  Parameters edited = *block;
+  BlockDialog dialog(kDialog, kOk, kCancel);
+  dialog.real(kIntervalField, &edited.interval);
+  if (dialog.run()) *block = edited;
 }
 
 int TOpenSource(ProcessRecord* record, int* inputParams) {

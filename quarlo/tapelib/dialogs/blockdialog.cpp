@@ -14,6 +14,11 @@ BlockDialog& BlockDialog::number(int control, int* value, int low, int high) {
   return *this;
 }
 
+BlockDialog& BlockDialog::real(const RealField& field, double* value) {
+  reals_.push_back({field, value});
+  return *this;
+}
+
 BlockDialog& BlockDialog::numbers(int control, int* values, int most, int* count) {
   numbers_.push_back({control, values, most, count});
   return *this;
@@ -62,6 +67,7 @@ long BlockDialog::handle(WINDOW dialog, EVENT* event) {
 
 void BlockDialog::show(WINDOW dialog) {
   for (const NumberField& field : single_) showNumber(dialog, field);
+  for (const Real& real : reals_) showReal(dialog, real.field, *real.value);
   for (const Numbers& field : numbers_) showNumbers(dialog, field);
   for (const Flag& flag : flags_) checkControl(dialog, flag.control, *flag.value != 0);
   for (const Radio& group : radios_) xdCheckRadioButton(dialog, group.first + *group.value, group.first, group.last);
@@ -94,6 +100,7 @@ void BlockDialog::control(WINDOW dialog, const EVENT& event) {
 bool BlockDialog::edit(WINDOW dialog, const EVENT& event) {
   const auto any = [](const auto& fields, const auto& takes) { return std::ranges::any_of(fields, takes); };
   return any(single_, [&](const NumberField& field) { return readNumber(dialog, event, field); }) ||
+         any(reals_, [&](const Real& real) { return readReal(dialog, event, real.field, real.value); }) ||
          any(numbers_, [&](const Numbers& field) { return takeNumbers(dialog, event, field); }) ||
          any(flags_, [&](const Flag& flag) { return toggleFlag(dialog, event, flag.control, flag.value); }) ||
          any(radios_,

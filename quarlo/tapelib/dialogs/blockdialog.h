@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "quarlo/tapelib/dialogs/controls.h"
+#include "quarlo/tapelib/dialogs/settings.h"
 #include "xvt/resource.h"
 
 class BlockDialog {
@@ -37,6 +38,8 @@ class BlockDialog {
 
   // The fields live as long as this object.
   BlockDialog& number(int control, int* value, int low, int high);
+  /// A number with decimals, in a unit of its own.
+  BlockDialog& real(const RealField& field, double* value);
   /// A list of numbers in an edit field, separated by blanks; what is no number there is left out.
   /// @param values room for `most` of them @param count how many there are
   BlockDialog& numbers(int control, int* values, int most, int* count);
@@ -57,6 +60,10 @@ class BlockDialog {
     int* values;
     int most;
     int* count;
+  };
+  struct Real {
+    RealField field;
+    double* value;
   };
   struct Flag {
     int control;
@@ -87,6 +94,7 @@ class BlockDialog {
   int ok_;
   int cancel_;
   std::vector<NumberField> single_;
+  std::vector<Real> reals_;
   std::vector<Numbers> numbers_;
   std::vector<Flag> flags_;
   std::vector<Option> options_;
