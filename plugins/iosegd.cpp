@@ -5,12 +5,11 @@
 #include "libkyr/text.h"
 #include "plugins/kyrmodule.h"
 #include "plugins/ownblock.h"
+#include "plugins/segd/input_dlg.h"
 #include "quarlo/tapelib/frame/reformatloop.h"
 #include "quarlo/tapelib/frame/segdsource.h"
 
 namespace {
-
-constexpr int kSegdId = 10;
 
 std::unique_ptr<ReformatRun> theRun;
 
@@ -18,17 +17,19 @@ std::unique_ptr<ReformatRun> theRun;
 
 void GetTuDllIdentifier(char* theName, int* uniqueId) {
   copyText(theName, KYR_NAME_SIZE, "SEG D");
-  *uniqueId = kSegdId;
+  *uniqueId = KYR_ID_SEGD;
 }
 
 void AllocInputMemory(int* size) { *size = sizeof(KyrSegdInput); }
 
 void GetInputDefaultParameters(int* params, int* paramDlg, int* disk, int* tape) {
   beginBlock<KyrSegdInput>(params, KYR_SEGD_INPUT);
-  *paramDlg = 0;
+  *paramDlg = 1;
   *disk = 1;
   *tape = 0;
 }
+
+void PostInputDialog(int* params) { editSegdInput(reinterpret_cast<KyrSegdInput*>(params)); }
 
 int TOpenSource(ProcessRecord* record, int* inputParams) {
   char path[4096];

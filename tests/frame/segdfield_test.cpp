@@ -321,7 +321,7 @@ KyrSegdInput with(std::initializer_list<std::pair<int KyrSegdInput::*, int>> fie
   KyrSegdInput how{};
   for (const auto& [field, value] : fields) how.*field = value;
   how.setList[0] = 9;
-  how.fileList[0] = 7;
+  how.fieldFiles.leftOut[0] = 7;
   return how;
 }
 
@@ -379,9 +379,11 @@ TEST_F(SegdSourceTest, FilesOfAFolderBecomeRecords) {
   ASSERT_EQ(unpadded.open(folder.path("a.segd")), 0);
   EXPECT_TRUE(said("2 traces of channel set 2: 5 samples, 2 ms: left out, the others have 10 samples, 2 ms."));
   EXPECT_EQ(seisOrgCounts(unpadded.org()).tracesPerRecord, 3);
-  const auto limited =
-      with({{&KyrSegdInput::hasFileLimits, 1}, {&KyrSegdInput::fileAbove, 7}, {&KyrSegdInput::fileBelow, 9}});
-  for (const KyrSegdInput& how : {with({{&KyrSegdInput::sets, 1}}), with({{&KyrSegdInput::files, 1}}), limited})
+  KyrSegdInput limited = with({});
+  limited.fieldFiles = {1, 7, 9, 0, {}};
+  KyrSegdInput listed = with({});
+  listed.fieldFiles.leftOutCount = 1;
+  for (const KyrSegdInput& how : {with({{&KyrSegdInput::sets, 1}}), listed, limited})
     EXPECT_EQ(SegdSource(record.get(), how).open(folder.path("a.segd")), 1);
 }
 

@@ -42,9 +42,20 @@ struct KyrDatasetInput {
   int lastRecord;   ///< 0: the last
 };
 
+enum { KYR_FIELD_FILES = 16 };
+
+/// Which field files are read. Zeros mean all of them.
+struct KyrFieldFiles {
+  int hasLimits;  ///< 1: only those between the two, which are themselves excluded
+  int above;
+  int below;
+  int leftOutCount;  ///< entries of leftOut
+  int leftOut[KYR_FIELD_FILES];
+};
+
 #define KYR_SEGD_INPUT "SEGDin"
 
-enum { KYR_SEGD_SETS = 16, KYR_SEGD_FILES = 16 };
+enum { KYR_SEGD_SETS = 16 };
 
 /// How SEG D is read. Zeros are the defaults.
 struct KyrSegdInput {
@@ -55,9 +66,5 @@ struct KyrSegdInput {
   int pad;          ///< 1: shorter traces are filled with zeros; 0: traces of another length are left out
   int sets;         ///< entries of setList; 0: all channel sets
   int setList[KYR_SEGD_SETS];
-  int hasFileLimits;  ///< 1: only field files between the two, which are themselves excluded
-  int fileAbove;
-  int fileBelow;
-  int files;  ///< entries of fileList: field files that are passed over
-  int fileList[KYR_SEGD_FILES];
+  struct KyrFieldFiles fieldFiles;
 };

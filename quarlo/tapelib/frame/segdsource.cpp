@@ -10,6 +10,7 @@
 #include "libkyr/nullvalue.h"
 #include "libkyr/text.h"
 #include "quarlo/tapelib/formats/segdhdr.h"
+#include "quarlo/tapelib/frame/fieldchoice.h"
 #include "quarlo/tapelib/modulecalls.h"
 
 namespace fs = std::filesystem;
@@ -66,15 +67,8 @@ void putLocation(TraceInfo* header, int property, std::optional<int> value) {
 
 // ---- opening ------------------------------------------------------------------------------------------------------
 
-SegdSource::SegdSource(ProcessRecord* procRecord, const KyrSegdInput& how) : procRecord_(procRecord), how_(how) {
-  fileChoice_.itHasMinMaxOn = static_cast<short>(how.hasFileLimits != 0);
-  fileChoice_.itsFFMin = how.fileAbove;
-  fileChoice_.itsFFMax = how.fileBelow;
-  // An entry of the list that is not used repeats the first.
-  const int listed = std::clamp(how.files, 0, std::min(int{KYR_SEGD_FILES}, kFieldFileListSize));
-  fileChoice_.itHasListOn = static_cast<short>(listed > 0);
-  for (int i = 0; i < kFieldFileListSize; ++i) fileChoice_.itsFFList[i] = how.fileList[i < listed ? i : 0];
-}
+SegdSource::SegdSource(ProcessRecord* procRecord, const KyrSegdInput& how)
+    : procRecord_(procRecord), how_(how), fileChoice_(fieldFileChoice(how.fieldFiles)) {}
 
 int SegdSource::open(const std::string& path) {
   for (const std::string& file : how_.wholeFolder != 0 ? folderOf(path) : std::vector{path})
