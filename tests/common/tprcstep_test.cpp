@@ -347,8 +347,19 @@ TEST_F(ModuleTest, RunsThePhasesOnTapes) {
   EXPECT_EQ(step.MainPhase(&record), 5);
   EXPECT_EQ(toolkit.dialog(DLG_PROGRESS), NULL_WIN);
   EXPECT_EQ(kyrMark(&record, 1), 0);
+  makeCartridge("next.tap", {});
+  toolkit.onPump = nullptr;
+  toolkit.onModal(DLG_OUT_CONTINUE, [&](WINDOW question) {
+    toolkit.press(question, OC_UNLOAD);
+    load(1, "next.tap");
+    toolkit.press(question, OC_OPEN);
+    toolkit.press(question, OC_CONTINUE);
+  });
+  EXPECT_EQ(kyrNextTape(&record, KYR_OUTPUT), 1);
+  EXPECT_EQ(kyrWrite(&record, "w", 1), 1);
   EXPECT_EQ(tlv_tape_close(units, kAllOutputs), 0);
-  EXPECT_EQ(tapeIn("out.tap"), (Tape{"cde", "f", MARK, "g", "z", MARK, "{", MARK}));
+  EXPECT_EQ(tapeIn("out.tap"), (Tape{"cde", "f", MARK, "g", "z", MARK, "{", MARK, MARK}));
+  EXPECT_EQ(tapeIn("next.tap"), (Tape{"w", MARK}));
 }
 
 TEST_F(ModuleTest, ThePhasesFailWithAReason) {
