@@ -1,6 +1,5 @@
 #include "libkyr/ibmfloat.h"
 
-#include <array>
 #include <bit>
 #include <cmath>
 #include <cstring>
@@ -11,17 +10,6 @@ constexpr std::uint32_t kSignBit = 0x80000000U;
 constexpr std::uint32_t kFractionMask = 0x00FFFFFFU;
 constexpr std::uint32_t kLargestMagnitude = 0x7FFFFFFFU;
 constexpr int kExponentBias = 64;
-
-// 16^(exponent - 64) / 2^24: what the fraction, taken as an integer, counts. All of it is exact in double precision.
-constexpr std::array<double, 128> kFractionUnits = [] {
-  std::array<double, 128> units{};
-  double unit = 0x1p-280;
-  for (double& entry : units) {
-    entry = unit;
-    unit *= 16.0;
-  }
-  return units;
-}();
 
 // Drops `bits` (0 to 3) low bits, to the nearest, ties to even.
 std::uint32_t roundOff(std::uint32_t value, int bits) {
@@ -44,18 +32,6 @@ void convertWords(void* words, std::size_t count, Convert convert) {
 }
 
 }  // namespace
-
-double ibmToDouble(std::uint32_t word) {
-  const double magnitude = (word & kFractionMask) * kFractionUnits[(word & ~kSignBit) >> 24];
-  return (word & kSignBit) != 0U ? -magnitude : magnitude;
-}
-
-float ibmToIeee(std::uint32_t word) {
-  const double value = ibmToDouble(word);
-  // 24 bits below 2^128 are at most the largest float: only what is beyond must be kept from the conversion.
-  if (std::fabs(value) < 0x1p128) return static_cast<float>(value);
-  return value < 0 ? -HUGE_VALF : HUGE_VALF;
-}
 
 std::uint32_t ieeeToIbm(float value) {
   const std::uint32_t sign = std::bit_cast<std::uint32_t>(value) & kSignBit;

@@ -8,4 +8,11 @@ enum KyrType : int {
   longIntType = 4,      ///< std::int32_t
   singleFloatType = 5,  ///< float
   doubleFloatType = 6,  ///< double
+
+  // Of header fields only: the calls that take or give properties refuse them.
+  unsignedByteType = 102,   ///< std::uint8_t
+  unsignedShortType = 103,  ///< std::uint16_t
+  unsignedLongType = 104,   ///< std::uint32_t
+  int64Type = 108,          ///< std::int64_t
+  unsigned64Type = 109,     ///< std::uint64_t
 };

@@ -1,5 +1,31 @@
-/// Floats to the sample formats of SEG Y.
+/// Samples in the formats of SEG Y (revisions 0 to 2.0), from floats and to floats.
 #pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+/// Whether this is a sample format code of any revision.
+bool isSegyFormat(int code);
+/// Bytes of a sample of such a format; 0 for another code.
+int segySampleBytes(int code);
+/// Whether segySamplesIn reads this format: all but 4 (fixed point with gain) and the two codes that mean nothing.
+bool isReadableSegyFormat(int code);
+
+/// What a trace has that is no number.
+struct SampleOddities {
+  std::size_t infinite = 0;    ///< as recorded, or beyond single precision
+  std::size_t notNumbers = 0;  ///< NaNs
+
+  SampleOddities& operator+=(const SampleOddities& more);
+};
+
+/// Converts `count` samples of the format `formatCode` to floats, rounded once. Samples of one byte lie byte by byte.
+/// What lies beyond single precision becomes infinite; NaNs stay.
+/// @param bytes count x segySampleBytes(formatCode) bytes, apart from `samples`; no alignment is needed
+/// @param weight the trace's weighting factor N: integers are multiplied by 2^-N, floats are not
+/// @return what is no finite number; nothing, and zeros, for a format that is not readable
+SampleOddities segySamplesIn(const void* bytes, float* samples, std::size_t count, int formatCode, bool bigEndian,
+                             int weight);
 
 /// Sample format codes of SEG Y that are written. Every other code is written as IBM floats.
 enum SEGY_SAMPLE_FORMAT : int {

@@ -231,6 +231,12 @@ TEST(SegyText, EverySettingSurvivesWritingAndReading) {
   field->kyrHeaderCount = kMaxOutputProperties;
   for (int i = 0; i < kMaxOutputProperties; ++i) field->outputKyrHeader[i] = static_cast<TraceProperty>(i);
   add(&format, "Mixed name", byteType, -1);
+  EXPECT_TRUE(printSegyFormat(format).starts_with(firstLine));
+  SegyField* const wide = add(&format, "Wide", unsigned64Type, 20, false);
+  wide->itIsOverridden = 1;
+  wide->itsOverrideValue = valueOf(std::uint64_t{0xFFFFFFFFFFFFFFFF});
+  copyText(wide->itsScaleField, "Its scalar");
+  copyText(wide->itsReplaced, "Mixed name");
   add(&format, "Second", singleFloatType, 399)->itIsOverridden = 1;
   getField(format.itsBinaryFields, "Second")->itsOverrideValue.floatValue = 0.1F;
 
@@ -238,14 +244,20 @@ TEST(SegyText, EverySettingSurvivesWritingAndReading) {
   const std::string text = printSegyFormat(format);
   ASSERT_TRUE(parseSegyFormat(text, &again).empty());
   EXPECT_EQ(printSegyFormat(again), text);
-  EXPECT_EQ(again.itsVersion, 1);
+  EXPECT_EQ(again.itsVersion, 2);
+  EXPECT_EQ(valueIn<std::uint64_t>(getField(again.itsTraceFields, "Wide")->itsOverrideValue), 0xFFFFFFFFFFFFFFFF);
+  EXPECT_STREQ(getField(again.itsTraceFields, "Wide")->itsScaleField, "Its scalar");
+  EXPECT_STREQ(getField(again.itsTraceFields, "Wide")->itsReplaced, "Mixed name");
+  EXPECT_EQ(std::ranges::count(checkSegyFormat(again),
+                               "field \"Wide\" names \"Its scalar\", which the trace header does not have"),
+            1);
   EXPECT_EQ(again.itsStartPad, INT_MIN);
   EXPECT_EQ(again.itsTraceBytes, format.itsTraceBytes);
   EXPECT_EQ(again.itDoesMinPhase + again.itUsesTextFile + again.itsSweepTraceFixed, 3);
   EXPECT_STREQ(again.itsName, format.itsName);
   EXPECT_STREQ(again.itsTextFileSpec.dir.path, "/data/a b");
   EXPECT_STREQ(again.itsTextFileSpec.name, "reel.txt");
-  EXPECT_EQ(again.itsBinaryCount * 10 + again.itsTraceCount, 21);
+  EXPECT_EQ(again.itsBinaryCount * 10 + again.itsTraceCount, 22);
   const SegyField* const back = again.itsTraceFields;
   EXPECT_EQ(back->itsType, doubleFloatType);
   EXPECT_EQ(back->itsScaleFactor, 0.1);
@@ -261,7 +273,7 @@ TEST(SegyText, EverySettingSurvivesWritingAndReading) {
 TEST(SegyText, EveryFaultIsToldWithItsLine) {
   const std::string field = "[trace Nt]\ntype = int16\nbyte = 115\n";
   const std::string noDescription =
-      "1: no SEG Y format description: the first line must read \"Quarlo SEG Y format, version 1, readable from 1\"";
+      "1: no SEG Y format description: the first line must read \"Quarlo SEG Y format, version 2, readable from 1\"";
   struct Case {
     std::string text;
     Lines faults;
@@ -272,8 +284,8 @@ TEST(SegyText, EveryFaultIsToldWithItsLine) {
       {"Quarlo SEG Y format, version one, readable from 1\n", {noDescription}},
       {"Quarlo SEG Y format, version 1, readable from 2\n", {noDescription}},
       {"Quarlo SEG Y format, version 3, readable from 1\r\n\r\nname = later\r\n", {}},
-      {"Quarlo SEG Y format, version 3, readable from 2\n",
-       {"1: written in version 3, which this program cannot read"}},
+      {"Quarlo SEG Y format, version 4, readable from 3\n",
+       {"1: written in version 4, which this program cannot read"}},
       {firstLine + std::string("nam = x\nname\ninput = maybe\nname = x\nname = y\n"),
        {"2: unknown key \"nam\"", "3: neither KEY = VALUE nor a section", "4: \"input\" must be yes or no",
         "6: \"name\" is given twice"}},
@@ -287,7 +299,8 @@ TEST(SegyText, EveryFaultIsToldWithItsLine) {
         "3: \"reel-header-from-file\" needs \"reel-header-file\"", "4: \"trace-types\" must be three whole numbers",
         "5: \"reel-header-file\" must be the path of a file", "6: a character that is no text"}},
       {firstLine + field + field + "[binary Nt]\ntype = int17\nbyte = 0x\n[reel Nt]\n[binary ]\nname = x\n",
-       {"5: a second field \"Nt\" of the trace header", "9: \"type\" must be int8, int16, int32, float32 or float64",
+       {"5: a second field \"Nt\" of the trace header",
+        "9: \"type\" must be int8 to int64, uint8 to uint64, float32 or float64",
         "10: \"byte\" must be a place in the header, the first byte being 1",
         "11: a section is [binary NAME] or [trace NAME]", "12: \"\" is no name of 1 to 63 characters",
         "13: unknown key \"name\""}},
@@ -427,7 +440,7 @@ TEST_F(SegyFormatFile, TheTextFileIsFoundAgainWhereverTheDescriptionIsSaved) {
 }
 
 TEST(SegyText, TheShippedDescriptionsAreSoundAndHoldTheStandardPlaces) {
-  for (const int revision : {0, 1}) {
+  for (const int revision : {0, 1, 2}) {
     FILE_SPEC file{};
     copyText(file.dir.path, QUARLO_FORMATS);
     copyText(file.name, "segy-rev" + std::to_string(revision) + ".txt");
@@ -435,18 +448,25 @@ TEST(SegyText, TheShippedDescriptionsAreSoundAndHoldTheStandardPlaces) {
     Lines messages;
     ASSERT_TRUE(loadSegyFormat(file, &format, &messages));
     EXPECT_EQ(messages, Lines{});
-    EXPECT_EQ(format.itsReelBytes + format.itsBinaryBytes + format.itsTraceBytes, 3840);
+    EXPECT_EQ(format.itsReelBytes + format.itsBinaryBytes + format.itsTraceBytes, revision == 2 ? 4080 : 3840);
+    const auto placeOf = [](const SegyField& field) {
+      return formatText("%s %d+%d ", field.itsName, field.itsOffset + 1, kyrTypeBytes(field.itsType));
+    };
     std::string places;
-    for (const SegyField* list : {format.itsBinaryFields, format.itsTraceFields}) {
-      for (const SegyField* field = list; field != nullptr; field = field->nextField) {
-        places += formatText("%s %d+%d ", field->itsName, field->itsOffset, kyrTypeBytes(field->itsType));
-      }
-    }
-    EXPECT_EQ(places, std::string("TracesPerRec 12+2 AuxPerRec 14+2 Dt 16+2 Nt 20+2 SampFormat 24+2 SweepLength 36+2 "
-                                  "SweepTrace 40+2 CorrCode 48+2 ") +
-                          (revision == 1 ? "Revision 300+2 " : "") +
-                          "TraceNumber 0+4 FieldFile 8+4 FieldFileTraceNumber 12+4 TraceType 28+2 Nt 114+2 Dt 116+2 "
-                          "WeightingFactor 168+2 ");
+    std::string properties;
+    for (const SegyField* field = format.itsBinaryFields; field != nullptr; field = field->nextField)
+      if (field->itsReplaced[0] == '\0') places += placeOf(*field);
+    for (const SegyField* field = format.itsTraceFields; field != nullptr; field = field->nextField)
+      if (field->inputKyrHeader != trNone)
+        properties += formatText("%d:%d ", int{field->inputKyrHeader}, field->itsOffset + 1);
+      else if (field->itIsRequired != 0)
+        places += placeOf(*field);
+    EXPECT_EQ(places, std::string("TracesPerRec 13+2 AuxPerRec 15+2 Dt 17+2 Nt 21+2 SampFormat 25+2 SweepLength 37+2 "
+                                  "SweepTrace 41+2 CorrCode 49+2 ") +
+                          (revision == 2 ? "ByteOrder 97+4 " : "") +
+                          (revision >= 1 ? "Revision 301+1 MinorRevision 302+1 " : "") +
+                          (revision == 2 ? "AdditionalHeaders 307+4 " : "") + "Nt 115+2 Dt 117+2 ");
+    EXPECT_EQ(properties, "9:1 8:9 10:13 5:17 3:21 12:29 16:37 22:41 19:45 17:73 18:77 20:81 21:85 150:109 ");
   }
 }
 

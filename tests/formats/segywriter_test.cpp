@@ -419,6 +419,7 @@ TEST_F(SegyWriterTest, BuildsTracesOfFourAndTwoBytesASample) {
   putBig(&expected, 8, 12);
   putBig(&expected, 12, 3);
   putBig(&expected, 28, 1, 2);
+  putBig(&expected, 68, 0xFF9CFF9C);  // the scalars that the description fixes
   putBig(&expected, 114, 3, 2);
   putBig(&expected, 116, 2000, 2);
   EXPECT_EQ(trace, expected + std::string("\x41\x10\0\0\xC2\x76\xA0\0\0\0\0\0", 12) + std::string(48, '.'));

@@ -1,66 +1,63 @@
 #include "quarlo/tapelib/formats/segyencode.h"
 
 #include <cstring>
+#include <type_traits>
 
-#include "libkyr/byteorder.h"
 #include "libkyr/segysamples.h"
 
 namespace {
 
-std::int32_t integerOf(const FieldValue& value, int type) {
-  if (type == byteType) return value.byteValue;
-  return type == shortIntType ? value.shortValue : value.longValue;
+template <typename To, typename From>
+To converted(From value) {
+  if constexpr (std::is_integral_v<To> && std::is_floating_point_v<From>)
+    return cutTo<To>(value);
+  else
+    return static_cast<To>(value);
 }
 
-constexpr bool isFloat(int type) { return type == singleFloatType || type == doubleFloatType; }
-
-double realOf(const FieldValue& value, int type) {
-  if (type == doubleFloatType) return value.doubleValue;
-  return type == singleFloatType ? double{value.floatValue} : static_cast<double>(integerOf(value, type));
+template <typename T>
+T scaled(T value, double scale) {
+  return scale == 1.0 ? value : converted<T>(static_cast<double>(value) * scale);
 }
 
-FieldValue fromInteger(std::int32_t integer, int type) {
-  FieldValue value{};
-  if (type == byteType) value.byteValue = static_cast<std::int8_t>(integer);
-  if (type == shortIntType) value.shortValue = static_cast<std::int16_t>(integer);
-  if (type == longIntType) value.longValue = integer;
-  return value;
-}
-
-FieldValue fromReal(double real, int type) {
-  FieldValue value{};
-  if (type == byteType) value.byteValue = cutTo<std::int8_t>(real);
-  if (type == shortIntType) value.shortValue = cutTo<std::int16_t>(real);
-  if (type == longIntType) value.longValue = cutTo<std::int32_t>(real);
-  if (type == singleFloatType) value.floatValue = static_cast<float>(real);
-  if (type == doubleFloatType) value.doubleValue = real;
-  return value;
-}
-
-void reverse(char* bytes, int count) {
-  if (count == 2) byteswap(bytes, 1);
-  if (count == 4) longswap(bytes, 1);
-  if (count == 8) doubleswap(bytes, 1);
+/// Stores what `valueOfType` makes of a zero of the field's type.
+template <typename Make>
+FieldPut store(std::span<char> header, const SegyField& field, bool swap, Make valueOfType) {
+  if (!isKyrType(field.itsType)) return FieldPut::Missing;
+  if (!headerHolds(header.size(), field)) return FieldPut::Outside;
+  char* const place = header.data() + field.itsOffset;
+  visitKyrType(field.itsType, [&](auto zero) {
+    const auto stored = valueOfType(zero);
+    std::memcpy(place, &stored, sizeof stored);
+    if (swap) std::reverse(place, place + sizeof stored);
+  });
+  return FieldPut::Stored;
 }
 
 }  // namespace
 
 bool segyCoerce(const FieldValue* inputValue, int inputType, FieldValue* outputValue, int outputType) {
-  if (!isKyrType(inputType) || !isKyrType(outputType)) return false;
-  *outputValue = isFloat(inputType) || isFloat(outputType) ? fromReal(realOf(*inputValue, inputType), outputType)
-                                                           : fromInteger(integerOf(*inputValue, inputType), outputType);
-  return true;
+  if (!isKyrType(outputType)) return false;
+  return visitKyrType(inputType, [&](auto from) {
+    visitKyrType(outputType, [&](auto to) {
+      *outputValue = valueOf(converted<decltype(to)>(valueIn<decltype(from)>(*inputValue)));
+    });
+  });
 }
 
 FieldPut encodeSegyField(std::span<char> header, const FieldValue* aValue, const SegyField* field, bool swap) {
-  if (!isKyrType(field->itsType)) return FieldPut::Missing;
-  const int bytes = kyrTypeBytes(field->itsType);
-  if (!headerHolds(header.size(), *field)) return FieldPut::Outside;
-  const FieldValue scaled = fromReal(realOf(*aValue, field->itsType) * field->itsScaleFactor, field->itsType);
-  char* const place = header.data() + field->itsOffset;
-  std::memcpy(place, &scaled, static_cast<std::size_t>(bytes));  // every member of the union begins at its start
-  if (swap) reverse(place, bytes);
-  return FieldPut::Stored;
+  return store(
+      header, *field, swap, [&](auto zero) { return scaled(valueIn<decltype(zero)>(*aValue), field->itsScaleFactor); });
+}
+
+FieldPut encodeSegyNumber(std::span<char> header, double number, const SegyField& field, bool swap) {
+  return store(
+      header, field, swap,
+      [&](auto zero) {
+        using Stored = decltype(zero);
+        const double product = number * field.itsScaleFactor;
+        return converted<Stored>(std::is_integral_v<Stored> ? std::round(product) : product);
+      });
 }
 
 FieldPut putFieldValue(const void* variable, const SegyField* fieldList, std::span<char> header, bool swap,

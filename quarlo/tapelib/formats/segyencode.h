@@ -8,12 +8,14 @@
 
 #include "quarlo/tapelib/formats/segyformat.h"
 
-/// A number as an integer of at most 32 bits: cut towards zero, held at the type's ends. NaN becomes 0.
+/// A number as an integer: cut towards zero, held at the type's ends. NaN becomes 0.
 template <typename T>
 T cutTo(double value) {
+  using Ends = std::numeric_limits<T>;
   if (std::isnan(value)) return 0;
-  return static_cast<T>(
-      std::clamp(std::trunc(value), double{std::numeric_limits<T>::min()}, double{std::numeric_limits<T>::max()}));
+  // The upper end of 64 bits is none of double precision: its neighbour is, and lies outside.
+  if (value >= static_cast<double>(Ends::max())) return Ends::max();
+  return value <= static_cast<double>(Ends::min()) ? Ends::min() : static_cast<T>(value);
 }
 
 /// What came of putting a value.
@@ -34,6 +36,10 @@ bool segyCoerce(const FieldValue* inputValue, int inputType, FieldValue* outputV
 /// towards zero to the field's integer type, at most to its ends. Never touches a byte outside `header`.
 /// @param swap reverse the bytes of the host's order (for a big-endian header)
 FieldPut encodeSegyField(std::span<char> header, const FieldValue* aValue, const SegyField* field, bool swap);
+
+/// Stores a number times the field's scale factor, rounded to the nearest where the field holds integers, at most to
+/// its type's ends.
+FieldPut encodeSegyNumber(std::span<char> header, double number, const SegyField& field, bool swap);
 
 /// Finds the field `name` and stores the value in it; the field's own fixed value if it has one.
 /// @param variable address of the value, of type `dataType` (KyrType), unaligned or not

@@ -29,20 +29,6 @@ SegyField** endOf(SegyField** link) {
 
 }  // namespace
 
-int kyrTypeBytes(int type) {
-  switch (type) {
-    case shortIntType:
-      return 2;
-    case longIntType:
-    case singleFloatType:
-      return 4;
-    case doubleFloatType:
-      return 8;
-    default:
-      return 1;
-  }
-}
-
 SegyField* addSegyField(SegyFormat* format, bool isBinary, const SegyField& field) {
   auto node = std::make_unique<SegyField>(field);
   node->nextField = nullptr;
@@ -62,6 +48,16 @@ const SegyField* getField(const SegyField* fieldList, const char* fieldName) {
 
 SegyField* getField(SegyField* fieldList, const char* fieldName) {
   return const_cast<SegyField*>(getField(const_cast<const SegyField*>(fieldList), fieldName));
+}
+
+const SegyField* getReplacement(const SegyField* fieldList, const char* fieldName) {
+  for (const SegyField* field = fieldList; field != nullptr; field = field->nextField)
+    if (field->itsReplaced[0] != '\0' && fieldText(field->itsReplaced) == fieldName) return field;
+  return nullptr;
+}
+
+SegyField* getReplacement(SegyField* fieldList, const char* fieldName) {
+  return const_cast<SegyField*>(getReplacement(const_cast<const SegyField*>(fieldList), fieldName));
 }
 
 int segyHeaderBytes(const SegyFormat& format, bool isBinary) {

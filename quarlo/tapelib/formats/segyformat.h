@@ -5,17 +5,13 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <vector>
 
 #include "libkyr/kyrtype.h"
 #include "libkyr/properties.h"
 #include "xvt/xvt.h"
-
-/// Bytes of a value of this type; 1 for what is no KyrType.
-int kyrTypeBytes(int type);
-/// True for the five types of values.
-constexpr bool isKyrType(int type) { return type >= byteType && type <= doubleFloatType; }
 
 /// A value of the type that is named beside it.
 union FieldValue {
@@ -26,6 +22,61 @@ union FieldValue {
   double doubleValue;
 };
 static_assert(sizeof(FieldValue) == 8);
+
+/// Calls `visit` with a zero of the type. @return false, and no call, for what is no KyrType
+template <typename Visit>
+constexpr bool visitKyrType(int type, Visit visit) {
+  switch (type) {
+    case byteType:
+      return visit(std::int8_t{}), true;
+    case shortIntType:
+      return visit(std::int16_t{}), true;
+    case longIntType:
+      return visit(std::int32_t{}), true;
+    case singleFloatType:
+      return visit(float{}), true;
+    case doubleFloatType:
+      return visit(double{}), true;
+    case unsignedByteType:
+      return visit(std::uint8_t{}), true;
+    case unsignedShortType:
+      return visit(std::uint16_t{}), true;
+    case unsignedLongType:
+      return visit(std::uint32_t{}), true;
+    case int64Type:
+      return visit(std::int64_t{}), true;
+    case unsigned64Type:
+      return visit(std::uint64_t{}), true;
+    default:
+      return false;
+  }
+}
+
+constexpr bool isKyrType(int type) {
+  return visitKyrType(
+      type, [](auto /*zero*/) {});
+}
+
+/// Bytes of a value of this type; 1 for what is no KyrType.
+constexpr int kyrTypeBytes(int type) {
+  int bytes = 1;
+  visitKyrType(type, [&bytes](auto zero) { bytes = static_cast<int>(sizeof zero); });
+  return bytes;
+}
+
+/// The value as the type T that it is known to have; every type begins at the union's start.
+template <typename T>
+T valueIn(const FieldValue& value) {
+  T typed;
+  std::memcpy(&typed, &value, sizeof typed);
+  return typed;
+}
+template <typename T>
+FieldValue valueOf(T typed) {
+  FieldValue value{};
+  std::memcpy(&value, &typed, sizeof typed);
+  return value;
+}
 
 constexpr int kMaxOutputProperties = 42;
 
@@ -39,6 +90,8 @@ struct SegyField {
   short itIsOverridden = 0;          ///< a fixed value replaces whatever the program supplies
   FieldValue itsOverrideValue = {};  ///< of type itsType
   double itsScaleFactor = 1.0;       ///< multiplies the value before it is stored
+  char itsScaleField[64] = "";       ///< field of the same header that holds the SEG Y scalar of this one; or empty
+  char itsReplaced[64] = "";         ///< field in whose place this one stands where it is not 0; or empty
   short itIsRequired = 0;
   short itIsBinaryField = 0;              ///< stands in the binary reel header
   short itIsEditedField = 0;              ///< changed by the user
@@ -98,6 +151,10 @@ SegyField* addSegyField(SegyFormat* format, bool isBinary, const SegyField& fiel
 /// The first field of this name, or null.
 SegyField* getField(SegyField* fieldList, const char* fieldName);
 const SegyField* getField(const SegyField* fieldList, const char* fieldName);
+
+/// The first field that replaces the one of this name, or null.
+SegyField* getReplacement(SegyField* fieldList, const char* fieldName);
+const SegyField* getReplacement(const SegyField* fieldList, const char* fieldName);
 
 /// The length that the description gives the header of a field, in bytes; 0 for a negative one.
 int segyHeaderBytes(const SegyFormat& format, bool isBinary);

@@ -9,6 +9,7 @@
 #include "libkyr/text.h"
 #include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/formats/segyformat_text.h"
+#include "quarlo/tapelib/sharefolder.h"
 
 namespace {
 
@@ -106,6 +107,16 @@ bool loadSegyFormat(const FILE_SPEC& file, SegyFormat* format, Messages* message
   for (const std::string& warning : checkSegyFormat(*format))
     messages->push_back(formatText("%s: %s", file.name, warning.c_str()));
   return true;
+}
+
+bool loadChosenSegyFormat(std::string_view chosen, const char* shipped, SegyFormat* format,
+                          const std::function<void(const std::string& line)>& say) {
+  const std::string path = chosen.empty() ? findShared("formats", shipped) : std::string(chosen);
+  Messages messages;
+  const bool loaded = loadSegyFormat(fileSpecOf(path.empty() ? shipped : path), format, &messages);
+  for (const std::string& message : messages) say("  ** " + message);
+  if (!loaded) say(formatText("  *** Error reading the format description %s.", path.c_str()));
+  return loaded;
 }
 
 bool saveSegyFormat(SegyFormat* format, const FILE_SPEC& file, Messages* messages) {

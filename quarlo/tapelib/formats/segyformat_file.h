@@ -1,7 +1,9 @@
 /// SEG Y format descriptions in files. Their text: docs/format-segy-description.md.
 #pragma once
 
+#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "quarlo/tapelib/formats/segyformat.h"
@@ -13,6 +15,12 @@
 ///                 hardly meant
 /// @return false when the description cannot be used
 bool loadSegyFormat(const FILE_SPEC& file, SegyFormat* format, std::vector<std::string>* messages);
+
+/// Reads the description that a user chose by its path, or where it is empty a shipped one by its name.
+/// @param say takes lines about what is wrong or worth a look
+/// @return false after a line when the description cannot be used
+bool loadChosenSegyFormat(std::string_view chosen, const char* shipped, SegyFormat* format,
+                          const std::function<void(const std::string& line)>& say);
 
 /// Saves a description; a file that is there is replaced when the new one is whole, or stays.
 /// @param format its file specification becomes `file`

@@ -1,5 +1,6 @@
 #include "quarlo/tapelib/formats/segyformat_keys.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -41,7 +42,15 @@ constexpr std::array kField = {
     Setting<SegyField>{"mapped", &SegyField::itIsMapped},
 };
 
-constexpr std::array<const char*, 5> kTypeNames = {"int8", "int16", "int32", "float32", "float64"};
+struct TypeName {
+  int type;
+  const char* name;
+};
+constexpr std::array kTypeNames = {TypeName{byteType, "int8"},           TypeName{shortIntType, "int16"},
+                                   TypeName{longIntType, "int32"},       TypeName{int64Type, "int64"},
+                                   TypeName{unsignedByteType, "uint8"},  TypeName{unsignedShortType, "uint16"},
+                                   TypeName{unsignedLongType, "uint32"}, TypeName{unsigned64Type, "uint64"},
+                                   TypeName{singleFloatType, "float32"}, TypeName{doubleFloatType, "float64"}};
 
 }  // namespace
 
@@ -49,44 +58,28 @@ std::span<const Setting<SegyFormat>> formatSettings() { return kFormat; }
 std::span<const Setting<SegyField>> fieldSettings() { return kField; }
 
 const char* typeName(int type) {
-  return isKyrType(type) ? kTypeNames.at(static_cast<std::size_t>(type - byteType)) : nullptr;
+  const auto found = std::ranges::find(kTypeNames, type, &TypeName::type);
+  return found == kTypeNames.end() ? nullptr : found->name;
 }
 
 int typeOfName(std::string_view name) {
-  for (int type = byteType; type <= doubleFloatType; ++type)
-    if (name == typeName(type)) return type;
-  return 0;
+  const auto found = std::ranges::find(kTypeNames, name, &TypeName::name);
+  return found == kTypeNames.end() ? 0 : found->type;
 }
 
 bool takeValue(std::string_view text, int type, FieldValue* value) {
-  *value = FieldValue{};
-  switch (type) {
-    case byteType:
-      return takeNumber(text, &value->byteValue);
-    case shortIntType:
-      return takeNumber(text, &value->shortValue);
-    case longIntType:
-      return takeNumber(text, &value->longValue);
-    case singleFloatType:
-      return takeNumber(text, &value->floatValue);
-    default:
-      return takeNumber(text, &value->doubleValue);
-  }
+  bool sound = false;
+  visitKyrType(type, [&](auto number) {
+    sound = takeNumber(text, &number);
+    *value = valueOf(number);
+  });
+  return sound;
 }
 
 std::string valueText(const FieldValue& value, int type) {
-  switch (type) {
-    case byteType:
-      return numberText(int{value.byteValue});
-    case shortIntType:
-      return numberText(value.shortValue);
-    case longIntType:
-      return numberText(value.longValue);
-    case singleFloatType:
-      return numberText(value.floatValue);
-    default:
-      return numberText(value.doubleValue);
-  }
+  std::string text;
+  visitKyrType(type, [&](auto zero) { text = numberText(valueIn<decltype(zero)>(value)); });
+  return text;
 }
 
 }  // namespace segytext

@@ -53,12 +53,23 @@ void printField(const SegyField& field, std::string* text) {
   lines.add("type", segytext::typeName(type));
   lines.add("byte", numberText(std::int64_t{field.itsOffset} + 1));
   if (field.itsScaleFactor != 1.0) lines.add("scale", numberText(field.itsScaleFactor));
+  lines.add("scale-field", oneLine(fieldText(field.itsScaleField)));
+  lines.add("replaces", oneLine(fieldText(field.itsReplaced)));
   if (field.itIsOverridden != 0) lines.add("override", valueText(field.itsOverrideValue, type));
   if (field.itHasRange != 0)
     lines.add("range", valueText(field.itsRangeMin, type) + ' ' + valueText(field.itsRangeMax, type));
   if (field.inputKyrHeader != trNone) lines.add("input-property", numberText(int{field.inputKyrHeader}));
   lines.add("output-properties", outputProperties(field));
   lines.addSettings(segytext::fieldSettings(), field);
+}
+
+/// The oldest version of the form that can say it: readers of the first know five types and no relations of fields.
+int versionNeeded(const SegyFormat& format) {
+  const auto isNew = [](const std::unique_ptr<SegyField>& field) {
+    return (field->itsType > doubleFloatType && isKyrType(field->itsType)) || field->itsScaleField[0] != '\0' ||
+           field->itsReplaced[0] != '\0';
+  };
+  return std::ranges::any_of(format.itsOwnedFields, isNew) ? kSegyTextVersion : kSegyTextReadableFrom;
 }
 
 void printFields(const SegyField* list, std::string* text) {
@@ -73,6 +84,10 @@ void checkFields(const SegyFormat& format, bool isBinary, std::vector<std::strin
     if (!headerHolds(static_cast<std::size_t>(bytes), *field))
       warnings->push_back(formatText("field \"%s\" does not fit the %d bytes of the %s header and will be left out",
                                      field->itsName, bytes, header));
+    for (const char* name : {field->itsScaleField, field->itsReplaced})
+      if (name[0] != '\0' && getField(list, name) == nullptr)
+        warnings->push_back(
+            formatText("field \"%s\" names \"%s\", which the %s header does not have", field->itsName, name, header));
     for (const SegyField* other = field->nextField; other != nullptr; other = other->nextField)
       if (fieldsMeet(*field, *other))
         warnings->push_back(
@@ -83,8 +98,8 @@ void checkFields(const SegyFormat& format, bool isBinary, std::vector<std::strin
 }  // namespace
 
 std::string printSegyFormat(const SegyFormat& format) {
-  std::string text = std::string(segytext::kSignature) + segytext::numberText(kSegyTextVersion) +
-                     std::string(segytext::kReadable) + segytext::numberText(kSegyTextReadableFrom) + "\n\n";
+  const std::string version = segytext::numberText(versionNeeded(format));
+  std::string text = std::string(segytext::kSignature) + version + std::string(segytext::kReadable) + version + "\n\n";
   Lines lines(&text);
   lines.add("name", oneLine(fieldText(format.itsName)));
   lines.addSettings(segytext::formatSettings(), format);

@@ -210,13 +210,17 @@ void Reader::readFieldValue(std::string_view key, std::string_view value) {
     require(copyText(field_.itsDescription, value), key, "has at most 63 characters");
   } else if (key == "type") {
     const int type = typeOfName(value);
-    require(type != 0, key, "must be int8, int16, int32, float32 or float64");
+    require(type != 0, key, "must be int8 to int64, uint8 to uint64, float32 or float64");
     if (type != 0) field_.itsType = static_cast<KyrType>(type);
   } else if (key == "byte") {
     const std::optional<int> place = numberIn<int>(value);
     require(place && *place >= -kMaxSegyHeaderBytes && *place <= kMaxSegyHeaderBytes, key,
             "must be a place in the header, the first byte being 1");
     field_.itsOffset = place.value_or(1) - 1;
+  } else if (key == "scale-field") {
+    require(copyText(field_.itsScaleField, value), key, "has at most 63 characters");
+  } else if (key == "replaces") {
+    require(copyText(field_.itsReplaced, value), key, "has at most 63 characters");
   } else if (key == "scale") {
     require(takeNumber(value, &field_.itsScaleFactor), key, "must be a number");
   } else if (key == "override") {

@@ -7,8 +7,8 @@
 
 #include "quarlo/tapelib/formats/segyformat.h"
 
-/// Version of the text form that is written, and the oldest that can read it.
-constexpr int kSegyTextVersion = 1;
+/// Newest version of the text form, and the oldest, in which a description is written that needs no more.
+constexpr int kSegyTextVersion = 2;
 constexpr int kSegyTextReadableFrom = 1;
 
 /// Something wrong with a description, or worth a look.

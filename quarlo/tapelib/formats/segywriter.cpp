@@ -15,6 +15,7 @@
 #include "libkyr/text.h"
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/diskunit.h"
+#include "quarlo/tapelib/formats/segydecode.h"
 #include "quarlo/tapelib/formats/segyencode.h"
 #include "quarlo/tapelib/formats/segyreel.h"
 #include "quarlo/tapelib/tlv_fcn.h"
@@ -28,8 +29,8 @@ constexpr std::array<std::string_view, 7> kTraceNames = {
 
 /// Whether an integer field holds a value for those who read it signed, or unsigned.
 bool holds(const SegyField& field, std::int32_t value) {
-  const int bits = field.itsType == byteType ? 8 : field.itsType == shortIntType ? 16 : 32;
-  return bits == 32 || (value >= -(1 << (bits - 1)) && value < (1 << bits));
+  const int bits = 8 * kyrTypeBytes(field.itsType);
+  return bits >= 32 || (value >= -(1 << (bits - 1)) && value < (1 << bits));
 }
 
 // ---- fields -----------------------------------------------------------------------------------------------------
@@ -46,10 +47,12 @@ class HeaderFields {
   void put(const char* name, std::int16_t value) { put(name, &value, shortIntType); }
   void put(const char* name, std::int32_t value) {
     SegyField* const field = getField(list_, name);
-    if (field != nullptr && field->itIsOverridden == 0 && !holds(*field, value))
+    if (field != nullptr && field->itIsOverridden == 0 && !holds(*field, value) &&
+        getReplacement(list_, name) == nullptr)
       tellOnce(field, formatText("cannot hold %d", value));
     put(name, &value, longIntType);
   }
+  void put(const char* name, std::uint16_t value) { put(name, &value, unsignedShortType); }
 
   /// The fields that are mapped from a trace's properties.
   void putProperties(const TraceInfo& trace) {
@@ -69,19 +72,19 @@ class HeaderFields {
  private:
   void put(const char* name, const void* value, int type) {
     tell(getField(list_, name), putFieldValue(value, list_, bytes_, swap_, type, name));
+    if (SegyField* const wider = getReplacement(list_, name))
+      tell(wider, putFieldValue(value, list_, bytes_, swap_, type, wider->itsName));
   }
-  /// The value comes as it is kept: the field's type is the encoder's business.
+  /// The value comes as it is kept: the field's type is the encoder's business. A scalar counts where the description
+  /// fixes it: as the value goes out, so does the scalar.
   void putFirst(SegyField* field, const TraceInfo& trace) {
     const auto properties = std::span(field->outputKyrHeader).first(static_cast<std::size_t>(field->kyrHeaderCount));
     for (const TraceProperty property : properties) {
       double value = 0;
       if (GetTraceProperty(property, doubleFloatType, gUnknownUnits, &value, &trace) != 0 || IsValueNull(value))
         continue;
-      FieldValue given{};
-      FieldValue own{};
-      given.doubleValue = value;
-      if (segyCoerce(&given, doubleFloatType, &own, field->itsType))
-        tell(field, encodeSegyField(bytes_, &own, field, swap_));
+      const double scalar = overrideOf(list_, std::string(fieldText(field->itsScaleField)).c_str(), 0);
+      tell(field, encodeSegyNumber(bytes_, segyUnscaled(value, scalar), *field, swap_));
       return;
     }
   }
@@ -193,8 +196,7 @@ int initSegyOut(ProcessRecord* procRecord, SegyFormat* segyFmt, short tracesPerR
   HeaderFields fields(segyFmt, true, header.data());
   fields.put("TracesPerRec", tracesPerRecord);
   fields.put("AuxPerRec", auxPerRecord);
-  // Supplied as a short, its bits are those of the unsigned number that readers take it for.
-  fields.put("Dt", static_cast<std::int16_t>(microseconds<std::uint16_t>(sampleInterval)));
+  fields.put("Dt", microseconds<std::uint16_t>(sampleInterval));
   fields.put("Nt", std::int32_t{samplesPerTrace});
   fields.put("SampFormat", sampleFormat);
   fields.put("SweepLength", sweepLength);
