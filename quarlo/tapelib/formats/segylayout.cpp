@@ -1,0 +1,307 @@
+#include "quarlo/tapelib/formats/segylayout.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cmath>
+
+#include "libkyr/byteorder.h"
+#include "libkyr/segysamples.h"
+#include "libkyr/text.h"
+#include "quarlo/tapelib/formats/charsets.h"
+#include "quarlo/tapelib/formats/segybinary.h"
+#include "quarlo/tapelib/formats/segywalk.h"
+
+namespace {
+
+constexpr std::uint64_t kMostTextHeaders = 32767;  // what their count can say
+
+using Bytes = std::span<const char>;
+
+/// The binary header's fields that the standard gives one place for good, in the file's byte order.
+class Structure {
+ public:
+  Structure(Bytes header, bool bigEndian) : header_(header), bigEndian_(bigEndian) {}
+
+  int revisionByte(int index) const { return static_cast<unsigned char>(header_[place(kBinaryRevision) + index]); }
+  int int16(HeaderKey key) const {
+    const char* const at = header_.data() + place(key);
+    return bigEndian_ ? loadBeInt16(at) : loadLeInt16(at);
+  }
+  int int32(HeaderKey key) const {
+    const char* const at = header_.data() + place(key);
+    return bigEndian_ ? loadBeInt32(at) : loadLeInt32(at);
+  }
+  std::uint64_t uint64(int byte) const {
+    const char* const at = header_.data() + byte - 1;
+    return bigEndian_ ? loadBe64(at) : loadLe64(at);
+  }
+
+ private:
+  static std::size_t place(HeaderKey key) { return static_cast<std::size_t>(key.byte - 1); }
+
+  Bytes header_;
+  bool bigEndian_;
+};
+
+/// Whether a block of text is the one that ends the extended text headers.
+bool isEndStanza(Bytes header) {
+  const SegyText text = segyTextOf(header);
+  std::array<int, kA2eTableSize> toEbcdic{};
+  std::array<int, kE2aTableSize> toAscii{};
+  initascebc(toEbcdic.data(), toAscii.data());
+  constexpr std::string_view kStanza = "((seg:endtext))";
+  std::string found;
+  for (std::size_t i = 0; i < header.size() && found.size() < kStanza.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(header[i]);
+    const int character = text == SegyText::Ebcdic ? toAscii.at(byte) : byte;
+    if (character > ' ' && character < 127) found += static_cast<char>(std::tolower(character));
+  }
+  return found == kStanza;
+}
+
+/// Everything before the traces; grows a layout and its remarks.
+class Headers {
+ public:
+  Headers(const SegyFormat& format, const SegyChoices& choices, SegyLayout* layout)
+      : format_(format), choices_(choices), layout_(*layout) {}
+
+  /// @param binary empty when there is none
+  void take(Bytes text, Bytes binary, bool bigEndian);
+  /// @return false with a reason when the samples cannot be read
+  bool takeSampleFormat(Bytes binary, std::string* reason);
+  void placeTraces(BytesAt& file, Bytes binary, std::uint64_t behindBinary);
+  /// Lengths of a trace's headers that the binary header may mean, the likeliest first.
+  std::vector<std::uint32_t> headerLengths(Bytes binary) const;
+
+ private:
+  bool hasStructure(Bytes binary) const { return binary.size() >= kBinaryHeaderBytes; }
+  bool isExtended() const { return layout_.reading.extended; }
+  std::uint64_t extendedHeaders(BytesAt& file, int count, std::uint64_t behindBinary);
+  void remark(std::string line) { layout_.remarks.push_back(std::move(line)); }
+
+  const SegyFormat& format_;
+  const SegyChoices& choices_;
+  SegyLayout& layout_;
+};
+
+void Headers::take(Bytes text, Bytes binary, bool bigEndian) {
+  layout_.text = choices_.text.value_or(segyTextOf(text));
+  layout_.reading.bigEndian = bigEndian;
+  if (hasStructure(binary)) {
+    const Structure structure(binary, bigEndian);
+    layout_.majorRevision = structure.revisionByte(0);
+    layout_.minorRevision = structure.revisionByte(1);
+    layout_.reading.extended = layout_.majorRevision >= 2;
+    layout_.fixedLength = structure.int16(kBinaryFixedLength) != 0;
+  }
+  const auto count = [&](const char* name) { return SegyValue(format_, true, name, layout_.reading).countIn(binary); };
+  layout_.tracesPerRecord = std::min<std::uint64_t>(count("TracesPerRec"), kMaxCount) +
+                            std::min<std::uint64_t>(count("AuxPerRec"), kMaxCount);
+  layout_.headerBytes = headerLengths(binary).front();
+}
+
+bool Headers::takeSampleFormat(Bytes binary, std::string* reason) {
+  const auto stated = SegyValue(format_, true, "SampFormat", layout_.reading).countIn(binary);
+  layout_.sampleFormat =
+      choices_.sampleFormat != 0 ? choices_.sampleFormat : static_cast<int>(std::min<std::uint64_t>(stated, kMaxCount));
+  layout_.sampleBytes = static_cast<std::uint32_t>(segySampleBytes(layout_.sampleFormat));
+  if (isReadableSegyFormat(layout_.sampleFormat)) return true;
+  *reason = formatText("sample format code %d is none that can be read", layout_.sampleFormat);
+  return false;
+}
+
+std::vector<std::uint32_t> Headers::headerLengths(Bytes binary) const {
+  const auto described =
+      static_cast<std::uint32_t>(format_.itHasTraceHeader != 0 ? segyHeaderBytes(format_, false) : 0);
+  // A description of several blocks knows fields of additional headers; how many there are the file says.
+  if (described == 0 || described % kTraceHeaderBytes != 0) return {described};
+  if (!isExtended()) return {kTraceHeaderBytes};
+  const Structure structure(binary, layout_.reading.bigEndian);
+  std::vector<std::uint32_t> lengths;
+  for (const int blocks : {structure.int32(kBinaryAdditional), structure.int16(kBinaryAdditional)})
+    if (blocks >= 0 && blocks <= kMostAdditionalHeaders)
+      lengths.push_back(static_cast<std::uint32_t>(kTraceHeaderBytes * (1 + blocks)));
+  if (lengths.empty()) lengths.push_back(kTraceHeaderBytes);
+  return lengths;
+}
+
+std::uint64_t Headers::extendedHeaders(BytesAt& file, int count, std::uint64_t behindBinary) {
+  const std::uint64_t held = (std::max(behindBinary, file.size()) - behindBinary) / kEbcdicHeaderBytes;
+  if (count >= 0) {
+    if (static_cast<std::uint64_t>(count) <= held) return static_cast<std::uint64_t>(count);
+    remark(formatText("%d extended text headers are announced, which the file cannot hold: taken for none", count));
+    return 0;
+  }
+  for (std::uint64_t i = 0; count == -1 && i < std::min(held, kMostTextHeaders); ++i)
+    if (isEndStanza(file.at(behindBinary + i * kEbcdicHeaderBytes, kEbcdicHeaderBytes))) return i + 1;
+  remark(
+      formatText("The number of extended text headers is given as %d and no stanza ends them: taken for none", count));
+  return 0;
+}
+
+void Headers::placeTraces(BytesAt& file, Bytes binary, std::uint64_t behindBinary) {
+  layout_.end = file.size();
+  layout_.firstTrace = behindBinary;
+  if (!hasStructure(binary)) return;
+  const Structure structure(binary, layout_.reading.bigEndian);
+  layout_.extendedHeaders = extendedHeaders(file, structure.int16(kBinaryExtended), behindBinary);
+  layout_.firstTrace += layout_.extendedHeaders * kEbcdicHeaderBytes;
+  if (!isExtended()) return;
+  const std::uint64_t stated = structure.uint64(kBinaryFirstTrace);
+  if (stated != 0 && stated != layout_.firstTrace) {
+    const bool isBelieved = stated > layout_.firstTrace && stated <= layout_.end;
+    remark(formatText("The first trace is said to begin behind %llu bytes, the headers before it have %llu: %s",
+                      static_cast<unsigned long long>(stated), static_cast<unsigned long long>(layout_.firstTrace),
+                      isBelieved ? "the first is taken" : "the second is taken"));
+    if (isBelieved) layout_.firstTrace = stated;
+  }
+  const int trailers = structure.int32(kBinaryTrailers);
+  const std::uint64_t room = layout_.end - layout_.firstTrace;
+  if (trailers > 0 && static_cast<std::uint64_t>(trailers) <= room / kEbcdicHeaderBytes)
+    layout_.end -= static_cast<std::uint64_t>(trailers) * kEbcdicHeaderBytes;
+}
+
+/// The byte order that the headers themselves tell.
+std::optional<bool> statedByteOrder(const SegyFormat& format, Bytes binary) {
+  if (binary.size() >= kBinaryHeaderBytes) {
+    constexpr std::uint32_t kMark = 0x01020304;
+    const char* const mark = binary.data() + kBinaryByteOrder.byte - 1;
+    if (loadBe32(mark) == kMark || loadLe32(mark) == kMark) return loadBe32(mark) == kMark;
+  }
+  const auto isCode = [&](bool big) {
+    const auto code = SegyValue(format, true, "SampFormat", {big, false}).countIn(binary);
+    return code <= 16 && isSegyFormat(static_cast<int>(code));
+  };
+  return isCode(true) == isCode(false) ? std::nullopt : std::optional(isCode(true));
+}
+
+/// A file as it is when its bytes have this order.
+class FileReading {
+ public:
+  FileReading(BytesAt& file, const SegyFormat& format, const SegyChoices& choices)
+      : file_(file), format_(format), choices_(choices) {}
+
+  /// Reads the reel headers. @return false with a reason
+  bool readReel(std::string* reason);
+  std::optional<bool> statedOrder() const { return statedByteOrder(format_, binary_); }
+  std::optional<SegyLayout> in(bool bigEndian, std::string* reason);
+
+ private:
+  static std::uint64_t lengthOf(short isThere, int bytes) {
+    return isThere != 0 ? static_cast<std::uint64_t>(std::max(0, bytes)) : 0;
+  }
+  void takeInterval(SegyLayout* layout);
+
+  BytesAt& file_;
+  const SegyFormat& format_;
+  const SegyChoices& choices_;
+  std::string text_;
+  std::string binary_;
+};
+
+bool FileReading::readReel(std::string* reason) {
+  const std::uint64_t textBytes = lengthOf(format_.itHasReelHeader, format_.itsReelBytes);
+  const std::uint64_t binaryBytes = lengthOf(format_.itHasBinaryHeader, format_.itsBinaryBytes);
+  const auto copied = [this](std::uint64_t place, std::uint64_t count) {
+    const Bytes bytes = file_.at(place, static_cast<std::size_t>(count));
+    return std::string(bytes.begin(), bytes.end());
+  };
+  text_ = copied(0, textBytes);
+  binary_ = copied(textBytes, binaryBytes);
+  if (text_.size() == textBytes && binary_.size() == binaryBytes) return true;
+  *reason =
+      formatText("the file has %llu bytes, its reel headers need %llu", static_cast<unsigned long long>(file_.size()),
+                 static_cast<unsigned long long>(textBytes + binaryBytes));
+  return false;
+}
+
+std::optional<SegyLayout> FileReading::in(bool bigEndian, std::string* reason) {
+  SegyLayout layout;
+  Headers headers(format_, choices_, &layout);
+  headers.take(text_, binary_, bigEndian);
+  if (!headers.takeSampleFormat(binary_, reason)) return std::nullopt;
+  headers.placeTraces(file_, binary_, text_.size() + binary_.size());
+  const auto binarySamples = SegyValue(format_, true, "Nt", layout.reading).countIn(binary_);
+  fitTraces(file_, format_, headers.headerLengths(binary_), binarySamples, &layout);
+  takeInterval(&layout);
+  return layout;
+}
+
+void FileReading::takeInterval(SegyLayout* layout) {
+  const auto intervalOf = [&](bool isBinary, Bytes header) {
+    return SegyValue(format_, isBinary, "Dt", layout->reading).positiveIn(header);
+  };
+  const double ofFile = intervalOf(true, binary_);
+  double ofTrace = 0.0;
+  if (layout->traces > 0) ofTrace = intervalOf(false, file_.at(layout->firstTrace, layout->runs.front().headerBytes));
+  layout->interval = ofFile > 0.0 ? ofFile : ofTrace;
+  if (ofFile > 0.0 && ofTrace > 0.0 && ofFile != ofTrace)
+    layout->remarks.push_back(
+        formatText("The binary header gives an interval of %.9g us, the first trace %.9g us: the first is taken",
+                   ofFile, ofTrace));
+  if (layout->interval != std::floor(layout->interval))
+    layout->remarks.push_back(
+        formatText("The sample interval is no whole number of microseconds: %.9g us", layout->interval));
+}
+
+/// The two byte orders tried: big-endian unless only the other can be read, or leaves fewer bytes over.
+std::optional<SegyLayout> betterFit(FileReading& reading, std::string* reason) {
+  auto big = reading.in(true, reason);
+  std::string ignored;
+  auto little = reading.in(false, &ignored);
+  if (!little || (big && big->rest <= little->rest)) return big;
+  return little;
+}
+
+}  // namespace
+
+SegyPlace SegyLayout::placeOf(std::uint64_t trace) const {
+  const auto behind = std::ranges::upper_bound(runs, trace, {}, &SegyRun::firstTrace);
+  if (behind == runs.begin()) return {};
+  const SegyRun& run = *std::prev(behind);
+  const std::uint64_t length = run.headerBytes + std::uint64_t{run.samples} * sampleBytes;
+  return {run.place + (trace - run.firstTrace) * length, run.headerBytes, run.samples};
+}
+
+SegyText segyTextOf(std::span<const char> header) {
+  // A blank is what a text has most of; letters and digits of EBCDIC lie above 128, where ASCII has nothing.
+  std::size_t ebcdic = 0;
+  std::size_t ascii = 0;
+  bool isEmpty = true;
+  for (const char character : header) {
+    const auto byte = static_cast<unsigned char>(character);
+    isEmpty = isEmpty && byte == 0;
+    if (byte == 0x40 || byte > 0x80)
+      ++ebcdic;
+    else if (byte >= 0x20 && byte < 0x7F)
+      ++ascii;
+  }
+  if (isEmpty) return SegyText::Zeros;
+  return ascii > ebcdic ? SegyText::Ascii : SegyText::Ebcdic;
+}
+
+std::optional<SegyLayout> segyFileLayout(BytesAt& file, const SegyFormat& format, const SegyChoices& choices,
+                                         std::string* reason) {
+  FileReading reading(file, format, choices);
+  if (!reading.readReel(reason)) return std::nullopt;
+  const auto order = choices.bigEndian ? choices.bigEndian : reading.statedOrder();
+  return order ? reading.in(*order, reason) : betterFit(reading, reason);
+}
+
+std::optional<SegyLayout> segyTapeLayout(std::span<const char> text, std::span<const char> binary,
+                                         const SegyFormat& format, const SegyChoices& choices, std::string* reason) {
+  SegyLayout layout;
+  Headers headers(format, choices, &layout);
+  const auto order = choices.bigEndian ? choices.bigEndian : statedByteOrder(format, binary);
+  headers.take(text, binary, order.value_or(true));
+  if (!headers.takeSampleFormat(binary, reason)) return std::nullopt;
+  layout.interval = SegyValue(format, true, "Dt", layout.reading).positiveIn(binary);
+  return layout;
+}
+
+std::optional<std::uint32_t> samplesOfBlock(const SegyLayout& layout, std::size_t blockBytes) {
+  if (blockBytes < layout.headerBytes || layout.sampleBytes == 0) return std::nullopt;
+  const std::size_t samples = (blockBytes - layout.headerBytes) / layout.sampleBytes;
+  return samples <= kMaxCount ? std::optional(static_cast<std::uint32_t>(samples)) : std::nullopt;
+}

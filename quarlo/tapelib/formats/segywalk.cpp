@@ -1,0 +1,144 @@
+#include "quarlo/tapelib/formats/segywalk.h"
+
+#include <algorithm>
+
+#include "libkyr/byteorder.h"
+#include "libkyr/text.h"
+#include "quarlo/tapelib/formats/segybinary.h"
+
+namespace {
+
+/// One way of taking a file.
+struct Fit {
+  std::uint32_t headerBytes = 0;
+  std::vector<SegyRun> runs;
+  std::uint64_t traces = 0;
+  std::uint64_t rest = 0;
+  bool isOwn = false;  // by the traces' own counts
+};
+
+class Fitting {
+ public:
+  Fitting(BytesAt& file, const SegyFormat& format, std::uint64_t binarySamples, const SegyLayout& layout)
+      : file_(file),
+        layout_(layout),
+        own_(format, false, "Nt", layout.reading),
+        hasHeader_(format.itHasTraceHeader != 0),
+        binarySamples_(std::min(binarySamples, kMaxCount)) {}
+
+  Fit with(std::uint32_t headerBytes);
+  /// The first trace's own count.
+  std::uint64_t firstCount(std::uint32_t headerBytes) {
+    return hasHeader_ ? own_.countIn(file_.at(layout_.firstTrace, headerBytes)) : 0;
+  }
+
+ private:
+  std::uint64_t room() const { return layout_.end - std::min(layout_.firstTrace, layout_.end); }
+  Fit byOwnCounts(std::uint32_t headerBytes);
+  Fit byOneCount(std::uint32_t headerBytes);
+  std::uint32_t headerBytesOf(std::span<const char> header) const;
+
+  BytesAt& file_;
+  const SegyLayout& layout_;
+  SegyValue own_;
+  bool hasHeader_;
+  std::uint64_t binarySamples_;
+};
+
+/// A trace of revision 2 may say that it has fewer additional headers than the file's traces have at most.
+std::uint32_t Fitting::headerBytesOf(std::span<const char> header) const {
+  const auto most = static_cast<std::uint32_t>(header.size());
+  if (!layout_.reading.extended || most < static_cast<std::uint32_t>(kTraceHeaderBlocks.end())) return most;
+  const char* const place = header.data() + kTraceHeaderBlocks.byte - 1;
+  const int blocks = layout_.reading.bigEndian ? loadBeInt16(place) : loadLeInt16(place);
+  return blocks > 0 ? std::min(most, static_cast<std::uint32_t>(kTraceHeaderBytes * (1 + blocks))) : most;
+}
+
+Fit Fitting::byOwnCounts(std::uint32_t headerBytes) {
+  Fit fit{headerBytes, {}, 0, room(), true};
+  std::uint64_t place = layout_.firstTrace;
+  while (hasHeader_ && fit.rest > 0) {
+    const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(headerBytes, fit.rest));
+    const auto header = file_.at(place, wanted);
+    const std::uint64_t samples = own_.countIn(header);
+    const std::uint32_t ownBytes = headerBytesOf(header);
+    const std::uint64_t length = ownBytes + samples * layout_.sampleBytes;
+    if (header.size() < wanted || samples == 0 || samples > kMaxCount || length > fit.rest) break;
+    if (fit.runs.empty() || fit.runs.back().samples != samples || fit.runs.back().headerBytes != ownBytes)
+      fit.runs.push_back({fit.traces, place, ownBytes, static_cast<std::uint32_t>(samples)});
+    ++fit.traces;
+    place += length;
+    fit.rest -= length;
+  }
+  return fit;
+}
+
+Fit Fitting::byOneCount(std::uint32_t headerBytes) {
+  Fit fit{headerBytes, {}, 0, room(), false};
+  const std::uint64_t samples = binarySamples_ != 0 ? binarySamples_ : std::min(firstCount(headerBytes), kMaxCount);
+  const std::uint64_t length = headerBytes + samples * layout_.sampleBytes;
+  if (samples == 0 || length > fit.rest) return fit;
+  fit.traces = fit.rest / length;
+  fit.rest %= length;
+  fit.runs.push_back({0, layout_.firstTrace, headerBytes, static_cast<std::uint32_t>(samples)});
+  return fit;
+}
+
+Fit Fitting::with(std::uint32_t headerBytes) {
+  Fit own;
+  if (!layout_.fixedLength) {
+    own = byOwnCounts(headerBytes);
+    if (own.rest == 0) return own;
+  }
+  Fit one = byOneCount(headerBytes);
+  if (one.rest == 0) return one;
+  if (layout_.fixedLength) own = byOwnCounts(headerBytes);
+  return own.rest < one.rest ? own : one;
+}
+
+/// What the counts say against each other.
+void remarkOnCounts(const Fit& fit, std::uint64_t firstCount, std::uint64_t binaryCount,
+                    std::vector<std::string>* remarks) {
+  const auto number = [](std::uint64_t count) { return static_cast<unsigned long long>(count); };
+  const auto [least, most] = std::ranges::minmax(fit.runs, {}, &SegyRun::samples);
+  if (least.samples != most.samples)
+    remarks->push_back(formatText("Traces have from %u to %u samples: all are padded or cut to the %u of the first",
+                                  least.samples, most.samples, fit.runs.front().samples));
+  else if (fit.isOwn && binaryCount != 0 && binaryCount != least.samples)
+    remarks->push_back(formatText("The binary header gives %llu samples per trace, the traces have %u",
+                                  number(binaryCount), least.samples));
+  if (!fit.isOwn && firstCount != 0 && firstCount != least.samples)
+    remarks->push_back(formatText("The first trace's header gives %llu samples, the traces have %u", number(firstCount),
+                                  least.samples));
+}
+
+void remarkOn(const Fit& fit, const SegyLayout& layout, std::vector<std::string>* remarks) {
+  if (fit.traces == 0) remarks->push_back("The file has no whole trace");
+  if (fit.isOwn && layout.fixedLength && fit.traces != 0)
+    remarks->push_back("The file says that all traces have one length, which its own length contradicts");
+  if (fit.rest != 0)
+    remarks->push_back(formatText("%llu byte%s behind the last whole trace %s left out",
+                                  static_cast<unsigned long long>(fit.rest), plural(static_cast<long long>(fit.rest)),
+                                  fit.rest == 1 ? "is" : "are"));
+}
+
+}  // namespace
+
+void fitTraces(BytesAt& file, const SegyFormat& format, const std::vector<std::uint32_t>& headerLengths,
+               std::uint64_t binarySamples, SegyLayout* layout) {
+  Fitting fitting(file, format, binarySamples, *layout);
+  Fit best;
+  bool isFirst = true;
+  for (const std::uint32_t headerBytes : headerLengths) {
+    Fit fit = fitting.with(headerBytes);
+    if (isFirst || fit.rest < best.rest) best = std::move(fit);
+    isFirst = false;
+    if (best.rest == 0) break;
+  }
+  if (best.traces != 0) remarkOnCounts(best, fitting.firstCount(best.headerBytes), binarySamples, &layout->remarks);
+  remarkOn(best, *layout, &layout->remarks);
+  layout->headerBytes = best.headerBytes;
+  layout->traces = best.traces;
+  layout->rest = best.rest;
+  layout->runs = std::move(best.runs);
+}
