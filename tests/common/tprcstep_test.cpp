@@ -13,13 +13,17 @@
 #include "libkyr/datasets.h"
 #include "libkyr/nullcheck.h"
 #include "libkyr/sharedobject.h"
+#include "libkyr/text.h"
 #include "quarlo/tapelib/dialogs/prog_dlg.h"
 #include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/drives.h"
+#include "quarlo/tapelib/frame/formatblocks.h"
+#include "quarlo/tapelib/frame/traceoutput.h"
 #include "quarlo/tapelib/jobstate.h"
 #include "quarlo/tapelib/modulecalls.h"
 #include "quarlo/tapelib/unix_fcn.h"
 #include "tests/support/job_fixture.h"
+#include "tests/support/segy_headers.h"
 
 namespace {
 
@@ -519,6 +523,56 @@ TEST_F(BuiltModuleTest, TheExampleMakesADataset) {
     EXPECT_EQ(channel, trace);
     EXPECT_FALSE(IsDead(header));
   }
+}
+
+TEST_F(BuiltModuleTest, SegyBecomesADatasetAndSegyAgain) {
+  std::filesystem::copy(QUARLO_BUILT_MODULES "iosegy.so", "lib");
+  const std::string descriptions = QUARLO_SOURCE_DIR "/resources/formats/";
+  const auto phases = [this](const char* module, const char* from, const char* to, int type, auto* in, auto* out) {
+    chooseDiskUnits(from, to);
+    const ProcessRecordPtr owned(NewProcessRecord());
+    owned->diskFileOutputType = type;
+    ProcessingStep step(module);
+    int result = step.InitialPhase(owned.get(), reinterpret_cast<int*>(in), reinterpret_cast<int*>(out));
+    if (result == 0) result = step.MainPhase(owned.get());
+    return result == 0 ? step.FinalPhase(owned.get()) : result;
+  };
+  std::string file = std::string(3200, '\x40') + header(400, {{17, 2, 2000}, {21, 2, 2}, {25, 2, 5}});
+  for (const unsigned fieldFile : {7U, 9U})
+    file += header(240, {{1, 4, fieldFile},
+                         {9, 4, fieldFile},
+                         {13, 4, 3},
+                         {29, 2, 1},
+                         {69, 2, 0xFF9C},
+                         {71, 2, 0xFF9C},
+                         {73, 4, 12345 + fieldFile},
+                         {109, 2, 250},
+                         {115, 2, 2},
+                         {117, 2, 2000}}) +
+            std::string("\x3F\x80\0\0\x40\x40\0\0", 8);
+  writeFile("in.sgy", file);
+  KyrSegyInput how;
+  KyrSegyOutput wanted;
+  KyrDatasetInput whole;
+  KyrDatasetOutput dataset;
+  selectInput("iosegy.so", reinterpret_cast<int*>(&how));
+  selectOutput("iosegy.so", reinterpret_cast<int*>(&wanted));
+  selectInput("iokyr.so", reinterpret_cast<int*>(&whole));
+  selectOutput("iokyr.so", reinterpret_cast<int*>(&dataset));
+  copyText(how.description, descriptions + "segy-rev2.txt");
+  copyText(wanted.description, descriptions + "segy-rev0.txt");
+  ASSERT_EQ(phases("iosegy.so", "in.sgy", "line.kyr", OUTPUT_DATASET, &how, &dataset), 0);
+  ASSERT_EQ(phases("iokyr.so", "line.kyr", "out.sgy", OUTPUT_SEGY, &whole, &wanted), 0);
+  EXPECT_EQ(readFile("out.sgy").substr(3600), file.substr(3600));
+
+  forgetConsole();
+  EXPECT_EQ(phases("iosegy.so", "in.sgy", "", OUTPUT_CHECK, &how, &dataset), 0);
+  EXPECT_TRUE(consoleHas("A new record where \"FieldFile\" changes: 2 records, at most 1 trace each"));
+  writeFile("in.sgy", file.substr(0, 100));
+  EXPECT_NE(phases("iosegy.so", "in.sgy", "line.kyr", OUTPUT_DATASET, &how, &dataset), 0);
+  EXPECT_TRUE(consoleHas(("  *** Error reading " + std::filesystem::current_path().string() +
+                          "/in.sgy as SEG Y: the file has 100 bytes, its reel headers need 3600.")
+                             .c_str()));
 }
 
 TEST_F(BuiltModuleTest, TheGuidesLoopCopiesAllFilesOfATape) {

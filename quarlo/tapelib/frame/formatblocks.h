@@ -12,12 +12,29 @@ struct KyrBlockHead {
   int version;        ///< KYR_BLOCK_VERSION of who filled it
 };
 
+#define KYR_SEGY_INPUT "SEGYin"
 #define KYR_SEGY_OUTPUT "SEGYout"
 #define KYR_DATASET_OUTPUT "KYRout"
 #define KYR_DATASET_INPUT "KYRin"
 
 /// Values of KyrSegyOutput::byteOrder.
 enum { KYR_ORDER_DESCRIBED = 0, KYR_ORDER_BIG = 1, KYR_ORDER_LITTLE = 2 };
+
+/// Values of KyrSegyInput::text.
+enum { KYR_TEXT_TOLD_APART = 0, KYR_TEXT_EBCDIC = 1, KYR_TEXT_ASCII = 2 };
+
+/// How SEG Y is read.
+struct KyrSegyInput {
+  struct KyrBlockHead head;
+  char description[KYR_BLOCK_PATH];  ///< the format description's path; empty for the program's, which reads all
+                                     ///< revisions
+  char recordField[64];              ///< a new record begins where this field of the trace header changes; or empty
+  int tracesPerRecord;               ///< without such a field: every so many traces; 0: all are one record
+  int gridLines;                     ///< 1: CMP line and location from the inline and crossline numbers
+  int text;                          ///< one of the three above
+  int byteOrder;                     ///< KYR_ORDER_DESCRIBED: as the file says
+  int sampleFormat;                  ///< code of the sample format; 0: as the file says
+};
 
 /// How SEG Y is written.
 struct KyrSegyOutput {

@@ -19,7 +19,6 @@
 #include "quarlo/tapelib/frame/piecewriter.h"
 #include "quarlo/tapelib/frame/rfmttape.h"
 #include "quarlo/tapelib/frame/segytext.h"
-#include "quarlo/tapelib/sharefolder.h"
 
 namespace {
 
@@ -152,15 +151,8 @@ class SegyTraceOutput : public TraceOutput {
 };
 
 bool SegyTraceOutput::loadDescription() {
-  const std::string_view named = fieldText(how_.description);
-  const std::string path = named.empty() ? findShared("formats", kStandardDescription) : std::string(named);
-  std::vector<std::string> messages;
-  const bool loaded = loadSegyFormat(fileSpecOf(path.empty() ? kStandardDescription : path), &format_, &messages);
-  for (const std::string& message : messages) say("  ** " + message);
-  if (!loaded) {
-    say(formatText("  *** Error reading the format description %s.", path.c_str()));
-    return false;
-  }
+  const auto tell = [this](const std::string& line) { say(line); };
+  if (!loadChosenSegyFormat(fieldText(how_.description), kStandardDescription, &format_, tell)) return false;
   if (how_.byteOrder != KYR_ORDER_DESCRIBED) format_.itIsBigEndian = how_.byteOrder == KYR_ORDER_BIG ? 1 : 0;
   if (const std::string_view text = fieldText(how_.textFile); !text.empty()) {
     format_.itUsesTextFile = 1;

@@ -1,0 +1,62 @@
+/// A SEG Y file on disk as a source of traces (libkyr/source.h): any trace in any order.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "libkyr/bytesat.h"
+#include "libkyr/source.h"
+#include "quarlo/tapelib/formats/segytraces.h"
+
+/// What a user chooses of how a SEG Y input is read; by default, what its headers say.
+struct SegySourceParams {
+  SegyChoices choices{};
+  SegyRecordRule records{};
+  bool gridLines = false;  ///< CMP line and location from the inline and crossline numbers
+};
+
+class SegyFileSource final : public TraceSource {
+ public:
+  using Say = std::function<void(const std::string& line)>;
+
+  /// Looks through the file's headers, and through those of its traces: which records there are.
+  /// @param say takes lines about what is odd, now and when the source is closed
+  /// @param reason receives why the file cannot be read
+  /// @return null with a reason
+  static std::unique_ptr<SegyFileSource> open(const std::string& path, SegyFormat format,
+                                              const SegySourceParams& params, Say say, std::string* reason);
+
+  const SegyLayout& layout() const { return layout_; }
+  /// What records the likely fields would make: a line each, after another pass over the trace headers.
+  std::vector<std::string> surveyRecords();
+
+  const GeneralSeisDataOrg& org() const override { return org_; }
+  SourceFormat format() const override;
+  std::int64_t position(int record, int trace) override;
+  bool uses(const char* path) const override;
+  /// Says what was odd in the traces that were read.
+  int close() override;
+
+ private:
+  SegyFileSource(std::string path, SegyFormat format, Say say)
+      : path_(std::move(path)), format_(std::move(format)), say_(std::move(say)) {}
+
+  bool begin(const SegySourceParams& params, std::string* reason);
+  bool takeCounts(std::uint64_t largest, std::string* reason);
+  template <typename Take>
+  bool passHeaders(Take take);
+  /// From 0; nothing for a place that no trace of the record has.
+  std::optional<std::uint64_t> traceAt(int record, int trace) const;
+  int fetch(int record, int trace, float* samples, TraceInfo* header) override;
+
+  std::string path_;
+  SegyFormat format_;
+  Say say_;
+  FileBytes file_;
+  SegyLayout layout_;
+  std::vector<std::uint64_t> firstTraces_;  // of each record
+  std::unique_ptr<SegyTraceReader> reader_;
+  GeneralSeisDataOrg org_ = newSeisOrg();
+};
