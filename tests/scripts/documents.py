@@ -584,7 +584,7 @@ PLAYERS = {
         ("KYRHOME=", lambda text: run(text.replace("~/tapes/1201", ".").replace("...", "--jobs"))),
     ],
     "docs/libkyr.md": [("const ProcessRecordPtr", library_calls), ("SetNumberOfOutputs", library_calls)],
-    "docs/reformat.md": [("# line.txt", By("tests/scripts/reformat.sh"))],
+    "docs/reformat.md": [("quarlo --headless", By("tests/scripts/reformat.sh"))],
     "docs/scripts.md": [
         ("# one cartridge", night),
         ("script night.qs", night_fails),
