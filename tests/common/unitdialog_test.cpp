@@ -5,38 +5,19 @@
 #include "quarlo/copy/vrfy_dlg.h"
 #include "quarlo/dump/tdmp_dlg.h"
 #include "quarlo/tapelib/jobstate.h"
-#include "tests/segdcopy/segd_fixture.h"
-#include "tests/support/segy_files.h"
+#include "tests/support/job_fixture.h"
 
 namespace {
 
 const Tape BLOCKS = {block(100, 1), block(200, 2), block(300, 3), block(400, 4), MARK, MARK};
 
-class UnitDialogTest : public SegdTest {
+class UnitDialogTest : public JobTest {
  protected:
   void SetUp() override {
     makeCartridge("in.tap", BLOCKS);
     load(0, "in.tap");
     writeFile("a.tpf", tpfImage(BLOCKS));
-    writeFile("a.sgy", segyFile({segyTrace({}, 10, 1), segyTrace({}, 10, 2), segyTrace({}, 10, 3)}, 10));
-    put("a.sgd", FieldFile{});
   }
-  void open(int resource, EVENT_HANDLER handler) {
-    dialog = xvt_dlg_create_res(WD_MODELESS, resource, handler, nullptr);
-    ASSERT_NE(dialog, NULL_WIN);
-  }
-  void chooseFile(int control, const std::string& name) {
-    toolkit.answerFile(folder.path(name));
-    toolkit.press(dialog, control);
-  }
-  void chooseDrive(int control) {
-    toolkit.onModal(DLG_INPUT_DRIVE, [this](WINDOW drives) {
-      toolkit.select(drives, DRV_LIST, 0);
-      toolkit.press(drives, DRV_OK);
-    });
-    toolkit.press(dialog, control);
-  }
-  void chooseFormat(const char* name) { toolkit.select(dialog, CP_FORMAT, name); }
   /// Memory is wanting at the job's third look at the events.
   void startWithoutMemory(int control) {
     forgetConsole();
@@ -64,42 +45,19 @@ class UnitDialogTest : public SegdTest {
   }
 };
 
-TEST_F(UnitDialogTest, CopiesOfEveryFormatSurviveAnException) {
-  openCopyDialog();
-  expectFailureAndSuccess(CP_STATUS, CP_START, [this] {
-    chooseFormat("SEG Y");
-    chooseFile(CP_INPUT_DISK, "a.sgy");
-    chooseFile(CP_OUTPUT_DISK, "b.sgy");
-  });
-  expectFailureAndSuccess(CP_STATUS, CP_START, [this] {
-    chooseFormat("SEG D");
-    chooseFile(CP_INPUT_DISK, "in/a.sgd");
-    toolkit.answerFile(folder.path("out"));
-    toolkit.press(dialog, CP_OUTPUT_DISK);
-  });
-  chooseFormat("UNFORMATTED");
-  makeCartridge("out.tap", {});
-  load(1, "out.tap");
-  chooseInputTape(0);
-  chooseOutputTapes({1});
-  startWithoutMemory(CP_START);
-  EXPECT_EQ(status(), "Failed");
-  EXPECT_EQ(shortly(tapeIn("out.tap")), shortly(Tape{BLOCKS[0], BLOCKS[1], MARK, MARK})) << "closed by its marks";
-}
-
 TEST_F(UnitDialogTest, VerifySurvivesAnException) {
   open(DLG_VERIFY, VerifyDialog_eh);
   expectFailureAndSuccess(VF_STATUS, VF_START, [this] {
-    chooseFile(VF_FIRST_DISK, "a.tpf");
+    chooseFile(VF_FIRST_DISK, folder.path("a.tpf"));
     noFurtherTape();
-    chooseDrive(VF_SECOND_TAPE);
+    chooseDrive(VF_SECOND_TAPE, 0);
     toolkit.modals.clear();
   });
 }
 
 TEST_F(UnitDialogTest, TheTapeDumpSurvivesAnException) {
   open(DLG_TAPE_DUMP, tapeDumpDlg_eh);
-  chooseDrive(TD_SELECT_DRIVE);
+  chooseDrive(TD_SELECT_DRIVE, 0);
   toolkit.typeInto(dialog, TD_READ_BLOCKS, "4");
   startWithoutMemory(TD_DUMP);
   EXPECT_TRUE(toolkit.enabled(dialog, TD_DUMP));

@@ -1,9 +1,6 @@
 // The image copy between disk files: tape-image files good and bad, both kinds of output, the settings.
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-
-#include <csignal>
 
 #include "tests/support/job_fixture.h"
 
@@ -123,9 +120,7 @@ TEST_F(DiskCopyTest, DamagedFilesFailWithTheBytePositionAndKeepWhatWasWhole) {
     EXPECT_EQ(toolkit.errors, damage.box ? std::vector<std::string>{damage.box} : std::vector<std::string>{});
     // The output is itself a sound tape-image file of what came before, with its closing marks.
     Tape kept = {block(50, 1), MARK};
-    if (std::string(damage.name) == "without closing marks") {
-      kept.push_back(block(60, 2));
-    }
+    if (std::string(damage.name) == "without closing marks") kept.push_back(block(60, 2));
     EXPECT_EQ(tpfShortly(out), tpfShortly(tpfImage(closed(kept))));
     closeCopyDialog();
   }
@@ -146,9 +141,7 @@ TEST_F(DiskCopyTest, RefusesFilesThatAreNoTapeImageAndTheOtherSidesFileByAnyPath
   chooseInputFile(folder.path("in.tpf"));
   std::filesystem::create_hard_link(folder.path("in.tpf"), folder.path("other.tpf"));
   std::filesystem::create_symlink(folder.path("in.tpf"), folder.path("link.tpf"));
-  for (const char* name : {"in.tpf", "other.tpf", "link.tpf"}) {
-    chooseOutputFile(folder.path(name));
-  }
+  for (const char* name : {"in.tpf", "other.tpf", "link.tpf"}) chooseOutputFile(folder.path(name));
   EXPECT_EQ(toolkit.errors,
             std::vector<std::string>(3, "This file name is already being used for input. Choose another file name."));
   EXPECT_FALSE(readFile(folder.path("in.tpf")).empty());
@@ -182,15 +175,10 @@ TEST_F(DiskCopyTest, AFullDiskIsNamedAndTheFileEndsWithItsLastWholeBlock) {
     chooseOutputFile(folder.path("out.tpf"));
     toolkit.errors.clear();
     forgetConsole();
-    rlimit before{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit small = {32 + row.fitting * (row.length + 32) + row.more, before.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-    start();
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
-    std::signal(SIGXFSZ, handler);
-
+    {
+      const FileLimit limit(32 + row.fitting * (row.length + 32) + row.more);
+      start();
+    }
     EXPECT_EQ(status(), "Failed");
     EXPECT_EQ(toolkit.errors, row.boxes);
     EXPECT_EQ(count("  *** Error writing to disk file \"out.tpf\": File too large."), row.boxes.empty() ? 1 : 3);
@@ -200,35 +188,6 @@ TEST_F(DiskCopyTest, AFullDiskIsNamedAndTheFileEndsWithItsLastWholeBlock) {
               tpfShortly(tpfImage(row.boxes.empty() ? closed(whole) : whole)));
     closeCopyDialog();
   }
-}
-
-TEST_F(DiskCopyTest, StopsWhenAskedAndIsNoFailure) {
-  Tape tape(200, block(100, 1));
-  toolkit.onPump = [this](long) {
-    if (++pumpsOfJob == 50) {
-      toolkit.press(toolkit.dialog(DLG_PROGRESS), PROG_STOP);
-      toolkit.press(toolkit.dialog(DLG_PROGRESS), PROG_STOP);
-    }
-  };
-  const std::string out = copy(tpfImage(closed(tape)));
-  EXPECT_EQ(status(), "Complete");
-  EXPECT_EQ(count("  *** Copy aborted by user at DATE."), 1);
-  EXPECT_EQ(tpfShortly(out), tpfShortly(tpfImage(closed(Tape(49, block(100, 1))))));
-}
-
-TEST_F(DiskCopyTest, ClosingTheDialogInTheMiddleStopsTheJobFirst) {
-  toolkit.onPump = [this](long) {
-    if (++pumpsOfJob == 10) {
-      toolkit.close(dialog);
-      EXPECT_TRUE(xvt_vobj_is_valid(dialog));
-      EXPECT_NE(units[1].fp, nullptr);
-    }
-  };
-  const std::string out = copy(tpfImage(closed(Tape(200, block(100, 1)))));
-  EXPECT_FALSE(xvt_vobj_is_valid(dialog));
-  EXPECT_TRUE(consoleHas("Copy ended at DATE."));
-  EXPECT_EQ(tpfShortly(out), tpfShortly(tpfImage(closed(Tape(9, block(100, 1))))));
-  EXPECT_EQ(units[1].fp, nullptr);
 }
 
 TEST_F(DiskCopyTest, AProgressDialogThatCannotBeOpenedEndsTheJob) {

@@ -120,9 +120,7 @@ TEST_F(TapeCopyTest, TheEndOfRecordedDataEndsATapeWithoutAnError) {
   EXPECT_EQ(tpfShortly(copyToDisk()), tpfShortly(tpfImage(Tape{A, MARK, B} + CLOSING)));
   EXPECT_EQ(status(), "Complete");
   EXPECT_TRUE(consoleHas("Total input for tape 1: 2 blocks, 107 bytes, 1 file"));
-  for (const std::string& line : consoleWithoutDates()) {
-    EXPECT_EQ(line.find("***"), std::string::npos) << line;
-  }
+  for (const std::string& line : consoleWithoutDates()) EXPECT_EQ(line.find("***"), std::string::npos) << line;
 }
 
 TEST_F(TapeCopyTest, EofCountAboveTwoKeepsDoubleMarksAlsoInARawFile) {
@@ -156,9 +154,7 @@ TEST_F(TapeCopyTest, OneForOneGivesEachInputTapeItsOwnOutputTape) {
   makeCartridge("next.tap", {C, MARK, MARK});
   makeCartridge("blank.tap", {});
   const std::vector<std::string> outputs = {"one.tap", "two.tap", "three.tap", "four.tap", "five.tap", "six.tap"};
-  for (const std::string& name : outputs) {
-    makeCartridge(name, {B, B, MARK, MARK});
-  }
+  for (const std::string& name : outputs) makeCartridge(name, {B, B, MARK, MARK});
   load(0, "in.tap");
   load(1, "one.tap");
   load(2, "two.tap");
@@ -179,9 +175,8 @@ TEST_F(TapeCopyTest, OneForOneGivesEachInputTapeItsOwnOutputTape) {
   EXPECT_EQ(status(), "Complete");
   // The last two took nothing, and what they held is gone all the same.
   const Tape expected[] = {{A, MARK, MARK}, {C, MARK, MARK}, CLOSING};
-  for (std::size_t i = 0; i < outputs.size(); ++i) {
+  for (std::size_t i = 0; i < outputs.size(); ++i)
     EXPECT_EQ(shortly(tapeIn(outputs[i])), shortly(expected[i / 2])) << outputs[i];
-  }
 }
 
 TEST_F(TapeCopyTest, DecliningAnOutputTapeStopsAndLeavesTheFreshCopiesAlone) {
@@ -215,9 +210,7 @@ TEST_F(TapeCopyTest, AQuestionClosedByItsBoxMeansNo) {
   start();
   EXPECT_EQ(status(), "Complete");
   EXPECT_TRUE(consoleHas("   1 tape copied."));
-  for (const std::string& line : consoleWithoutDates()) {
-    EXPECT_EQ(line.find("***"), std::string::npos) << line;
-  }
+  for (const std::string& line : consoleWithoutDates()) EXPECT_EQ(line.find("***"), std::string::npos) << line;
 }
 
 TEST_F(TapeCopyTest, AMagazineIsCopiedToItsEnd) {
@@ -243,9 +236,7 @@ TEST_F(TapeCopyTest, AMagazineIsCopiedToItsEnd) {
   units[0].timeout = 9;
   makeCartridge("in.tap", {A, MARK, MARK});
   toolkit.onPump = [this](long) {
-    if (units[0].state == 0) {
-      toolkit.press(toolkit.dialog(DLG_PROGRESS), PROG_STOP);
-    }
+    if (units[0].state == 0) toolkit.press(toolkit.dialog(DLG_PROGRESS), PROG_STOP);
   };
   load(0, "in.tap");
   const auto begin = std::chrono::steady_clock::now();
@@ -284,9 +275,7 @@ TEST_F(TapeCopyTest, WhatAnEarlierReadMetIsForgottenWhenTheTapeIsRewound) {
   chooseInputTape(0);
   chooseOutputFile(folder.path("out.tpf"));
   std::vector<char> buffer(units->ioBufLen);
-  while (units->eodMark == 0) {
-    tlv_tape_read(units, 0, buffer.data(), 32768);
-  }
+  while (units->eodMark == 0) tlv_tape_read(units, 0, buffer.data(), 32768);
   tlv_rewind(units, 0);
   noFurtherTape();
   start();
@@ -349,9 +338,7 @@ TEST_F(TapeCopyTest, WithThePositionLostTheJobEndsAtOnce) {
     load(0, "in.tap");
     load(1, "one.tap");
     toolkit.onPump = [this, drive, pumps = 0](long) mutable {
-      if (++pumps == 3) {
-        load(drive, "other.tap");
-      }
+      if (++pumps == 3) load(drive, "other.tap");
     };
     copyToTapes({1});
     Lines lines = consoleWithoutDates();

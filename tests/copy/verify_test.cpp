@@ -19,23 +19,8 @@ const char* const EOF_LINE = "  *** EOF read on first input, non-EOF read on sec
 
 class VerifyTest : public JobTest {
  protected:
-  void SetUp() override {
-    dialog = xvt_dlg_create_res(WD_MODELESS, DLG_VERIFY, VerifyDialog_eh, nullptr);
-    ASSERT_NE(dialog, NULL_WIN);
-  }
+  void SetUp() override { open(DLG_VERIFY, VerifyDialog_eh); }
   void TearDown() override { hasCats = false; }
-
-  void chooseDrive(int control, int row) {
-    toolkit.onModal(DLG_INPUT_DRIVE, [this, row](WINDOW drives) {
-      toolkit.select(drives, DRV_LIST, row);
-      toolkit.press(drives, DRV_OK);
-    });
-    toolkit.press(dialog, control);
-  }
-  void chooseFile(int control, const std::string& name) {
-    toolkit.answerFile(folder.path(name));
-    toolkit.press(dialog, control);
-  }
 
   /// Compares two tapes, each in a drive or as a tape-image file; returns the console.
   Lines verify(const Tape& one, bool oneOnTape, const Tape& other, bool otherOnTape,
@@ -47,12 +32,10 @@ class VerifyTest : public JobTest {
     writeFile("other.tpf", tpfImage(other));
     load(0, "one.tap");
     load(1, "other.tap");
-    oneOnTape ? chooseDrive(VF_FIRST_TAPE, 0) : chooseFile(VF_FIRST_DISK, "one.tpf");
-    otherOnTape ? chooseDrive(VF_SECOND_TAPE, 1) : chooseFile(VF_SECOND_DISK, "other.tpf");
+    oneOnTape ? chooseDrive(VF_FIRST_TAPE, 0) : chooseFile(VF_FIRST_DISK, folder.path("one.tpf"));
+    otherOnTape ? chooseDrive(VF_SECOND_TAPE, 1) : chooseFile(VF_SECOND_DISK, folder.path("other.tpf"));
     EXPECT_EQ(toolkit.text(dialog, VF_STATUS), "Ready");
-    if (oneOnTape) {
-      noFurtherTape();
-    }
+    if (oneOnTape) noFurtherTape();
     forgetConsole();
     toolkit.press(dialog, VF_START);
     toolkit.modals.clear();
@@ -124,8 +107,8 @@ TEST_F(VerifyTest, ConcatenatedTapesAreComparedToTheirFirstMark) {
 TEST_F(VerifyTest, UnreadableInputsFailWithTheirOwnLines) {
   writeFile("one.tpf", tpfImage({block(10, 1)}));
   writeFile("other.tpf", tpfImage({block(10, 1), MARK, MARK}));
-  chooseFile(VF_FIRST_DISK, "one.tpf");
-  chooseFile(VF_SECOND_DISK, "other.tpf");
+  chooseFile(VF_FIRST_DISK, folder.path("one.tpf"));
+  chooseFile(VF_SECOND_DISK, folder.path("other.tpf"));
   forgetConsole();
   toolkit.press(dialog, VF_START);
   EXPECT_EQ(count("  *** Error reading from first input"), 1);
@@ -145,8 +128,8 @@ TEST_F(VerifyTest, UnreadableInputsFailWithTheirOwnLines) {
     }
   }
 
-  chooseFile(VF_FIRST_DISK, "other.tpf");
-  chooseFile(VF_SECOND_DISK, "other.tpf");
+  chooseFile(VF_FIRST_DISK, folder.path("other.tpf"));
+  chooseFile(VF_SECOND_DISK, folder.path("other.tpf"));
   EXPECT_EQ(toolkit.errors.back(), "This file name is already being used for input. Choose another file name.");
 }
 
@@ -196,9 +179,7 @@ TEST_F(VerifyTest, EndsAreJudgedByWhatTheOtherInputHoldsNext) {
   };
   const auto tapeOfLetters = [](const std::string& letters) {
     Tape tape;
-    for (const char letter : letters) {
-      tape.push_back(letter == 'M' ? MARK : block(static_cast<std::size_t>(letter), 1));
-    }
+    for (const char letter : letters) tape.push_back(letter == 'M' ? MARK : block(static_cast<std::size_t>(letter), 1));
     return tape;
   };
   const auto isWhole = [](const std::string& letters) { return letters.find("MM") != std::string::npos; };
@@ -241,7 +222,7 @@ TEST_F(VerifyTest, TakesAWriteProtectedSecondTape) {
   makeCartridge("one.tap", COPY);
   writeFile("one.tpf", tpfImage(COPY));
   load(1, "one.tap", "write-protect = yes\n");
-  chooseFile(VF_FIRST_DISK, "one.tpf");
+  chooseFile(VF_FIRST_DISK, folder.path("one.tpf"));
   chooseDrive(VF_SECOND_TAPE, 1);
   forgetConsole();
   toolkit.press(dialog, VF_START);

@@ -19,18 +19,11 @@ using Lines = std::vector<std::string>;
 class FileDumpTest : public JobTest {
  protected:
   void SetUp() override {
-    dialog = xvt_dlg_create_res(WD_MODELESS, DLG_FILE_DUMP, FileDumpDlg_eh, nullptr);
-    ASSERT_NE(dialog, NULL_WIN);
+    JobTest::open(DLG_FILE_DUMP, FileDumpDlg_eh);
     window = toolkit.windowTitled("File Dump Window");
   }
-  ~FileDumpTest() override {
-    if (xvt_vobj_is_valid(dialog)) xvt_vobj_destroy(dialog);
-  }
 
-  void open(const std::string& name) {
-    toolkit.answerFile(folder.path(name));
-    toolkit.press(dialog, FD_OPEN);
-  }
+  void open(const std::string& name) { chooseFile(FD_OPEN, folder.path(name)); }
   void openBytes(const std::string& bytes) {
     writeFile("in.bin", bytes);
     open("in.bin");

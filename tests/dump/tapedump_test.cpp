@@ -1,10 +1,6 @@
 // The tape dump on virtual drives, driven as a user would.
 #include <gtest/gtest.h>
 
-#include <sys/resource.h>
-
-#include <csignal>
-
 #include "quarlo/common/dump_win.h"
 #include "quarlo/common/windows.h"
 #include "quarlo/dump/tdmp_dlg.h"
@@ -22,26 +18,15 @@ const std::string HELLO_EBCDIC = "\xc8\xc5\xd3\xd3\xd6";
 class TapeDumpTest : public JobTest {
  protected:
   void SetUp() override { openDump(); }
-  ~TapeDumpTest() override {
-    if (xvt_vobj_is_valid(dialog)) xvt_vobj_destroy(dialog);
-  }
 
   void openDump() {
-    dialog = xvt_dlg_create_res(WD_MODELESS, DLG_TAPE_DUMP, tapeDumpDlg_eh, nullptr);
-    ASSERT_NE(dialog, NULL_WIN);
+    open(DLG_TAPE_DUMP, tapeDumpDlg_eh);
     window = toolkit.windowTitled("Tape Dump Window");
-  }
-  void selectDrive(int row) {
-    toolkit.onModal(DLG_INPUT_DRIVE, [this, row](WINDOW drives) {
-      toolkit.select(drives, DRV_LIST, row);
-      toolkit.press(drives, DRV_OK);
-    });
-    toolkit.press(dialog, TD_SELECT_DRIVE);
   }
   void insert(const Tape& tape, const std::vector<std::size_t>& badBlocks = {}) {
     makeCartridge("in.tap", tape, badBlocks);
     load(0, "in.tap");
-    selectDrive(0);
+    chooseDrive(TD_SELECT_DRIVE, 0);
     forgetConsole();
   }
   void dump(int blocks = 1) {
@@ -267,32 +252,10 @@ TEST_F(TapeDumpTest, TheWindowIsShownAndHiddenByItsButton) {
   EXPECT_EQ(gTDumpIsVisible, 0);
 }
 
-/// Files of this process can grow no further while this stands.
-class FullDisk {
- public:
-  FullDisk() {
-    handler_ = std::signal(SIGXFSZ, SIG_IGN);
-    getrlimit(RLIMIT_FSIZE, &before_);
-    rlimit none = before_;
-    none.rlim_cur = 0;
-    setrlimit(RLIMIT_FSIZE, &none);
-  }
-  ~FullDisk() {
-    setrlimit(RLIMIT_FSIZE, &before_);
-    std::signal(SIGXFSZ, handler_);
-  }
-  FullDisk(const FullDisk&) = delete;
-  FullDisk& operator=(const FullDisk&) = delete;
-
- private:
-  void (*handler_)(int);
-  rlimit before_{};
-};
-
 TEST_F(TapeDumpTest, AFullDiskGivesOneBoxForEachDump) {
   insert(Tape(10, "block"));
   {
-    const FullDisk full;
+    const FileLimit full(0);
     dump(3);
     EXPECT_EQ(toolkit.errors, Lines{"Error writing to disk file"});
     dump(3);

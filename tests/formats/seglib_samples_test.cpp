@@ -244,10 +244,8 @@ TEST(SegHex, Edges) {
   const struct {
     unsigned sample;
     float value;
-  } bytes[] = {{0x00, 0.0F},  {0x80, 0.0F}, {0x60, 0.0F}, {0x01, 1.03125F}, {0x10, 1.5F},     {0x1F, 1.96875F},
-               {0x3F, 31.0F}, {0x21, 1.5F}, {0x22, 2.0F}, {0x7F, 7936.0F},  {0xFF, -7936.0F}, {0x81, -1.03125F}},
-    words[] = {{0x0000, 0.0F},  {0x8000, 0.0F},    {0x6000, 0.0F},     {0x1000, 1.5F},
-               {0x3000, 16.0F}, {0x7FFF, 8191.0F}, {0xFFFF, -8191.0F}, {0x0001, 1.0F + 1.0F / 8192}};
+  } bytes[] = {{0x01, 1.03125F}, {0x3F, 31.0F}, {0xFF, -7936.0F}},
+    words[] = {{0x3000, 16.0F}, {0xFFFF, -8191.0F}, {0x0001, 1.0F + 1.0F / 8192}};
   for (const auto& row : bytes) {
     float out = untouched;
     const char byte = static_cast<char>(row.sample);
@@ -278,12 +276,10 @@ TEST(SegQuat, Edges) {
   const struct {
     unsigned sample;
     float value;
-  } bytes[] = {{0x00, 0.0F},     {0x08, 0.5F},    {0x01, 0.0625F}, {0x0F, 0.9375F}, {0x10, 4.0F}, {0x70, 16384.0F},
-               {0x7F, 15360.0F}, {0x80, 0.0625F}, {0x87, 0.5F},    {0x8F, 0.0F},    {0xFF, 0.0F}},
-    words[] = {{0x0000, 0.0F},      {0x0800, 0.5F}, {0x0001, 1.0F / 4096},
-               {0x7000, 16384.0F},  {0x8000, 1.0F},  // only bit 15: the mantissa is zero, 4^0
-               {0x0FFF, 0x1p-126F},                  // the carry empties the exponent, the sign bit sets its lowest bit
-               {0x0080, 0x1.02p-4F}};                // 129/4096, its even exponent made odd
+  } bytes[] = {{0x00, 0.0F}, {0x01, 0.0625F}, {0x87, 0.5F}},
+    words[] = {{0x0000, 0.0F},
+               {0x0FFF, 0x1p-126F},    // the carry empties the exponent, the sign bit sets its lowest bit
+               {0x0080, 0x1.02p-4F}};  // 129/4096, its even exponent made odd
   for (const auto& row : bytes) {
     float out = untouched;
     const char byte = static_cast<char>(row.sample);

@@ -32,9 +32,8 @@ SegyField* add(SegyFormat* format, const char* name, int type, int offset, bool 
 
 unsigned flagsOf(const SegyFormat& format, const SegyField* list, int dlgType = BOUNDS_ALL) {
   unsigned flags = 0;
-  for (const SegyField* field = list; field != nullptr; field = field->nextField) {
+  for (const SegyField* field = list; field != nullptr; field = field->nextField)
     boundsCheck(&format, list, field, &flags, dlgType);
-  }
   return flags;
 }
 
@@ -195,9 +194,8 @@ TEST_F(SegyFieldsDialog, WarnsWhenTheListTurnsRed) {
 Lines faultsOf(const std::string& text) {
   SegyFormat format;
   Lines lines;
-  for (const SegyTextFault& fault : parseSegyFormat(text, &format)) {
+  for (const SegyTextFault& fault : parseSegyFormat(text, &format))
     lines.push_back(std::to_string(fault.line) + ": " + fault.text);
-  }
   return lines;
 }
 

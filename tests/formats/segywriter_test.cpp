@@ -518,9 +518,8 @@ TEST_F(SegyWriterTest, SkipsFieldFilesAtAndBeyondBothLimitsAndThoseOfTheList) {
   params.itHasMinMaxOn = 1;
   params.itsFFMin = 10;
   params.itsFFMax = 20;
-  for (int fieldFile = 8; fieldFile < 23; ++fieldFile) {
+  for (int fieldFile = 8; fieldFile < 23; ++fieldFile)
     EXPECT_EQ(skipThisFile(&record, &params, fieldFile), fieldFile <= 10 || fieldFile >= 20 ? 1 : 0) << fieldFile;
-  }
   EXPECT_EQ(count("SKIPPING RECORD. Field file 10 is out of range."), 1);
   params.itHasListOn = 1;
   params.itsFFList[15] = 15;

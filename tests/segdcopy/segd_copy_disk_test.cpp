@@ -1,10 +1,7 @@
-// The SEG D copy from disk to disk: names, lists, zeroed traces, damaged headers, the log, full disks.
+// The SEG D copy from disk to disk: names, lists, zeroed traces, damaged headers, the log.
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
-
-#include <csignal>
 
 #include "tests/segdcopy/segd_fixture.h"
 
@@ -22,9 +19,7 @@ class SegdDiskTest : public SegdTest {
   Lines logLines(const std::string& name = "SegdCopy.txt") {
     Lines lines;
     std::ifstream file(folder.path(name));
-    for (std::string line; std::getline(file, line);) {
-      lines.push_back(line);
-    }
+    for (std::string line; std::getline(file, line);) lines.push_back(line);
     return lines;
   }
   /// Replaces bytes of the input file.
@@ -108,9 +103,7 @@ TEST_F(SegdDiskTest, NamesComeFromWhatStandsBeforeTheLastPoint) {
 }
 
 TEST_F(SegdDiskTest, SkippedFilesCountInTheNamesOnly) {
-  for (int number = 9; number <= 13; ++number) {
-    put("f" + std::to_string(number + 10) + ".segd", fileOf(number));
-  }
+  for (int number = 9; number <= 13; ++number) put("f" + std::to_string(number + 10) + ".segd", fileOf(number));
   listFieldFiles("10 - 11\n13\n");
   EXPECT_EQ(copyFiles("in/f20.segd"), 0);
   EXPECT_EQ(outNames(), (Lines{"line_00002.sgd", "line_00003.sgd", "line_00005.sgd"}));
@@ -140,9 +133,7 @@ TEST_F(SegdDiskTest, ZeroedTracesKeepTheirHeaders) {
   std::string expected = file.file();
   const std::size_t header = file.header().size();
   const std::size_t trace = 20 + 64 + 48;
-  for (const std::size_t i : {1U, 2U}) {
-    expected.replace(header + i * trace + 84, 48, std::string(48, '\0'));
-  }
+  for (const std::size_t i : {1U, 2U}) expected.replace(header + i * trace + 84, 48, std::string(48, '\0'));
   EXPECT_EQ(copyFiles(), 0);
   EXPECT_EQ(out("line_00001.sgd"), expected);
 
@@ -202,9 +193,7 @@ TEST_F(SegdDiskTest, HeadersLargerThanTheTapeBufferAreReadWhole) {
   bytes[30] = bytes[31] = static_cast<char>(0xFF);
   bytes.replace(32 + 5, 4, std::string("\x05\x00\x01\x2C", 4));  // 1280 extended, 300 external blocks
   bytes += block(32 * std::size_t{40 + 1280 + 300}, 5);
-  for (const std::string& each : file.traces()) {
-    bytes += each;
-  }
+  for (const std::string& each : file.traces()) bytes += each;
   writeFile(folder.path("in/a.segd"), bytes);
   EXPECT_EQ(copyFiles(), 0);
   EXPECT_EQ(out("line_00001.sgd"), bytes);
@@ -242,9 +231,7 @@ TEST_F(SegdDiskTest, HalfOfAFileDoesNotStayBehind) {
     file.sets = {{4, bySets ? 20 : 40}};
     file.milliseconds = bySets ? 40 : 20;
     std::string bytes = file.header();
-    for (const std::string& each : file.traces()) {
-      bytes += each.substr(0, 20) + std::string(80, '\0');
-    }
+    for (const std::string& each : file.traces()) bytes += each.substr(0, 20) + std::string(80, '\0');
     writeFile(folder.path("in/a.segd"), bytes);
     SgdParams.useScanHdr = bySets;
     EXPECT_EQ(copyFiles(), -1);
@@ -434,9 +421,7 @@ TEST_F(SegdDiskTest, WithoutInputsTheJobFails) {
 // ---- log, messages, ends ----------------------------------------------------------------------------------------
 
 TEST_F(SegdDiskTest, TheConsoleShowsEveryNthFileAndTheLogAll) {
-  for (int number = 1; number <= 5; ++number) {
-    put("f" + std::to_string(number) + ".segd", fileOf(number));
-  }
+  for (int number = 1; number <= 5; ++number) put("f" + std::to_string(number) + ".segd", fileOf(number));
   SgdParams.itDecimates = true;
   SgdParams.itsDecimateIntvl = 2;
   EXPECT_EQ(copyFiles("in/f1.segd"), 0);
@@ -466,70 +451,6 @@ TEST_F(SegdDiskTest, ALogThatFailsIsTurnedOffWithABox) {
   EXPECT_EQ(copyFiles(), 0);
   EXPECT_EQ(toolkit.errors, Lines{"Error opening file " + folder.path("nowhere/full")});
   EXPECT_FALSE(SgdParams.useLog);
-}
-
-TEST_F(SegdDiskTest, AStopLeavesWholeTracesAndNamesTheFile) {
-  FieldFile file = fileOf(1);
-  file.sets = {{5, 20}};
-  put("a.segd", file);
-  put("b.segd", fileOf(2));
-  // Polled before each file and before each trace: every place that a stop can come at.
-  for (long at = 1; at <= 10; ++at) {
-    SCOPED_TRACE(at);
-    std::filesystem::remove_all("out");
-    std::filesystem::create_directory("out");
-    toolkit.pumps = 0;
-    toolkit.onPump = [this, at](long pumps) {
-      if (pumps == at) {
-        toolkit.press(toolkit.dialog(DLG_PROGRESS), PROG_STOP);
-      }
-    };
-    EXPECT_EQ(copyFiles(), 0);
-    toolkit.onPump = nullptr;
-    EXPECT_EQ(count("  *** Copy aborted by user at DATE."), 1);
-    EXPECT_EQ(logLines().back(), " ");
-    std::size_t bytes = 0;
-    for (const std::string& name : outNames()) {
-      bytes += out(name).size();
-    }
-    EXPECT_TRUE(consoleHas("   " + std::to_string(bytes) + " bytes copied."));
-    const long traces = std::clamp(at - 2, 0L, 5L);
-    const bool inFirst = at >= 2 && at <= 7;
-    EXPECT_EQ(out("line_00001.sgd").size(), at < 2 ? 0 : file.header().size() + 60 * static_cast<std::size_t>(traces));
-    EXPECT_EQ(lineWith("  ** Field file 1 is not complete: ").empty(), !inFirst);
-    EXPECT_TRUE(consoleHas(at <= 7 ? "   0 field file copied." : "   1 field file copied."));
-  }
-}
-
-TEST_F(SegdDiskTest, AFullDiskKeepsWholeTracesAndATrueCount) {
-  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-  FieldFile file = fileOf(1);
-  file.milliseconds = 20000;
-  file.sets = {{20, 20000}};
-  put("a.segd", file);
-  const std::size_t trace = 20 + 40000;
-  const std::size_t header = file.header().size();
-  for (rlim_t room = 50; room < file.file().size(); room += 60007) {
-    SCOPED_TRACE(room);
-    SgdParams.useLog = room < 60000;
-    rlimit before{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-    rlimit little = before;
-    little.rlim_cur = room;
-    openInputFile("in/a.segd");
-    openOutputDirectory();
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &little), 0);
-    EXPECT_EQ(run(), -1);
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
-    const std::size_t traces = room < header ? 0 : (room - header) / trace;
-    const std::size_t kept = room < header ? 0 : header + traces * trace;
-    EXPECT_EQ(out("line_00001.sgd"), file.file().substr(0, kept));
-    EXPECT_TRUE(consoleHas("   " + std::to_string(kept) + " bytes copied."));
-    EXPECT_TRUE(consoleHas("  *** Error writing to output file - job will abort."));
-    EXPECT_TRUE(consoleHas(formatText("  ** Field file 1 is not complete: %s holds %zu trace%s of it.",
-                                      folder.path("out/line_00001.sgd").c_str(), traces, traces > 1 ? "s" : "")));
-  }
-  std::signal(SIGXFSZ, handler);
 }
 
 TEST_F(SegdDiskTest, AnUnwritableDirectoryAndAMissingDialogFailTheJob) {

@@ -241,9 +241,7 @@ TEST_F(SegdTapeTest, AFullCartridgeEndsTheJobWithItsMarksAndATrueCount) {
   openOutputTape("out.tap", "capacity = 300\n");
   EXPECT_EQ(run(), -1);
   double bytes = 0;
-  for (const std::string& item : tapeIn("out.tap")) {
-    bytes += static_cast<double>(item.size());
-  }
+  for (const std::string& item : tapeIn("out.tap")) bytes += static_cast<double>(item.size());
   EXPECT_EQ(lineWith("   "), formatText("   %.0f bytes copied.", bytes));
   EXPECT_FALSE(lineWith("  ** Field file 2 is not complete: the output tape holds ").empty());
   EXPECT_TRUE(consoleHas("1 Field Files output to this tape."));
@@ -251,9 +249,7 @@ TEST_F(SegdTapeTest, AFullCartridgeEndsTheJobWithItsMarksAndATrueCount) {
 
 TEST_F(SegdTapeTest, AStopClosesTheTapeBehindWhatItHolds) {
   toolkit.onPump = [this](long pumps) {
-    if (pumps == 3) {
-      toolkit.press(toolkit.dialog(DLG_PROGRESS), PROG_STOP);
-    }
+    if (pumps == 3) toolkit.press(toolkit.dialog(DLG_PROGRESS), PROG_STOP);
   };
   EXPECT_EQ(copyTapeToTape(tapeOf(1) + tapeOf(2) + END), 0);
   toolkit.onPump = nullptr;
@@ -269,9 +265,7 @@ TEST_F(SegdTapeTest, AStopClosesTheTapeBehindWhatItHolds) {
 /// Lengths of a tape's blocks, 0 for a mark.
 std::vector<std::size_t> lengths(const Tape& tape) {
   std::vector<std::size_t> all;
-  for (const std::string& item : tape) {
-    all.push_back(item.size());
-  }
+  for (const std::string& item : tape) all.push_back(item.size());
   return all;
 }
 
@@ -292,9 +286,7 @@ TEST_F(SegdTapeTest, TracesOfAChannelSetSharePartsOfTheirTape) {
     EXPECT_EQ(lengths(tape), samples == 16379 ? (std::vector<std::size_t>{header, 2 * t, 2 * t, t, t, 2 * t, 0, 0})
                                               : (std::vector<std::size_t>{header, t, t, t, t, t, t, t, t, 0, 0}));
     std::string all;
-    for (const std::string& item : tape) {
-      all += item;
-    }
+    for (const std::string& item : tape) all += item;
     std::string expected = file.file();
     expected[19] = 16;
     EXPECT_TRUE(all == expected);
@@ -358,9 +350,7 @@ TEST_F(SegdTapeTest, AMarkThatCouldNotBeWrittenIsMadeUpForOrItsLackSaid) {
 // ---- full tapes and the prepend file ----------------------------------------------------------------------------
 
 TEST_F(SegdTapeTest, ATapeEndsBehindTheFileThatExceedsTheLimit) {
-  for (int number = 1; number <= 3; ++number) {
-    put("f" + std::to_string(number) + ".segd", fileOf(number));
-  }
+  for (int number = 1; number <= 3; ++number) put("f" + std::to_string(number) + ".segd", fileOf(number));
   const double bytes = static_cast<double>(fileOf(1).file().size());
   SgdParams.limitBytes = true;
   SgdParams.byteLimit = 2 * bytes;  // reached and not exceeded by two
@@ -441,86 +431,5 @@ TEST_F(SegdTapeTest, LinesOfTapeChangesAreInTheLogToo) {
   const std::string log = readFile(folder.path("SegdCopy.txt"));
   EXPECT_NE(log.find("\n \nEnd of input tape 1\nTape finished.\nMagazine finished.\n  \n"), std::string::npos) << log;
 }
-
-// ---- every operation fails once ---------------------------------------------------------------------------------
-
-class SegdFaultSweep : public SegdTapeTest, public testing::WithParamInterface<std::pair<std::string, std::string>> {
- protected:
-  /// Field files that a tape holds whole, and all bytes of its blocks.
-  static std::pair<int, double> contents(const Tape& tape) {
-    const Tape file = fileOf(1).tape();
-    int whole = 0;
-    double bytes = 0;
-    std::size_t blocks = 0;
-    for (const std::string& item : tape) {
-      bytes += static_cast<double>(item.size());
-      whole += item.empty() && blocks == file.size() - 1 ? 1 : 0;
-      blocks = item.empty() ? 0 : blocks + 1;
-    }
-    return {whole, bytes};
-  }
-  /// @return whether the fault struck nothing
-  bool sweepAt(long operation, const Tape& tape) {
-    setenv("QUARLO_TAPE_FAULT",
-           (GetParam().first + (":" + std::to_string(operation)) + ":" + GetParam().second).c_str(), 1);
-    load(0, "in.tap");
-    makeCartridge("out.tap", {});
-    load(1, "out.tap");
-    getDriveList(units);  // before the faults begin
-    setTapeDriver(nullptr);
-    units[0].theListItem = 0;
-    units->theOutputList = xvt_slist_create();
-    xvt_slist_add(units->theOutputList, nullptr, "drive", 1);
-    tlv_tape_open(units, 0);
-    tlv_tape_open(units, kAllOutputs);
-    if (units[0].state != 1 || units->nOutputs != 1) {
-      closeUnits();
-      return false;
-    }
-    noFurtherTape();
-    const int result = run();
-    toolkit.modals.clear();
-    unsetenv("QUARLO_TAPE_FAULT");
-    setTapeDriver(nullptr);
-    const Tape copy = tapeIn("out.tap");
-    const auto [whole, bytes] = contents(copy);
-    EXPECT_TRUE(consoleHas("SEG D copy ended at DATE."));
-    EXPECT_TRUE(consoleHas(formatText("   %.0f bytes copied.", bytes)));
-    EXPECT_TRUE(result != 0 || copy == tape);
-    EXPECT_LE(filesClaimed(), whole);
-    EXPECT_EQ(result != 0, consoleHas("  *** Job Failed."));
-    return result == 0 && lineWith("  *** ").empty();
-  }
-  int filesClaimed() {
-    for (const std::string& line : consoleWithoutDates()) {
-      if (line.find(" field file") != std::string::npos) {
-        return std::atoi(line.c_str());
-      }
-    }
-    return -1;
-  }
-};
-
-TEST_P(SegdFaultSweep, TapeToTape) {
-  const Tape tape = tapeOf(1) + tapeOf(2) + END;
-  makeCartridge("in.tap", tape);
-  int clean = 0;
-  for (long operation = 1; operation < 500 && clean < 8; ++operation) {
-    SCOPED_TRACE("operation " + std::to_string(operation));
-    toolkit.errors.clear();
-    clean = sweepAt(operation, tape) ? clean + 1 : 0;
-    if (HasFailure()) {
-      for (const std::string& line : consoleWithoutDates()) {
-        std::printf("  %s\n", line.c_str());
-      }
-      return;
-    }
-  }
-  EXPECT_EQ(clean, 8) << "the sweep found no end";
-}
-
-INSTANTIATE_TEST_SUITE_P(Errors, SegdFaultSweep,
-                         testing::Values(std::pair("any", "EIO"), std::pair("any", "short"),
-                                         std::pair("any", "ENOSPC")));
 
 }  // namespace

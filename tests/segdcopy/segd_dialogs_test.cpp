@@ -42,9 +42,8 @@ TEST_F(SegdDialogsTest, EachCheckBoxSetsItsOptionAndEnablesWhatBelongsToIt) {
     segdInit();
     const bool before = SgdParams.*option.flag;
     options([&](WINDOW dialog) {
-      for (const Option& each : OPTIONS) {
+      for (const Option& each : OPTIONS)
         EXPECT_EQ(enabled(dialog, each.controls), std::vector<bool>(each.controls.size(), SgdParams.*each.flag));
-      }
       toolkit.press(dialog, option.checkBox);
       EXPECT_EQ(enabled(dialog, option.controls), std::vector<bool>(option.controls.size(), !before));
       EXPECT_EQ(SgdParams.*option.flag, before) << "stored before OK";
@@ -66,9 +65,7 @@ TEST_F(SegdDialogsTest, OptionsTakeNumbersAndNonsense) {
     EXPECT_EQ(toolkit.text(dialog, SD_BYTE_LIMIT), "10.000");
     EXPECT_EQ(toolkit.text(dialog, SD_LENGTH_UNIT), "1.0240");
     EXPECT_EQ(toolkit.text(dialog, SD_DECIMATE_INTERVAL), "10");
-    for (const int checkBox : {SD_LIMIT_BYTES, SD_LENGTH_OVERRIDE, SD_DECIMATE}) {
-      toolkit.press(dialog, checkBox);
-    }
+    for (const int checkBox : {SD_LIMIT_BYTES, SD_LENGTH_OVERRIDE, SD_DECIMATE}) toolkit.press(dialog, checkBox);
     for (const char* text : {"nan", "-2", "0", "", "much", "1e300", "1e999", "0.0000001"}) {
       EXPECT_EQ(taken(dialog, SD_BYTE_LIMIT, text), "10.000") << text;
       EXPECT_EQ(taken(dialog, SD_LENGTH_UNIT, text), "1.0240") << text;
@@ -118,9 +115,7 @@ TEST_F(SegdDialogsTest, LogAndPrependFileAreChosen) {
     EXPECT_EQ(toolkit.text(dialog, SD_PREPEND_PATH), folder.path("label.txt"));
   });
   EXPECT_EQ(toolkit.errors, std::vector<std::string>(2, "Error getting file name."));
-  for (const auto& request : toolkit.fileRequests) {
-    EXPECT_EQ(request.title, "Select File");
-  }
+  for (const auto& request : toolkit.fileRequests) EXPECT_EQ(request.title, "Select File");
   EXPECT_EQ(toolkit.fileRequests[0].type, "txt");
   EXPECT_EQ(toolkit.fileRequests[0].directory, "/var/log");
   EXPECT_EQ(toolkit.fileRequests[3].type, "");
@@ -177,9 +172,7 @@ TEST_F(SegdDialogsTest, TheZeroKeyStaysWithinTheTraceHeader) {
   zeroList([this](WINDOW dialog) {
     EXPECT_EQ(toolkit.rows(dialog, ZT_TYPE), std::vector<std::string>(SegdDataTypes, SegdDataTypes + kSegdKeyTypes));
     EXPECT_EQ(toolkit.text(dialog, ZT_BYTE), "1");  // no key is set at first
-    for (const char* text : {"0", "-4", "nonsense", ""}) {
-      EXPECT_EQ(taken(dialog, ZT_BYTE, text), "1") << text;
-    }
+    for (const char* text : {"0", "-4", "nonsense", ""}) EXPECT_EQ(taken(dialog, ZT_BYTE, text), "1") << text;
     EXPECT_EQ(taken(dialog, ZT_BYTE, "21"), "20");
     toolkit.select(dialog, ZT_TYPE, SEGD_KEY_INT24);
     EXPECT_EQ(toolkit.text(dialog, ZT_BYTE), "18");

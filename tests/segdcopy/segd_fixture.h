@@ -90,27 +90,22 @@ struct FieldFile {
     std::vector<std::string> all;
     for (std::size_t i = 0; i < sets.size(); ++i) {
       const int record = std::max(milliseconds / 2, extensions > 0 ? samples : 0);
-      for (int place = 1; place <= sets[i].traces; ++place) {
+      for (int place = 1; place <= sets[i].traces; ++place)
         all.push_back(trace(static_cast<int>(i) + 1, place, bySet ? sets[i].milliseconds / 2 : record));
-      }
     }
     return all;
   }
 
   std::string file(bool bySet = false) const {
     std::string all = header();
-    for (const std::string& each : traces(bySet)) {
-      all += each;
-    }
+    for (const std::string& each : traces(bySet)) all += each;
     return all;
   }
 
   /// As it stands on tape, its mark included.
   Tape tape() const {
     Tape all = {header()};
-    for (const std::string& each : traces()) {
-      all.push_back(each);
-    }
+    for (const std::string& each : traces()) all.push_back(each);
     all.push_back(MARK);
     return all;
   }
@@ -184,19 +179,15 @@ class SegdTest : public UnitsTest {
   bool hasOut(const std::string& name) { return std::filesystem::exists("out/" + name); }
   Lines outNames() {
     Lines names;
-    for (const auto& entry : std::filesystem::directory_iterator("out")) {
+    for (const auto& entry : std::filesystem::directory_iterator("out"))
       names.push_back(entry.path().filename().string());
-    }
     std::sort(names.begin(), names.end());
     return names;
   }
   /// The first console line that begins so, or nothing.
   std::string lineWith(const std::string& beginning) {
-    for (const std::string& line : consoleWithoutDates()) {
-      if (line.starts_with(beginning)) {
-        return line;
-      }
-    }
+    for (const std::string& line : consoleWithoutDates())
+      if (line.starts_with(beginning)) return line;
     return "";
   }
   void listFieldFiles(const std::string& text, int sense = SEGD_INCLUDE) {

@@ -16,9 +16,8 @@ using Places = std::map<int, int>;
 
 std::string blockOf(const Places& places, std::size_t bytes = 32) {
   std::string all(bytes, '\0');
-  for (const auto& [position, value] : places) {
+  for (const auto& [position, value] : places)
     all.at(static_cast<std::size_t>(position) - 1) = static_cast<char>(value);
-  }
   return all;
 }
 
@@ -26,9 +25,7 @@ SegdHeaders read(const Places& first, const Places* second = nullptr, float unit
   SegdHeaders headers;
   headers.RecordLengthMultiplier = unit;
   headers.getGenHeader(blockOf(first).data());
-  if (second != nullptr) {
-    headers.getOptGenHeaders(blockOf(*second).data());
-  }
+  if (second != nullptr) headers.getOptGenHeaders(blockOf(*second).data());
   return headers;
 }
 
@@ -121,9 +118,8 @@ TEST(SegdHeader, RecordLengthsAreDigitsTimesTheUnit) {
   } rows[] = {{0x00, 0x10, 102.4F, 1024}, {0x00, 0x60, 102.4F, 6144}, {0x09, 0x99, 102.4F, 102297},
               {0x00, 0x61, 100, 6100},    {0x00, 0x01, 102.4F, 102},  {0x00, 0x00, 102.4F, 0},
               {0x00, 0x10, 0.9999F, 10}};
-  for (const auto& row : rows) {
+  for (const auto& row : rows)
     EXPECT_EQ(read({{26, row.high}, {27, row.low}}, nullptr, row.unit).GenHdr.recLen, row.milliseconds);
-  }
 }
 
 TEST(SegdHeader, SamplesOfARecordAreWholeAndAnIntervalOfZeroHasNone) {
@@ -305,9 +301,8 @@ TEST(SegdList, SetsOfNumbersAreSortedAndJoined) {
   ASSERT_EQ(set.ranges().size(), 4U);
   EXPECT_EQ(set.ranges()[1].start, 10);
   EXPECT_EQ(set.ranges()[1].end, 15);
-  for (const int in : {-2147483647 - 1, -5, 10, 14, 15, 50, 2000000000, 2147483647}) {
+  for (const int in : {-2147483647 - 1, -5, 10, 14, 15, 50, 2000000000, 2147483647})
     EXPECT_TRUE(set.contains(in)) << in;
-  }
   for (const int outside : {-4, 9, 16, 40, 49, 51, 1999999999}) {
     EXPECT_FALSE(set.contains(outside)) << outside;
     EXPECT_EQ(set.indexOf(outside), -1) << outside;

@@ -76,20 +76,4 @@ TEST_F(SegdRealTest, EveryFileComesBackByteForByteFromDiskAndFromTape) {
   }
 }
 
-/// The same bytes with something behind them, and packed: what was read is told from what was not.
-TEST_F(SegdRealTest, TracesOfOneSetShareTheirBlocksAndATrailerIsCounted) {
-  const auto nodal = std::find_if(facts.begin(), facts.end(), [](const Facts& file) {
-    return file.file.find("one_channel_many_traces") != std::string::npos;
-  });
-  ASSERT_NE(nodal, facts.end());
-  const std::string whole = readFile(nodal->file);
-  writeFile(folder.path("in/a.fcnt"), whole + "trailer");
-  SgdParams.blockTraces = true;
-  EXPECT_EQ(copyFilesToTape("in/a.fcnt"), 0);
-  const Tape tape = tapeIn("out.tap");
-  ASSERT_EQ(tape.size(), 4U);
-  EXPECT_TRUE(tape[1] == whole.substr(tape[0].size()));
-  EXPECT_TRUE(consoleHas("  ** 7 bytes of a.fcnt behind its last announced trace were not copied."));
-}
-
 }  // namespace

@@ -40,11 +40,8 @@ class SegyRealTest : public SegyTest {
   std::string selected(Keep keep) const {
     const std::string all = survey();
     std::string some = all.substr(0, 3600);
-    for (std::size_t place = 3600; place + 256 <= all.size(); place += 256) {
-      if (keep(bigAt(all, place + 188), bigAt(all, place + 20))) {
-        some += all.substr(place, 256);
-      }
-    }
+    for (std::size_t place = 3600; place + 256 <= all.size(); place += 256)
+      if (keep(bigAt(all, place + 188), bigAt(all, place + 20))) some += all.substr(place, 256);
     EXPECT_GT(some.size(), 3600U);
     EXPECT_LT(some.size(), all.size());
     return some;
@@ -56,9 +53,7 @@ class SegyRealTest : public SegyTest {
 TEST_F(SegyRealTest, EveryFileComesOutAsItWasUpToItsLastWholeTrace) {
   int copied = 0;
   for (const auto& entry : fs::recursive_directory_iterator(root)) {
-    if (!entry.is_regular_file()) {
-      continue;
-    }
+    if (!entry.is_regular_file()) continue;
     SCOPED_TRACE(entry.path().string());
     fs::copy_file(entry.path(), folder.path("in.sgy"), fs::copy_options::overwrite_existing);
     const std::string in = readFile(folder.path("in.sgy"));
@@ -115,9 +110,7 @@ TEST_F(SegyRealTest, SortsAndSplitsWhatAnIndependentReaderReadsBack) {
     for (std::string line; std::getline(in, line);) {
       std::istringstream words(line);
       std::vector<double> values;
-      for (double value = 0; words >> value;) {
-        values.push_back(value);
-      }
+      for (double value = 0; words >> value;) values.push_back(value);
       lines.push_back(values);
     }
     return lines;
@@ -137,9 +130,7 @@ TEST_F(SegyRealTest, SortsAndSplitsWhatAnIndependentReaderReadsBack) {
   std::vector<std::vector<double>> together;
   std::set<double> ended;
   for (const char* name : {"part.sgy", "part001.sgy", "part002.sgy", "part003.sgy"}) {
-    if (!exists(name)) {
-      continue;
-    }
+    if (!exists(name)) continue;
     const auto part = linesOf(asReaderSeesIt(folder.path(name)));
     ASSERT_FALSE(part.empty());
     for (const auto& line : part) {

@@ -224,9 +224,7 @@ TEST_F(SegySelectTest, AFullDiskEndsTheLogOnly) {
   ASSERT_EQ(initPointsList(), 1);
   LogFile = openFile("/dev/full", "w");
   forgetConsole();
-  for (int i = 0; i < 60000; ++i) {
-    ASSERT_TRUE(keeps(1, 0));
-  }
+  for (int i = 0; i < 60000; ++i) ASSERT_TRUE(keeps(1, 0));
   endRangeLimit();
   EXPECT_EQ(count("  *** Error writing to range limit log file."), 1);
 }
@@ -255,20 +253,14 @@ void textbookHeapSort(std::vector<Record>& records, Below below) {
     std::size_t hole = root;
     while (2 * hole <= end) {
       std::size_t child = 2 * hole;
-      if (child + 1 <= end && below(heap[child], heap[child + 1])) {
-        child = child + 1;
-      }
-      if (below(heap[child], aside)) {
-        break;
-      }
+      if (child + 1 <= end && below(heap[child], heap[child + 1])) child = child + 1;
+      if (below(heap[child], aside)) break;
       heap[hole] = heap[child];
       hole = child;
     }
     heap[hole] = aside;
   };
-  for (std::size_t root = n / 2; root >= 1; --root) {
-    siftDown(root, n);
-  }
+  for (std::size_t root = n / 2; root >= 1; --root) siftDown(root, n);
   for (std::size_t end = n; end > 1; --end) {
     std::swap(heap[1], heap[end]);
     siftDown(1, end - 1);
@@ -285,9 +277,7 @@ bool belowItem(const SortItem& a, const SortItem& b) {
 
 std::vector<int> sizesOf(const std::vector<SortItem>& items) {
   std::vector<int> sizes;
-  for (const SortItem& item : items) {
-    sizes.push_back(item.size);
-  }
+  for (const SortItem& item : items) sizes.push_back(item.size);
   return sizes;
 }
 
@@ -330,9 +320,7 @@ TEST(SegySort, OrdersAsTheTextbookHeapDoesEqualRecordsIncluded) {
     for (const int count : {0, 1, 2, 3, 5, 64, 1001}) {
       SCOPED_TRACE(testing::Message() << "values " << maker << ", " << count << " records");
       std::vector<SortItem> items;
-      for (int i = 0; i < count; ++i) {
-        items.push_back(makers[maker](i));
-      }
+      for (int i = 0; i < count; ++i) items.push_back(makers[maker](i));
       std::vector<SortItem> model = items;
       textbookHeapSort(model, belowItem);
       segySort(reinterpret_cast<char*>(items.data()), count, sizeof(SortItem));

@@ -143,15 +143,6 @@ TEST_F(Shell, CompanionProgramsAnswerInEveryCase) {
   EXPECT_EQ(std::filesystem::current_path(), before);
 }
 
-TEST_F(Shell, AboutShowsTheVersion) {
-  startUp();
-  toolkit.chooseMenu(1034);
-  const WINDOW about = toolkit.dialog(DLG_ABOUT);
-  EXPECT_EQ(toolkit.text(about, 4), "2.3.13");
-  toolkit.press(about, 1);
-  EXPECT_FALSE(xvt_vobj_is_valid(about));
-}
-
 TEST_F(Shell, QuitEndsConsoleAndApplication) {
   startUp();
   toolkit.chooseMenu(1035);

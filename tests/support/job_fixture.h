@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <functional>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -19,15 +18,16 @@
 #include "tests/support/test_files.h"
 #include "tests/support/test_toolkit.h"
 
+/// The line with DATE in place of each date.
+std::string withoutDates(const std::string& line);
+
 class JobTest : public testing::Test {
  protected:
   JobTest() {
     std::filesystem::create_directory("drives");
     setenv("QUARLO_VIRTUAL_DRIVES", folder.path("drives").c_str(), 1);
     setTapeDriver(nullptr);
-    for (int number = 0; number < DRIVES; ++number) {
-      load(number, "");
-    }
+    for (int number = 0; number < DRIVES; ++number) load(number, "");
     toolkit.openTaskWindow([](WINDOW, EVENT*) -> long { return 0; });
     for (int unit = 0; unit < kMaxUnits; ++unit) {
       units[unit] = UnitStruct{};  // options outlive a dialog and a job, but not a test
@@ -36,9 +36,7 @@ class JobTest : public testing::Test {
     consInit();
   }
   ~JobTest() override {
-    if (xvt_vobj_is_valid(dialog)) {
-      xvt_vobj_destroy(dialog);
-    }
+    if (xvt_vobj_is_valid(dialog)) xvt_vobj_destroy(dialog);
     unInitIO(units);
     killConsole();
     setTapeDriver(nullptr);
@@ -58,29 +56,25 @@ class JobTest : public testing::Test {
   }
   Tape tapeIn(const std::string& name) const { return tapeOf(readFile(cartridge(name))); }
 
-  /// Chooses a drive in a selection dialog; `options` presses what else there is before OK.
-  void chooseInputTape(int row, const std::function<void(WINDOW)>& options = nullptr) {
+  /// Chooses a drive in the selection dialog that a button opens; `options` presses what else there is before OK.
+  void chooseDrive(int button, int row, const std::function<void(WINDOW)>& options = nullptr) {
     toolkit.onModal(DLG_INPUT_DRIVE, [this, row, options](WINDOW drives) {
       toolkit.select(drives, DRV_LIST, row);
-      if (options) {
-        options(drives);
-      }
+      if (options) options(drives);
       toolkit.press(drives, DRV_OK);
     });
-    toolkit.press(dialog, CP_INPUT_TAPE);
+    toolkit.press(dialog, button);
+  }
+  void chooseInputTape(int row, const std::function<void(WINDOW)>& options = nullptr) {
+    chooseDrive(CP_INPUT_TAPE, row, options);
   }
   void chooseOutputTapes(const std::vector<int>& rows, const std::function<void(WINDOW)>& options = nullptr) {
     toolkit.onModal(DLG_OUTPUT_DRIVE, [this, rows, options](WINDOW drives) {
       const bool several = rows.size() > 1;
-      if (toolkit.checked(drives, DRV_MULTIPLE) != several) {
-        toolkit.press(drives, DRV_MULTIPLE);
-      }
-      for (const int row : rows) {
+      if (toolkit.checked(drives, DRV_MULTIPLE) != several) toolkit.press(drives, DRV_MULTIPLE);
+      for (const int row : rows)
         several ? toolkit.selectAlso(drives, DRV_MULTIPLE_LIST, row) : toolkit.select(drives, DRV_LIST, row);
-      }
-      if (options) {
-        options(drives);
-      }
+      if (options) options(drives);
       toolkit.press(drives, DRV_OK);
     });
     toolkit.press(dialog, CP_OUTPUT_TAPE);
@@ -98,19 +92,18 @@ class JobTest : public testing::Test {
     });
   }
 
-  void openCopyDialog() {
-    dialog = xvt_dlg_create_res(WD_MODELESS, DLG_COPY, CopyDialog_eh, nullptr);
+  void open(int resource, EVENT_HANDLER handler) {
+    dialog = xvt_dlg_create_res(WD_MODELESS, resource, handler, nullptr);
     ASSERT_NE(dialog, NULL_WIN);
   }
+  void openCopyDialog() { open(DLG_COPY, CopyDialog_eh); }
   void closeCopyDialog() { toolkit.close(dialog); }
-  void chooseInputFile(const std::string& path) {
+  void chooseFile(int button, const std::string& path) {
     toolkit.answerFile(path);
-    toolkit.press(dialog, CP_INPUT_DISK);
+    toolkit.press(dialog, button);
   }
-  void chooseOutputFile(const std::string& path) {
-    toolkit.answerFile(path);
-    toolkit.press(dialog, CP_OUTPUT_DISK);
-  }
+  void chooseInputFile(const std::string& path) { chooseFile(CP_INPUT_DISK, path); }
+  void chooseOutputFile(const std::string& path) { chooseFile(CP_OUTPUT_DISK, path); }
   /// Changes parameters in their dialog and accepts them.
   void setParameters(const std::function<void(WINDOW)>& change) {
     toolkit.onModal(DLG_UNFORMATTED, [this, change](WINDOW parameters) {
@@ -127,12 +120,9 @@ class JobTest : public testing::Test {
 
   /// Lines of the console since the last forgetConsole, dates replaced by DATE.
   std::vector<std::string> consoleWithoutDates() {
-    static const std::regex date("[A-Z][a-z]{2} [A-Z][a-z]{2} [ 0-9]\\d \\d\\d:\\d\\d:\\d\\d \\d{4}");
     std::vector<std::string> lines = toolkit.lines(toolkit.windowTitled("Console"));
     lines.erase(lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(std::min(forgotten, lines.size())));
-    for (std::string& line : lines) {
-      line = std::regex_replace(line, date, "DATE");
-    }
+    for (std::string& line : lines) line = withoutDates(line);
     return lines;
   }
   void forgetConsole() { forgotten = toolkit.lines(toolkit.windowTitled("Console")).size(); }

@@ -7,16 +7,13 @@
 #include <vector>
 
 inline void putBig(std::string* bytes, std::size_t place, std::uint32_t value, int size = 4) {
-  for (int i = 0; i < size; ++i) {
+  for (int i = 0; i < size; ++i)
     bytes->at(place + static_cast<std::size_t>(i)) = static_cast<char>(value >> (8 * (size - 1 - i)));
-  }
 }
 
 inline std::int32_t bigAt(const std::string& bytes, std::size_t place) {
   std::uint32_t value = 0;
-  for (std::size_t i = 0; i < 4; ++i) {
-    value = value << 8 | static_cast<unsigned char>(bytes.at(place + i));
-  }
+  for (std::size_t i = 0; i < 4; ++i) value = value << 8 | static_cast<unsigned char>(bytes.at(place + i));
   return static_cast<std::int32_t>(value);
 }
 
@@ -38,9 +35,8 @@ inline std::string segyTrace(const TraceWords& words, int samples, int serial = 
   putBig(&bytes, 20, static_cast<std::uint32_t>(words.secondary));
   putBig(&bytes, 114, static_cast<std::uint32_t>(samples), 2);
   putBig(&bytes, 192, static_cast<std::uint32_t>(words.primary));
-  for (std::size_t place = 240; place + 4 <= bytes.size(); place += 4) {
+  for (std::size_t place = 240; place + 4 <= bytes.size(); place += 4)
     putBig(&bytes, place, static_cast<std::uint32_t>(serial) * 7919U + static_cast<std::uint32_t>(place));
-  }
   return bytes;
 }
 
@@ -56,9 +52,7 @@ inline std::string segyBinary(int samples, int format = 1, int interval = 2000) 
 
 inline std::string joined(const std::vector<std::string>& parts) {
   std::string all;
-  for (const std::string& part : parts) {
-    all += part;
-  }
+  for (const std::string& part : parts) all += part;
   return all;
 }
 
@@ -69,8 +63,7 @@ inline std::string segyFile(const std::vector<std::string>& traces, int samples,
 /// Bytes 1-4 of every trace behind 3600 bytes of headers.
 inline std::vector<int> serialsOf(const std::string& file, std::size_t traceBytes) {
   std::vector<int> serials;
-  for (std::size_t place = 3600; place + traceBytes <= file.size(); place += traceBytes) {
+  for (std::size_t place = 3600; place + traceBytes <= file.size(); place += traceBytes)
     serials.push_back(bigAt(file, place));
-  }
   return serials;
 }

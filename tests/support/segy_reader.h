@@ -9,13 +9,9 @@ inline std::string python(const std::string& program, const std::string& path) {
   const std::string command = "/usr/bin/python3 -c '" + program + "' '" + path + "' 2>/dev/null";
   std::string printed;
   FILE* const pipe = popen(command.c_str(), "r");
-  if (pipe == nullptr) {
-    return printed;
-  }
+  if (pipe == nullptr) return printed;
   char piece[4096];
-  for (std::size_t count = 0; (count = std::fread(piece, 1, sizeof piece, pipe)) > 0;) {
-    printed.append(piece, count);
-  }
+  for (std::size_t count = 0; (count = std::fread(piece, 1, sizeof piece, pipe)) > 0;) printed.append(piece, count);
   return pclose(pipe) == 0 ? printed : "";
 }
 

@@ -32,9 +32,7 @@ class SettingsDialogTest : public testing::Test {
   }
   std::vector<bool> enabled(WINDOW dialog, const std::vector<int>& controls) {
     std::vector<bool> states;
-    for (const int control : controls) {
-      states.push_back(toolkit.enabled(dialog, control));
-    }
+    for (const int control : controls) states.push_back(toolkit.enabled(dialog, control));
     return states;
   }
 

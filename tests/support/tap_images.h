@@ -13,17 +13,14 @@ inline const std::string MARK;
 
 inline std::string word(std::uint32_t value) {
   std::string bytes;
-  for (int shift = 0; shift < 32; shift += 8) {
-    bytes += static_cast<char>(value >> shift);
-  }
+  for (int shift = 0; shift < 32; shift += 8) bytes += static_cast<char>(value >> shift);
   return bytes;
 }
 
 inline std::uint32_t wordAt(const std::string& bytes, std::size_t place) {
   std::uint32_t value = 0;
-  for (int i = 3; i >= 0; --i) {
+  for (int i = 3; i >= 0; --i)
     value = value << 8 | static_cast<unsigned char>(bytes.at(place + static_cast<std::size_t>(i)));
-  }
   return value;
 }
 
@@ -46,9 +43,7 @@ inline std::string tapImage(const Tape& tape, const std::vector<std::size_t>& ba
       continue;
     }
     std::uint32_t length = static_cast<std::uint32_t>(tape[i].size());
-    for (const std::size_t bad : badBlocks) {
-      length |= bad == i ? 0x80000000U : 0U;
-    }
+    for (const std::size_t bad : badBlocks) length |= bad == i ? 0x80000000U : 0U;
     image += word(length) + tape[i] + std::string(tape[i].size() % 2, '\0') + word(length);
   }
   return image;
@@ -61,9 +56,7 @@ inline Tape tapeOf(const std::string& image) {
   while (place + 4 <= image.size()) {
     const std::uint32_t length = wordAt(image, place);
     place += 4;
-    if (length == 0xFFFFFFFFU) {
-      break;
-    }
+    if (length == 0xFFFFFFFFU) break;
     if (length == 0) {
       tape.push_back(MARK);
       continue;
@@ -79,9 +72,7 @@ inline Tape tapeOf(const std::string& image) {
 inline std::string tpfHeader(std::uint32_t length, std::uint32_t type, std::uint32_t marker,
                              std::uint32_t reserved = 0xFFFFFFFFU) {
   std::string bytes = word(length) + word(type);
-  for (int i = 0; i < 5; ++i) {
-    bytes += word(reserved);
-  }
+  for (int i = 0; i < 5; ++i) bytes += word(reserved);
   return bytes + word(marker);
 }
 
@@ -96,21 +87,28 @@ inline std::string tpfImage(const Tape& tape, std::uint32_t type = 0x1000001U, s
   return image;
 }
 
+/// What a tape-image file holds; bytes at its end that are no whole header are an item too.
+inline Tape tpfTape(const std::string& image) {
+  Tape tape;
+  for (std::size_t place = 32; place < image.size(); place += 32 + tape.back().size()) {
+    const bool header = image.size() >= place + 32;
+    const bool mark = header && wordAt(image, place + 28) == 0xF0F0F0F0U;
+    tape.push_back(header ? image.substr(place + 32, mark ? 0 : wordAt(image, place)) : image.substr(place));
+  }
+  return tape;
+}
+
 /// A tape in short: the length and a hash of each block, "mark" for a filemark. What tests compare, so that a
 /// difference can be read.
 inline std::string shortly(const std::string& item) {
   std::uint32_t hash = 2166136261U;
-  for (const char byte : item) {
-    hash = (hash ^ static_cast<unsigned char>(byte)) * 16777619U;
-  }
+  for (const char byte : item) hash = (hash ^ static_cast<unsigned char>(byte)) * 16777619U;
   return item.empty() ? "mark" : std::to_string(item.size()) + "#" + std::to_string(hash % 10000);
 }
 
 inline std::vector<std::string> shortly(const Tape& tape) {
   std::vector<std::string> items;
-  for (const std::string& item : tape) {
-    items.push_back(shortly(item));
-  }
+  for (const std::string& item : tape) items.push_back(shortly(item));
   return items;
 }
 
@@ -126,8 +124,6 @@ inline std::vector<std::string> tpfShortly(const std::string& image) {
     items.push_back((mark ? "mark" : shortly(data)) + " in " + shortly(header));
     place += 32 + data.size();
   }
-  if (place < image.size()) {
-    items.push_back("and " + shortly(image.substr(place)));
-  }
+  if (place < image.size()) items.push_back("and " + shortly(image.substr(place)));
   return items;
 }

@@ -1,6 +1,9 @@
 /// Files of a test: a folder of its own that goes with it, whole files in and out.
 #pragma once
 
+#include <sys/resource.h>
+
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -28,6 +31,27 @@ class TestFolder {
  private:
   std::filesystem::path folder;
   std::filesystem::path before;
+};
+
+/// No file of this process grows beyond `bytes` while this stands: a full disk.
+class FileLimit {
+ public:
+  explicit FileLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+    getrlimit(RLIMIT_FSIZE, &before_);
+    rlimit small = before_;
+    small.rlim_cur = bytes;
+    setrlimit(RLIMIT_FSIZE, &small);
+  }
+  ~FileLimit() {
+    setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, handler_);
+  }
+  FileLimit(const FileLimit&) = delete;
+  FileLimit& operator=(const FileLimit&) = delete;
+
+ private:
+  rlimit before_{};
+  void (*handler_)(int);
 };
 
 inline std::string readFile(const std::string& path) {

@@ -28,9 +28,7 @@ class UnitsTest : public JobTest {
   void openOutputTapes(const std::vector<int>& drives) {
     getDriveList(units);
     units->theOutputList = xvt_slist_create();
-    for (const int drive : drives) {
-      xvt_slist_add(units->theOutputList, nullptr, "drive", drive);
-    }
+    for (const int drive : drives) xvt_slist_add(units->theOutputList, nullptr, "drive", drive);
     tlv_tape_open(units, kAllOutputs);
     ASSERT_EQ(units->nOutputs, static_cast<int>(drives.size()));
   }
@@ -43,12 +41,8 @@ class UnitsTest : public JobTest {
   void closeUnits() {
     closeDiskUnit(&units[0]);
     closeDiskUnit(&units[1]);
-    if (units[0].type == UT_TAPE && units[0].state == 1) {
-      tlv_tape_close(units, 0);
-    }
-    if (units->nOutputs > 0) {
-      tlv_tape_close(units, kAllOutputs);
-    }
+    if (units[0].type == UT_TAPE && units[0].state == 1) tlv_tape_close(units, 0);
+    if (units->nOutputs > 0) tlv_tape_close(units, kAllOutputs);
     if (units->theOutputList != nullptr) {
       xvt_slist_destroy(units->theOutputList);
       units->theOutputList = nullptr;

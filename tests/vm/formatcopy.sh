@@ -2,10 +2,8 @@
 # Played inside the virtual machine by run.sh: the SEG Y and SEG D copies on two genuine drives. A SEG Y file to /dev/nst0,
 # that tape sorted to /dev/nst1, and that back to a file; then SEG D field files to a tape and back, byte for byte.
 T2MB=${T2MB:-100} . /vmout/tape-up.sh 2>&1
-set -e
-dir=$(mktemp -d)
-cd "$dir"
-mkdir shots segd back
+. "$QUARLO_SOURCE/tests/vm/steps.sh"
+mkdir segd back
 python3 - <<'PYTHON'
 import random, struct
 random.seed(7)
@@ -53,84 +51,20 @@ for number in (101, 102, 103):
     open("segd/f%d.segd" % number, "wb").write(field_file(number, 12))
 PYTHON
 touch back/field.sgd
-cat >script <<'SCRIPT'
-wait window main 30
-press main.image-copy
-wait window copy 5
-select copy.format "SEG Y"
-answer-file $DIR/in.sgy
-press copy.input-disk
-press copy.output-tape
-wait window output-drive 10
-select output-drive.drives 0
-press output-drive.ok
-wait text copy.status "Ready" 30
-press copy.start
-wait text copy.status "Complete" 120
-
-press copy.parameters
-wait window segy 5
-press segy.sort
-press segy.ok
-press copy.input-tape
-wait window input-drive 10
-select input-drive.drives 0
-press input-drive.ok
-press copy.output-tape
-wait window output-drive 10
-select output-drive.drives 1
-press output-drive.ok
-wait text copy.status "Ready" 30
-press copy.start
-wait window input-continue 120
-press input-continue.stop
-wait text copy.status "Complete" 60
-
-press copy.parameters
-wait window segy 5
-press segy.sort
-press segy.ok
-press copy.input-tape
-wait window input-drive 10
-select input-drive.drives 1
-press input-drive.ok
-answer-file $DIR/out.sgy
-press copy.output-disk
-wait text copy.status "Ready" 30
-press copy.start
-wait window input-continue 120
-press input-continue.stop
-wait text copy.status "Complete" 60
-
-select copy.format "SEG D"
-answer-file $DIR/segd/f101.segd
-press copy.input-disk
-press copy.output-tape
-wait window output-drive 10
-select output-drive.drives 0
-press output-drive.ok
-wait text copy.status "Ready" 30
-press copy.start
-wait text copy.status "Complete" 120
-press copy.input-tape
-wait window input-drive 10
-select input-drive.drives 0
-press input-drive.ok
-answer-file $DIR/back/field.sgd
-press copy.output-disk
-wait text copy.status "Ready" 30
-press copy.start
-wait window input-continue 120
-press input-continue.stop
-wait text copy.status "Complete" 60
-expect no-line console "*\\*\\*\\* *"
-quit
-SCRIPT
-export DIR=$dir ST_BUFFER=128
-status=0
-"$QUARLO_SOURCE/tests/with-display" "$QUARLO_BUILD/quarlo" --script script || status=$?
-cat console.txt
-[ "$status" = 0 ] || exit "$status"
+export ST_BUFFER=128
+sorting() { printf 'press copy.parameters\nwait window segy 5\npress segy.sort\npress segy.ok\n'; }
+{
+  printf 'wait window main 30\npress main.image-copy\nwait window copy 5\nselect copy.format "SEG Y"\n'
+  copy in.sgy 0
+  sorting
+  copy 0 1
+  sorting
+  copy 1 out.sgy
+  echo 'select copy.format "SEG D"'
+  copy segd/f101.segd 0
+  copy 0 back/field.sgd
+  echo 'expect no-line console "*\\*\\*\\* *"'
+} | play
 cmp out.sgy sorted-model.sgy
 rm back/field.sgd
 for n in 1 2 3; do

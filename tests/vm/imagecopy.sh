@@ -2,10 +2,7 @@
 # Played inside the virtual machine by run.sh: the image copy on two genuine drives. A tape-image file to /dev/nst0, that
 # tape to /dev/nst1, both verified, the second tape back to a file; then a bad block, which must cost itself only.
 T2MB=${T2MB:-100} . /vmout/tape-up.sh 2>&1
-set -e
-dir=$(mktemp -d)
-cd "$dir"
-mkdir shots
+. "$QUARLO_SOURCE/tests/vm/steps.sh"
 python3 - <<'PYTHON'
 import random, struct
 random.seed(7)
@@ -17,89 +14,31 @@ for f in files:
     image += b"".join(block(n) for n in f) + head(0, True)
 open("in.tpf", "wb").write(image + head(0, True) * 2)
 PYTHON
-cat >script <<'SCRIPT'
-wait window main 30
-press main.image-copy
-answer-file $DIR/in.tpf
-press copy.input-disk
-press copy.output-tape
-wait window output-drive 10
-expect rows output-drive.drives 2
-select output-drive.drives 0
-press output-drive.ok
-wait text copy.status "Ready" 30
-press copy.start
-wait text copy.status "Complete" 120
-
-press copy.input-tape
-wait window input-drive 10
-select input-drive.drives 0
-press input-drive.ok
-press copy.output-tape
-wait window output-drive 10
-select output-drive.drives 1
-press output-drive.ok
-wait text copy.status "Ready" 30
-press copy.start
-wait window input-continue 120
-press input-continue.stop
-wait text copy.status "Complete" 30
-
-press copy.input-tape
-wait window input-drive 10
-select input-drive.drives 1
-press input-drive.ok
-answer-file $DIR/out.tpf
-press copy.output-disk
-wait text copy.status "Ready" 30
-press copy.start
-wait window input-continue 120
-press input-continue.stop
-wait text copy.status "Complete" 30
-close copy
-
-press main.verify
-wait window verify 5
-press verify.first-tape
-wait window input-drive 10
-select input-drive.drives 0
-press input-drive.ok
-press verify.second-tape
-wait window input-drive 10
-select input-drive.drives 1
-press input-drive.ok
-wait text verify.status "Ready" 30
-press verify.start
-wait window input-continue 120
-press input-continue.stop
+cp "$QUARLO_SOURCE/tests/vm/hands.sh" hands.sh && chmod +x hands.sh
+export ST_BUFFER=512
+{
+  printf 'wait window main 30\npress main.image-copy\n'
+  copy in.tpf 0
+  copy 0 1
+  copy 1 out.tpf
+  printf 'close copy\npress main.verify\nwait window verify 5\n'
+  choose_drive verify.first-tape input 0
+  choose_drive verify.second-tape input 1
+  printf 'wait text verify.status "Ready" 30\npress verify.start\n'
+  no_further_tape
+  cat <<'SCRIPT'
 wait text verify.status "Complete" 30
 expect line console "Byte comparison succeeded."
 expect no-line console "*\\*\\*\\* *"
 close verify
 
 # A bad block in the middle of the first tape.
-run "$HAND badblock T1 20"
+run "$DIR/hands.sh badblock T1 20"
 press main.image-copy
-press copy.input-tape
-wait window input-drive 10
-select input-drive.drives 0
-press input-drive.ok
-answer-file $DIR/bad.tpf
-press copy.output-disk
-wait text copy.status "Ready" 30
-press copy.start
-wait window input-continue 120
-press input-continue.stop
-wait text copy.status "Complete" 30
-expect line console "  ** 1 block could not be read: tape 1 file 1 block 21."
-quit
 SCRIPT
-cp "$QUARLO_SOURCE/tests/vm/hands.sh" hands.sh && chmod +x hands.sh
-export DIR=$dir HAND=$dir/hands.sh ST_BUFFER=512
-status=0
-"$QUARLO_SOURCE/tests/with-display" "$QUARLO_BUILD/quarlo" --script script || status=$?
-cat console.txt
-[ "$status" = 0 ] || exit "$status"
+  copy 0 bad.tpf
+  echo 'expect line console "  ** 1 block could not be read: tape 1 file 1 block 21."'
+} | play
 python3 - <<'PYTHON'
 import struct
 def items(name):

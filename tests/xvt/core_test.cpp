@@ -248,16 +248,12 @@ TEST(Core, AFieldIsLeftBeforeARowIsChosen) {
     const auto refill = [](WINDOW window) {
       for (const int id : {2, 3}) {
         xvt_list_clear(ctl(window, id));
-        for (const char* row : {"a", "b", "c"}) {
-          xvt_list_add(ctl(window, id), -1, row);
-        }
+        for (const char* row : {"a", "b", "c"}) xvt_list_add(ctl(window, id), -1, row);
         xvt_list_set_selected(ctl(window, id), 0, true);
       }
     };
     const WINDOW dialog = open(WD_MODELESS, key, [refill](WINDOW window, EVENT& event) {
-      if (event.type == E_CONTROL && event.ctl.id == 1 && event.ctl.what == CTL_FOCUS_LOSS) {
-        refill(window);
-      }
+      if (event.type == E_CONTROL && event.ctl.id == 1 && event.ctl.what == CTL_FOCUS_LOSS) refill(window);
       return 0L;
     });
     refill(dialog);
