@@ -55,7 +55,7 @@ void decode(const Bytes& input, const SegdFieldFile& file, std::size_t index, st
   const SegdChannelSet& set = file.record.sets.at(place.set);
   std::vector<float> samples(std::min<std::size_t>(place.samples, input.size() * 2));
   const Bytes data(input.begin() + static_cast<std::ptrdiff_t>(place.byte), input.end());
-  const SegdScale volts = segdVolts(set.toMillivolts);
+  const double volts = segdVolts(set.toMillivolts);
   if (file.record.isMultiplexed()) {
     require(decodeSegdScans(file.record.formatCode, data, file.scans.placeOf(place.set, inSet), volts, samples) ==
             place.samples);

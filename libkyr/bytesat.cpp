@@ -6,7 +6,7 @@
 namespace {
 
 constexpr std::size_t kLargePiece = std::size_t{256} * 1024;
-constexpr std::size_t kSmallPiece = 4096;
+constexpr std::size_t kSmallPiece = 512;
 
 }  // namespace
 

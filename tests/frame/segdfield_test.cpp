@@ -15,10 +15,11 @@
 
 namespace {
 
+// Hexadecimal digits, with blanks between bytes.
 std::string bytesOf(const std::string& hex) {
   std::string bytes;
-  for (std::size_t i = 0; i < hex.size(); i += 2)
-    bytes.push_back(static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16)));
+  for (std::size_t i = 0; i < hex.size(); i += hex[i] == ' ' ? 1 : 2)
+    if (hex[i] != ' ') bytes.push_back(static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16)));
   return bytes;
 }
 
@@ -118,14 +119,8 @@ TEST(SegdWalk, FindsEveryTraceAndGoesOnBehindDamage) {
   const std::string file = fieldFile(7);
   const std::string next = fieldFile(8);
   ASSERT_EQ(file.size(), 388U);
-  std::string flipped = file + next;
-  flipped[128 + 60 + 2] = '\x0A';
-  std::string lost = file + next;
-  lost[128 + 2] = 9;
-  std::string badSet = file + next;
-  badSet[64 + 9] = '\x0A';
-  std::string badNext = file + next;
-  badNext[file.size() + 27] = '\xFA';
+  const auto with = [&](std::size_t place, const char* byte) { return (file + next).replace(place, 1, byte); };
+  const std::string flipped = with(128 + 60 + 2, "\x0A");
   const struct {
     std::string bytes;
     std::vector<std::size_t> traces;
@@ -137,9 +132,9 @@ TEST(SegdWalk, FindsEveryTraceAndGoesOnBehindDamage) {
       {file + "rest", {5}, "", 4},
       {file.substr(0, file.size() - 40) + next, {4, 5}, "348: trace 5 of 5: it is missing\n", 0},
       {flipped, {5, 5}, "190: trace 2 of 5: the scan type of its header is no number (0A)\n", 0},
-      {lost, {0}, "130: trace 1 of 5: channel set 1 of scan type 9 is not described\n", 648},
-      {badSet, {0}, "72: the number of channels is no number (000A)\n", 776},
-      {badNext, {5, 0}, "415: the number of scan types is no number (FA)\n", 388},
+      {with(128 + 2, "\x09"), {0}, "130: trace 1 of 5: channel set 1 of scan type 9 is not described\n", 648},
+      {with(64 + 9, "\x0A"), {0}, "72: the number of channels is no number (000A)\n", 776},
+      {with(388 + 27, "\xFA"), {5, 0}, "415: the number of scan types is no number (FA)\n", 388},
       {"not SEG D, but long enough for a header", {0}, "2: 7420 is no format code of SEG D\n", 39},
   };
   for (const auto& row : table) {
@@ -171,15 +166,6 @@ TEST(SegdWalk, EveryCutIsTold) {
 
 int muxValue(int scan, int subscan, int set, int channel) { return scan * 1000 + subscan * 100 + set * 10 + channel; }
 
-std::string muxSample(int code, int value) {
-  std::string bytes(code == 15 ? 2 : 4, '\0');
-  if (code == 15)
-    storeBe16(bytes.data(), static_cast<std::uint16_t>(value));
-  else
-    storeBeFloat(bytes.data(), static_cast<float>(value));
-  return bytes;
-}
-
 TEST(SegdScans, ChannelsOfMultiplexedRecordsAreTakenApart) {
   for (const int code : {15, 58}) {
     FieldFile file{.code = code, .sets = {{8, 20}, {4, 20}}};
@@ -188,9 +174,14 @@ TEST(SegdScans, ChannelsOfMultiplexedRecordsAreTakenApart) {
     for (int scan = 0; scan < 10; ++scan) {
       all += bytesOf("FFFFFFFF00000000");
       for (const auto& [set, subscan, channels] : {std::array{0, 0, 8}, std::array{0, 1, 8}, std::array{1, 0, 4}})
-        for (int channel = 0; channel < channels; ++channel)
-          all += (code == 15 && channel % 4 == 0 ? std::string(2, '\0') : "") +
-                 muxSample(code, muxValue(scan, subscan, set, channel));
+        for (int channel = 0; channel < channels; ++channel) {
+          if (code == 15 && channel % 4 == 0) all += std::string(2, '\0');
+          const int value = muxValue(scan, subscan, set, channel);
+          char sample[4];
+          storeBe32(sample, code == 15 ? static_cast<std::uint32_t>(value) << 16
+                                       : std::bit_cast<std::uint32_t>(static_cast<float>(value)));
+          all.append(sample, code == 15 ? 2 : 4);
+        }
     }
     const SegdFieldFile found = walk(all + fieldFile(3)).files.at(0);
     EXPECT_EQ(damageOf(found), "");
@@ -200,7 +191,7 @@ TEST(SegdScans, ChannelsOfMultiplexedRecordsAreTakenApart) {
       std::vector<float> samples(found.traces[i].samples);
       ASSERT_EQ(samples.size(), set == 0 ? 20U : 10U);
       EXPECT_EQ(decodeSegdScans(code, std::string_view(all).substr(found.traces[i].byte),
-                                found.scans.placeOf(set, i % 8), {code == 15 ? 32768.0 : 1.0, 1.0}, samples),
+                                found.scans.placeOf(set, i % 8), code == 15 ? 32768.0 : 1.0, samples),
                 samples.size());
       for (std::size_t k = 0; k < samples.size(); ++k) {
         const int scan = static_cast<int>(set == 0 ? k / 2 : k);
@@ -221,30 +212,14 @@ TEST(SegdScans, ChannelsOfMultiplexedRecordsAreTakenApart) {
 TEST(SegdRecord, LargeCountsFactorsSourcesAndReceiversStandWhereTheyDoNotFit) {
   FieldFile file{.number = 1, .sets = {{1, 20}}, .extensions = 1, .samples = 12};
   std::string bytes = file.header();
-  bytes.insert(64, bytesOf("000009"
-                           "0000648000"
-                           "FFFFFF0000") +
-                       std::string(19, '\0'));
+  bytes.insert(64, bytesOf("000009 0000648000 FFFFFF0000") + std::string(19, '\0'));
   bytes.replace(0, 2, "\xFF\xFF");
   bytes[11] = 0x20;
   bytes[28] = bytes[30] = bytes[31] = '\xFF';
-  bytes.replace(32, 14,
-                bytesOf("0186A0"
-                        "0001"
-                        "0002"
-                        "0001"
-                        "00"
-                        "0201"
-                        "0001"));
+  bytes.replace(32, 14, bytesOf("0186A0 0001 0002 0001 00 0201 0001"));
   bytes.replace(96 + 6, 2, bytesOf("0084"));  // - 2^0
   std::string trace = file.trace(1, 7, 12);
-  trace.replace(20, 20,
-                bytesOf("FFFFFF"
-                        "000005"
-                        "02"
-                        "00000C"
-                        "0000078000"
-                        "FFFFFFFFFF"));
+  trace.replace(20, 20, bytesOf("FFFFFF 000005 02 00000C 0000078000 FFFFFFFFFF"));
   trace[11] = 2;
   const std::string all = bytes + std::string(96, 'x') + trace + std::string(32, 't');
   SegdFieldFile found = walk(all).files.at(0);
@@ -270,39 +245,11 @@ TEST(SegdRecord, LargeCountsFactorsSourcesAndReceiversStandWhereTheyDoNotFit) {
 TEST(SegdRecord, RevisionThreeIsReadAsItsHeadersSay) {
   std::string bytes = FieldFile{.sets = {}}.header();
   bytes[28] = 1;
-  bytes.replace(32 + 10, 10,
-                bytesOf("0300"
-                        "00000000"
-                        "000F4240"));
-  std::string set = bytesOf(
-      "01"
-      "0102"
-      "10"
-      "00000000"
-      "00002710"
-      "00000000"
-      "3F000000"
-      "000001"
-      "0003E8"
-      "000103000030");
+  bytes.replace(32 + 10, 10, bytesOf("0300 00000000 000F4240"));
+  std::string set = bytesOf("01 0102 10 00000000 00002710 00000000 3F000000 000001 0003E8 000103000030");
   set += std::string(64, '\0');
-  std::string trace = bytesOf(
-      "0001"
-      "01FF"
-      "FFFF"
-      "000000"
-      "01"
-      "00000000000102000001");
-  trace += bytesOf(
-               "000003"
-               "000004"
-               "01"
-               "FFFFFF") +
-           std::string(11, '\0') +
-           bytesOf(
-               "01E240"
-               "00000003"
-               "00000040");
+  std::string trace = bytesOf("0001 01FF FFFF 000000 01 00000000000102000001");
+  trace += bytesOf("000003 000004 01 FFFFFF") + std::string(11, '\0') + bytesOf("01E240 00000003 00000040");
   const SegdFieldFile found = walk(bytes + set + trace + std::string(12, '\0')).files.at(0);
   EXPECT_EQ(damageOf(found), "");
   EXPECT_EQ(found.record.length, 1000.0);
@@ -359,7 +306,7 @@ TEST_F(SegdSourceTest, FilesOfAFolderBecomeRecords) {
   TraceInfo header;
   std::vector<float> samples(10);
   EXPECT_EQ(source.read(2, 2, samples.data(), &header), kyrTraceLost);
-  EXPECT_TRUE(said("byte 188, field file 8: a trace has a damaged header. It is dead."));
+  EXPECT_TRUE(said("byte 188, field file 8: a trace is damaged. It is dead."));
   ASSERT_EQ(source.read(1, 2, samples.data(), &header), kyrOk);
   EXPECT_EQ(property(header, trKillFlag), int{killOther});
   EXPECT_EQ((std::array{property(header, trFieldFile), property(header, trChannel), property(header, trTraceNumber),

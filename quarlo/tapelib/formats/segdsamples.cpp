@@ -111,9 +111,10 @@ bool withSample(int formatCode, Use use) {
 bool isGrouped(int formatCode) { return segdSampleBits(formatCode) == 20; }
 
 template <typename Value>
-void decodeEach(std::span<float> samples, SegdScale scale, Value value) {
-  for (std::size_t i = 0; i < samples.size(); ++i)
-    samples[i] = static_cast<float>(value(i) * scale.factor / scale.divisor);
+void decodeEach(std::span<float> samples, double scale, Value value) {
+  float* const out = samples.data();
+  const std::size_t count = samples.size();
+  for (std::size_t i = 0; i < count; ++i) out[i] = static_cast<float>(value(i) * scale);
 }
 
 }  // namespace
@@ -133,7 +134,7 @@ std::size_t segdTraceBytes(int formatCode, std::size_t samples) {
   return samples * static_cast<std::size_t>(segdSampleBits(formatCode)) / 8;
 }
 
-std::size_t decodeSegdTrace(int formatCode, std::span<const char> bytes, SegdScale scale, std::span<float> samples) {
+std::size_t decodeSegdTrace(int formatCode, std::span<const char> bytes, double scale, std::span<float> samples) {
   if (isGrouped(formatCode)) {
     samples = samples.first(std::min(samples.size(), bytes.size() / kGroupBytes * kGroupSamples));
     decodeEach(samples, scale, [data = bytes.data()](std::size_t i) {
@@ -149,7 +150,7 @@ std::size_t decodeSegdTrace(int formatCode, std::span<const char> bytes, SegdSca
   return known ? samples.size() : 0;
 }
 
-std::size_t decodeSegdScans(int formatCode, std::span<const char> scans, const SegdScanPlace& place, SegdScale scale,
+std::size_t decodeSegdScans(int formatCode, std::span<const char> scans, const SegdScanPlace& place, double scale,
                             std::span<float> samples) {
   const std::size_t each = isGrouped(formatCode) ? kGroupBytes : segdTraceBytes(formatCode, 1);
   if (each == 0 || place.subscans < 1 || place.place < 0 || place.place >= static_cast<int>(kGroupSamples)) return 0;

@@ -14,18 +14,14 @@ int segdSampleBits(int formatCode);
 /// Bytes of the samples of one demultiplexed trace. Samples of 20 bits stand in whole groups of four.
 std::size_t segdTraceBytes(int formatCode, std::size_t samples);
 
-/// What is made of a recorded value: value x factor / divisor in double precision, rounded once to a float. What no
-/// float holds becomes infinite; a NaN stays one.
-struct SegdScale {
-  double factor = 1.0;
-  double divisor = 1.0;
-};
-constexpr SegdScale kSegdRaw{};
-constexpr SegdScale segdVolts(double toMillivolts) { return {toMillivolts, 1000.0}; }
+/// What a recorded value is multiplied with, in double precision; the product is rounded once to a float. What no float
+/// holds becomes infinite; a NaN stays one.
+constexpr double kSegdRaw = 1.0;
+constexpr double segdVolts(double toMillivolts) { return toMillivolts / 1000.0; }
 
 /// Decodes a demultiplexed trace: `samples`, or as many as `bytes` hold.
 /// @return samples decoded; 0 for a code without decoder
-std::size_t decodeSegdTrace(int formatCode, std::span<const char> bytes, SegdScale scale, std::span<float> samples);
+std::size_t decodeSegdTrace(int formatCode, std::span<const char> bytes, double scale, std::span<float> samples);
 
 /// Where one channel stands in the scans of a multiplexed record. All in bytes; samples of 20 bits stand in groups of
 /// four channels that share a word of exponents.
@@ -39,5 +35,5 @@ struct SegdScanPlace {
 
 /// Decodes one channel of whole scans: `samples`, or as many as `scans` hold.
 /// @return samples decoded; 0 for a code without decoder, and for a place that is not within a scan
-std::size_t decodeSegdScans(int formatCode, std::span<const char> scans, const SegdScanPlace& place, SegdScale scale,
+std::size_t decodeSegdScans(int formatCode, std::span<const char> scans, const SegdScanPlace& place, double scale,
                             std::span<float> samples);

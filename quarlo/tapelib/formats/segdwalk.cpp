@@ -127,13 +127,16 @@ bool SegdWalk::stepOverTrace(SegdFieldFile& file, std::uint64_t& place) {
   const auto index = static_cast<std::uint32_t>(set - file.record.sets.data());
   const std::uint32_t samples = trace.samples != 0 ? trace.samples : settleSamples(file, trace, index, place);
   const std::uint64_t bytes = trace.headerBytes() + segdTraceBytes(file.record.formatCode, samples);
-  if (bytes > size_ - place)
+  if (bytes > size_ - place) {
     file.damage.push_back(
         {size_, nextTrace(file, formatText("it ends after %llu of %llu bytes", shown(size_ - place), shown(bytes)))});
+    file.traces.push_back({place, 0, kNoSegdSet});
+    place = size_;
+    return false;
+  }
   file.traces.push_back({place, samples, index});
-  const bool isWhole = bytes <= size_ - place;
-  place += std::min(bytes, size_ - place);
-  return isWhole;
+  place += bytes;
+  return true;
 }
 
 // A trace whose header cannot be read is as long as the one before it when that leads to the next; without that the

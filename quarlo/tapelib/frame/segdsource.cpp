@@ -75,8 +75,12 @@ int SegdSource::open(const std::string& path) {
     if (!walk(file)) return 1;
   leaveOutOthers();
   std::erase_if(records_, [](const Record& record) { return record.traces.empty(); });
-  if (records_.empty()) {
+  if (records_.empty() || samples_ == 0) {
     say("  *** There is no SEG D trace to read in " + path + ".");
+    return 1;
+  }
+  if (samples_ > kMaxSamples) {
+    say(formatText("  *** The traces of %s are too long: %u samples.", path.c_str(), samples_));
     return 1;
   }
   describe();
@@ -149,11 +153,11 @@ void SegdSource::leaveOutOthers() {
         [&](const SegdTracePlace& place) {
           if (place.set == kNoSegdSet) return false;
           const SegdChannelSet& set = record.headers.sets[place.set];
-          if (samples_ == 0 && interval_ == 0) {
+          if (samples_ == 0) {
             samples_ = place.samples;
             interval_ = set.interval;
           }
-          if (set.interval == interval_ && (place.samples == samples_ || how_.pad != 0)) {
+          if (place.samples > 0 && set.interval == interval_ && (place.samples == samples_ || how_.pad != 0)) {
             samples_ = std::max(samples_, place.samples);
             return false;
           }
@@ -250,7 +254,7 @@ int SegdSource::fetch(int record, int trace, float* samples, TraceInfo* header) 
   }
   const SegdTracePlace& place = from.traces[index];
   if (!turnTo(from.file)) return lost(from, place.byte, formatText("cannot be read (%s)", std::strerror(errno)));
-  if (place.set == kNoSegdSet) return lost(from, place.byte, "has a damaged header");
+  if (place.set == kNoSegdSet) return lost(from, place.byte, "is damaged");
   *header = {};
   put(header, trTraceNumber, runningNumber(record, trace));
   fill(from, from.headers.sets[place.set], header);
@@ -279,7 +283,7 @@ int SegdSource::fetchTrace(const Record& record, const SegdTracePlace& place, fl
   const std::span<const char> data = bytes_.at(place.byte + trace.headerBytes(), bytes);
   if (data.size() < bytes)
     return lost(record, place.byte, formatText("ends after %zu of %zu sample bytes", data.size(), bytes));
-  const SegdScale scale = how_.raw != 0 ? kSegdRaw : segdVolts(headers.sets[place.set].toMillivolts);
+  const double scale = how_.raw != 0 ? kSegdRaw : segdVolts(headers.sets[place.set].toMillivolts);
   decodeSegdTrace(headers.formatCode, data, scale, {samples, place.samples});
   std::fill(samples + place.samples, samples + samples_, 0.0F);
   return kyrOk;
@@ -294,7 +298,7 @@ int SegdSource::fetchScans(const Record& record, std::size_t trace, float* sampl
   if (samples == nullptr) return kyrOk;
   const std::size_t scans = place.samples / static_cast<std::size_t>(set.subscans);
   const std::span<const char> data = bytes_.at(place.byte, scans * record.scans.bytes());
-  const SegdScale scale = how_.raw != 0 ? kSegdRaw : segdVolts(set.toMillivolts);
+  const double scale = how_.raw != 0 ? kSegdRaw : segdVolts(set.toMillivolts);
   const std::size_t decoded = decodeSegdScans(record.headers.formatCode, data, record.scans.placeOf(place.set, channel),
                                               scale, {samples, place.samples});
   if (decoded < place.samples) return lost(record, place.byte, "ends too early");
