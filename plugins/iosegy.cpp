@@ -6,6 +6,7 @@
 #include "libkyr/datasets.h"
 #include "plugins/kyrmodule.h"
 #include "plugins/ownblock.h"
+#include "plugins/segy/input_dlg.h"
 #include "plugins/segy/output_dlg.h"
 #include "quarlo/tapelib/formats/segyformat_file.h"
 #include "quarlo/tapelib/frame/reformatloop.h"
@@ -66,7 +67,7 @@ void AllocOutputMemory(int* size) { *size = sizeof(KyrSegyOutput); }
 
 void GetInputDefaultParameters(int* params, int* paramDlg, int* disk, int* tape) {
   copyText(beginBlock<KyrSegyInput>(params, KYR_SEGY_INPUT)->recordField, SegyRecordRule().field);
-  *paramDlg = 0;
+  *paramDlg = 1;
   *disk = 1;
   *tape = 0;
 }
@@ -78,6 +79,11 @@ void GetOutputDefaultParameters(int* params, int* paramDlg, int* disk, int* tape
   *paramDlg = 1;
   *disk = 1;
   *tape = 1;
+}
+
+void PostInputDialog(int* params) {
+  const auto* const record = reinterpret_cast<const KyrSegyInputRecord*>(params);
+  editSegyInput(reinterpret_cast<KyrSegyInput*>(record->inputParams));
 }
 
 void PostOutputDialog(int* params) {

@@ -1,11 +1,9 @@
 #include "plugins/segy/output_dlg.h"
 
-#include <string>
-#include <vector>
+#include <iterator>
 
+#include "plugins/segy/description.h"
 #include "quarlo/tapelib/dialogs/blockdialog.h"
-#include "quarlo/tapelib/diskunit.h"
-#include "quarlo/tapelib/formats/segyformat_file.h"
 
 namespace {
 
@@ -66,14 +64,6 @@ constexpr BlockDialog::Choice kFormats[] = {
     {"IEEE floats", 5}, {"IBM floats", 1}, {"4-byte integers", 2}, {"2-byte integers", 3}};
 constexpr BlockDialog::Choice kOrders[] = {
     {"As described", KYR_ORDER_DESCRIBED}, {"Big-endian", KYR_ORDER_BIG}, {"Little-endian", KYR_ORDER_LITTLE}};
-
-/// Why a file is no description that can be used.
-std::string whyNoDescription(const std::string& path) {
-  SegyFormat format;
-  std::vector<std::string> messages;
-  if (loadSegyFormat(fileSpecOf(path), &format, &messages)) return "";
-  return messages.empty() ? "This file cannot be read: " + path : messages.front();
-}
 
 }  // namespace
 
