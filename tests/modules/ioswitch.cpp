@@ -3,10 +3,10 @@
 #include <dlfcn.h>
 
 #include <cstdlib>
-#include <cstring>
 #include <stdexcept>
 #include <string>
 
+#include "libkyr/text.h"
 #include "plugins/kyrmodule.h"
 #include "quarlo/tapelib/console.h"
 
@@ -23,9 +23,9 @@ std::string ownFile() {
   const std::string path = info.dli_fname;
   return path.substr(path.rfind('/') + 3);
 }
-int ownId() { return std::atoi(ownFile().c_str()); }
-
-void setTo(int* block) { block[0] = std::atoi(std::getenv("MODULE_ANSWER")); }
+int numberIn(const char* text) { return text != nullptr ? static_cast<int>(std::strtol(text, nullptr, 10)) : 0; }
+int ownId() { return numberIn(ownFile().c_str()); }
+void setTo(int* block) { block[0] = numberIn(std::getenv("MODULE_ANSWER")); }
 
 int copy(ProcessRecord* record) {
   char bytes[1000];
@@ -42,7 +42,7 @@ int copy(ProcessRecord* record) {
 void GetTuDllIdentifier(char* theName, int* uniqueId) {
   const std::string file = ownFile();
   const std::size_t name = file.find('-') + 1;
-  std::strcpy(theName, file.substr(name, file.size() - name - 3).c_str());
+  copyText(theName, KYR_NAME_SIZE, file.substr(name, file.size() - name - 3));
   *uniqueId = ownId();
 }
 void AllocInputMemory(int* size) { *size = sizeof(int); }
