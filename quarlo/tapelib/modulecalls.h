@@ -43,9 +43,9 @@ int kyrOpen(struct ProcessRecord* job, int unit);
 /// The largest block that a tape can be asked for, in bytes.
 int kyrBlockLimit(const struct ProcessRecord* job);
 
-/// What kyrRead answers beside a count of bytes.
+/// What kyrRead and kyrWrite answer beside a count of bytes.
 enum {
-  KYR_END = 0,      ///< the end of the file; of the data on the tape (kyrNextTape asks for another)
+  KYR_END = 0,  ///< the end of the file, of the data on the tape, or of the tape itself (kyrNextTape asks for another)
   KYR_FAILED = -1,  ///< said on the console
   KYR_MARK = -2     ///< a filemark of a tape: what follows is read by the next call
 };
@@ -54,8 +54,9 @@ enum {
 /// @return bytes, or one of the answers above. A block that is longer than `bytes` is a failure.
 int kyrRead(struct ProcessRecord* job, void* buffer, int bytes);
 
-/// Writes to the open output: one block to every output tape, or bytes to the file. @return `bytes`; -1 after a console
-/// line
+/// Writes to the open output: one block to every output tape, or bytes to the file.
+/// @return `bytes`; KYR_END when a tape is full, and none has the block: after kyrNextTape it is written again;
+/// KYR_FAILED
 int kyrWrite(struct ProcessRecord* job, const void* buffer, int bytes);
 
 /// Writes filemarks to every output tape; a disk file has none. The two at the end of the job are the program's.

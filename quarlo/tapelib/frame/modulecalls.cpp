@@ -139,13 +139,13 @@ int kyrRead(ProcessRecord* job, void* buffer, int bytes) {
 
 int kyrWrite(ProcessRecord* job, const void* buffer, int bytes) {
   if (bytes <= 0) return 0;
+  const auto count = static_cast<std::size_t>(bytes);
   if (isTape(job, KYR_OUTPUT)) {
-    const int result = tlv_tape_write(job->deviceUnit, kAllOutputs, static_cast<const char*>(buffer), bytes);
-    return result < bytes ? -1 : bytes;
+    const TapeWrite written = writeToOutputTapes(job->deviceUnit, {static_cast<const char*>(buffer), count});
+    return written == TapeWrite::Written ? bytes : written == TapeWrite::Full ? int{KYR_END} : int{KYR_FAILED};
   }
   std::FILE* stream = openStream(job, KYR_OUTPUT);
   if (stream == nullptr) return -1;
-  const auto count = static_cast<std::size_t>(bytes);
   return std::fwrite(buffer, 1, count, stream) == count ? bytes : failed(job, "writing the output disk file");
 }
 

@@ -46,6 +46,13 @@ int askOutput(UnitStruct* units, int uNum) {
   return more;
 }
 
+/// Stands the first output tapes before their last block again.
+bool takeBack(UnitStruct* units, int last) {
+  for (int uNum = 1; uNum <= last; ++uNum)
+    if (tlv_skip_blocks(units, uNum, -1) != 0) return false;
+  return true;
+}
+
 }  // namespace
 
 int nextInputTape(UnitStruct* units, const TapeChangeWords& words) {
@@ -78,6 +85,22 @@ int nextOutputTapes(UnitStruct* units, const TapeChangeWords& words) {
     }
   }
   return 1;
+}
+
+/// All tapes hold the same: when one is full, what the others took of the block goes.
+TapeWrite writeToOutputTapes(UnitStruct* units, std::span<const char> block) {
+  const int bytes = static_cast<int>(block.size());
+  if (units->nOutputs < 1) {
+    tlv_tape_write(units, kAllOutputs, block.data(), bytes);  // says that there is none
+    return TapeWrite::Failed;
+  }
+  for (int uNum = 1; uNum <= units->nOutputs; ++uNum) {
+    units[uNum].eotMark = 0;
+    if (tlv_tape_write(units, uNum, block.data(), bytes) >= bytes) continue;
+    if (units[uNum].eotMark == 0) return TapeWrite::Failed;
+    return takeBack(units, uNum - 1) ? TapeWrite::Full : TapeWrite::Failed;
+  }
+  return TapeWrite::Written;
 }
 
 bool completeOutputTapes(UnitStruct* units, int marks) {

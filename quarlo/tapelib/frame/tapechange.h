@@ -2,6 +2,8 @@
 /// here once; each job brings its own words.
 #pragma once
 
+#include <span>
+
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 
@@ -21,6 +23,16 @@ int nextInputTape(UnitStruct* units, const TapeChangeWords& words);
 /// are unloaded (if so set).
 /// @return 1 when every output has its next tape, 0 when the user declined or stopped the job
 int nextOutputTapes(UnitStruct* units, const TapeChangeWords& words);
+
+/// What came of a block for the output tapes.
+enum class TapeWrite {
+  Written,
+  Full,   ///< one of them is at its end: none has the block, and their next tapes can take it
+  Failed  ///< after a console line
+};
+
+/// Writes one block to every output tape.
+TapeWrite writeToOutputTapes(UnitStruct* units, std::span<const char> block);
 
 /// How a job ends for its output tapes.
 enum class JobEnd {

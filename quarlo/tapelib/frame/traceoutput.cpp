@@ -121,14 +121,10 @@ class SegyTraceOutput : public TraceOutput {
   void tellSummary() override;
 
  private:
-  enum class Taken { Yes, Full, No };
-
   bool loadDescription();
   bool writeReelHeaders();
   void build(const float* samples, const TraceInfo& header);
   TracePutAnswer write();
-  Taken writeToTapes();
-  bool takeBack(int last);
   TracePutAnswer nextTapes();
   bool isTape() const { return units_[1].type == UT_TAPE; }
   void say(const std::string& line) { ProcessConsole(record_, line.c_str()); }
@@ -219,33 +215,15 @@ TracePutAnswer SegyTraceOutput::write() {
     return TracePutAnswer::Failed;
   }
   for (;;) {
-    const Taken taken = writeToTapes();
-    if (taken == Taken::Yes) return TracePutAnswer::Written;
+    const TapeWrite taken = writeToOutputTapes(units_, trace_);
+    if (taken == TapeWrite::Written) return TracePutAnswer::Written;
     // A tape that is full before its first trace would be followed by others for ever.
-    if (taken == Taken::No || onTape_ == 0) {
+    if (taken == TapeWrite::Failed || onTape_ == 0) {
       say(formatText("  *** Error writing trace %d to output device.", written_ + 1));
       return TracePutAnswer::Failed;
     }
     if (const TracePutAnswer next = nextTapes(); next != TracePutAnswer::Written) return next;
   }
-}
-
-/// All tapes hold the same: when one is full, what the others took of this trace goes.
-SegyTraceOutput::Taken SegyTraceOutput::writeToTapes() {
-  const int bytes = static_cast<int>(trace_.size());
-  for (int uNum = 1; uNum <= units_->nOutputs; ++uNum) {
-    units_[uNum].eotMark = 0;
-    if (tlv_tape_write(units_, uNum, trace_.data(), bytes) >= bytes) continue;
-    if (units_[uNum].eotMark == 0) return Taken::No;
-    return takeBack(uNum - 1) ? Taken::Full : Taken::No;
-  }
-  return Taken::Yes;
-}
-
-bool SegyTraceOutput::takeBack(int last) {
-  for (int uNum = 1; uNum <= last; ++uNum)
-    if (tlv_skip_blocks(units_, uNum, -1) != 0) return false;
-  return true;
 }
 
 TracePutAnswer SegyTraceOutput::nextTapes() {
