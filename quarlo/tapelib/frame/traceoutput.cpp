@@ -187,7 +187,7 @@ bool SegyTraceOutput::writeReelHeaders() {
 void SegyTraceOutput::build(const float* samples, const TraceInfo& header) {
   std::ranges::fill(header_, '\0');
   constexpr int kDead = 2;
-  const int type = IsDead(header) ? kDead : std::max(1, property(header, trTraceType, 1));
+  const int type = IsDead(header) ? kDead : property(header, trTraceType, 1);
   const int number = property(header, trTraceNumber, 0);
   if (format_.itHasTraceHeader != 0) {
     fillMappedFields(&format_, header_.data(), header);
