@@ -125,7 +125,10 @@ class JobSweep : public SegdTest, public testing::WithParamInterface<Job> {
     const bool closed = now.size() > 1 && now.back() == MARK && now[now.size() - 2] == MARK;
     EXPECT_TRUE(failed() || blocks.empty() || closed || (job.toDisk && !isImage(job)));
     EXPECT_TRUE(failed() || stopped() || now == whole);
-    EXPECT_TRUE(!xvt_vobj_is_valid(dialog) || status() == (failed() ? "Failed" : "Complete")) << status();
+    // A tape that cannot be closed behind the summary fails the run as well, in a line of its own.
+    EXPECT_TRUE(!xvt_vobj_is_valid(dialog) || (status() == "Complete" && !failed()) ||
+                (status() == "Failed" && saysError()))
+        << status();
     for (int unit = 0; unit <= DRIVES; ++unit) {
       EXPECT_EQ(units[unit].state, 0);
       EXPECT_EQ(units[unit].fd, 0);
@@ -137,10 +140,10 @@ class JobSweep : public SegdTest, public testing::WithParamInterface<Job> {
   bool says(const std::string& line) { return std::ranges::find(said, line) != said.end(); }
   bool failed() { return says("  *** Job Failed."); }
   bool stopped() { return says("  *** Copy aborted by user at DATE."); }
-  bool clean() {
-    return status() == "Complete" && toolkit.errors.empty() &&
-           std::ranges::none_of(said, [](auto& line) { return line.starts_with("  *** "); });
+  bool saysError() {
+    return std::ranges::any_of(said, [](auto& line) { return line.starts_with("  *** "); });
   }
+  bool clean() { return status() == "Complete" && toolkit.errors.empty() && !saysError(); }
   void showConsole() {
     for (const std::string& line : said) std::printf("  %s\n", line.c_str());
     for (const std::string& box : toolkit.errors) std::printf("  box: %s\n", box.c_str());
@@ -159,8 +162,8 @@ TEST_P(DriveSweep, WhateverOperationOfADriveFails) {
   for (const std::string error : {"EIO", "ENOSPC", "short"}) {
     int cleanInARow = 0;
     bool retried = false;
-    // Opening the drives alone has more than ten operations in a row whose failure harms nobody.
-    for (int operation = 1; cleanInARow < 30; ++operation) {
+    // Opening the drives alone has thirty operations in a row whose failure harms nobody.
+    for (int operation = 1; cleanInARow < 40; ++operation) {
       SCOPED_TRACE(error + " at " + std::to_string(operation));
       ASSERT_LT(operation, 500) << "the sweep found no end";
       setenv("QUARLO_TAPE_FAULT", ("any:" + std::to_string(operation) + ":" + error).c_str(), 1);
@@ -171,7 +174,7 @@ TEST_P(DriveSweep, WhateverOperationOfADriveFails) {
       if (HasFailure()) return showConsole();
       closeCopyDialog();
     }
-    EXPECT_TRUE(retried || error == "short") << "the sweep never came to a read";
+    EXPECT_TRUE(retried || error == "short") << error << " never came to a read";
   }
 }
 
