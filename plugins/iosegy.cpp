@@ -24,8 +24,8 @@ SegySourceParams paramsOf(const KyrSegyInput& how) {
     params.choices.text = how.text == KYR_TEXT_ASCII ? SegyText::Ascii : SegyText::Ebcdic;
   if (how.byteOrder != KYR_ORDER_DESCRIBED) params.choices.bigEndian = how.byteOrder == KYR_ORDER_BIG;
   params.choices.sampleFormat = how.sampleFormat;
-  params.records.field = fieldText(how.recordField);
-  params.records.tracesPerRecord = static_cast<std::uint64_t>(std::max(0, how.tracesPerRecord));
+  params.choices.records.field = fieldText(how.recordField);
+  params.choices.records.tracesPerRecord = static_cast<std::uint64_t>(std::max(0, how.tracesPerRecord));
   params.gridLines = how.gridLines != 0;
   return params;
 }

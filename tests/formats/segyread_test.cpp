@@ -354,9 +354,8 @@ TEST(SegyTraces, WhatIsWrittenByADescriptionIsReadByIt) {
 
 TEST(SegyTraces, RecordsBeginWhereTheirRuleSays) {
   const SegyFormat format = shipped("segy-rev0.txt");
-  const SegyLayout layout;
   const auto made = [&](const SegyRecordRule& rule) {
-    SegyRecords records(format, layout, rule);
+    SegyRecords records(format, {}, rule);
     for (const int file : {7, 7, 9, 9, 9, 7}) records.add(header(240, {{9, 4, static_cast<std::uint64_t>(file)}}));
     return formatText("%llu of %llu", static_cast<unsigned long long>(records.records()),
                       static_cast<unsigned long long>(records.largest()));

@@ -210,9 +210,9 @@ bool FileReading::readReel(std::string* reason) {
   text_ = copied(0, textBytes);
   binary_ = copied(textBytes, binaryBytes);
   if (text_.size() == textBytes && binary_.size() == binaryBytes) return true;
-  *reason =
-      formatText("the file has %llu bytes, its reel headers need %llu", static_cast<unsigned long long>(file_.size()),
-                 static_cast<unsigned long long>(textBytes + binaryBytes));
+  const std::uint64_t needed = textBytes + binaryBytes;
+  *reason = formatText("the file has %llu bytes, its reel headers need %llu",
+                       static_cast<unsigned long long>(file_.size()), static_cast<unsigned long long>(needed));
   return false;
 }
 
@@ -223,7 +223,7 @@ std::optional<SegyLayout> FileReading::in(bool bigEndian, std::string* reason) {
   if (!headers.takeSampleFormat(binary_, reason)) return std::nullopt;
   headers.placeTraces(file_, binary_, text_.size() + binary_.size());
   const auto binarySamples = SegyValue(format_, true, "Nt", layout.reading).countIn(binary_);
-  fitTraces(file_, format_, headers.headerLengths(binary_), binarySamples, &layout);
+  fitTraces(file_, format_, choices_.records, headers.headerLengths(binary_), binarySamples, &layout);
   takeInterval(&layout);
   return layout;
 }

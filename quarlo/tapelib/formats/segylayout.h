@@ -11,6 +11,7 @@
 #include "libkyr/bytesat.h"
 #include "quarlo/tapelib/formats/segydecode.h"
 #include "quarlo/tapelib/formats/segyformat.h"
+#include "quarlo/tapelib/formats/segyrecords.h"
 
 /// What a text header is written in.
 enum class SegyText { Ebcdic, Ascii, Zeros };
@@ -20,6 +21,7 @@ struct SegyChoices {
   std::optional<SegyText> text;
   std::optional<bool> bigEndian;
   int sampleFormat = 0;  ///< 0: as the binary header says
+  SegyRecordRule records{};
 };
 
 /// Traces of one length that follow each other.
@@ -54,7 +56,9 @@ struct SegyLayout {
   std::uint64_t traces = 0;
   std::uint64_t rest = 0;  ///< bytes between the last whole trace and `end`
   std::vector<SegyRun> runs;
-  std::vector<std::string> remarks;  ///< lines about what is odd, for a log
+  std::vector<std::uint64_t> firstTraces;  ///< of each record, from 0
+  std::uint64_t largestRecord = 0;         ///< traces
+  std::vector<std::string> remarks;        ///< lines about what is odd, for a log
 
   /// Samples of the first trace: what all others are padded or cut to.
   std::uint32_t samples() const { return runs.empty() ? 0 : runs.front().samples; }

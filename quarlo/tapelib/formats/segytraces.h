@@ -1,4 +1,4 @@
-/// SEG Y traces as traces of a dataset: properties out of headers, samples as floats, records.
+/// SEG Y traces as traces of a dataset: properties out of headers, samples as floats.
 #pragma once
 
 #include <algorithm>
@@ -59,47 +59,4 @@ class SegyTraceReader {
   SegyValue weight_;
   TraceInfo nothing_{};  // with every named property null
   SegyOddities odd_;
-};
-
-/// Where a new record begins.
-struct SegyRecordRule {
-  std::string field = "FieldFile";    ///< where this field changes; empty: nowhere
-  std::uint64_t tracesPerRecord = 0;  ///< without a field: every so many traces; 0: all are one record
-};
-
-/// The records that traces make, one trace after the other.
-class SegyRecords {
- public:
-  SegyRecords(const SegyFormat& format, const SegyLayout& layout, const SegyRecordRule& rule);
-
-  /// The next trace. @return whether a record begins with it
-  bool add(std::span<const char> header);
-
-  std::uint64_t records() const { return records_; }
-  /// Traces of the largest record.
-  std::uint64_t largest() const { return std::max(largest_, ofLast_); }
-  const std::string& field() const { return rule_.field; }
-
- private:
-  bool beginsRecord(std::span<const char> header);
-
-  SegyRecordRule rule_;
-  SegyValue value_;
-  double last_ = 0.0;
-  std::uint64_t records_ = 0;
-  std::uint64_t ofLast_ = 0;   // traces
-  std::uint64_t largest_ = 0;  // of those before the last
-};
-
-/// What records each of the fields would make that often part them, for a user who has to choose.
-class SegyRecordSurvey {
- public:
-  SegyRecordSurvey(const SegyFormat& format, const SegyLayout& layout);
-
-  void add(std::span<const char> header);
-  /// A line for each field.
-  std::vector<std::string> lines() const;
-
- private:
-  std::vector<SegyRecords> fields_;
 };

@@ -15,18 +15,38 @@ struct Fit {
   std::uint64_t traces = 0;
   std::uint64_t rest = 0;
   bool isOwn = false;  // by the traces' own counts
+  std::vector<std::uint64_t> firstTraces = {};
+  std::uint64_t largestRecord = 0;
+};
+
+/// Gathers the records of a fit, trace by trace.
+class RecordsOf {
+ public:
+  RecordsOf(SegyRecords records, Fit* fit) : records_(std::move(records)), fit_(*fit) {}
+  void add(std::uint64_t trace, std::span<const char> header) {
+    if (records_.add(header)) fit_.firstTraces.push_back(trace);
+    fit_.largestRecord = records_.largest();
+  }
+
+ private:
+  SegyRecords records_;
+  Fit& fit_;
 };
 
 class Fitting {
  public:
-  Fitting(BytesAt& file, const SegyFormat& format, std::uint64_t binarySamples, const SegyLayout& layout)
+  Fitting(BytesAt& file, const SegyFormat& format, const SegyRecordRule& records, std::uint64_t binarySamples,
+          const SegyLayout& layout)
       : file_(file),
         layout_(layout),
+        noRecords_(format, layout.reading, records),
         own_(format, false, "Nt", layout.reading),
         hasHeader_(format.itHasTraceHeader != 0),
         binarySamples_(std::min(binarySamples, kMaxCount)) {}
 
   Fit with(std::uint32_t headerBytes);
+  /// Finds the records of a fit whose headers were not read.
+  void addRecords(Fit* fit);
   /// The first trace's own count.
   std::uint64_t firstCount(std::uint32_t headerBytes) {
     return hasHeader_ ? own_.countIn(file_.at(layout_.firstTrace, headerBytes)) : 0;
@@ -40,6 +60,7 @@ class Fitting {
 
   BytesAt& file_;
   const SegyLayout& layout_;
+  SegyRecords noRecords_;
   SegyValue own_;
   bool hasHeader_;
   std::uint64_t binarySamples_;
@@ -56,6 +77,7 @@ std::uint32_t Fitting::headerBytesOf(std::span<const char> header) const {
 
 Fit Fitting::byOwnCounts(std::uint32_t headerBytes) {
   Fit fit{headerBytes, {}, 0, room(), true};
+  RecordsOf records(noRecords_, &fit);
   std::uint64_t place = layout_.firstTrace;
   while (hasHeader_ && fit.rest > 0) {
     const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(headerBytes, fit.rest));
@@ -66,7 +88,7 @@ Fit Fitting::byOwnCounts(std::uint32_t headerBytes) {
     if (header.size() < wanted || samples == 0 || samples > kMaxCount || length > fit.rest) break;
     if (fit.runs.empty() || fit.runs.back().samples != samples || fit.runs.back().headerBytes != ownBytes)
       fit.runs.push_back({fit.traces, place, ownBytes, static_cast<std::uint32_t>(samples)});
-    ++fit.traces;
+    records.add(fit.traces++, header);
     place += length;
     fit.rest -= length;
   }
@@ -77,11 +99,25 @@ Fit Fitting::byOneCount(std::uint32_t headerBytes) {
   Fit fit{headerBytes, {}, 0, room(), false};
   const std::uint64_t samples = binarySamples_ != 0 ? binarySamples_ : std::min(firstCount(headerBytes), kMaxCount);
   const std::uint64_t length = headerBytes + samples * layout_.sampleBytes;
-  if (samples == 0 || length > fit.rest) return fit;
+  if (samples == 0 || length == 0 || length > fit.rest) return fit;
   fit.traces = fit.rest / length;
   fit.rest %= length;
   fit.runs.push_back({0, layout_.firstTrace, headerBytes, static_cast<std::uint32_t>(samples)});
   return fit;
+}
+
+void Fitting::addRecords(Fit* fit) {
+  RecordsOf records(noRecords_, fit);
+  const SegyRun& run = fit->runs.front();
+  const std::uint64_t length = run.headerBytes + std::uint64_t{run.samples} * layout_.sampleBytes;
+  for (std::uint64_t trace = 0; trace < fit->traces; ++trace) {
+    std::span<const char> header;
+    if (noRecords_.readsHeaders()) {
+      header = file_.at(run.place + trace * length, run.headerBytes);
+      if (header.size() < run.headerBytes) return;
+    }
+    records.add(trace, header);
+  }
 }
 
 Fit Fitting::with(std::uint32_t headerBytes) {
@@ -124,9 +160,9 @@ void remarkOn(const Fit& fit, const SegyLayout& layout, std::vector<std::string>
 
 }  // namespace
 
-void fitTraces(BytesAt& file, const SegyFormat& format, const std::vector<std::uint32_t>& headerLengths,
-               std::uint64_t binarySamples, SegyLayout* layout) {
-  Fitting fitting(file, format, binarySamples, *layout);
+void fitTraces(BytesAt& file, const SegyFormat& format, const SegyRecordRule& records,
+               const std::vector<std::uint32_t>& headerLengths, std::uint64_t binarySamples, SegyLayout* layout) {
+  Fitting fitting(file, format, records, binarySamples, *layout);
   Fit best;
   bool isFirst = true;
   for (const std::uint32_t headerBytes : headerLengths) {
@@ -137,6 +173,9 @@ void fitTraces(BytesAt& file, const SegyFormat& format, const std::vector<std::u
   }
   if (best.traces != 0) remarkOnCounts(best, fitting.firstCount(best.headerBytes), binarySamples, &layout->remarks);
   remarkOn(best, *layout, &layout->remarks);
+  if (!best.isOwn && best.traces != 0) fitting.addRecords(&best);
+  layout->firstTraces = std::move(best.firstTraces);
+  layout->largestRecord = best.largestRecord;
   layout->headerBytes = best.headerBytes;
   layout->traces = best.traces;
   layout->rest = best.rest;

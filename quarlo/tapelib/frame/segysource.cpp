@@ -26,54 +26,35 @@ bool SegyFileSource::begin(const SegySourceParams& params, std::string* reason) 
   }
   if (params.gridLines) takeGridLines(&format_);
   auto layout = segyFileLayout(file_, format_, params.choices, reason);
-  if (!layout) return false;
+  if (file_.error() != 0) *reason = std::strerror(file_.error());
+  if (!layout || file_.error() != 0) return false;
   layout_ = std::move(*layout);
   for (const std::string& remark : layout_.remarks) say_(remark);
   reader_ = std::make_unique<SegyTraceReader>(format_, layout_);
-  SegyRecords records(format_, layout_, params.records);
-  std::uint64_t trace = 0;
-  const auto take = [&](std::span<const char> header) {
-    if (records.add(header)) firstTraces_.push_back(trace);
-    ++trace;
-  };
-  if (passHeaders(take)) return takeCounts(records.largest(), reason);
-  *reason = formatText("trace %llu cannot be read", number(trace + 1));
-  return false;
+  return takeCounts(reason);
 }
 
-/// Hands out the header of every trace. @return false when one cannot be read
-template <typename Take>
-bool SegyFileSource::passHeaders(Take take) {
-  for (const SegyRun& run : layout_.runs) {
-    const std::uint64_t behind = &run == &layout_.runs.back() ? layout_.traces : (&run + 1)->firstTrace;
-    const std::uint64_t length = run.headerBytes + std::uint64_t{run.samples} * layout_.sampleBytes;
-    for (std::uint64_t i = 0; i < behind - run.firstTrace; ++i) {
-      const auto header = file_.at(run.place + i * length, run.headerBytes);
-      if (header.size() < run.headerBytes) return false;
-      take(header);
-    }
-  }
-  return true;
-}
-
-bool SegyFileSource::takeCounts(std::uint64_t largest, std::string* reason) {
+bool SegyFileSource::takeCounts(std::string* reason) {
   constexpr std::uint64_t kMost = std::numeric_limits<int>::max();
   if (layout_.traces == 0)
     *reason = "it has no whole trace";
-  else if (firstTraces_.size() > kMost || largest > kMost || layout_.samples() > kMaxSamples)
+  else if (layout_.firstTraces.size() > kMost || layout_.largestRecord > kMost || layout_.samples() > kMaxSamples)
     *reason = formatText("%zu records of up to %llu traces of %u samples are more than a dataset holds",
-                         firstTraces_.size(), number(largest), layout_.samples());
+                         layout_.firstTraces.size(), number(layout_.largestRecord), layout_.samples());
   if (!reason->empty()) return false;
-  setSeisOrgCounts(
-      &org_, {static_cast<int>(firstTraces_.size()), static_cast<int>(largest), static_cast<int>(layout_.samples())});
+  setSeisOrgCounts(&org_, {static_cast<int>(layout_.firstTraces.size()), static_cast<int>(layout_.largestRecord),
+                           static_cast<int>(layout_.samples())});
   const auto interval = static_cast<float>(layout_.interval / 1e6);
   SetDSProperty(dsSampleInterval, singleFloatType, gSecondsUnits, &interval, &org_);
   return true;
 }
 
 std::vector<std::string> SegyFileSource::surveyRecords() {
-  SegyRecordSurvey survey(format_, layout_);
-  passHeaders([&survey](std::span<const char> header) { survey.add(header); });
+  SegyRecordSurvey survey(format_, layout_.reading);
+  for (std::uint64_t trace = 0; trace < layout_.traces; ++trace) {
+    const SegyPlace place = layout_.placeOf(trace);
+    survey.add(file_.at(place.place, place.headerBytes));
+  }
   return survey.lines();
 }
 
@@ -84,9 +65,9 @@ SourceFormat SegyFileSource::format() const {
 
 std::optional<std::uint64_t> SegyFileSource::traceAt(int record, int trace) const {
   const auto index = static_cast<std::size_t>(record - 1);
-  if (record < 1 || trace < 1 || index >= firstTraces_.size()) return std::nullopt;
-  const std::uint64_t behind = index + 1 < firstTraces_.size() ? firstTraces_[index + 1] : layout_.traces;
-  const std::uint64_t wanted = firstTraces_[index] + static_cast<std::uint64_t>(trace - 1);
+  if (record < 1 || trace < 1 || index >= layout_.firstTraces.size()) return std::nullopt;
+  const std::uint64_t behind = index + 1 < layout_.firstTraces.size() ? layout_.firstTraces[index + 1] : layout_.traces;
+  const std::uint64_t wanted = layout_.firstTraces[index] + static_cast<std::uint64_t>(trace - 1);
   return wanted < behind ? std::optional(wanted) : std::nullopt;
 }
 

@@ -13,7 +13,6 @@
 /// What a user chooses of how a SEG Y input is read; by default, what its headers say.
 struct SegySourceParams {
   SegyChoices choices{};
-  SegyRecordRule records{};
   bool gridLines = false;  ///< CMP line and location from the inline and crossline numbers
 };
 
@@ -44,9 +43,7 @@ class SegyFileSource final : public TraceSource {
       : path_(std::move(path)), format_(std::move(format)), say_(std::move(say)) {}
 
   bool begin(const SegySourceParams& params, std::string* reason);
-  bool takeCounts(std::uint64_t largest, std::string* reason);
-  template <typename Take>
-  bool passHeaders(Take take);
+  bool takeCounts(std::string* reason);
   /// From 0; nothing for a place that no trace of the record has.
   std::optional<std::uint64_t> traceAt(int record, int trace) const;
   int fetch(int record, int trace, float* samples, TraceInfo* header) override;
@@ -56,7 +53,6 @@ class SegyFileSource final : public TraceSource {
   Say say_;
   FileBytes file_;
   SegyLayout layout_;
-  std::vector<std::uint64_t> firstTraces_;  // of each record
   std::unique_ptr<SegyTraceReader> reader_;
   GeneralSeisDataOrg org_ = newSeisOrg();
 };
