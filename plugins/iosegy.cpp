@@ -9,6 +9,7 @@
 #include "plugins/segy/input_dlg.h"
 #include "plugins/segy/output_dlg.h"
 #include "quarlo/tapelib/formats/segyformat_file.h"
+#include "quarlo/tapelib/frame/fieldchoice.h"
 #include "quarlo/tapelib/frame/reformatloop.h"
 #include "quarlo/tapelib/frame/segysource.h"
 
@@ -18,7 +19,7 @@ constexpr const char* kReadingDescription = "segy-rev2.txt";
 
 std::unique_ptr<ReformatRun> theRun;
 
-SegySourceParams paramsOf(const KyrSegyInput& how) {
+SegySourceParams paramsOf(ProcessRecord* record, const KyrSegyInput& how) {
   SegySourceParams params;
   if (how.text != KYR_TEXT_TOLD_APART)
     params.choices.text = how.text == KYR_TEXT_ASCII ? SegyText::Ascii : SegyText::Ebcdic;
@@ -27,6 +28,10 @@ SegySourceParams paramsOf(const KyrSegyInput& how) {
   params.choices.records.field = fieldText(how.recordField);
   params.choices.records.tracesPerRecord = static_cast<std::uint64_t>(std::max(0, how.tracesPerRecord));
   params.gridLines = how.gridLines != 0;
+  if (how.fieldFiles.hasLimits != 0 || how.fieldFiles.leftOutCount > 0)
+    params.skips = [record, files = fieldFileChoice(how.fieldFiles)](int fieldFile) {
+      return skipThisFile(record, &files, fieldFile) != 0;
+    };
   return params;
 }
 
@@ -46,7 +51,7 @@ std::unique_ptr<SegyFileSource> openSource(ProcessRecord* record, const KyrSegyI
   if (!loadChosenSegyFormat(fieldText(how.description), kReadingDescription, &format, say)) return nullptr;
   std::string reason;
   const auto warn = [say](const std::string& line) { say(line.starts_with("  *") ? line : "  ** " + line); };
-  auto source = SegyFileSource::open(path, std::move(format), paramsOf(how), warn, &reason);
+  auto source = SegyFileSource::open(path, std::move(format), paramsOf(record, how), warn, &reason);
   if (source == nullptr) say(formatText("  *** Error reading %s as SEG Y: %s.", path, reason.c_str()));
   return source;
 }

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <iterator>
 #include <limits>
 #include <string_view>
 
 #include "libkyr/text.h"
+#include "plugins/fieldfiles.h"
 #include "plugins/segy/description.h"
 #include "quarlo/tapelib/dialogs/blockdialog.h"
 
@@ -23,13 +23,14 @@ enum CONTROL : int {
   SI_TRACES,
   SI_GRID,
   SI_OK,
-  SI_CANCEL
+  SI_CANCEL,
+  SI_FIELD_FILES  // and what follows
 };
 
 constexpr int kChoiceColumns = 28;
 constexpr int kPathColumns = 40;
 
-constexpr DLG_ITEM kItems[] = {
+constexpr std::array kReading = {
     ui::card("Headers"),
     ui::row(),
     ui::push(SI_DESCRIPTION, "description", "~Description…", 0, "Which value stands where in the headers"),
@@ -56,7 +57,9 @@ constexpr DLG_ITEM kItems[] = {
     ui::edit(SI_TRACES, "traces", 8),
     ui::endOf(),
     ui::endOf(),
+};
 
+constexpr std::array kButtons = {
     ui::buttons(),
     ui::glue(),
     ui::push(SI_OK, "ok", "OK", IF_DEFAULT),
@@ -64,7 +67,8 @@ constexpr DLG_ITEM kItems[] = {
     ui::endOf(),
 };
 
-constexpr DLG_RES kDialog = {0, "segy-input", "SEG Y input", kItems, std::size(kItems)};
+constexpr auto kItems = joinedItems(kReading, fieldFilesCard(SI_FIELD_FILES), kButtons);
+constexpr DLG_RES kDialog = {1100, "segy-input", "SEG Y input", kItems.data(), kItems.size()};
 
 constexpr BlockDialog::Choice kTexts[] = {
     {"Told apart", KYR_TEXT_TOLD_APART}, {"EBCDIC", KYR_TEXT_EBCDIC}, {"ASCII", KYR_TEXT_ASCII}};
@@ -123,8 +127,12 @@ void editSegyInput(KyrSegyInput* block) {
       .choice(SI_FORMAT, &edited.sampleFormat, kFormats)
       .flag(SI_GRID, &edited.gridLines)
       .choice(SI_RECORDS, &rule, kRules)
-      .number(SI_TRACES, &traces, 1, std::numeric_limits<int>::max())
-      .follow([&rule](WINDOW window) { enableControl(window, SI_TRACES, rule == kEverySoMany); });
+      .number(SI_TRACES, &traces, 1, std::numeric_limits<int>::max());
+  bindFieldFiles(&dialog, SI_FIELD_FILES, &edited.fieldFiles);
+  dialog.follow([&](WINDOW window) {
+    enableControl(window, SI_TRACES, rule == kEverySoMany);
+    followFieldFiles(window, SI_FIELD_FILES, edited.fieldFiles);
+  });
   if (!dialog.run()) return;
   edited.tracesPerRecord = traces;
   setRule(&edited, rule);

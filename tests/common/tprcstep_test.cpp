@@ -557,6 +557,24 @@ TEST_F(BuiltModuleTest, SegyBecomesADatasetAndSegyAgain) {
   forgetConsole();
   EXPECT_EQ(phases("iosegy.so", "in.sgy", "", OUTPUT_CHECK, &how, &dataset), 0);
   EXPECT_TRUE(consoleHas("A new record where \"FieldFile\" changes: 2 records, at most 1 trace each"));
+  how.fieldFiles = {.hasLimits = 1, .above = 7, .below = 9, .leftOutCount = 0, .leftOut = {}};
+  EXPECT_NE(phases("iosegy.so", "in.sgy", "", OUTPUT_CHECK, &how, &dataset), 0);
+  EXPECT_TRUE(consoleHas("SKIPPING RECORD. Field file 7 is out of range."));
+  how.fieldFiles = {1, 7, 10, 1, {10}};
+  EXPECT_EQ(phases("iosegy.so", "in.sgy", "", OUTPUT_CHECK, &how, &dataset), 0);
+  for (const int button : {10, 11}) {  // OK; Cancel
+    toolkit.onModal(1100, [&](WINDOW own) {
+      toolkit.select(own, 7, button == 10 ? 6 : 0);  // every so many traces
+      if (button == 10) toolkit.typeInto(own, 8, "2");
+      toolkit.press(own, button);
+    });
+    struct {
+      KyrSegyInput* block;
+      int outputId;
+    } handed = {&how, OUTPUT_DATASET};
+    ProcessingStep("iosegy.so").PostInputDialog(reinterpret_cast<int*>(&handed));
+    EXPECT_EQ(formatText("%s|%d", how.recordField, how.tracesPerRecord), "|2");
+  }
   writeFile("in.sgy", file.substr(0, 100));
   EXPECT_NE(phases("iosegy.so", "in.sgy", "line.kyr", OUTPUT_DATASET, &how, &dataset), 0);
   EXPECT_TRUE(consoleHas(("  *** Error reading " + std::filesystem::current_path().string() +

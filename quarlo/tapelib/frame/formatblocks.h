@@ -20,6 +20,17 @@ struct KyrBlockHead {
 /// Values of KyrSegyOutput::byteOrder.
 enum { KYR_ORDER_DESCRIBED = 0, KYR_ORDER_BIG = 1, KYR_ORDER_LITTLE = 2 };
 
+enum { KYR_FIELD_FILES = 16 };
+
+/// Which field files are read. Zeros mean all of them.
+struct KyrFieldFiles {
+  int hasLimits;  ///< 1: only those between the two, which are themselves excluded
+  int above;
+  int below;
+  int leftOutCount;  ///< entries of leftOut
+  int leftOut[KYR_FIELD_FILES];
+};
+
 /// Values of KyrSegyInput::text.
 enum { KYR_TEXT_TOLD_APART = 0, KYR_TEXT_EBCDIC = 1, KYR_TEXT_ASCII = 2 };
 
@@ -34,6 +45,7 @@ struct KyrSegyInput {
   int text;                          ///< one of the three above
   int byteOrder;                     ///< KYR_ORDER_DESCRIBED: as the file says
   int sampleFormat;                  ///< code of the sample format; 0: as the file says
+  struct KyrFieldFiles fieldFiles;
 };
 
 /// How SEG Y is written.
@@ -57,17 +69,6 @@ struct KyrDatasetInput {
   struct KyrBlockHead head;
   int firstRecord;  ///< from 1
   int lastRecord;   ///< 0: the last
-};
-
-enum { KYR_FIELD_FILES = 16 };
-
-/// Which field files are read. Zeros mean all of them.
-struct KyrFieldFiles {
-  int hasLimits;  ///< 1: only those between the two, which are themselves excluded
-  int above;
-  int below;
-  int leftOutCount;  ///< entries of leftOut
-  int leftOut[KYR_FIELD_FILES];
 };
 
 #define KYR_SEGD_INPUT "SEGDin"

@@ -1,11 +1,13 @@
 #include "quarlo/tapelib/frame/segysource.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <limits>
 
 #include "libkyr/files.h"
 #include "libkyr/text.h"
+#include "quarlo/tapelib/formats/segyencode.h"
 
 namespace {
 
@@ -31,18 +33,35 @@ bool SegyFileSource::begin(const SegySourceParams& params, std::string* reason) 
   layout_ = std::move(*layout);
   for (const std::string& remark : layout_.remarks) say_(remark);
   reader_ = std::make_unique<SegyTraceReader>(format_, layout_);
+  takeRecords(params);
   return takeCounts(reason);
+}
+
+void SegyFileSource::takeRecords(const SegySourceParams& params) {
+  const SegyValue fieldFile(format_, false, "FieldFile", layout_.reading);
+  const std::vector<std::uint64_t> first = std::move(layout_.firstTraces);
+  for (std::size_t i = 0; i < first.size(); ++i) {
+    if (params.skips) {
+      const SegyPlace place = layout_.placeOf(first[i]);
+      const double number = fieldFile.in(file_.at(place.place, place.headerBytes)).value_or(0.0);
+      if (params.skips(cutTo<int>(number))) continue;
+    }
+    records_.push_back({first[i], (i + 1 < first.size() ? first[i + 1] : layout_.traces) - first[i]});
+  }
 }
 
 bool SegyFileSource::takeCounts(std::string* reason) {
   constexpr std::uint64_t kMost = std::numeric_limits<int>::max();
+  const auto largest = std::ranges::max_element(records_, {}, &Record::traces);
   if (layout_.traces == 0)
     *reason = "it has no whole trace";
-  else if (layout_.firstTraces.size() > kMost || layout_.largestRecord > kMost || layout_.samples() > kMaxSamples)
+  else if (records_.empty())
+    *reason = "none of its field files is wanted";
+  else if (records_.size() > kMost || largest->traces > kMost || layout_.samples() > kMaxSamples)
     *reason = formatText("%zu records of up to %llu traces of %u samples are more than a dataset holds",
-                         layout_.firstTraces.size(), number(layout_.largestRecord), layout_.samples());
+                         records_.size(), number(largest->traces), layout_.samples());
   if (!reason->empty()) return false;
-  setSeisOrgCounts(&org_, {static_cast<int>(layout_.firstTraces.size()), static_cast<int>(layout_.largestRecord),
+  setSeisOrgCounts(&org_, {static_cast<int>(records_.size()), static_cast<int>(largest->traces),
                            static_cast<int>(layout_.samples())});
   const auto interval = static_cast<float>(layout_.interval / 1e6);
   SetDSProperty(dsSampleInterval, singleFloatType, gSecondsUnits, &interval, &org_);
@@ -65,10 +84,9 @@ SourceFormat SegyFileSource::format() const {
 
 std::optional<std::uint64_t> SegyFileSource::traceAt(int record, int trace) const {
   const auto index = static_cast<std::size_t>(record - 1);
-  if (record < 1 || trace < 1 || index >= layout_.firstTraces.size()) return std::nullopt;
-  const std::uint64_t behind = index + 1 < layout_.firstTraces.size() ? layout_.firstTraces[index + 1] : layout_.traces;
-  const std::uint64_t wanted = layout_.firstTraces[index] + static_cast<std::uint64_t>(trace - 1);
-  return wanted < behind ? std::optional(wanted) : std::nullopt;
+  if (record < 1 || trace < 1 || index >= records_.size()) return std::nullopt;
+  const auto ofRecord = static_cast<std::uint64_t>(trace - 1);
+  return ofRecord < records_[index].traces ? std::optional(records_[index].firstTrace + ofRecord) : std::nullopt;
 }
 
 std::int64_t SegyFileSource::position(int record, int trace) {

@@ -14,6 +14,8 @@
 struct SegySourceParams {
   SegyChoices choices{};
   bool gridLines = false;  ///< CMP line and location from the inline and crossline numbers
+  /// Whether records whose first trace is of this field file are passed over; empty: none are.
+  std::function<bool(int fieldFile)> skips{};
 };
 
 class SegyFileSource final : public TraceSource {
@@ -43,6 +45,7 @@ class SegyFileSource final : public TraceSource {
       : path_(std::move(path)), format_(std::move(format)), say_(std::move(say)) {}
 
   bool begin(const SegySourceParams& params, std::string* reason);
+  void takeRecords(const SegySourceParams& params);
   bool takeCounts(std::string* reason);
   /// From 0; nothing for a place that no trace of the record has.
   std::optional<std::uint64_t> traceAt(int record, int trace) const;
@@ -53,6 +56,11 @@ class SegyFileSource final : public TraceSource {
   Say say_;
   FileBytes file_;
   SegyLayout layout_;
+  struct Record {
+    std::uint64_t firstTrace;  // from 0
+    std::uint64_t traces;
+  };
+  std::vector<Record> records_;
   std::unique_ptr<SegyTraceReader> reader_;
   GeneralSeisDataOrg org_ = newSeisOrg();
 };
