@@ -25,8 +25,8 @@ using Lines = std::vector<std::string>;
 // ---- samples ----------------------------------------------------------------------------------------------------
 
 TEST(SegySamplesIn, EveryFormatByItsWords) {
-  constexpr float infinity = std::numeric_limits<float>::infinity();
-  constexpr float largest = std::numeric_limits<float>::max();
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  constexpr float kLargest = std::numeric_limits<float>::max();
   struct Row {
     int format;
     std::uint64_t word;  // as it reads in a big-endian file
@@ -36,20 +36,20 @@ TEST(SegySamplesIn, EveryFormatByItsWords) {
   const Row rows[] = {
       {1, 0xC276A000, 9, -118.625F},  // -(7 x 16 + 6 + 10 / 16); floats have no weight
       {1, 0x43064000, 0, 100.0F},     // 100 with a leading zero
-      {1, 0x7FFFFFFF, 0, infinity},
+      {1, 0x7FFFFFFF, 0, kInfinity},
       {2, 0x80000000, 0, -2147483648.0F},
       {2, 0xFFFFFFFF, -3, -8.0F},
       {2, 0x01000001, 0, 16777216.0F},
       {3, 0x8000, 15, -1.0F},
       {3, 0x0001, 32767, 0.0F},
-      {3, 0x0001, -32768, infinity},
+      {3, 0x0001, -32768, kInfinity},
       {3, 0x0000, -32768, 0.0F},
       {3, 0x0001, 149, 0x1p-149F},
       {5, 0x3F800001, 4, 1.0F + 0x1p-23F},
-      {5, 0xFF800000, 0, -infinity},
+      {5, 0xFF800000, 0, -kInfinity},
       {6, 0x3FF0000010000001, 0, 1.0F + 0x1p-23F},  // just above the middle
-      {6, 0x47EFFFFFEFFFFFFF, 0, largest},          // just below the middle between it and 2^128
-      {6, 0xC7EFFFFFF0000000, 0, -infinity},
+      {6, 0x47EFFFFFEFFFFFFF, 0, kLargest},         // just below the middle between it and 2^128
+      {6, 0xC7EFFFFFF0000000, 0, -kInfinity},
       {7, 0x800000, 0, -8388608.0F},
       {7, 0x00FF00, 8, 255.0F},
       {8, 0x80, -1, -256.0F},

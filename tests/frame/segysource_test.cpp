@@ -18,14 +18,14 @@ using Lines = std::vector<std::string>;
 class SegySource : public testing::Test {
  protected:
   std::unique_ptr<SegyFileSource> open(const std::string& path, const SegySourceParams& params) {
-    said.clear();
-    reason.clear();
+    said_.clear();
+    reason_.clear();
     return SegyFileSource::open(
-        path, shipped("segy-rev2.txt"), params, [this](const std::string& line) { said.push_back(line); }, &reason);
+        path, shipped("segy-rev2.txt"), params, [this](const std::string& line) { said_.push_back(line); }, &reason_);
   }
 
-  Lines said;
-  std::string reason;
+  Lines said_;
+  std::string reason_;
 };
 
 TEST_F(SegySource, RecordsHaveThePlacesOfTheLargest) {
@@ -37,7 +37,7 @@ TEST_F(SegySource, RecordsHaveThePlacesOfTheLargest) {
   const std::string path = folder.path("a.sgy");
   writeFile(path, bytes);
   const auto source = open(path, {});
-  ASSERT_TRUE(source) << reason;
+  ASSERT_TRUE(source) << reason_;
   const SeisCounts counts = seisOrgCounts(source->org());
   EXPECT_EQ(std::tuple(counts.records, counts.tracesPerRecord, counts.samples), std::tuple(2, 2, 65000));
   EXPECT_EQ(source->format().interval, 0.004);
@@ -57,12 +57,12 @@ TEST_F(SegySource, RecordsHaveThePlacesOfTheLargest) {
   EXPECT_EQ(source->read(1, 1, samples.data(), &trace), kyrTraceLost);
   EXPECT_EQ(property(trace, trKillFlag), killUnreadable);
   source->close();
-  EXPECT_EQ(said, (Lines{"  *** Trace 1, at byte 3600 of " + path + ", cannot be read.",
-                         "2 traces have a delay, the first one of 9 ms: kept in trace property 150"}));
+  EXPECT_EQ(said_, (Lines{"  *** Trace 1, at byte 3600 of " + path + ", cannot be read.",
+                          "2 traces have a delay, the first one of 9 ms: kept in trace property 150"}));
   EXPECT_FALSE(open(path, {}));
-  EXPECT_EQ(reason, "it has no whole trace");
+  EXPECT_EQ(reason_, "it has no whole trace");
   EXPECT_FALSE(open(folder.path("none"), {}));
-  EXPECT_EQ(reason, "No such file or directory");
+  EXPECT_EQ(reason_, "No such file or directory");
 }
 
 /// A number as facts write it, whatever its decimals.
@@ -128,7 +128,7 @@ TEST_F(SegySource, EveryRealFileIsThatOfTheIndependentReader) {
     SCOPED_TRACE(name);
     const auto source = open(std::string(shared) + "/" + name.substr(1, name.size() - 2), {.gridLines = true});
     ++files;
-    EXPECT_EQ(source == nullptr, fact(line, "traces") == "0") << reason;
+    EXPECT_EQ(source == nullptr, fact(line, "traces") == "0") << reason_;
     if (source == nullptr) continue;
     checkLayout(source->layout(), line);
     // The other reader multiplies by a scalar of 82.
