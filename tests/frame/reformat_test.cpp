@@ -171,6 +171,16 @@ TEST_F(ReformatRunTest, SegyOnDiskIsReadByAnIndependentReader) {
   EXPECT_TRUE(consoleHas("5 traces left out.") && consoleHas("1 trace written."));
 }
 
+TEST_F(ReformatRunTest, AFullDiskCountsWhatItHolds) {
+  // Found while traces are written, and at the end.
+  for (const int records : {200, 40}) {
+    const FileLimit full(3600 + 256 * 100 + 77);
+    EXPECT_EQ(run(OUTPUT_SEGY, {.announced = records, .records = records}), 1);
+    EXPECT_TRUE(consoleHas("100 traces written.")) << records;
+    EXPECT_EQ(readFile(folder.path("out")).size(), 3600U + 256 * 100);
+  }
+}
+
 TEST_F(ReformatRunTest, TapesAreContinuedTogetherWhenOneIsFull) {
   if (!haveSegyReader()) GTEST_SKIP() << "python3-segyio is not installed";
   for (const char* name : {"a.tap", "b.tap", "c.tap", "d.tap"}) makeCartridge(name, {});

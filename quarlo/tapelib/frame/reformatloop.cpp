@@ -122,7 +122,6 @@ bool ReformatRun::takeTrace(int record, int trace) {
     case TracePutAnswer::Failed:
       break;
   }
-  tracesWritten_ -= output_->lost();
   return fail();
 }
 
@@ -165,10 +164,9 @@ int ReformatRun::finish() {
   ended_ = true;
   if (frame_ && frame_->isOpen() && frame_->stopIsNews() && !stopped_) goOn();
   const bool cut = failed_ || stopped_;
-  if (output_ && !output_->finish(cut ? JobEnd::CutShort : JobEnd::Success, records_, std::max(1, largest_))) {
+  if (output_ && !output_->finish(cut ? JobEnd::CutShort : JobEnd::Success, records_, std::max(1, largest_)))
     failed_ = true;
-    tracesWritten_ -= output_->lost();
-  }
+  if (output_) tracesWritten_ -= output_->lost();
   if (CloseFile(record_, input_.link) != kyrOk) failed_ = true;
   if (failed_) logFailed();
   summarize();

@@ -117,7 +117,7 @@ class SegyTraceOutput : public TraceOutput {
   bool begin(const TraceCounts& counts, Link from) override;
   TracePutAnswer put(int record, int trace, const float* samples, const TraceInfo& header) override;
   bool finish(JobEnd end, int records, int largest) override;
-  int lost() const override { return disk_.lost().traces; }
+  int lost() const override { return disk_.lost().traces - refused_; }
   void tellSummary() override;
 
  private:
@@ -140,8 +140,9 @@ class SegyTraceOutput : public TraceOutput {
   std::vector<char> header_;
   std::vector<char> trace_;
   PieceWriter disk_;
-  int written_ = 0;
-  int onTape_ = 0;  // of these, on the present tapes
+  int written_ = 0;  // accepted
+  int refused_ = 0;  // the trace that the disk did not take, which was not accepted
+  int onTape_ = 0;   // of these, on the present tapes
   int tape_ = 1;
   bool begun_ = false;
 };
@@ -211,7 +212,8 @@ TracePutAnswer SegyTraceOutput::put(int /*record*/, int /*trace*/, const float* 
 TracePutAnswer SegyTraceOutput::write() {
   if (!isTape()) {
     if (disk_.write(std::span<const char>(trace_), true)) return TracePutAnswer::Written;
-    say(formatText("  *** Error writing trace %d to output device.", written_ + 2 - disk_.lost().traces));
+    refused_ = 1;
+    say(formatText("  *** Error writing trace %d to output device.", written_ + 1 - lost()));
     return TracePutAnswer::Failed;
   }
   for (;;) {
