@@ -34,6 +34,9 @@ std::uint64_t newId() {
 /// them.
 constexpr int kMostOfNothing = 1 << 22;
 
+/// Reads that fail with a line of their own; what comes behind them is counted.
+constexpr int kNamedLosses = 10;
+
 bool isRange(int property) {
   return (property >= dsMinReceiverLocation && property <= dsMaxCmpLine) || property == dsMinFieldFile ||
          property == dsMaxFieldFile;
@@ -279,7 +282,8 @@ bool DatasetFile::writeHeaders(int parts) {
   for (int part = parts - 1; part >= 0; --part) {
     header_.part = part + 1;
     const DatasetHeaderBytes bytes = encodeDatasetHeader(header_);
-    if (!store_.parts()[static_cast<std::size_t>(part)].writeAt(0, bytes.data(), bytes.size())) return false;
+    if (store_.parts()[static_cast<std::size_t>(part)].writeAt(0, bytes.data(), bytes.size()) < bytes.size())
+      return false;
   }
   return true;
 }
@@ -294,7 +298,8 @@ int DatasetFile::close() {
   for (PartFile& file : store_.parts())
     if (!file.close() && !failed_ && stage != Stage::Reading) fail("writing to");
   store_.parts().clear();
-  if (lostReads_ > 1) say_(formatText("  *** %d reads of traces of %s failed.", lostReads_, path_.c_str()));
+  if (lostReads_ > kNamedLosses)
+    say_(formatText("  *** %lld reads of traces of %s failed.", lostReads_, path_.c_str()));
   lostReads_ = 0;
   return failed_ ? kyrDiskError : kyrOk;
 }
@@ -462,10 +467,15 @@ int DatasetFile::readSlot(int record, int trace, float* samples, TraceInfo* info
 }
 
 int DatasetFile::lost(int record, int trace, int result) {
-  if (++lostReads_ == 1)
+  if (++lostReads_ <= kNamedLosses)
     say_(formatText("  *** Trace %d of record %d of %s cannot be read: %s.", trace, record, path_.c_str(),
                     reasonOf(result)));
   return result;
+}
+
+std::uint64_t DatasetFile::settle() {
+  if (stage_ == Stage::Writing && !failed_ && !store_.flush()) fail("writing to");
+  return store_.lost();
 }
 
 int DatasetFile::write(int record, int trace, const float* samples, const TraceInfo& info) {

@@ -62,6 +62,8 @@ class DatasetFile final : public TraceSource {
   /// Of a trace's slot, in the file of its part.
   std::int64_t position(int record, int trace) override;
   int write(int record, int trace, const float* samples, const TraceInfo& info);
+  /// Hands what was written to the files. @return how many of the traces written so far the disk did not take
+  std::uint64_t settle();
 
  private:
   enum class Stage { Closed, Reading, Updating, Announced, Writing };
@@ -106,5 +108,5 @@ class DatasetFile final : public TraceSource {
   bool failed_ = false;               ///< a write failed: no more of them, no closed mark
   int writtenRecords_ = 0;            ///< the largest numbers that were written
   int writtenTraces_ = 0;
-  int lostReads_ = 0;
+  long long lostReads_ = 0;
 };

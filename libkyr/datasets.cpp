@@ -266,3 +266,9 @@ int TracePut(ProcessRecord* procRecord, Link link, int record, int trace, const 
   if (samples == nullptr && output->shape().samples > 0) return kyrBadCall;
   return guarded([&] { return output->write(record, trace, samples, *header); });
 }
+
+std::int64_t SettleTraces(ProcessRecord* procRecord, Link link) {
+  int why = kyrOk;
+  DatasetFile* const output = outputOf(procRecord, link, &why);
+  return output != nullptr ? static_cast<std::int64_t>(output->settle()) : 0;
+}

@@ -85,3 +85,7 @@ std::int64_t GetTracePosition(const ProcessRecord* procRecord, Link link, int re
 /// the dataset will not be marked as closed.
 int TracePut(ProcessRecord* procRecord, Link link, int record, int trace, const float* samples,
              const TraceInfo* header);
+
+/// Hands the traces that an output has taken to its files. @return how many of all it took the disk did not keep; 0
+/// when all are there, and for a link that is no output
+std::int64_t SettleTraces(ProcessRecord* procRecord, Link link);

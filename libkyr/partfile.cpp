@@ -69,8 +69,8 @@ std::optional<std::size_t> PartFile::readAt(std::uint64_t offset, unsigned char*
   return ::readAt(descriptor_, bytes, count, offset);
 }
 
-bool PartFile::writeAt(std::uint64_t offset, const unsigned char* bytes, std::size_t count) const {
-  return writeAllAt(descriptor_, bytes, count, offset) == count;
+std::size_t PartFile::writeAt(std::uint64_t offset, const unsigned char* bytes, std::size_t count) const {
+  return writeAllAt(descriptor_, bytes, count, offset);
 }
 
 bool PartFile::cutTo(std::uint64_t size) const { return ftruncate(descriptor_, static_cast<off_t>(size)) == 0; }

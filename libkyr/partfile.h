@@ -41,8 +41,8 @@ class PartFile {
   std::optional<Stretch> dataFrom(std::uint64_t place) const;
   /// @return how many bytes there were up to `count`; nothing on a failure (errno)
   std::optional<std::size_t> readAt(std::uint64_t offset, unsigned char* bytes, std::size_t count) const;
-  /// @return false with errno when not all bytes were taken
-  bool writeAt(std::uint64_t offset, const unsigned char* bytes, std::size_t count) const;
+  /// @return how many bytes were taken; fewer than `count` with errno
+  std::size_t writeAt(std::uint64_t offset, const unsigned char* bytes, std::size_t count) const;
   bool cutTo(std::uint64_t size) const;
   /// Waits until what was written is on the disk.
   bool sync() const;

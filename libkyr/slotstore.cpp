@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -65,6 +66,7 @@ unsigned char* SlotStore::write(const Place& place) {
     if (!flush()) return nullptr;
     if (pending_.make(wholeSlots(place.size)) == nullptr) return nullptr;
     pending_.place = {place.part, place.offset, 0};
+    pendingSlot_ = place.size;
   }
   unsigned char* const bytes = pending_.bytes.get() + pending_.place.size;
   pending_.place.size += place.size;
@@ -72,8 +74,10 @@ unsigned char* SlotStore::write(const Place& place) {
 }
 
 bool SlotStore::flush() {
-  const Place place = pending_.place;
-  pending_.place = {};
-  return place.size == 0 ||
-         parts_[static_cast<std::size_t>(place.part)].writeAt(place.offset, pending_.bytes.get(), place.size);
+  const Place place = std::exchange(pending_.place, Place{});
+  if (place.size == 0) return true;
+  const PartFile& file = parts_[static_cast<std::size_t>(place.part)];
+  const std::size_t taken = file.writeAt(place.offset, pending_.bytes.get(), place.size);
+  lost_ += place.size / pendingSlot_ - taken / pendingSlot_;
+  return taken == place.size;
 }

@@ -33,6 +33,8 @@ class SlotStore {
   unsigned char* write(const Place& place);
   /// @return false with errno when slots made before could not be written; they are given up
   bool flush();
+  /// Slots that were made and given up so.
+  std::uint64_t lost() const { return lost_; }
 
  private:
   /// Memory over a stretch of one file.
@@ -47,6 +49,8 @@ class SlotStore {
   };
 
   std::vector<PartFile> parts_;
-  Stretch window_;   ///< what was read last
-  Stretch pending_;  ///< what is to be written
+  Stretch window_;               ///< what was read last
+  Stretch pending_;              ///< what is to be written
+  std::size_t pendingSlot_ = 0;  ///< bytes of a slot in it
+  std::uint64_t lost_ = 0;
 };

@@ -154,7 +154,7 @@ TEST_F(ReformatRunTest, RecordsThatNobodyKnowsComeUpToTheAnnouncedNumber) {
   EXPECT_EQ(run(OUTPUT_DATASET, {.announced = -1, .end = {2, 2}}, 7), 1);
   EXPECT_EQ(dataset().substr(0, 26), "2x4 1010 1020 -2 1040 2010");
   EXPECT_EQ(run(OUTPUT_DATASET, {.announced = 0}), 1);
-  EXPECT_TRUE(consoleHas("  *** The input has no traces."));
+  EXPECT_TRUE(consoleHas("  *** The input has no traces.") && consoleHas("0 records, 0 traces read."));
 }
 
 TEST_F(ReformatRunTest, SegyOnDiskIsReadByAnIndependentReader) {
@@ -178,6 +178,12 @@ TEST_F(ReformatRunTest, AFullDiskCountsWhatItHolds) {
     EXPECT_EQ(run(OUTPUT_SEGY, {.announced = records, .records = records}), 1);
     EXPECT_TRUE(consoleHas("100 traces written.")) << records;
     EXPECT_EQ(readFile(folder.path("out")).size(), 3600U + 256 * 100);
+  }
+  // Of a dataset 20 records, one place of four in each without a trace.
+  for (const int records : {200, 21}) {
+    const FileLimit full(4096 + 840 * 80 + 77);
+    EXPECT_EQ(run(OUTPUT_DATASET, {.announced = records, .records = records}), 1);
+    EXPECT_TRUE(consoleHas("60 traces written.")) << records;
   }
 }
 

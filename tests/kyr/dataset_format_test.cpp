@@ -154,7 +154,8 @@ TEST_F(DatasetFormat, EveryFlippedByteOfATraceCostsThatTraceAlone) {
     const FlippedBit flip("a.kyr", whole, place, static_cast<int>(place % 8));
     const Link link = open("a.kyr");
     ASSERT_TRUE(IsLinkValid(link));
-    ASSERT_EQ(trace(link, 1, 2, 3).result, kyrTraceLost) << place - begin;
+    for (int again = 0; again < (place == begin ? 10 : 1); ++again)
+      ASSERT_EQ(trace(link, 1, 2, 3).result, kyrTraceLost) << place - begin;
     ASSERT_EQ(checkAll(link, counts), 3) << place - begin;
     TraceInfo header;
     const bool inHead = place - begin < 16 || (place - begin >= 24 && place - begin < 824);
@@ -163,7 +164,10 @@ TEST_F(DatasetFormat, EveryFlippedByteOfATraceCostsThatTraceAlone) {
     ASSERT_EQ(header.words, TestTrace(1, 2, 3).header.words);
   }
   EXPECT_TRUE(said("  *** Trace 2 of record 1 of " + folder.path("a.kyr") + " cannot be read: it is damaged"));
-  EXPECT_TRUE(said("reads of traces of " + folder.path("a.kyr") + " failed."));
+  // Ten of the eleven have a line of their own.
+  const auto own = [](const std::string& line) { return line.starts_with("  *** Trace 2 of record 1 of "); };
+  EXPECT_EQ(std::count_if(lines().begin(), lines().end(), own), static_cast<long>(10 + 2 * (slotSize(3) - 1)));
+  EXPECT_TRUE(said("  *** 11 reads of traces of " + folder.path("a.kyr") + " failed."));
 }
 
 TEST_F(DatasetFormat, SlotsAndPartsOfAnotherPlaceAreNotTaken) {

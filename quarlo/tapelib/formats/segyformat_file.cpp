@@ -111,9 +111,10 @@ bool loadSegyFormat(const FILE_SPEC& file, SegyFormat* format, Messages* message
 
 bool loadChosenSegyFormat(std::string_view chosen, const char* shipped, SegyFormat* format,
                           const std::function<void(const std::string& line)>& say) {
-  const std::string path = chosen.empty() ? findShared("formats", shipped) : std::string(chosen);
+  std::string path = chosen.empty() ? findShared("formats", shipped) : std::string(chosen);
+  if (path.empty()) path = shipped;
   Messages messages;
-  const bool loaded = loadSegyFormat(fileSpecOf(path.empty() ? shipped : path), format, &messages);
+  const bool loaded = loadSegyFormat(fileSpecOf(path), format, &messages);
   for (const std::string& message : messages) say("  ** " + message);
   if (!loaded) say(formatText("  *** Error reading the format description %s.", path.c_str()));
   return loaded;

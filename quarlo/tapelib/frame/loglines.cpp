@@ -17,6 +17,10 @@ std::string dateText() {
   return text;
 }
 
+std::string counted(long long count, const char* noun) {
+  return formatText("%lld %s%s", count, noun, count == 1 ? "" : "s");
+}
+
 void logBlank() { console_out(" "); }
 
 void logStarted(const char* job) {

@@ -8,6 +8,9 @@
 /// The local date and time as the C library's ctime writes it, without the newline: "Sat Nov 21 03:02:01 2026".
 std::string dateText();
 
+/// "1 trace", "0 traces", "7 traces".
+std::string counted(long long count, const char* noun);
+
 /// The line of one blank that separates.
 void logBlank();
 

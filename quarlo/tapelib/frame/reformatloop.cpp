@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <limits>
 #include <utility>
 
 #include "libkyr/text.h"
@@ -76,8 +77,7 @@ bool ReformatRun::prepare() {
   output_ = makeTraceOutput(record_, outputBlock_, input_.told);
   if (!output_) return fail();
   const UnitStruct* const units = GetDevUnit(record_);
-  frame_.emplace(JOB_TRACES_OUT, units != nullptr ? units->type : int{UT_DISK}, &tracesWritten_, &percent_,
-                 &tapeFiles_);
+  frame_.emplace(JOB_TRACES_OUT, units != nullptr ? units->type : int{UT_DISK}, &shownTraces_, &percent_, &tapeFiles_);
   if (!frame_->isOpen()) return fail();
   return output_->begin(counts_, input_.link) || fail();
 }
@@ -111,7 +111,7 @@ bool ReformatRun::takeTrace(int record, int trace) {
   largest_ = std::max(largest_, trace);
   switch (output_->put(record, trace, samples_.data(), header_)) {
     case TracePutAnswer::Written:
-      ++tracesWritten_;
+      shownTraces_ = static_cast<int>(std::min<std::int64_t>(++tracesWritten_, std::numeric_limits<int>::max()));
       return true;
     case TracePutAnswer::LeftOut:
       ++tracesLeftOut_;
@@ -139,7 +139,7 @@ void ReformatRun::refuseMore(int record) {
   if (!goOn()) return;
   const int result = TraceGet(record_, input_.link, input_.firstRecord - 1 + record, 1, samples_.data(), &header_);
   if (result == kyrNoSuchTrace) return;
-  fail(formatText("  *** The input has more than %d record%s: raise \"%s\".", counts_.records, plural(counts_.records),
+  fail(formatText("  *** The input has more than %s: raise \"%s\".", counted(counts_.records, "record").c_str(),
                   input_.recordsParameter));
 }
 
@@ -178,11 +178,10 @@ int ReformatRun::finish() {
 
 void ReformatRun::summarize() {
   logBlank();
-  say(formatText("%d record%s, %d trace%s read.", records_, plural(records_), tracesRead_, plural(tracesRead_)));
-  if (unreadable_ > 0) say(formatText("%d trace%s could not be read.", unreadable_, plural(unreadable_)));
-  if (tracesLeftOut_ > 0) say(formatText("%d trace%s left out.", tracesLeftOut_, plural(tracesLeftOut_)));
-  if (record_->diskFileOutputType != OUTPUT_CHECK)
-    say(formatText("%d trace%s written.", tracesWritten_, plural(tracesWritten_)));
+  say(counted(records_, "record") + ", " + counted(tracesRead_, "trace") + " read.");
+  if (unreadable_ > 0) say(counted(unreadable_, "trace") + " could not be read.");
+  if (tracesLeftOut_ > 0) say(counted(tracesLeftOut_, "trace") + " left out.");
+  if (record_->diskFileOutputType != OUTPUT_CHECK) say(counted(tracesWritten_, "trace") + " written.");
   if (output_) output_->tellSummary();
   logBlank();
 }

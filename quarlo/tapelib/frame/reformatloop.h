@@ -63,12 +63,13 @@ class ReformatRun {
   std::vector<float> samples_;
   TraceInfo header_{};
 
-  int tracesRead_ = 0;
-  int tracesWritten_ = 0;
-  int tracesLeftOut_ = 0;
-  int unreadable_ = 0;
-  int records_ = 0;  // that came
-  int largest_ = 0;  // the highest place of a trace in them
+  std::int64_t tracesRead_ = 0;
+  std::int64_t tracesWritten_ = 0;
+  std::int64_t tracesLeftOut_ = 0;
+  std::int64_t unreadable_ = 0;
+  int shownTraces_ = 0;  // written, as the progress dialog has them
+  int records_ = 0;      // that came
+  int largest_ = 0;      // the highest place of a trace in them
   int percent_ = 0;
   int tapeFiles_ = 1;
   bool failed_ = false;

@@ -2,6 +2,7 @@
 /// run would make.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -34,7 +35,7 @@ class TraceOutput {
   /// Ends the output as it is. @param records,largest how many records there are, and how many places the largest has
   virtual bool finish(JobEnd end, int records, int largest) = 0;
   /// Traces that had been accepted and that the disk could not keep.
-  virtual int lost() const { return 0; }
+  virtual std::int64_t lost() const { return 0; }
   /// Lines that belong to the end of the run.
   virtual void tellSummary() {}
 };
