@@ -17,6 +17,7 @@
 #include "libkyr/nullvalue.h"
 #include "libkyr/propertyvalue.h"
 #include "libkyr/text.h"
+#include "tools/newdataset.h"
 
 namespace kyrtext {
 
@@ -176,12 +177,7 @@ namespace {
 class Maker {
  public:
   Maker(std::string name, const std::string& path, const DatasetFile::Say& say)
-      : name_(std::move(name)), file_(path, say) {}
-  ~Maker() {
-    if (!made_) file_.discard();
-  }
-  Maker(const Maker&) = delete;
-  Maker& operator=(const Maker&) = delete;
+      : name_(std::move(name)), made_(path, say) {}
 
   std::string run(std::istream& in) {
     std::string line;
@@ -191,8 +187,8 @@ class Maker {
     }
     if (in.bad()) return name_ + ": cannot be read";
     if (std::string problem = finish(); !problem.empty()) return blamed(problem);
-    made_ = file_.begin() == kyrOk && file_.close() == kyrOk;
-    return made_ ? std::string() : file_.path() + ": cannot be written";
+    const bool whole = file_.begin() == kyrOk && made_.keep();
+    return whole ? std::string() : file_.path() + ": cannot be written";
   }
 
  private:
@@ -265,8 +261,8 @@ class Maker {
   }
 
   std::string name_;
-  DatasetFile file_;
-  bool made_ = false;
+  NewDataset made_;
+  DatasetFile& file_ = made_.file;
   bool outputFailed_ = false;
   bool announced_ = false;
   bool begun_ = false;

@@ -18,6 +18,8 @@
 #include "libkyr/output.h"
 #include "libkyr/text.h"
 #include "tools/kyrtext.h"
+#include "tools/newdataset.h"
+#include "tools/recordings.h"
 
 namespace {
 
@@ -29,6 +31,7 @@ constexpr const char* kUsage =
     "       kyrtool headers DATASET [RECORD [TRACE]]      trace headers as text\n"
     "       kyrtool dump DATASET [RECORD [TRACE]]         headers and samples as text\n"
     "       kyrtool make DATASET TEXT                     a dataset from such text (- for standard input)\n"
+    "       kyrtool record DATASET TEXT                   a test recording: signals as a text tells them\n"
     "       kyrtool raw DATASET FLOATS RECORDS TRACES SAMPLES SECONDS [TYPE]\n"
     "                                                     a dataset from little-endian 32-bit floats\n"
     "       kyrtool set DATASET RECORD TRACE NAME=VALUE...  sets trace properties\n"
@@ -157,14 +160,17 @@ bool mayCreate(const std::string& path) {
   return false;
 }
 
-int make(const Arguments& arguments) {
+int makeOfText(const Arguments& arguments, decltype(kyrtext::make)& maker) {
   if (!mayCreate(arguments[0])) return kFailure;
   std::ifstream text;
   if (arguments[1] != "-") text.open(arguments[1]);
   if (!text) return complain(arguments[1] + ": cannot be read");
-  const std::string problem = kyrtext::make(arguments[1] == "-" ? std::cin : text, arguments[1], arguments[0], say);
+  const std::string problem = maker(arguments[1] == "-" ? std::cin : text, arguments[1], arguments[0], say);
   return problem.empty() ? kDone : complain(problem);
 }
+
+int make(const Arguments& arguments) { return makeOfText(arguments, kyrtext::make); }
+int record(const Arguments& arguments) { return makeOfText(arguments, recordings::make); }
 
 /// Fills a dataset trace by trace with raw floats.
 int copyRaw(std::FILE* in, const std::string& name, DatasetFile& file) {
@@ -201,8 +207,7 @@ int fillRaw(std::FILE* in, DatasetFile& file, const Arguments& arguments) {
   result = file.begin();
   if (result != kyrOk) return kFailure;
   if (const int copied = copyRaw(in, arguments[1], file); copied != kDone) return copied;
-  if (std::fgetc(in) != EOF) return complain(arguments[1] + ": holds more floats than that");
-  return file.close() == kyrOk ? kDone : kFailure;
+  return std::fgetc(in) == EOF ? kDone : complain(arguments[1] + ": holds more floats than that");
 }
 
 int raw(const Arguments& arguments) {
@@ -210,16 +215,9 @@ int raw(const Arguments& arguments) {
   const bool standard = arguments[1] == "-";
   const FileHandle opened = standard ? FileHandle() : openFile(arguments[1].c_str(), "rb");
   if (!standard && !opened) return complain(arguments[1] + ": cannot be read");
-  DatasetFile file(arguments[0], say);
-  int result = kFailure;
-  try {
-    result = fillRaw(standard ? stdin : opened.get(), file, arguments);
-  } catch (...) {
-    file.discard();
-    throw;
-  }
-  if (result != kDone) file.discard();
-  return result;
+  NewDataset made(arguments[0], say);
+  const int result = fillRaw(standard ? stdin : opened.get(), made.file, arguments);
+  return result != kDone || made.keep() ? result : kFailure;
 }
 
 // ---- changing -----------------------------------------------------------------------------------------------------
@@ -300,11 +298,17 @@ struct Verb {
 
 constexpr std::size_t kMany = 1000;
 constexpr Verb kVerbs[] = {
-    {"info", 1, 1, info},       {"check", 1, 1, check},
-    {"headers", 1, 3, headers}, {"dump", 1, 3, dump},
-    {"make", 2, 2, make},       {"raw", 6, 7, raw},
-    {"set", 4, kMany, set},     {"kill", 3, 4, kill},
-    {"revive", 3, 3, revive},   {"property", 2, kMany, property},
+    {"info", 1, 1, info},
+    {"check", 1, 1, check},
+    {"headers", 1, 3, headers},
+    {"dump", 1, 3, dump},
+    {"make", 2, 2, make},
+    {"record", 2, 2, record},
+    {"raw", 6, 7, raw},
+    {"set", 4, kMany, set},
+    {"kill", 3, 4, kill},
+    {"revive", 3, 3, revive},
+    {"property", 2, kMany, property},
 };
 
 /// Runs a verb to its end: want of memory is a line as any other failure.

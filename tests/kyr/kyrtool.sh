@@ -81,6 +81,56 @@ fails 2 "$tool" raw s.kyr f.raw 1 2 3 0.002 bricks
 fails 2 "$tool" raw s.kyr none.raw 1 2 3 0.002
 [ ! -e s.kyr ]
 
+# Recordings: signals add up in a trace; records are numbered on through all groups.
+cat > signals.txt <<'TEXT'
+traces 5
+samples 8
+interval 0.125
+record 901
+all sine 2 1 phase 90 harmonics -20
+2-5/3 dc 0.5
+3,4 dead geometry
+4 set shot=1 kill-flag=32
+record 11-15 halving
+odd dc 8
+2 square 1 2 down 20
+4 noise 3
+5 impulse 1 8
+record 16 level -2
+even noise 3 seed 2
+TEXT
+fails 2 "$tool" record s.kyr signals.txt
+hints "signals.txt: line 8: no such property: shot"
+sed -i s/shot/source-line/ signals.txt
+"$tool" record s.kyr signals.txt
+samples() { "$tool" dump s.kyr "$1" "$2" | sed '1,/^trace [0-9]/d' | tr '\n' ' '; }
+[ "$(samples 1 2 | cut -d' ' -f1,2,5)" = "2.5 1.7142136 -1.5" ]
+[ "$(samples 5 1 | cut -d' ' -f8) $(samples 6 5)" = "-4 2 2 2 2 2 2 2 2.25 " ]
+[ "$(samples 3 2)" = "-0.1 -0.1 0.1 0.1 -0.1 -0.1 0.1 0.1 " ]
+[ "$(samples 7 2 | cut -d' ' -f1-8 | tr ' ' '\n' | awk '{ s += $1; q += $1 * $1 } END { printf "%.4f %.3f", s + 1, q }')" = "1.0000 288.000" ]
+[ "$(samples 7 2)" != "$(samples 7 4)" ]
+"$tool" headers s.kyr all 4 > out
+says "trace 1 4 source-line=1 field-file=901 trace-number=4 channel=4 kill-flag=32" out
+says "trace 7 4 field-file=16 trace-number=34 channel=4" out
+"$tool" record again.kyr - < signals.txt
+cmp <("$tool" dump s.kyr) <("$tool" dump again.kyr)
+rm s.kyr
+bad() {
+  printf '%s\n' $'traces 2\nsamples 8\ninterval 0.001\nrecord 901' "$2" > bad.txt
+  fails 2 "$tool" record bad.kyr bad.txt
+  hints "$1"
+  [ ! -e bad.kyr ]
+}
+bad "line 5: no traces of this recording: 1-3" "1-3 dc 1"
+bad "line 5: no traces of this recording: 2-1" "1,2-1 dc 1"
+bad "line 5: no volts: nan" "all dc nan"
+bad "line 5: no sample of this recording: 9" "all impulse 1 9"
+bad "line 5: noise knows no harmonics" "all noise 1 harmonics -20"
+bad "line 5: no dB: 1e30" "all sine 1 2 harmonics 1e30"
+bad "line 5: no field files: 1-2000" "record 1-2000 doubling"
+bad "line 5: not understood: loud" "record 5 level 2 loud"
+bad "line 5: no such kind of kill: gently" "all dead gently"
+
 refuse() { printf '%s\n' "$2" > bad.txt; fails 2 "$tool" make bad.kyr bad.txt; hints "$1"; [ ! -e bad.kyr ]; }
 refuse "no dataset in the text" "# nothing"
 refuse "line 1: \"type\" has to come first" "records 3"

@@ -411,6 +411,20 @@ def manual_dataset():
     says(run("kyrtool make line.kyr line.txt && kyrtool dump line.kyr"), "trace 1 2 field-file=901 channel=2 kill-flag=16\n")
 
 
+def recording(text):
+    """The recordings of the page: whether their signals are right is seen by the tests that measure them."""
+    run(text)
+    says(run("kyrtool check month.kyr"), "live 94\n", "dead 2\n", "lost 0\n")
+    run(text.replace("month", "steps"))
+    says(run("kyrtool headers steps.kyr 9 4"), "trace 9 4 field-file=9 trace-number=36 channel=4\n")
+
+
+def manual_recording():
+    text = re.findall(r"^\.nf\n(.*?)^\.fi", read("packaging/kyrtool.1"), re.M | re.S)[1].replace("\\-", "-")
+    write("manual.txt", text)
+    says(run("kyrtool record manual.kyr manual.txt && kyrtool headers manual.kyr"), "kill-flag=16\n", "trace 2 4 field-file=902 ")
+
+
 def tape_image(text):
     """The file that the copy makes of the page's tape."""
     drives("one", one=b"\5\0\0\0Hello\0\5\0\0\0" + bytes(4))
@@ -605,6 +619,12 @@ PLAYERS = {
         ("quarlo --job", By("tests/scripts/jobs_segd.sh")),
     ],
     "docs/segy-copy.md": [("H ", list_keeps), ("4\n", polygon_keeps), ("80 0C", index_record)],
+    "docs/test-recordings.md": [
+        ("# What a crew", lambda text: write("month.txt", text)),
+        ("traces 4", lambda text: write("steps.txt", text)),
+        ("kyrtool record", recording),
+        ("", manual_recording),
+    ],
     "docs/user-guide.md": [
         ("  0:4 ", drive_rows),
         ("grep", console_is_searched),
