@@ -162,6 +162,10 @@ constexpr void storeLeDouble(B* bytes, double value) {
   storeLe64(bytes, std::bit_cast<std::uint64_t>(value));
 }
 
+/// `count` IEEE 754 floats, least byte first.
+void loadLeFloats(const unsigned char* bytes, float* values, std::size_t count);
+void storeLeFloats(unsigned char* bytes, const float* values, std::size_t count);
+
 /// Swaps the bytes of each of `count` 16-bit words in place; `words` needs no alignment. Bytes behind the last whole
 /// word are the caller's and stay.
 void byteswap(void* words, std::size_t count);

@@ -3,6 +3,7 @@
 
 #include <cstdarg>
 #include <cstddef>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -22,6 +23,12 @@ template <std::size_t N>
 std::string_view fieldText(const char (&field)[N]) {
   const std::string_view whole(field, N);
   return whole.substr(0, whole.find('\0'));
+}
+
+/// Whether such a field holds this text. Most comparisons end at the first character.
+template <std::size_t N>
+bool fieldIs(const char (&field)[N], const char* text) {
+  return field[0] == text[0] && std::strncmp(field, text, N) == 0 && fieldText(field).size() == std::strlen(text);
 }
 
 /// `text` without the blanks, tabs and line ends around it.

@@ -36,7 +36,7 @@ void encode(std::uint64_t seed, const TraceInfo& header, const float* samples, i
   encodeHeader(seed, header, slot);
   unsigned char* const data = slot + kHeadSize;
   const auto n = static_cast<std::size_t>(count);
-  for (std::size_t i = 0; i < n; ++i) storeLeFloat(data + 4 * i, samples[i]);
+  storeLeFloats(data, samples, n);
   if (n % 2 != 0) storeLe32(data + 4 * n, 0U);
   storeLe64(slot + kSampleSumAt, sampleSum(seed, slot, count));
 }
@@ -55,7 +55,7 @@ bool isBlank(const unsigned char* slot, std::size_t size) {
 
 bool decodeSamples(std::uint64_t seed, const unsigned char* slot, int count, float* samples) {
   if (loadLe64(slot + kSampleSumAt) != sampleSum(seed, slot, count)) return false;
-  for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) samples[i] = loadLeFloat(slot + kHeadSize + 4 * i);
+  loadLeFloats(slot + kHeadSize, samples, static_cast<std::size_t>(count));
   return true;
 }
 

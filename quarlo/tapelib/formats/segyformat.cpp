@@ -42,7 +42,7 @@ SegyField* addSegyField(SegyFormat* format, bool isBinary, const SegyField& fiel
 
 const SegyField* getField(const SegyField* fieldList, const char* fieldName) {
   for (const SegyField* field = fieldList; field != nullptr; field = field->nextField)
-    if (fieldText(field->itsName) == fieldName) return field;
+    if (fieldIs(field->itsName, fieldName)) return field;
   return nullptr;
 }
 
@@ -52,7 +52,7 @@ SegyField* getField(SegyField* fieldList, const char* fieldName) {
 
 const SegyField* getReplacement(const SegyField* fieldList, const char* fieldName) {
   for (const SegyField* field = fieldList; field != nullptr; field = field->nextField)
-    if (field->itsReplaced[0] != '\0' && fieldText(field->itsReplaced) == fieldName) return field;
+    if (field->itsReplaced[0] != '\0' && fieldIs(field->itsReplaced, fieldName)) return field;
   return nullptr;
 }
 

@@ -83,10 +83,13 @@ class HeaderFields {
       double value = 0;
       if (GetTraceProperty(property, doubleFloatType, gUnknownUnits, &value, &trace) != 0 || IsValueNull(value))
         continue;
-      const double scalar = overrideOf(list_, std::string(fieldText(field->itsScaleField)).c_str(), 0);
-      tell(field, encodeSegyNumber(bytes_, segyUnscaled(value, scalar), *field, swap_));
+      tell(field, encodeSegyNumber(bytes_, segyUnscaled(value, scalarOf(*field)), *field, swap_));
       return;
     }
+  }
+  double scalarOf(const SegyField& field) const {
+    if (field.itsScaleField[0] == '\0') return 0;
+    return overrideOf(list_, std::string(fieldText(field.itsScaleField)).c_str(), 0);
   }
   void tell(SegyField* field, FieldPut result) {
     if (result != FieldPut::Outside) return;
