@@ -5,6 +5,7 @@
 
 #include "libkyr/datasets.h"
 #include "libkyr/text.h"
+#include "plugins/kyr/input_dlg.h"
 #include "plugins/kyrmodule.h"
 #include "plugins/ownblock.h"
 #include "quarlo/tapelib/frame/reformatloop.h"
@@ -13,8 +14,7 @@ namespace {
 
 std::unique_ptr<ReformatRun> theRun;
 
-void say(int* flag, int* disk, int* tape) {
-  *flag = 0;
+void onDisk(int* disk, int* tape) {
   *disk = 1;
   *tape = 0;
 }
@@ -31,13 +31,17 @@ void AllocOutputMemory(int* size) { *size = sizeof(KyrDatasetOutput); }
 
 void GetInputDefaultParameters(int* params, int* paramDlg, int* disk, int* tape) {
   beginBlock<KyrDatasetInput>(params, KYR_DATASET_INPUT)->firstRecord = 1;
-  say(paramDlg, disk, tape);
+  *paramDlg = 1;
+  onDisk(disk, tape);
 }
 
 void GetOutputDefaultParameters(int* params, int* paramDlg, int* disk, int* tape) {
   beginBlock<KyrDatasetOutput>(params, KYR_DATASET_OUTPUT);
-  say(paramDlg, disk, tape);
+  *paramDlg = 0;
+  onDisk(disk, tape);
 }
+
+void PostInputDialog(int* params) { editDatasetInput(reinterpret_cast<KyrDatasetInput*>(params)); }
 
 int TInitialPhase(ProcessRecord* record, int* inputParams, int* outputParams) {
   const auto* const how = reinterpret_cast<const KyrDatasetInput*>(inputParams);

@@ -553,6 +553,13 @@ TEST_F(BuiltModuleTest, SegyBecomesADatasetAndSegyAgain) {
   ASSERT_EQ(phases("iosegy.so", "in.sgy", "line.kyr", OUTPUT_DATASET, &how, &dataset), 0);
   ASSERT_EQ(phases("iokyr.so", "line.kyr", "out.sgy", OUTPUT_SEGY, &whole, &wanted), 0);
   EXPECT_EQ(readFile("out.sgy").substr(3600), file.substr(3600));
+  toolkit.onModal(1101, [&](WINDOW own) {
+    toolkit.typeInto(own, 1, "2");
+    toolkit.press(own, 3);
+  });
+  ProcessingStep("iokyr.so").PostInputDialog(reinterpret_cast<int*>(&whole));
+  ASSERT_EQ(phases("iokyr.so", "line.kyr", "last.sgy", OUTPUT_SEGY, &whole, &wanted), 0);
+  EXPECT_EQ(readFile("last.sgy").substr(3600 + 240), file.substr(3600 + 248 + 240));
 
   forgetConsole();
   EXPECT_EQ(phases("iosegy.so", "in.sgy", "", OUTPUT_CHECK, &how, &dataset), 0);

@@ -138,6 +138,7 @@ struct SegyFormat {
   int itsTraceCount = 0;
   int itIsInputFmt = 0;                                    ///< describes an input
   int itIsBigEndian = 0;                                   ///< multi-byte values are written big-endian
+  double itsExactInterval = 0;                             ///< microseconds with decimals, of what is written; 0: none
   std::vector<std::unique_ptr<SegyField>> itsOwnedFields;  ///< the nodes of both lists
   void (*itsConsoleLine)(const char* line) = nullptr;      ///< where the writer's lines go; null: the default console
 };

@@ -53,6 +53,13 @@ class HeaderFields {
     put(name, &value, longIntType);
   }
   void put(const char* name, std::uint16_t value) { put(name, &value, unsignedShortType); }
+  /// The sample interval in microseconds. @param exact with its decimals, for the field that can hold them; or 0
+  template <typename T>
+  void putInterval(T cut, double exact) {
+    put("Dt", cut);
+    if (SegyField* const wider = getReplacement(list_, "Dt"); wider != nullptr && exact > 0)
+      tell(wider, putFieldValue(&exact, list_, bytes_, swap_, doubleFloatType, wider->itsName));
+  }
 
   /// The fields that are mapped from a trace's properties.
   void putProperties(const TraceInfo& trace) {
@@ -199,7 +206,7 @@ int initSegyOut(ProcessRecord* procRecord, SegyFormat* segyFmt, short tracesPerR
   HeaderFields fields(segyFmt, true, header.data());
   fields.put("TracesPerRec", tracesPerRecord);
   fields.put("AuxPerRec", auxPerRecord);
-  fields.put("Dt", microseconds<std::uint16_t>(sampleInterval));
+  fields.putInterval(microseconds<std::uint16_t>(sampleInterval), segyFmt->itsExactInterval);
   fields.put("Nt", std::int32_t{samplesPerTrace});
   fields.put("SampFormat", sampleFormat);
   fields.put("SweepLength", sweepLength);
@@ -223,7 +230,7 @@ void fillTraceHeader(SegyFormat* segyFmt, char* header, int traceNumber, int fie
   fields.put("TraceNumber", std::int32_t{traceNumber});
   fields.put("TraceType", std::int32_t{traceType});
   fields.put("Nt", std::int32_t{numberOfSamples});
-  fields.put("Dt", microseconds<std::int32_t>(sampleInterval));
+  fields.putInterval(microseconds<std::int32_t>(sampleInterval), segyFmt->itsExactInterval);
   fields.put("FieldFile", std::int32_t{fieldFileNumber});
   fields.put("FieldFileTraceNumber", std::int32_t{channel});
   fields.putFixedValues(kTraceNames);
