@@ -9,6 +9,7 @@
 #include <cmath>
 #include <limits>
 
+#include "libkyr/byteorder.h"
 #include "libkyr/nullvalue.h"
 #include "libkyr/segysamples.h"
 #include "quarlo/tapelib/formats/charsets.h"
@@ -274,6 +275,14 @@ TEST_F(SegyWriterTest, EveryWholeIntervalComesOutAsItIs) {
   ASSERT_EQ(begin(nullptr, segyInterval(0.065535)), 0);
   closeDiskUnit(&units[1]);
   EXPECT_EQ(shortAt(output(), 3216) & 0xFFFF, 65535);
+
+  useShipped(2);
+  format.itsExactInterval = 333.25;
+  wishOutputFile("out.sgy");
+  ASSERT_EQ(begin(nullptr, segyInterval(333.25e-6)), 0);
+  closeDiskUnit(&units[1]);
+  EXPECT_EQ(shortAt(output(), 3216), 333);
+  EXPECT_EQ(loadBeDouble(output().data() + 3272), 333.25);
 }
 
 TEST_F(SegyWriterTest, MappedFieldsTakeTheFirstPropertyThatHasAValue) {

@@ -39,6 +39,7 @@ class SegyTraceOutput : public TraceOutput {
 
  private:
   bool loadDescription();
+  void tellInterval(double microseconds);
   bool writeReelHeaders();
   void build(const float* samples, const TraceInfo& header);
   TracePutAnswer write();
@@ -80,10 +81,7 @@ bool SegyTraceOutput::begin(const TraceCounts& counts, Link /*from*/) {
   if (!loadDescription()) return false;
   counts_ = counts;
   interval_ = segyInterval(counts.interval);
-  const double microseconds = counts.interval * 1e6;
-  if (std::abs(microseconds - std::round(microseconds)) > 1e-6 * microseconds)
-    say(formatText("  ** The sample interval of %.9g microseconds is written as %.0f.", microseconds,
-                   std::round(microseconds)));
+  tellInterval(counts.interval * 1e6);
   const auto headerBytes = static_cast<std::size_t>(segyHeaderBytes(format_, false));
   header_.resize(headerBytes);
   trace_.resize(headerBytes +
@@ -92,6 +90,15 @@ bool SegyTraceOutput::begin(const TraceCounts& counts, Link /*from*/) {
   begun_ = true;
   if (!isTape()) disk_.beginBehind(units_[1].fp, units_[1].name);
   return true;
+}
+
+void SegyTraceOutput::tellInterval(double microseconds) {
+  format_.itsExactInterval = microseconds;
+  const SegyField* const wider = getReplacement(format_.itsBinaryFields, "Dt");
+  const bool isKept = wider != nullptr && wider->itsType == doubleFloatType;
+  if (!isKept && std::abs(microseconds - std::round(microseconds)) > 1e-6 * microseconds)
+    say(formatText("  ** The sample interval of %.9g microseconds is written as %.0f.", microseconds,
+                   std::round(microseconds)));
 }
 
 bool SegyTraceOutput::writeReelHeaders() {
