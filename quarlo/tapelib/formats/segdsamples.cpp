@@ -5,6 +5,7 @@
 
 #include "libkyr/byteorder.h"
 #include "libkyr/ibmfloat.h"
+#include "libkyr/vectorized.h"
 
 namespace {
 
@@ -83,9 +84,10 @@ struct Sample {
   double operator()(const char* bytes) const { return Decode(bytes); }
 };
 
-// Calls `use` with the sample that a code has, 20 bits aside; false for a code without one.
+// Calls `use` with the sample that a code has, 20 bits aside; false for a code without one. A part of its caller, which
+// may be compiled for more than one processor, as decodeEach is.
 template <typename Use>
-bool withSample(int formatCode, Use use) {
+[[gnu::always_inline]] inline bool withSample(int formatCode, Use use) {
   switch (segdSampleBits(formatCode) == 0 ? -1 : formatCode % 100) {
     case 22:
       return use(Sample<1, quaternary8>{}), true;
@@ -111,7 +113,7 @@ bool withSample(int formatCode, Use use) {
 bool isGrouped(int formatCode) { return segdSampleBits(formatCode) == 20; }
 
 template <typename Value>
-void decodeEach(std::span<float> samples, double scale, Value value) {
+[[gnu::always_inline]] inline void decodeEach(std::span<float> samples, double scale, Value value) {
   float* const out = samples.data();
   const std::size_t count = samples.size();
   for (std::size_t i = 0; i < count; ++i) out[i] = static_cast<float>(value(i) * scale);
@@ -134,7 +136,8 @@ std::size_t segdTraceBytes(int formatCode, std::size_t samples) {
   return samples * static_cast<std::size_t>(segdSampleBits(formatCode)) / 8;
 }
 
-std::size_t decodeSegdTrace(int formatCode, std::span<const char> bytes, double scale, std::span<float> samples) {
+KYR_VECTORIZED std::size_t decodeSegdTrace(int formatCode, std::span<const char> bytes, double scale,
+                                           std::span<float> samples) {
   if (isGrouped(formatCode)) {
     samples = samples.first(std::min(samples.size(), bytes.size() / kGroupBytes * kGroupSamples));
     decodeEach(samples, scale, [data = bytes.data()](std::size_t i) {
