@@ -6,15 +6,16 @@
 
 #include "xvt/resource.h"
 
-extern const std::span<const DLG_RES> kShellDialogs;     ///< main panel, About box
-extern const std::span<const DLG_RES> kProgressDialogs;  ///< progress, error options
-extern const std::span<const DLG_RES> kDriveDialogs;     ///< selection of input and output drives
-extern const std::span<const DLG_RES> kTapeDialogs;      ///< control, spacing, continuation, tape position
-extern const std::span<const DLG_RES> kCopyDialogs;      ///< copy and its parameters, verify
-extern const std::span<const DLG_RES> kSegyDialogs;      ///< SEG Y copy settings
-extern const std::span<const DLG_RES> kSegdDialogs;      ///< SEG D copy settings
-extern const std::span<const DLG_RES> kReformatDialogs;  ///< data reformat
-extern const std::span<const DLG_RES> kDumpDialogs;      ///< tape dump, file dump
+extern const std::span<const DLG_RES> kShellDialogs;       ///< main panel, About box
+extern const std::span<const DLG_RES> kProgressDialogs;    ///< progress, error options
+extern const std::span<const DLG_RES> kDriveDialogs;       ///< selection of input and output drives
+extern const std::span<const DLG_RES> kTapeDialogs;        ///< control, spacing, continuation, tape position
+extern const std::span<const DLG_RES> kCopyDialogs;        ///< copy and its parameters, verify
+extern const std::span<const DLG_RES> kSegyDialogs;        ///< SEG Y copy settings
+extern const std::span<const DLG_RES> kSegdDialogs;        ///< SEG D copy settings
+extern const std::span<const DLG_RES> kReformatDialogs;    ///< data reformat
+extern const std::span<const DLG_RES> kDumpDialogs;        ///< tape dump, file dump
+extern const std::span<const DLG_RES> kInstrumentDialogs;  ///< instrument tests
 
 extern const std::span<const MENU_RES> kQuarloMenus;
 

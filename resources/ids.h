@@ -361,3 +361,36 @@ enum SEGD_FILES_CONTROL : int {
 };
 
 enum SEGD_ZERO_CONTROL : int { ZT_OK = 1, ZT_CANCEL = 2, ZT_CHOOSE_FILE = 3, ZT_PATH = 4, ZT_BYTE = 5, ZT_TYPE = 6 };
+
+/// Tests of instruments.
+enum INSTRUMENT_RESOURCE_ID : int {
+  DLG_AD_TEST = 201,
+  DLG_DC_OFFSET_TEST = 202,
+  DLG_NOISE_TEST = 203,
+  DLG_DYNAMIC_RANGE_TEST = 204,
+  DLG_GAIN_ACCURACY_TEST = 205,
+  DLG_GAIN_STEP_TEST = 206,
+  DLG_IMPULSE_TEST = 210
+};
+
+/// One numbering for all of them; each dialog has what its test asks for.
+enum INSTRUMENT_CONTROL : int {
+  IT_RUN = 1,
+  IT_SAVE = 2,
+  IT_CLOSE = 3,
+  IT_STATUS = 4,
+  IT_FIELD_FILE = 5,
+  IT_SECOND_FILE = 6,
+  IT_FIRST_TRACE = 7,
+  IT_LAST_TRACE = 8,
+  IT_LIMIT = 9,
+  IT_REMOVE_DC = 10,
+  IT_SIGNAL = 11,
+  IT_COMPARE_TO_AVERAGE = 12,
+  IT_START_VOLTAGE = 13,
+  IT_DOUBLING = 14,
+  IT_HALVING = 15,
+  IT_ALL_CHANNELS = 16,
+  IT_EVEN_CHANNELS = 17,
+  IT_ODD_CHANNELS = 18
+};

@@ -2,18 +2,18 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
 
-#include "libkyr/files.h"
 #include "libkyr/text.h"
 #include "quarlo/common/dump_win.h"
+#include "quarlo/common/savetext.h"
 #include "quarlo/common/windows.h"
 #include "quarlo/dump/dump_ctl.h"
+#include "quarlo/instruments/convtest.h"
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/dialogs/controls.h"
 #include "quarlo/tapelib/dialogs/dialogevents.h"
@@ -34,10 +34,11 @@ constexpr int kInitialBytes = 1024;
 constexpr double kExact = 9007199254740992.0;
 
 constexpr ReportDialog dumpReports[] = {
-    {"Trace Kills Report", 0, nullptr}, {"A/D Converter Test", 0, nullptr}, {"Crossfeed Test", 0, nullptr},
-    {"THD Test", 0, nullptr},           {"EIN Test", 0, nullptr},           {"DC Offset Test", 0, nullptr},
-    {"Dynamic Range Test", 0, nullptr}, {"Impulse Resp. Test", 0, nullptr}, {"Gain Accuracy Test", 0, nullptr},
-    {"Gain Step Test", 0, nullptr},
+    {"Trace Kills Report", 0, nullptr}, {"A/D Converter Test", DLG_AD_TEST, ConvTest_eh},
+    {"Crossfeed Test", 0, nullptr},     {"THD Test", 0, nullptr},
+    {"EIN Test", 0, nullptr},           {"DC Offset Test", 0, nullptr},
+    {"Dynamic Range Test", 0, nullptr}, {"Impulse Resp. Test", 0, nullptr},
+    {"Gain Accuracy Test", 0, nullptr}, {"Gain Step Test", 0, nullptr},
 };
 constexpr int kReports = static_cast<int>(std::size(dumpReports));
 
@@ -230,18 +231,9 @@ std::string dumpedText() {
   return text;
 }
 
-void saveChosen() {
-  if ((isOpen() || repDlgUp != 0) && isSameFile(saveFile, inputFile))
-    return xvt_dm_post_error("This file name is already being used for input. Choose another file name.");
-  const std::string text = dumpedText();
-  FileHandle file = openFile(pathOf(saveFile).c_str(), "w");
-  if (!file) return xvt_dm_post_error("Error opening file: %s", saveFile.name);
-  const bool written = std::fwrite(text.data(), 1, text.size(), file.get()) == text.size();
-  if (!closeFile(file) || !written) xvt_dm_post_error("Error writing to disk file");
-}
-
 void saveText(WINDOW /*dialog*/) {
-  if (chooseFileToSave(&saveFile, "txt", "Save dataset as:")) runGuarded(saveChosen);
+  const bool inUse = isOpen() || repDlgUp != 0;
+  runGuarded([&] { saveTextAs(&saveFile, "txt", "Save dataset as:", inUse ? &inputFile : nullptr, dumpedText); });
 }
 
 // ---- reports ------------------------------------------------------------------------------------------------------

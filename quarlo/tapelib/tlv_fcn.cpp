@@ -8,6 +8,7 @@
 
 #include "libkyr/files.h"
 #include "quarlo/tapelib/autoload.h"
+#include "quarlo/tapelib/busycursor.h"
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/jobstate.h"
@@ -21,19 +22,6 @@ UnitStruct theUnit[kMaxUnits];
 constexpr int kM4Request = 65530;
 
 std::chrono::milliseconds minuteLength = std::chrono::minutes(1);
-
-/// The busy cursor for as long as it lives.
-class BusyCursor {
- public:
-  BusyCursor() { xvt_app_set_busy(true); }
-  ~BusyCursor() {
-    const int reason = errno;  // of the operation, for its caller
-    xvt_app_set_busy(false);
-    errno = reason;
-  }
-  BusyCursor(const BusyCursor&) = delete;
-  BusyCursor& operator=(const BusyCursor&) = delete;
-};
 
 /// Whether the unit can be asked to do something; a console line when not.
 bool isTapeOpen(const UnitStruct* units, int uNum, const char* operation) {

@@ -1,0 +1,14 @@
+/// A text that the user keeps in a file.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "xvt/xvt.h"
+
+/// Asks for a file and writes a text to it; what goes wrong is told in a box.
+/// @param file the proposal, and then the choice
+/// @param input the file that is being looked at, which is never written over; null for none
+/// @param text makes what is written, once a file has been chosen
+void saveTextAs(FILE_SPEC* file, const char* extension, const char* title, const FILE_SPEC* input,
+                const std::function<std::string()>& text);

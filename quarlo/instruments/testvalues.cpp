@@ -1,0 +1,66 @@
+#include "quarlo/instruments/testvalues.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "libkyr/text.h"
+
+namespace {
+
+constexpr long kNamedFailures = 10;
+
+std::string quoted(const std::string& text) {
+  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+  std::string field = "\"";
+  for (const char one : text) field += one == '"' ? "\"\"" : std::string(1, one);
+  return field + '"';
+}
+
+/// The shortest text that reads as the same number.
+void putNumber(std::string* text, float value) {
+  char digits[32];
+  const auto [end, error] = std::to_chars(std::begin(digits), std::end(digits), value);
+  *text += ',';
+  if (error == std::errc{}) text->append(digits, end);
+}
+
+}  // namespace
+
+void TestValues::add(const TestedTrace& trace, std::initializer_list<float> measures, bool failed) {
+  measures_.insert(measures_.end(), measures);
+  rows_.push_back({trace, failed});
+}
+
+std::string TestValues::summary() const {
+  std::string text = formatText("%zu trace%s tested", rows_.size(), rows_.size() == 1 ? "" : "s");
+  if (words_ == nullptr || words_->limit == nullptr) return text;
+  const long failures = std::ranges::count(rows_, true, &Row::failed);
+  text += formatText(", %ld failed", failures);
+  long named = 0;
+  for (const Row& row : rows_)
+    if (row.failed && named < kNamedFailures) text += (named++ == 0 ? ": " : ", ") + std::to_string(row.trace.number);
+  return failures > kNamedFailures ? text + ", ..." : text;
+}
+
+std::string TestValues::text() const {
+  if (words_ == nullptr) return "";
+  std::string text = "Test,File,Record,Field file,Trace,Channel";
+  for (const char* name : words_->measures) text += ',' + quoted(name);
+  text += ',' + quoted(words_->limit != nullptr ? words_->limit : "Limit") + ",Result\r\n";
+  for (std::size_t number = 0; number < rows_.size(); ++number) putRow(&text, number);
+  return text;
+}
+
+void TestValues::putRow(std::string* text, std::size_t number) const {
+  const auto& [trace, failed] = rows_[number];
+  *text += quoted(words_->name) + ',' + quoted(file_) +
+           formatText(",%d,%d,%d,%d", trace.record.number, trace.record.fieldFile, trace.number, trace.channel);
+  const std::size_t width = words_->measures.size();
+  for (std::size_t place = 0; place < width; ++place) putNumber(text, measures_[number * width + place]);
+  if (words_->limit == nullptr) {
+    *text += ",,\r\n";
+    return;
+  }
+  putNumber(text, limit_);
+  *text += failed ? ",failed\r\n" : ",passed\r\n";
+}
