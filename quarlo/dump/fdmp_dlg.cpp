@@ -14,6 +14,12 @@
 #include "quarlo/common/windows.h"
 #include "quarlo/dump/dump_ctl.h"
 #include "quarlo/instruments/convtest.h"
+#include "quarlo/instruments/dcofstst.h"
+#include "quarlo/instruments/dynratst.h"
+#include "quarlo/instruments/eintest.h"
+#include "quarlo/instruments/gnacctst.h"
+#include "quarlo/instruments/gnstptst.h"
+#include "quarlo/instruments/imrsptst.h"
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/dialogs/controls.h"
 #include "quarlo/tapelib/dialogs/dialogevents.h"
@@ -34,11 +40,16 @@ constexpr int kInitialBytes = 1024;
 constexpr double kExact = 9007199254740992.0;
 
 constexpr ReportDialog dumpReports[] = {
-    {"Trace Kills Report", 0, nullptr}, {"A/D Converter Test", DLG_AD_TEST, ConvTest_eh},
-    {"Crossfeed Test", 0, nullptr},     {"THD Test", 0, nullptr},
-    {"EIN Test", 0, nullptr},           {"DC Offset Test", 0, nullptr},
-    {"Dynamic Range Test", 0, nullptr}, {"Impulse Resp. Test", 0, nullptr},
-    {"Gain Accuracy Test", 0, nullptr}, {"Gain Step Test", 0, nullptr},
+    {"Trace Kills Report", 0, nullptr},
+    {"A/D Converter Test", DLG_AD_TEST, ConvTest_eh},
+    {"Crossfeed Test", 0, nullptr},
+    {"THD Test", 0, nullptr},
+    {"EIN Test", DLG_NOISE_TEST, EINTest_eh},
+    {"DC Offset Test", DLG_DC_OFFSET_TEST, DCOffsetTest_eh},
+    {"Dynamic Range Test", DLG_DYNAMIC_RANGE_TEST, DynRangeTest_eh},
+    {"Impulse Resp. Test", DLG_IMPULSE_TEST, ImpRespTest_eh},
+    {"Gain Accuracy Test", DLG_GAIN_ACCURACY_TEST, GainAccuTest_eh},
+    {"Gain Step Test", DLG_GAIN_STEP_TEST, GainStepTest_eh},
 };
 constexpr int kReports = static_cast<int>(std::size(dumpReports));
 

@@ -78,6 +78,8 @@ class TestRun {
   FieldRecord begin(int fieldFile, int* lastTrace);
   /// Room for `count` floats of 0. @throws TestEnded after the report of NullCheck
   std::unique_ptr<float[]> buffer(int count, const char* name);
+  /// The values of traces are those of two records: `record` is the second.
+  void compareWith(const FieldRecord& record) { values_.compareWith(record); }
   /// Reads a trace, dead or not.
   TestedTrace readAny(const FieldRecord& record, int number, float* samples, bool* isDead = nullptr);
   /// Reads a trace. @return nothing for a dead one

@@ -45,6 +45,7 @@ std::string TestValues::summary() const {
 std::string TestValues::text() const {
   if (words_ == nullptr) return "";
   std::string text = "Test,File,Record,Field file,Trace,Channel";
+  if (versus_) text += ",Versus record,Versus field file";
   for (const char* name : words_->measures) text += ',' + quoted(name);
   text += ',' + quoted(words_->limit != nullptr ? words_->limit : "Limit") + ",Result\r\n";
   for (std::size_t number = 0; number < rows_.size(); ++number) putRow(&text, number);
@@ -55,6 +56,7 @@ void TestValues::putRow(std::string* text, std::size_t number) const {
   const auto& [trace, failed] = rows_[number];
   *text += quoted(words_->name) + ',' + quoted(file_) +
            formatText(",%d,%d,%d,%d", trace.record.number, trace.record.fieldFile, trace.number, trace.channel);
+  if (versus_) *text += formatText(",%d,%d", versus_->number, versus_->fieldFile);
   const std::size_t width = words_->measures.size();
   for (std::size_t place = 0; place < width; ++place) putNumber(text, measures_[number * width + place]);
   if (words_->limit == nullptr) {

@@ -35,6 +35,8 @@ class TestValues {
   TestValues(const TestWords& words, std::string file, float limit)
       : words_(&words), file_(std::move(file)), limit_(limit) {}
 
+  /// Each line also names a second record.
+  void compareWith(const FieldRecord& record) { versus_ = record; }
   /// @param measures as many as the test's words name
   void add(const TestedTrace& trace, std::initializer_list<float> measures, bool failed);
 
@@ -53,6 +55,7 @@ class TestValues {
   const TestWords* words_ = nullptr;
   std::string file_;
   float limit_ = 0;
+  std::optional<FieldRecord> versus_;
   std::vector<Row> rows_;
   std::vector<float> measures_;  // those of all rows, one row's behind the other's
 };
