@@ -23,11 +23,6 @@ std::string soundFile() {
   return file;
 }
 
-void makeFile(const char* name, const std::string& bytes) {
-  std::filesystem::remove(name);  // a file cut to nothing and written anew is slow on some file systems
-  std::ofstream(name, std::ios::binary) << bytes;
-}
-
 void chooseSettings(const Program& program, std::uint8_t choice) {
   segyInit();
   SgyParams.sort = (choice & 1) != 0;

@@ -45,3 +45,8 @@ inline std::string contents(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
 }
+
+inline void makeFile(const char* name, const std::string& bytes) {
+  std::filesystem::remove(name);  // a file cut to nothing and written anew is slow on some file systems
+  std::ofstream(name, std::ios::binary) << bytes;
+}
