@@ -106,7 +106,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* input, std::size_t siz
     const auto tape =
         segyTapeLayout(std::span(bytes).first(16), std::span(bytes).subspan(16, std::min<std::size_t>(size, 400)),
                        description(), choices, &reason);
-    if (tape) samplesOfBlock(*tape, size);
+    if (tape) placeInBlock(*tape, bytes);
   }
   return 0;
 }

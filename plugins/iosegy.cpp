@@ -1,5 +1,5 @@
-/// SEG Y. As input, files on disk through a source of their traces; as output format the choices of how it is written:
-/// the module that reads writes it, through the run of all reformats.
+/// SEG Y. As input, files on disk and tapes through a source of their traces; as output format the choices of how it is
+/// written: the module that reads writes it, through the run of all reformats.
 #include <algorithm>
 #include <memory>
 
@@ -12,6 +12,7 @@
 #include "quarlo/tapelib/frame/fieldchoice.h"
 #include "quarlo/tapelib/frame/reformatloop.h"
 #include "quarlo/tapelib/frame/segysource.h"
+#include "quarlo/tapelib/frame/segytapesource.h"
 
 namespace {
 
@@ -28,6 +29,9 @@ SegySourceParams paramsOf(ProcessRecord* record, const KyrSegyInput& how) {
   params.choices.records.field = fieldText(how.recordField);
   params.choices.records.tracesPerRecord = static_cast<std::uint64_t>(std::max(0, how.tracesPerRecord));
   params.gridLines = how.gridLines != 0;
+  params.mostTraces = how.tape.traces;
+  params.oneFile = how.tape.oneFile != 0;
+  params.survey = record->diskFileOutputType == OUTPUT_CHECK;
   if (how.fieldFiles.hasLimits != 0 || how.fieldFiles.leftOutCount > 0)
     params.skips = [record, files = fieldFileChoice(how.fieldFiles)](int fieldFile) {
       return skipThisFile(record, &files, fieldFile) != 0;
@@ -35,29 +39,65 @@ SegySourceParams paramsOf(ProcessRecord* record, const KyrSegyInput& how) {
   return params;
 }
 
-/// Opens the input's file. @return null after a line
-std::unique_ptr<SegyFileSource> openSource(ProcessRecord* record, const KyrSegyInput& how) {
-  const auto say = [record](const std::string& line) { kyrSay(record, line.c_str()); };
-  char path[4096];
-  if (kyrIsTape(record, KYR_INPUT) == 1) {
-    say("  *** SEG Y is read from disk files only.");
-    return nullptr;
-  }
-  if (kyrPath(record, KYR_INPUT, path, sizeof path) != 0) {
-    say("  *** There is no input file.");
-    return nullptr;
-  }
-  SegyFormat format;
-  if (!loadChosenSegyFormat(fieldText(how.description), kReadingDescription, &format, say)) return nullptr;
-  std::string reason;
-  const auto warn = [say](const std::string& line) { say(line.starts_with("  *") ? line : "  ** " + line); };
-  auto source = SegyFileSource::open(path, std::move(format), paramsOf(record, how), warn, &reason);
-  if (source == nullptr) say(formatText("  *** Error reading %s as SEG Y: %s.", path, reason.c_str()));
-  return source;
+/// An input that was opened; its source is null after a line.
+struct Opened {
+  std::unique_ptr<TraceSource> source{};
+  ReformatInput input{};
+};
+
+void say(ProcessRecord* record, const std::string& line) { kyrSay(record, line.c_str()); }
+
+/// What is odd, as a warning.
+SegyFileSource::Say warner(ProcessRecord* record) {
+  return [record](const std::string& line) { say(record, line.starts_with("  *") ? line : "  ** " + line); };
 }
 
 std::string toldOf(const SegyLayout& layout) {
   return formatText("SEG Y REVISION %d.%d", layout.majorRevision, layout.minorRevision);
+}
+
+Opened openFile(ProcessRecord* record, SegyFormat format, const SegySourceParams& params) {
+  char path[4096];
+  if (kyrPath(record, KYR_INPUT, path, sizeof path) != 0) {
+    say(record, "  *** There is no input file.");
+    return {};
+  }
+  std::string reason;
+  auto source = SegyFileSource::open(path, std::move(format), params, warner(record), &reason);
+  if (source == nullptr) {
+    say(record, formatText("  *** Error reading %s as SEG Y: %s.", path, reason.c_str()));
+    return {};
+  }
+  if (params.survey)
+    for (const std::string& line : source->surveyRecords()) say(record, line);
+  Opened opened;
+  opened.input.told = toldOf(source->layout());
+  opened.source = std::move(source);
+  return opened;
+}
+
+Opened openTape(ProcessRecord* record, SegyFormat format, const SegySourceParams& params, const KyrTapeCounts& counts) {
+  std::string reason;
+  auto source = SegyTapeSource::open(record, std::move(format), params, warner(record), &reason);
+  if (source == nullptr) {
+    if (!reason.empty()) say(record, formatText("  *** Error reading the input tape as SEG Y: %s.", reason.c_str()));
+    return {};
+  }
+  Opened opened;
+  opened.input.told = toldOf(source->layout());
+  announceTape(counts, &opened.input);
+  opened.input.tapeFiles = [tape = source.get()] { return tape->files(); };
+  opened.source = std::move(source);
+  return opened;
+}
+
+Opened openInput(ProcessRecord* record, const KyrSegyInput& how) {
+  SegyFormat format;
+  const auto tell = [record](const std::string& line) { say(record, line); };
+  if (!loadChosenSegyFormat(fieldText(how.description), kReadingDescription, &format, tell)) return {};
+  const SegySourceParams params = paramsOf(record, how);
+  return kyrIsTape(record, KYR_INPUT) == 1 ? openTape(record, std::move(format), params, how.tape)
+                                           : openFile(record, std::move(format), params);
 }
 
 }  // namespace
@@ -71,10 +111,12 @@ void AllocInputMemory(int* size) { *size = sizeof(KyrSegyInput); }
 void AllocOutputMemory(int* size) { *size = sizeof(KyrSegyOutput); }
 
 void GetInputDefaultParameters(int* params, int* paramDlg, int* disk, int* tape) {
-  copyText(beginBlock<KyrSegyInput>(params, KYR_SEGY_INPUT)->recordField, SegyRecordRule().field);
+  auto* const how = beginBlock<KyrSegyInput>(params, KYR_SEGY_INPUT);
+  copyText(how->recordField, SegyRecordRule().field);
+  how->tape.records = KYR_MOST_RECORDS;
   *paramDlg = 1;
   *disk = 1;
-  *tape = 0;
+  *tape = 1;
 }
 
 void GetOutputDefaultParameters(int* params, int* paramDlg, int* disk, int* tape) {
@@ -97,24 +139,20 @@ void PostOutputDialog(int* params) {
 }
 
 int TOpenSource(ProcessRecord* record, int* inputParams) {
-  auto source = openSource(record, *reinterpret_cast<const KyrSegyInput*>(inputParams));
-  return source == nullptr ? 1 : RegisterSource(record, 0, std::move(source));
+  Opened opened = openInput(record, *reinterpret_cast<const KyrSegyInput*>(inputParams));
+  return opened.source == nullptr ? 1 : RegisterSource(record, 0, std::move(opened.source));
 }
 
 int TInitialPhase(ProcessRecord* record, int* inputParams, int* outputParams) {
-  auto source = openSource(record, *reinterpret_cast<const KyrSegyInput*>(inputParams));
-  if (source == nullptr) return 1;
-  ReformatInput input;
-  input.told = toldOf(source->layout());
-  if (record->diskFileOutputType == OUTPUT_CHECK)
-    for (const std::string& line : source->surveyRecords()) kyrSay(record, line.c_str());
+  Opened opened = openInput(record, *reinterpret_cast<const KyrSegyInput*>(inputParams));
+  if (opened.source == nullptr) return 1;
   SetNumberOfInputs(record, 1);
-  if (RegisterSource(record, 0, std::move(source)) != kyrOk ||
-      NewInputFile(&input.link, record, "", 0, kAnySeismicType) != kyrOk) {
-    kyrSay(record, "  *** The input has more records, traces or samples than can be read.");
+  if (RegisterSource(record, 0, std::move(opened.source)) != kyrOk ||
+      NewInputFile(&opened.input.link, record, "", 0, kAnySeismicType) != kyrOk) {
+    say(record, "  *** The input has more records, traces or samples than can be read.");
     return 1;
   }
-  theRun = std::make_unique<ReformatRun>(record, outputParams, std::move(input));
+  theRun = std::make_unique<ReformatRun>(record, outputParams, std::move(opened.input));
   return theRun->begin();
 }
 

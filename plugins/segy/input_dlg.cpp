@@ -8,6 +8,7 @@
 #include "libkyr/text.h"
 #include "plugins/fieldfiles.h"
 #include "plugins/segy/description.h"
+#include "plugins/tapecounts.h"
 #include "quarlo/tapelib/dialogs/blockdialog.h"
 
 namespace {
@@ -24,7 +25,8 @@ enum CONTROL : int {
   SI_GRID,
   SI_OK,
   SI_CANCEL,
-  SI_FIELD_FILES  // and what follows
+  SI_TAPE,
+  SI_FIELD_FILES = SI_TAPE + kTapeControls  // and what follows
 };
 
 constexpr int kChoiceColumns = 28;
@@ -67,7 +69,7 @@ constexpr std::array kButtons = {
     ui::endOf(),
 };
 
-constexpr auto kItems = joinedItems(kReading, fieldFilesCard(SI_FIELD_FILES), kButtons);
+constexpr auto kItems = joinedItems(kReading, tapeCountsCard(SI_TAPE), fieldFilesCard(SI_FIELD_FILES), kButtons);
 constexpr DLG_RES kDialog = {1100, "segy-input", "SEG Y input", kItems.data(), kItems.size()};
 
 constexpr BlockDialog::Choice kTexts[] = {
@@ -128,6 +130,7 @@ void editSegyInput(KyrSegyInput* block) {
       .flag(SI_GRID, &edited.gridLines)
       .choice(SI_RECORDS, &rule, kRules)
       .number(SI_TRACES, &traces, 1, std::numeric_limits<int>::max());
+  bindTapeCounts(&dialog, SI_TAPE, &edited.tape);
   bindFieldFiles(&dialog, SI_FIELD_FILES, &edited.fieldFiles);
   dialog.follow([&](WINDOW window) {
     enableControl(window, SI_TRACES, rule == kEverySoMany);

@@ -251,8 +251,8 @@ TEST(SegyLayout, IntervalsAndTheBlocksOfATape) {
   ASSERT_TRUE(tape);
   EXPECT_EQ(tape->tracesPerRecord, 50U);
   EXPECT_EQ(tape->interval, 4000);
-  EXPECT_EQ(samplesOfBlock(*tape, 240 + 4 * 40000 + 3), 40000U);
-  EXPECT_EQ(samplesOfBlock(*tape, 239), std::nullopt);
+  EXPECT_EQ(placeInBlock(*tape, std::string(240 + 4 * 40000 + 3, '\0')).value().samples, 40000U);
+  EXPECT_FALSE(placeInBlock(*tape, std::string(239, '\0')));
 }
 
 // ---- traces -----------------------------------------------------------------------------------------------------

@@ -119,7 +119,8 @@ class ReformatRunTest : public UnitsTest {
   std::string segyFile(const std::string& name = "out") {
     return python(
         "import sys, segyio\nf = segyio.open(sys.argv[1], ignore_geometry=True)\n"
-        "print(f.bin[3217], f.bin[3221], f.bin[3225], [(h[9], h[13], h[29], int(t[0])) for h, t in zip(f.header, "
+        "print(f.bin[3213], f.bin[3217], f.bin[3221], f.bin[3225], [(h[9], h[13], h[29], int(t[0])) for h, t in "
+        "zip(f.header, "
         "f.trace)])",
         folder.path(name));
   }
@@ -161,13 +162,13 @@ TEST_F(ReformatRunTest, SegyOnDiskIsReadByAnIndependentReader) {
   if (!haveSegyReader()) GTEST_SKIP() << "python3-segyio is not installed";
   EXPECT_EQ(run(OUTPUT_SEGY, {}), 0);
   EXPECT_EQ(segyFile(),
-            "500 4 5 [(101, 1, 1, 1010), (101, 2, 2, 1020), (101, 4, 6, 1040), (102, 1, 1, 2010), (102, 2, 2, 2020), "
+            "4 500 4 5 [(101, 1, 1, 1010), (101, 2, 2, 1020), (101, 4, 6, 1040), (102, 1, 1, 2010), (102, 2, 2, 2020), "
             "(102, 4, 6, 2040)]\n");
   how.deadTraces = 0;
   how.stripAuxiliary = 1;
   how.sampleFormat = 3;
   EXPECT_EQ(run(OUTPUT_SEGY, {.lost = {{1, 1}}}), 1);  // what is dead now is left out with the dead
-  EXPECT_EQ(segyFile(), "500 4 3 [(102, 1, 1, 2010)]\n");
+  EXPECT_EQ(segyFile(), "4 500 4 3 [(102, 1, 1, 2010)]\n");
   EXPECT_TRUE(consoleHas("5 traces left out.") && consoleHas("1 trace written."));
 }
 
@@ -216,7 +217,7 @@ TEST_F(ReformatRunTest, TapesAreContinuedTogetherWhenOneIsFull) {
   for (std::size_t i = 2; i < second.size(); ++i) all += second[i];
   writeFile(folder.path("joined"), all);
   EXPECT_EQ(segyFile("joined"),
-            "500 4 5 [(101, 1, 1, 1010), (101, 2, 2, 1020), (101, 4, 6, 1040), (102, 1, 1, 2010), (102, 2, 2, 2020), "
+            "4 500 4 5 [(101, 1, 1, 1010), (101, 2, 2, 1020), (101, 4, 6, 1040), (102, 1, 1, 2010), (102, 2, 2, 2020), "
             "(102, 4, 6, 2040)]\n");
   EXPECT_TRUE(consoleHas("Continuing output on tape 2.") && consoleHas("2 output tapes."));
 }

@@ -55,5 +55,18 @@ for name in volumes:
     together += part
 assert together == wanted, "the volumes do not hold the sorted traces"
 CHECK
+
+# From a tape comes what comes from the file.
+mkdir drives
+tapetool make-drive drives one >out
+export QUARLO_VIRTUAL_DRIVES=drives
+quarlo --job segy-copy input=line.sgy output=0 >out
+quarlo --job reformat input=line.sgy output=disk.sgy to=segy >out
+quarlo --job reformat input=0 output=tape.sgy to=segy traces=3000 position=rewind >out
+cmp <(tail -c +3201 disk.sgy) <(tail -c +3201 tape.sgy)
+quarlo --job reformat input=0 output=tape.kyr traces=3000 files=one position=rewind >out
+[ "$(kyrtool dump tape.kyr | grep -c '^trace ')" = 2400 ]
+! quarlo --job reformat input=0 output=few.kyr traces=2399 position=rewind >out 2>err
+grep -qF 'has more than 2399 traces: raise "Traces a record at most".' err
 [ ! -e sorted.sgy.tmp ] && [ ! -e SegyCopy.idx ] || { echo "temporary files were left"; exit 1; }
 echo "jobs_segy: all as expected"

@@ -44,20 +44,19 @@ class Structure {
   bool bigEndian_;
 };
 
-/// Whether a block of text is the one that ends the extended text headers.
-bool isEndStanza(Bytes header) {
-  const SegyText text = segyTextOf(header);
+/// Whether a block of text begins so, but for blanks and case. @param start of small letters
+bool beginsWith(Bytes block, std::string_view start) {
+  const SegyText text = segyTextOf(block);
   std::array<int, kA2eTableSize> toEbcdic{};
   std::array<int, kE2aTableSize> toAscii{};
   initascebc(toEbcdic.data(), toAscii.data());
-  constexpr std::string_view kStanza = "((seg:endtext))";
   std::string found;
-  for (std::size_t i = 0; i < header.size() && found.size() < kStanza.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(header[i]);
+  for (std::size_t i = 0; i < block.size() && found.size() < start.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(block[i]);
     const int character = text == SegyText::Ebcdic ? toAscii.at(byte) : byte;
     if (character > ' ' && character < 127) found += static_cast<char>(std::tolower(character));
   }
-  return found == kStanza;
+  return found == start;
 }
 
 /// Everything before the traces; grows a layout and its remarks.
@@ -94,6 +93,8 @@ void Headers::take(Bytes text, Bytes binary, bool bigEndian) {
     layout_.minorRevision = structure.revisionByte(1);
     layout_.reading.extended = layout_.majorRevision >= 2;
     layout_.fixedLength = structure.int16(kBinaryFixedLength) != 0;
+    layout_.statedTexts = structure.int16(kBinaryExtended);
+    if (isExtended()) layout_.statedTrailers = structure.int32(kBinaryTrailers);
   }
   const auto count = [&](const char* name) { return SegyValue(format_, true, name, layout_.reading).countIn(binary); };
   layout_.tracesPerRecord = std::min<std::uint64_t>(count("TracesPerRec"), kMaxCount) +
@@ -134,7 +135,7 @@ std::uint64_t Headers::extendedHeaders(BytesAt& file, int count, std::uint64_t b
     return 0;
   }
   for (std::uint64_t i = 0; count == -1 && i < std::min(held, kMostTextHeaders); ++i)
-    if (isEndStanza(file.at(behindBinary + i * kEbcdicHeaderBytes, kEbcdicHeaderBytes))) return i + 1;
+    if (isSegyEndStanza(file.at(behindBinary + i * kEbcdicHeaderBytes, kEbcdicHeaderBytes))) return i + 1;
   remark(
       formatText("The number of extended text headers is given as %d and no stanza ends them: taken for none", count));
   return 0;
@@ -145,7 +146,7 @@ void Headers::placeTraces(BytesAt& file, Bytes binary, std::uint64_t behindBinar
   layout_.firstTrace = behindBinary;
   if (!hasStructure(binary)) return;
   const Structure structure(binary, layout_.reading.bigEndian);
-  layout_.extendedHeaders = extendedHeaders(file, structure.int16(kBinaryExtended), behindBinary);
+  layout_.extendedHeaders = extendedHeaders(file, layout_.statedTexts, behindBinary);
   layout_.firstTrace += layout_.extendedHeaders * kEbcdicHeaderBytes;
   if (!isExtended()) return;
   const std::uint64_t stated = structure.uint64(kBinaryFirstTrace);
@@ -156,10 +157,9 @@ void Headers::placeTraces(BytesAt& file, Bytes binary, std::uint64_t behindBinar
                       isBelieved ? "the first is taken" : "the second is taken"));
     if (isBelieved) layout_.firstTrace = stated;
   }
-  const int trailers = structure.int32(kBinaryTrailers);
   const std::uint64_t room = layout_.end - layout_.firstTrace;
-  if (trailers > 0 && static_cast<std::uint64_t>(trailers) <= room / kEbcdicHeaderBytes)
-    layout_.end -= static_cast<std::uint64_t>(trailers) * kEbcdicHeaderBytes;
+  const auto trailers = static_cast<std::uint64_t>(std::max(0, layout_.statedTrailers));
+  if (trailers <= room / kEbcdicHeaderBytes) layout_.end -= trailers * kEbcdicHeaderBytes;
 }
 
 /// The byte order that the headers themselves tell.
@@ -174,6 +174,23 @@ std::optional<bool> statedByteOrder(const SegyFormat& format, Bytes binary) {
     return code <= 16 && isSegyFormat(static_cast<int>(code));
   };
   return isCode(true) == isCode(false) ? std::nullopt : std::optional(isCode(true));
+}
+
+/// @param header the first trace's; empty when there is none
+void takeInterval(const SegyFormat& format, Bytes binary, Bytes header, SegyLayout* layout) {
+  const auto intervalOf = [&](bool isBinary, Bytes bytes) {
+    return SegyValue(format, isBinary, "Dt", layout->reading).positiveIn(bytes);
+  };
+  const double ofFile = intervalOf(true, binary);
+  const double ofTrace = header.empty() ? 0.0 : intervalOf(false, header);
+  layout->interval = ofFile > 0.0 ? ofFile : ofTrace;
+  if (ofFile > 0.0 && ofTrace > 0.0 && ofFile != ofTrace)
+    layout->remarks.push_back(
+        formatText("The binary header gives an interval of %.9g us, the first trace %.9g us: the first is taken",
+                   ofFile, ofTrace));
+  if (layout->interval != std::floor(layout->interval))
+    layout->remarks.push_back(
+        formatText("The sample interval is no whole number of microseconds: %.9g us", layout->interval));
 }
 
 /// A file as it is when its bytes have this order.
@@ -191,11 +208,10 @@ class FileReading {
   static std::uint64_t lengthOf(short isThere, int bytes) {
     return isThere != 0 ? static_cast<std::uint64_t>(std::max(0, bytes)) : 0;
   }
-  void takeInterval(SegyLayout* layout);
-
   BytesAt& file_;
   const SegyFormat& format_;
   const SegyChoices& choices_;
+  std::uint64_t label_ = 0;  // bytes
   std::string text_;
   std::string binary_;
 };
@@ -207,10 +223,11 @@ bool FileReading::readReel(std::string* reason) {
     const Bytes bytes = file_.at(place, static_cast<std::size_t>(count));
     return std::string(bytes.begin(), bytes.end());
   };
-  text_ = copied(0, textBytes);
-  binary_ = copied(textBytes, binaryBytes);
+  label_ = isSegyLabel(file_.at(0, kSegyLabelBytes)) ? kSegyLabelBytes : 0;
+  text_ = copied(label_, textBytes);
+  binary_ = copied(label_ + textBytes, binaryBytes);
   if (text_.size() == textBytes && binary_.size() == binaryBytes) return true;
-  const std::uint64_t needed = textBytes + binaryBytes;
+  const std::uint64_t needed = label_ + textBytes + binaryBytes;
   *reason = formatText("the file has %llu bytes, its reel headers need %llu",
                        static_cast<unsigned long long>(file_.size()), static_cast<unsigned long long>(needed));
   return false;
@@ -221,28 +238,13 @@ std::optional<SegyLayout> FileReading::in(bool bigEndian, std::string* reason) {
   Headers headers(format_, choices_, &layout);
   headers.take(text_, binary_, bigEndian);
   if (!headers.takeSampleFormat(binary_, reason)) return std::nullopt;
-  headers.placeTraces(file_, binary_, text_.size() + binary_.size());
+  headers.placeTraces(file_, binary_, label_ + text_.size() + binary_.size());
   const auto binarySamples = SegyValue(format_, true, "Nt", layout.reading).countIn(binary_);
   fitTraces(file_, format_, choices_.records, headers.headerLengths(binary_), binarySamples, &layout);
-  takeInterval(&layout);
+  const bool hasTrace = layout.traces > 0;
+  takeInterval(format_, binary_, hasTrace ? file_.at(layout.firstTrace, layout.runs.front().headerBytes) : Bytes(),
+               &layout);
   return layout;
-}
-
-void FileReading::takeInterval(SegyLayout* layout) {
-  const auto intervalOf = [&](bool isBinary, Bytes header) {
-    return SegyValue(format_, isBinary, "Dt", layout->reading).positiveIn(header);
-  };
-  const double ofFile = intervalOf(true, binary_);
-  double ofTrace = 0.0;
-  if (layout->traces > 0) ofTrace = intervalOf(false, file_.at(layout->firstTrace, layout->runs.front().headerBytes));
-  layout->interval = ofFile > 0.0 ? ofFile : ofTrace;
-  if (ofFile > 0.0 && ofTrace > 0.0 && ofFile != ofTrace)
-    layout->remarks.push_back(
-        formatText("The binary header gives an interval of %.9g us, the first trace %.9g us: the first is taken",
-                   ofFile, ofTrace));
-  if (layout->interval != std::floor(layout->interval))
-    layout->remarks.push_back(
-        formatText("The sample interval is no whole number of microseconds: %.9g us", layout->interval));
 }
 
 /// The two byte orders tried: big-endian unless only the other can be read, or leaves fewer bytes over.
@@ -281,6 +283,16 @@ SegyText segyTextOf(std::span<const char> header) {
   return ascii > ebcdic ? SegyText::Ascii : SegyText::Ebcdic;
 }
 
+bool beginsSegyStanza(std::span<const char> block) { return beginsWith(block, "(("); }
+
+bool isSegyEndStanza(std::span<const char> block) { return beginsWith(block, "((seg:endtext))"); }
+
+bool isSegyLabel(std::span<const char> bytes) {
+  constexpr std::size_t kNumberBytes = 4;
+  if (bytes.size() != kSegyLabelBytes || !beginsWith(bytes.subspan(kNumberBytes), "sy")) return false;
+  return std::isdigit(static_cast<unsigned char>(bytes[kNumberBytes + 2])) != 0;
+}
+
 std::optional<SegyLayout> segyFileLayout(BytesAt& file, const SegyFormat& format, const SegyChoices& choices,
                                          std::string* reason) {
   FileReading reading(file, format, choices);
@@ -300,8 +312,34 @@ std::optional<SegyLayout> segyTapeLayout(std::span<const char> text, std::span<c
   return layout;
 }
 
-std::optional<std::uint32_t> samplesOfBlock(const SegyLayout& layout, std::size_t blockBytes) {
-  if (blockBytes < layout.headerBytes || layout.sampleBytes == 0) return std::nullopt;
-  const std::size_t samples = (blockBytes - layout.headerBytes) / layout.sampleBytes;
-  return samples <= kMaxCount ? std::optional(static_cast<std::uint32_t>(samples)) : std::nullopt;
+bool takeFirstTrace(std::span<const char> block, std::span<const char> binary, const SegyFormat& format,
+                    SegyLayout* layout) {
+  const auto place = placeInBlock(*layout, block);
+  if (!place || place->samples == 0) return false;
+  layout->runs = {{0, 0, place->headerBytes, place->samples}};
+  takeInterval(format, binary, block.first(place->headerBytes), layout);
+  const auto stated = SegyValue(format, true, "Nt", layout->reading).countIn(binary);
+  if (stated != 0 && stated != place->samples)
+    layout->remarks.push_back(formatText("The binary header gives %llu samples per trace, the traces have %u",
+                                         static_cast<unsigned long long>(stated), place->samples));
+  return true;
+}
+
+std::optional<SegyPlace> placeInBlock(const SegyLayout& layout, std::span<const char> block) {
+  if (layout.sampleBytes == 0) return std::nullopt;
+  const auto most = std::min<std::size_t>(block.size(), layout.headerBytes);
+  const std::uint32_t headerBytes = segyTraceHeaderBytes(layout, block.first(most));
+  // The traces of a description without trace headers have none; all others begin with a whole one.
+  if (block.size() < headerBytes || (most < layout.headerBytes && headerBytes == most)) return std::nullopt;
+  const std::size_t samples = (block.size() - headerBytes) / layout.sampleBytes;
+  if (samples > kMaxCount) return std::nullopt;
+  return SegyPlace{0, headerBytes, static_cast<std::uint32_t>(samples)};
+}
+
+std::uint32_t segyTraceHeaderBytes(const SegyLayout& layout, std::span<const char> header) {
+  const auto most = static_cast<std::uint32_t>(header.size());
+  if (!layout.reading.extended || most < static_cast<std::uint32_t>(kTraceHeaderBlocks.end())) return most;
+  const char* const place = header.data() + kTraceHeaderBlocks.byte - 1;
+  const int blocks = layout.reading.bigEndian ? loadBeInt16(place) : loadLeInt16(place);
+  return blocks > 0 ? std::min(most, static_cast<std::uint32_t>(kTraceHeaderBytes * (1 + blocks))) : most;
 }

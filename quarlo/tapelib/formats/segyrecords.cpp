@@ -15,14 +15,18 @@ const char* ending(std::uint64_t count) { return count > 1 ? "s" : ""; }
 SegyRecords::SegyRecords(const SegyFormat& format, SegyReading reading, const SegyRecordRule& rule)
     : rule_(rule), value_(format, false, rule.field.c_str(), reading) {}
 
-bool SegyRecords::beginsRecord(std::span<const char> header) {
-  if (rule_.field.empty()) return records_ == 0 || (rule_.tracesPerRecord != 0 && ofLast_ == rule_.tracesPerRecord);
-  const double last = std::exchange(last_, value_.in(header).value_or(0.0));
-  return records_ == 0 || (last_ != last && !(std::isnan(last_) && std::isnan(last)));
+void SegyRecords::readAs(const SegyFormat& format, SegyReading reading) {
+  value_ = SegyValue(format, false, rule_.field.c_str(), reading);
 }
 
-bool SegyRecords::add(std::span<const char> header) {
-  const bool begins = beginsRecord(header);
+/// Whether the field has another value than before.
+bool SegyRecords::changes(std::span<const char> header) {
+  const double value = value_.in(header).value_or(0.0);
+  const std::optional<double> last = std::exchange(last_, value);
+  return last && *last != value && !(std::isnan(*last) && std::isnan(value));
+}
+
+bool SegyRecords::count(bool begins) {
   if (begins) {
     largest_ = largest();
     ofLast_ = 0;
@@ -30,6 +34,19 @@ bool SegyRecords::add(std::span<const char> header) {
   }
   ++ofLast_;
   return begins;
+}
+
+bool SegyRecords::add(std::span<const char> header) {
+  const bool isNew = std::exchange(isNew_, false);
+  const bool isFull = !readsHeaders() && rule_.tracesPerRecord != 0 && ofLast_ == rule_.tracesPerRecord;
+  const bool isOther = readsHeaders() && changes(header);
+  return count(isNew || isFull || isOther);
+}
+
+bool SegyRecords::addLost(std::uint64_t most) {
+  const bool begins = std::exchange(isNew_, false) || ofLast_ >= most;
+  if (begins) last_.reset();
+  return count(begins);
 }
 
 SegyRecordSurvey::SegyRecordSurvey(const SegyFormat& format, SegyReading reading) {

@@ -56,7 +56,6 @@ class Fitting {
   std::uint64_t room() const { return layout_.end - std::min(layout_.firstTrace, layout_.end); }
   Fit byOwnCounts(std::uint32_t headerBytes);
   Fit byOneCount(std::uint32_t headerBytes);
-  std::uint32_t headerBytesOf(std::span<const char> header) const;
 
   BytesAt& file_;
   const SegyLayout& layout_;
@@ -66,15 +65,6 @@ class Fitting {
   std::uint64_t binarySamples_;
 };
 
-/// A trace of revision 2 may say that it has fewer additional headers than the file's traces have at most.
-std::uint32_t Fitting::headerBytesOf(std::span<const char> header) const {
-  const auto most = static_cast<std::uint32_t>(header.size());
-  if (!layout_.reading.extended || most < static_cast<std::uint32_t>(kTraceHeaderBlocks.end())) return most;
-  const char* const place = header.data() + kTraceHeaderBlocks.byte - 1;
-  const int blocks = layout_.reading.bigEndian ? loadBeInt16(place) : loadLeInt16(place);
-  return blocks > 0 ? std::min(most, static_cast<std::uint32_t>(kTraceHeaderBytes * (1 + blocks))) : most;
-}
-
 Fit Fitting::byOwnCounts(std::uint32_t headerBytes) {
   Fit fit{headerBytes, {}, 0, room(), true};
   RecordsOf records(noRecords_, &fit);
@@ -83,7 +73,7 @@ Fit Fitting::byOwnCounts(std::uint32_t headerBytes) {
     const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(headerBytes, fit.rest));
     const auto header = file_.at(place, wanted);
     const std::uint64_t samples = own_.countIn(header);
-    const std::uint32_t ownBytes = headerBytesOf(header);
+    const std::uint32_t ownBytes = segyTraceHeaderBytes(layout_, header);
     const std::uint64_t length = ownBytes + samples * layout_.sampleBytes;
     if (header.size() < wanted || samples == 0 || samples > kMaxCount || length > fit.rest) break;
     if (fit.runs.empty() || fit.runs.back().samples != samples || fit.runs.back().headerBytes != ownBytes)

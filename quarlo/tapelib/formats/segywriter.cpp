@@ -11,6 +11,7 @@
 
 #include "libkyr/byteorder.h"
 #include "libkyr/nullvalue.h"
+#include "libkyr/partfile.h"
 #include "libkyr/segysamples.h"
 #include "libkyr/text.h"
 #include "quarlo/tapelib/console.h"
@@ -222,6 +223,20 @@ void fillMappedFields(SegyFormat* segyFmt, char* header, const TraceInfo& trace)
 
 float segyInterval(double seconds) {
   return std::nextafter(static_cast<float>(std::round(seconds * 1e6) / 1000.0), std::numeric_limits<float>::infinity());
+}
+
+bool amendTracesPerRecord(const std::string& path, SegyFormat* segyFmt, short tracesPerRecord) {
+  if (segyFmt->itHasBinaryHeader == 0) return true;
+  const auto place = static_cast<std::uint64_t>(segyFmt->itHasReelHeader != 0 ? segyFmt->itsReelBytes : 0);
+  std::vector<unsigned char> header(static_cast<std::size_t>(segyFmt->itsBinaryBytes));
+  PartFile file;
+  if (!file.open(path, PartFile::Mode::Update)) return false;
+  const auto got = file.readAt(place, header.data(), header.size());
+  if (!got) return false;
+  header.resize(*got);
+  if (header.size() == static_cast<std::size_t>(segyFmt->itsBinaryBytes))
+    HeaderFields(segyFmt, true, reinterpret_cast<char*>(header.data())).put("TracesPerRec", tracesPerRecord);
+  return file.writeAt(place, header.data(), header.size()) == header.size() && file.close();
 }
 
 void fillTraceHeader(SegyFormat* segyFmt, char* header, int traceNumber, int fieldFileNumber, int channel,

@@ -9,6 +9,8 @@
 /// for instance, counts to 65,535 at most) is cut, with a line on the console of the record, once for each output.
 #pragma once
 
+#include <string>
+
 #include "libkyr/process.h"
 #include "quarlo/tapelib/formats/segyformat.h"
 
@@ -21,6 +23,10 @@
 int initSegyOut(ProcessRecord* procRecord, SegyFormat* segyFmt, short tracesPerRecord, short auxPerRecord,
                 float sampleInterval, int samplesPerTrace, short sampleFormat, short sweepLength, short sweepChannel,
                 short corrFlag, const char* ebcdicText);
+
+/// Puts another count of traces a record into the binary header of a file that initSegyOut began and that has reached
+/// the system. @return false with errno
+bool amendTracesPerRecord(const std::string& path, SegyFormat* segyFmt, short tracesPerRecord);
 
 /// Fills the fields of a trace header. What no field covers stays as it is.
 /// @param header itsTraceBytes bytes

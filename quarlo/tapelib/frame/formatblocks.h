@@ -31,6 +31,15 @@ struct KyrFieldFiles {
   int leftOut[KYR_FIELD_FILES];
 };
 
+enum { KYR_MOST_RECORDS = 10000 };
+
+/// What a tape does not tell before its end. More than is announced ends a run.
+struct KyrTapeCounts {
+  int records;  ///< at most so many; 0: KYR_MOST_RECORDS
+  int traces;   ///< of a record, at most; 0: as the headers say
+  int oneFile;  ///< 1: a single tape file, or what it goes on with on further tapes; 0: all files of the tapes
+};
+
 /// Values of KyrSegyInput::text.
 enum { KYR_TEXT_TOLD_APART = 0, KYR_TEXT_EBCDIC = 1, KYR_TEXT_ASCII = 2 };
 
@@ -46,6 +55,7 @@ struct KyrSegyInput {
   int byteOrder;                     ///< KYR_ORDER_DESCRIBED: as the file says
   int sampleFormat;                  ///< code of the sample format; 0: as the file says
   struct KyrFieldFiles fieldFiles;
+  struct KyrTapeCounts tape;
 };
 
 /// How SEG Y is written.
@@ -85,4 +95,5 @@ struct KyrSegdInput {
   int sets;         ///< entries of setList; 0: all channel sets
   int setList[KYR_SEGD_SETS];
   struct KyrFieldFiles fieldFiles;
+  struct KyrTapeCounts tape;
 };

@@ -8,6 +8,7 @@
 
 #include "libkyr/text.h"
 #include "quarlo/tapelib/frame/loglines.h"
+#include "quarlo/tapelib/frame/tapeblocks.h"
 
 namespace {
 
@@ -21,6 +22,11 @@ double shortestDecimal(float value) {
 }
 
 }  // namespace
+
+void announceTape(const KyrTapeCounts& counts, ReformatInput* input) {
+  input->records = counts.records > 0 ? counts.records : int{KYR_MOST_RECORDS};
+  input->recordsParameter = kMostRecordsName;
+}
 
 ReformatRun::ReformatRun(ProcessRecord* procRecord, const int* outputBlock, ReformatInput input)
     : record_(procRecord), input_(std::move(input)), outputBlock_(outputBlock) {}
@@ -153,8 +159,7 @@ bool ReformatRun::goOn() {
 void ReformatRun::showProgress(int record) {
   constexpr int kWhole = 100;
   percent_ = static_cast<int>(std::int64_t{kWhole} * record / counts_.records);
-  const UnitStruct* const units = GetDevUnit(record_);
-  if (units != nullptr && units->type == UT_TAPE) tapeFiles_ = std::max(1, units->fileNum);
+  if (input_.tapeFiles) tapeFiles_ = input_.tapeFiles() + 1;  // the number of the next, as the dialog wants it
 }
 
 // ---- the end ----------------------------------------------------------------------------------------------------

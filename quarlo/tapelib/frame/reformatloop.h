@@ -2,11 +2,13 @@
 /// what the user chose as output comes out.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "quarlo/tapelib/frame/formatblocks.h"
 #include "quarlo/tapelib/frame/jobframe.h"
 #include "quarlo/tapelib/frame/traceoutput.h"
 
@@ -18,7 +20,11 @@ struct ReformatInput {
   std::string told;     ///< what it is, for the output's text header, such as "SEG D field files, SEG D revision 2.1"
   int records = 0;      ///< of a source that does not know its records: at most so many are announced
   const char* recordsParameter = "";  ///< what the user calls that number
+  std::function<int()> tapeFiles{};   ///< of a source on tapes: how many of their files were read
 };
+
+/// Takes what was announced of a tape.
+void announceTape(const KyrTapeCounts& counts, ReformatInput* input);
 
 /// One run. Its phases answer as a module's do: 0, or nonzero when the run has ended, failed or stopped, and everything
 /// is closed.

@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <vector>
 
@@ -41,6 +43,8 @@ class SegyTraceOutput : public TraceOutput {
   bool loadDescription();
   void tellInterval(double microseconds);
   bool writeReelHeaders();
+  static short headerCount(int traces);
+  void amendCount(int largest);
   void build(const float* samples, const TraceInfo& header);
   TracePutAnswer write();
   TracePutAnswer nextTapes();
@@ -101,11 +105,23 @@ void SegyTraceOutput::tellInterval(double microseconds) {
                    std::round(microseconds)));
 }
 
+short SegyTraceOutput::headerCount(int traces) {
+  return static_cast<short>(std::min<int>(traces, std::numeric_limits<short>::max()));
+}
+
+/// What was announced may have been more than came.
+void SegyTraceOutput::amendCount(int largest) {
+  if (headerCount(largest) == headerCount(counts_.tracesPerRecord)) return;
+  const std::string path = pathOf(units_[1].fs);
+  if (!amendTracesPerRecord(path, &format_, headerCount(largest)))
+    say(formatText("  ** The binary header of %s keeps the announced count of traces a record: %s.", path.c_str(),
+                   std::strerror(errno)));
+}
+
 bool SegyTraceOutput::writeReelHeaders() {
-  constexpr int kLargest = std::numeric_limits<short>::max();
   const std::string text = segyTextLines(told_, format_, sampleFormat_, counts_, how_);
-  return initSegyOut(record_, &format_, static_cast<short>(std::min(counts_.tracesPerRecord, kLargest)), 0, interval_,
-                     counts_.samples, static_cast<short>(sampleFormat_), 0, 0, 0, text.c_str()) == 0;
+  return initSegyOut(record_, &format_, headerCount(counts_.tracesPerRecord), 0, interval_, counts_.samples,
+                     static_cast<short>(sampleFormat_), 0, 0, 0, text.c_str()) == 0;
 }
 
 /// A trace number that the input has stays; others get the number of their place in the output.
@@ -171,9 +187,10 @@ TracePutAnswer SegyTraceOutput::nextTapes() {
 }
 
 /// The marks of tapes are the business of who runs the module; a tape that ended here got its own.
-bool SegyTraceOutput::finish(JobEnd /*end*/, int /*records*/, int /*largest*/) {
+bool SegyTraceOutput::finish(JobEnd /*end*/, int /*records*/, int largest) {
   if (!begun_ || isTape()) return true;
   const bool whole = disk_.flush();
+  amendCount(largest);
   DiskSync sync;
   sync.add(units_[1].fp, pathOf(units_[1].fs));
   const bool synced = sync.wait([this](const DiskSync::Failure& failure) { say(diskErrorText(failure)); });

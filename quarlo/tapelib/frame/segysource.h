@@ -16,6 +16,10 @@ struct SegySourceParams {
   bool gridLines = false;  ///< CMP line and location from the inline and crossline numbers
   /// Whether records whose first trace is of this field file are passed over; empty: none are.
   std::function<bool(int fieldFile)> skips{};
+  // Of tapes.
+  int mostTraces = 0;    ///< places of a record; 0: as the binary header says
+  bool oneFile = false;  ///< the filemark behind the first file ends the input; else two filemarks do
+  bool survey = false;   ///< tell at the end what records the likely fields would make
 };
 
 class SegyFileSource final : public TraceSource {
