@@ -41,9 +41,9 @@ constexpr std::array<DLG_ITEM, 1> removeDC() {
 }
 constexpr std::array<DLG_ITEM, 6> foot() {
   return {ui::buttons(),
-          ui::push(IT_RUN, "run", "R~un", IF_DEFAULT, "Test, and write the report into the dump window"),
           ui::push(IT_SAVE, "save", "~Save values…", IF_DISABLED, "Write the last run's values to a file (*.csv)"),
           ui::glue(),
+          ui::push(IT_RUN, "run", "R~un", IF_DEFAULT, "Test, and write the report into the dump window"),
           ui::push(IT_CLOSE, "close", "~Close", IF_CANCEL),
           ui::endOf()};
 }

@@ -29,8 +29,6 @@ class ReportInput {
   bool headerCounted(int record, int trace, TraceInfo* header);
   bool traceCounted(int record, int trace, float* samples, TraceInfo* header);
 
-  /// Begins counting anew: what was read will be read again.
-  void forgetMissing() { lost_ = neverWritten_ = 0; }
   /// A console line with how many traces were lost or damaged and how many were never written, and the first of them;
   /// none when all were there.
   void tellMissing() const;

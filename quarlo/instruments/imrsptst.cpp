@@ -41,17 +41,17 @@ void removeMean(float* samples, int count, bool removeDC) {
   if (removeDC) vsadd(samples, 1, -meanv(samples, 1, count), samples, 1, count);
 }
 
-/// The average of the live traces. @return how many they are
-int average(TestRun* run, const FieldRecord& record, const Settings& chosen, float* trace, float* averageTrace) {
+/// Takes the average of the live traces, and leaves their numbers.
+void average(TestRun* run, const FieldRecord& record, float* trace, float* averageTrace, std::vector<int>* numbers) {
   const int n = run->samples();
-  int count = 0;
-  run->forLive(record, chosen.firstTrace, chosen.lastTrace, trace, [&](const TestedTrace&) {
-    removeMean(trace, n, chosen.removeDC);
+  std::vector<int> live;
+  run->forLive(record, *numbers, trace, [&](const TestedTrace& one) {
+    removeMean(trace, n, settings.removeDC);
     vadd(averageTrace, 1, trace, 1, averageTrace, 1, n);
-    ++count;
+    live.push_back(one.number);
   });
-  if (count > 0) vsmul(averageTrace, 1, 1.0F / static_cast<float>(count), averageTrace, 1, n);
-  return count;
+  if (!live.empty()) vsmul(averageTrace, 1, 1.0F / static_cast<float>(live.size()), averageTrace, 1, n);
+  *numbers = std::move(live);
 }
 
 float differencePercent(const float* averageTrace, float rmsAverage, float* samples, int count) {
@@ -65,12 +65,10 @@ int runImpulseResponseTest() {
   const bool removeDC = settings.removeDC;
   std::unique_ptr<float[]> averageTrace;
   float rmsAverage = 0;
-  const auto prepare = [&](TestRun& run, const FieldRecord& record, float* trace) {
+  const auto prepare = [&](TestRun& run, const FieldRecord& record, float* trace, std::vector<int>* numbers) {
     averageTrace = run.buffer(run.samples(), "averageTrace");
-    if (average(&run, record, settings, trace, averageTrace.get()) == 0) return false;
+    average(&run, record, trace, averageTrace.get(), numbers);
     rmsAverage = rmsqv(averageTrace.get(), 1, run.samples());
-    run.input().forgetMissing();  // all of it is read again
-    return true;
   };
   return runOneLevelTest(
       kTest, {settings.fieldFile, settings.firstTrace, &settings.lastTrace, &removeDC, settings.maxVariation},

@@ -12,16 +12,16 @@ struct Total {
   int count = 0;
 };
 
-Total writeTable(TestRun* run, const OneLevelTest& test, const OneLevelSettings& settings, const FieldRecord& record,
-                 float* samples, const std::function<float(float*, int)>& measure) {
+Total writeTable(TestRun* run, const OneLevelTest& test, float limit, const FieldRecord& record,
+                 const std::vector<int>& numbers, float* samples, const std::function<float(float*, int)>& measure) {
   Total total;
   for (const char* line : test.tableHead) run->line("%s", line);
-  run->forLive(record, settings.firstTrace, *settings.lastTrace, samples, [&](const TestedTrace& trace) {
+  run->forLive(record, numbers, samples, [&](const TestedTrace& trace) {
     const float value = measure(samples, run->samples());
     total.sum += value;
     ++total.count;
     run->traceLine(trace, formatText("  %6d          %12.6f", trace.number, value), {value},
-                   std::fabs(value) > settings.limit ? kFailedSix : nullptr);
+                   std::fabs(value) > limit ? kFailedSix : nullptr);
   });
   return total;
 }
@@ -43,8 +43,7 @@ std::vector<LevelPair> measurePairs(TestRun* run, const TwoRecordSettings& setti
   const auto trace = run->buffer(run->samples(), "trace");
   const auto noiseTrace = run->buffer(run->samples(), "noiseTrace");
   std::vector<LevelPair> levels;
-  const int last = std::min(*settings.lastTrace, run->input().traces());
-  for (int number = std::max(settings.firstTrace, 1); number <= last; ++number) {
+  for (const int number : run->traces(settings.firstTrace, *settings.lastTrace)) {
     const auto live = run->read(signal, number, trace.get());
     if (!run->read(noise, number, noiseTrace.get()) || !live) continue;
     levels.push_back({*live, cycleLevel(trace.get(), run->samples(), settings.removeDC),
@@ -70,9 +69,11 @@ int runOneLevelTest(const OneLevelTest& test, const OneLevelSettings& settings,
         run.line(test.limitLine, settings.limit);
         run.blank();
         const auto trace = run.buffer(run.samples(), "trace");
+        std::vector<int> numbers = run.traces(settings.firstTrace, *settings.lastTrace);
+        if (prepare) prepare(run, record, trace.get(), &numbers);
         Total total;
-        if (!prepare || prepare(run, record, trace.get()))
-          total = writeTable(&run, test, settings, record, trace.get(), measure);
+        if (!prepare || !numbers.empty())
+          total = writeTable(&run, test, settings.limit, record, numbers, trace.get(), measure);
         run.countLines(record, total.count);
         run.line(test.averageLine, total.sum / total.count);
         run.end();

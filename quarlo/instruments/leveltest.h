@@ -25,8 +25,10 @@ struct OneLevelSettings {
   float limit;           ///< a trace fails whose value is beyond it, whatever its sign
 };
 
-/// What a test does with the record before its table. @return whether there is a table
-using Preparation = std::function<bool(TestRun& run, const FieldRecord& record, float* trace)>;
+/// What a test does with the record before its table. Takes from `numbers` the traces that the table is not about; with
+/// none left there is no table.
+using Preparation =
+    std::function<void(TestRun& run, const FieldRecord& record, float* trace, std::vector<int>* numbers)>;
 
 /// @param measure may change the samples @return as runTest
 int runOneLevelTest(const OneLevelTest& test, const OneLevelSettings& settings,

@@ -1,7 +1,9 @@
 #include "quarlo/instruments/testframe.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <new>
+#include <numeric>
 
 #include "libkyr/nullcheck.h"
 #include "libkyr/text.h"
@@ -96,11 +98,16 @@ void TestRun::remark(const char* consoleLine) {
 
 FieldRecord TestRun::find(int fieldFile) {
   TraceInfo header;
+  int unread = 0;
   for (int number = 1; number <= input_.records(); ++number)
-    if (input_.header(number, 1, &header) && wholeProperty(trFieldFile, header) == fieldFile)
+    if (!input_.header(number, 1, &header))
+      ++unread;
+    else if (wholeProperty(trFieldFile, header) == fieldFile)
       return {number, fieldFile};
   line("   ***  Error: field file %d not found in the input file.", fieldFile);
-  throw TestEnded{formatText("Field file %d not found", fieldFile)};
+  std::string why = formatText("Field file %d not found", fieldFile);
+  if (unread > 0) why += formatText(". Records that cannot be read: %d", unread);
+  throw TestEnded{why};
 }
 
 void TestRun::checkLastTrace(int* lastTrace) {
@@ -135,6 +142,13 @@ std::optional<TestedTrace> TestRun::read(const FieldRecord& record, int number, 
   bool isDead = false;
   const TestedTrace trace = readAny(record, number, samples, &isDead);
   return isDead ? std::nullopt : std::optional(trace);
+}
+
+std::vector<int> TestRun::traces(int first, int last) const {
+  const int from = std::max(first, 1);
+  std::vector<int> numbers(static_cast<std::size_t>(std::max(0, std::min(last, input_.traces()) - from + 1)));
+  std::iota(numbers.begin(), numbers.end(), from);
+  return numbers;
 }
 
 void TestRun::finish(TestOutcome* outcome) {

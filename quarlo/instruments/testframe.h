@@ -8,11 +8,11 @@
 /// Whatever leaves the body, the dataset is closed and all memory is free.
 #pragma once
 
-#include <algorithm>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "quarlo/common/reportdialog.h"
 #include "quarlo/common/reportinput.h"
@@ -84,13 +84,18 @@ class TestRun {
   TestedTrace readAny(const FieldRecord& record, int number, float* samples, bool* isDead = nullptr);
   /// Reads a trace. @return nothing for a dead one
   std::optional<TestedTrace> read(const FieldRecord& record, int number, float* samples);
-  /// Reads the traces from `first` to `last` that a record has, and hands on those that live.
+  /// The traces from `first` to `last` that a record has.
+  std::vector<int> traces(int first, int last) const;
+  /// Reads traces, and hands on those that live.
   /// @param samples room for a trace @param use called with the trace; its samples are in `samples`
   template <typename Use>
-  void forLive(const FieldRecord& record, int first, int last, float* samples, Use use) {
-    const int end = std::min(last, input_.traces());
-    for (int number = std::max(first, 1); number <= end; ++number)
+  void forLive(const FieldRecord& record, const std::vector<int>& numbers, float* samples, Use use) {
+    for (const int number : numbers)
       if (const auto trace = read(record, number, samples)) use(*trace);
+  }
+  template <typename Use>
+  void forLive(const FieldRecord& record, int first, int last, float* samples, Use use) {
+    forLive(record, traces(first, last), samples, use);
   }
 
   /// Hands over what came of the run: its last call.

@@ -32,8 +32,9 @@ int gapBelow(const Cell& above, const Cell& below, const Spacing& spacing) {
   return spacing.line;
 }
 
+/// Glue that gives no room still parts what stands before it from what stands behind.
 int gapBeside(const Cell& left, const Cell& right, const Spacing& spacing) {
-  if (left.kind == IK_GLUE || right.kind == IK_GLUE) return 0;
+  if (left.kind == IK_GLUE) return 0;
   return isGroup(left) && isGroup(right) ? spacing.cards : spacing.beside;
 }
 
