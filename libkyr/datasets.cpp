@@ -207,6 +207,11 @@ int CopyBinaryHeader(ProcessRecord* procRecord, Link from, Link to) {
   return target != nullptr ? target->copyProperties(source->org()) : why;
 }
 
+bool UsesFile(const ProcessRecord* procRecord, Link link, const char* path) {
+  const TraceSource* const source = sourceOf(procRecord, link);
+  return source != nullptr && path != nullptr && source->uses(path);
+}
+
 int GetSourceFormat(const ProcessRecord* procRecord, Link link, SourceFormat* format) {
   const TraceSource* const source = sourceOf(procRecord, link);
   if (source == nullptr || format == nullptr) return kyrBadCall;

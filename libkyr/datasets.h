@@ -62,6 +62,9 @@ int GetInSeismicType(const ProcessRecord* procRecord, Link link);
 /// Gives an output the properties of another dataset: all but the counts and the ranges, which belong to the traces.
 int CopyBinaryHeader(ProcessRecord* procRecord, Link from, Link to);
 
+/// Whether `path` leads to a file that a link reads or writes: no other output may go there.
+bool UsesFile(const ProcessRecord* procRecord, Link link, const char* path);
+
 /// How the traces of a link stand in their file. @return 0, or kyrBadCall for a link that is not valid
 int GetSourceFormat(const ProcessRecord* procRecord, Link link, SourceFormat* format);
 

@@ -7,7 +7,7 @@ namespace {
 std::vector<DLG_RES> allDialogs() {
   std::vector<DLG_RES> all;
   for (const auto& topic : {kShellDialogs, kProgressDialogs, kDriveDialogs, kTapeDialogs, kCopyDialogs, kSegyDialogs,
-                            kSegdDialogs, kReformatDialogs, kDumpDialogs, kInstrumentDialogs})
+                            kSegdDialogs, kReformatDialogs, kMergeDialogs, kDumpDialogs, kInstrumentDialogs})
     all.insert(all.end(), topic.begin(), topic.end());
   return all;
 }

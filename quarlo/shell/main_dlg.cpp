@@ -8,6 +8,7 @@
 #include "quarlo/copy/vrfy_dlg.h"
 #include "quarlo/dump/fdmp_dlg.h"
 #include "quarlo/dump/tdmp_dlg.h"
+#include "quarlo/merge/mergedlg.h"
 #include "quarlo/reformat/rfmt_dlg.h"
 #include "quarlo/tapelib/dialogs/dialogevents.h"
 #include "resources/ids.h"
@@ -33,7 +34,7 @@ constexpr JobButton kButtons[] = {
      true},
     // Named after the copy on purpose: both are the image copy's dialogs to those who read the message.
     {MAIN_VERIFY, DLG_VERIFY, VerifyDialog_eh, "Verify", "Error opening Image Copy dialog", nullptr, true},
-    {MAIN_MERGE, DLG_MERGE, nullptr, "Dataset merge", "Error opening Kyr File Merge dialog", nullptr, false},
+    {MAIN_MERGE, DLG_MERGE, FileMergeDlg_eh, "Dataset merge", "Error opening Kyr File Merge dialog", nullptr, false},
     {MAIN_FILE_DUMP, DLG_FILE_DUMP, FileDumpDlg_eh, "File dump", "Error opening File Analysis dialog", &gFAnlsWindowUp,
      false},
     {MAIN_FILE_SCAN, DLG_FILE_SCAN, nullptr, "File scan", "Error opening File Scan dialog", nullptr, false},

@@ -598,6 +598,7 @@ PLAYERS = {
         ("KYRHOME=", lambda text: run(text.replace("~/tapes/1201", ".").replace("...", "--jobs"))),
     ],
     "docs/libkyr.md": [("const ProcessRecordPtr", library_calls), ("SetNumberOfOutputs", library_calls)],
+    "docs/merge.md": [("quarlo --job", By("tests/scripts/jobs_datasets.sh"))],
     "docs/reformat.md": [("quarlo --headless", By("tests/scripts/reformat.sh"))],
     "docs/scripts.md": [
         ("# one cartridge", night),

@@ -28,9 +28,9 @@ expect menu-enabled copy
 screenshot main "$SHOTS/main.png"
 
 # What is not built yet says so; so do the companion programs.
-press main.merge
+press main.file-scan
 wait window note-box 5
-expect text note-box.text "Dataset merge is not part of this build yet."
+expect text note-box.text "File scan is not part of this build yet."
 screenshot note-box "$SHOTS/note.png"
 press note-box.ok
 menu companion-2

@@ -20,16 +20,23 @@ void withControl(WINDOW dialog, int control, Use use) {
 
 using FileBox = FL_STATUS (*)(FILE_SPEC* file, const char* title);
 
+// From the first choice on the boxes remember their folder.
+bool hasChosen = false;
+
+/// Asks by a box that starts in `*start`; where that is empty, in the home folder.
+template <typename Box>
+bool choose(const Box& box, DIRECTORY* start, const char* failure) {
+  if (!hasChosen && start->path[0] == '\0') copyText(start->path, homeFolder());
+  const FL_STATUS status = box();
+  if (status == FL_BAD) xvt_dm_post_error("%s", failure);
+  hasChosen = hasChosen || status == FL_OK;
+  return status == FL_OK;
+}
+
 bool chooseFile(FileBox box, FILE_SPEC* file, const char* extension, const char* title) {
-  // From the first choice on the boxes remember their folder.
-  static bool hasChosen = false;
   FILE_SPEC choice = *file;
   copyText(choice.type, extension);
-  if (!hasChosen && choice.dir.path[0] == '\0') copyText(choice.dir.path, homeFolder());
-  const FL_STATUS status = box(&choice, title);
-  if (status == FL_BAD) xvt_dm_post_error("Error getting file name.");
-  if (status != FL_OK) return false;
-  hasChosen = true;
+  if (!choose([&] { return box(&choice, title); }, &choice.dir, "Error getting file name.")) return false;
   *file = choice;
   return true;
 }
@@ -134,6 +141,13 @@ bool chooseFileToSave(FILE_SPEC* file, const char* extension, const char* title)
 
 bool chooseFolderByFile(FILE_SPEC* file, const char* extension, const char* title) {
   return chooseFile(xvt_dm_post_file_place, file, extension, title);
+}
+
+bool chooseFolder(DIRECTORY* folder, const char* title) {
+  DIRECTORY choice = *folder;
+  if (!choose([&] { return xvt_dm_post_dir_sel(&choice, title); }, &choice, "Error getting folder name.")) return false;
+  *folder = choice;
+  return true;
 }
 
 bool runModal(int resource, EVENT_HANDLER handler, void* data) {

@@ -88,6 +88,8 @@ bool chooseFileToOpen(FILE_SPEC* file, const char* extension, const char* title)
 bool chooseFileToSave(FILE_SPEC* file, const char* extension, const char* title);
 /// Asks for a folder by any file in it, existing or not, or by itself: the name is empty then.
 bool chooseFolderByFile(FILE_SPEC* file, const char* extension, const char* title);
+/// Asks for a folder, starting in `*folder` if that is not empty. A box that fails says "Error getting folder name.".
+bool chooseFolder(DIRECTORY* folder, const char* title);
 
 // ---- dialogs ----------------------------------------------------------------------------------------------------
 
