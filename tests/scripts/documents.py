@@ -411,6 +411,14 @@ def manual_dataset():
     says(run("kyrtool make line.kyr line.txt && kyrtool dump line.kyr"), "trace 1 2 field-file=901 channel=2 kill-flag=16\n")
 
 
+def session(text):
+    """Commands behind a "$", each with what it prints."""
+    shutil.copy(os.path.join(ROOT, "docs/examples/instrument-test.qs"), ".")
+    for command, printed in re.findall(r"^\$ (.*)\n((?:(?!\$ ).*\n)*)", text, re.M):
+        output = run(command).replace("\r", "")
+        assert output == printed, f"{command}\n{output}"
+
+
 def recording(text):
     """The recordings of the page: whether their signals are right is seen by the tests that measure them."""
     run(text)
@@ -587,6 +595,10 @@ PLAYERS = {
     ],
     "docs/format-tpf.md": [("00000000", tape_image)],
     "docs/hacking.md": [("quarlo/ ", rooms), ("libkyr | ", arrows), ("bench/run", benches)],
+    "docs/instrument-tests.md": [
+        ("# month.txt", lambda text: write("month.txt", text)),
+        ("$ ", session),
+    ],
     "docs/jobs.md": [
         ("quarlo --jobs", jobs_listed),
         ("quarlo --job tape-to-disk", job),
