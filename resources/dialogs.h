@@ -17,6 +17,7 @@ extern const std::span<const DLG_RES> kReformatDialogs;    ///< data reformat
 extern const std::span<const DLG_RES> kMergeDialogs;       ///< dataset merge
 extern const std::span<const DLG_RES> kDumpDialogs;        ///< tape dump, file dump
 extern const std::span<const DLG_RES> kInstrumentDialogs;  ///< instrument tests
+extern const std::span<const DLG_RES> kReportDialogs;      ///< the other reports on datasets
 
 extern const std::span<const MENU_RES> kQuarloMenus;
 

@@ -409,3 +409,17 @@ enum MERGE_CONTROL : int {
   MG_TYPE = 11,
   MG_STATUS = 12
 };
+
+/// Reports on datasets.
+enum REPORT_RESOURCE_ID : int { DLG_KILLS_REPORT = 209 };
+
+/// What the tests' dialogs have too has their numbers.
+enum KILLS_CONTROL : int {
+  KR_RUN = IT_RUN,
+  KR_CLOSE = IT_CLOSE,
+  KR_STATUS = IT_STATUS,
+  KR_GEOMETRY = 5,
+  KR_PROCESSING = 6,
+  KR_OTHER = 7,
+  KR_HINT = 8
+};

@@ -6,8 +6,9 @@ namespace {
 
 std::vector<DLG_RES> allDialogs() {
   std::vector<DLG_RES> all;
-  for (const auto& topic : {kShellDialogs, kProgressDialogs, kDriveDialogs, kTapeDialogs, kCopyDialogs, kSegyDialogs,
-                            kSegdDialogs, kReformatDialogs, kMergeDialogs, kDumpDialogs, kInstrumentDialogs})
+  for (const auto& topic :
+       {kShellDialogs, kProgressDialogs, kDriveDialogs, kTapeDialogs, kCopyDialogs, kSegyDialogs, kSegdDialogs,
+        kReformatDialogs, kMergeDialogs, kDumpDialogs, kInstrumentDialogs, kReportDialogs})
     all.insert(all.end(), topic.begin(), topic.end());
   return all;
 }

@@ -27,8 +27,6 @@ void enableStart(const ReportRecord& record, bool enabled) {
   if (xvt_vobj_is_valid(record.dlgWindow)) enableControl(record.dlgWindow, FD_START_REPORT, enabled);
 }
 
-void closeReport(WINDOW dialog) { destroyBehindJob(dialog, running); }
-
 void giveBack(const ReportRecord& record) {
   *record.windowIsUp = 0;
   EVENT ended;
@@ -44,6 +42,8 @@ bool openReport(const ReportDialog& report, ReportRecord* record) {
   *record->windowIsUp = 0;
   return false;
 }
+
+void closeReport(WINDOW dialog) { destroyBehindJob(dialog, running); }
 
 long reportEvents(WINDOW dialog, const EVENT& event, DialogEvents does) {
   does.close = closeReport;

@@ -30,6 +30,9 @@ bool openReport(const ReportDialog& report, ReportRecord* record);
 /// @param does what the dialog does of its own; closing is seen to here
 long reportEvents(WINDOW dialog, const EVENT& event, DialogEvents does);
 
+/// Closes a report's dialog, behind the end of a report that it runs.
+void closeReport(WINDOW dialog);
+
 /// Runs a report into the dump window, which is shown and empty then. The file dump's start button is disabled
 /// meanwhile, and stays so when the report was not written to its end. An exception that leaves the report is told in
 /// a console line. Nothing happens, with a word to the user, while another job is running.

@@ -20,6 +20,7 @@
 #include "quarlo/instruments/gnacctst.h"
 #include "quarlo/instruments/gnstptst.h"
 #include "quarlo/instruments/imrsptst.h"
+#include "quarlo/reports/killsrep.h"
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/dialogs/controls.h"
 #include "quarlo/tapelib/dialogs/dialogevents.h"
@@ -40,7 +41,7 @@ constexpr int kInitialBytes = 1024;
 constexpr double kExact = 9007199254740992.0;
 
 constexpr ReportDialog dumpReports[] = {
-    {"Trace Kills Report", 0, nullptr},
+    {"Trace Kills Report", DLG_KILLS_REPORT, KillsRep_eh},
     {"A/D Converter Test", DLG_AD_TEST, ConvTest_eh},
     {"Crossfeed Test", 0, nullptr},
     {"THD Test", 0, nullptr},

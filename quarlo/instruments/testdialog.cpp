@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "quarlo/common/reportdialog.h"
 #include "quarlo/common/savetext.h"
 #include "quarlo/instruments/testframe.h"
 #include "quarlo/tapelib/dialogs/settings.h"
@@ -64,12 +65,6 @@ void saveValues() {
   });
 }
 
-void close(WINDOW dialog) {
-  EVENT event;
-  event.type = E_CLOSE;
-  xvt_win_dispatch_event(dialog, &event);
-}
-
 void create(WINDOW dialog, const TestDialog& test) {
   testOpened(static_cast<const ReportRecord*>(xvt_vobj_get_data(dialog)));
   test.reset();
@@ -82,7 +77,7 @@ void control(WINDOW dialog, const EVENT& event, const TestDialog& test) {
     if (std::visit([&](const auto& one) { return edit(dialog, event, one); }, field)) return;
   if (isPress(event, IT_RUN)) run(dialog, test);
   if (isPress(event, IT_SAVE)) saveValues();
-  if (isPress(event, IT_CLOSE)) close(dialog);
+  if (isPress(event, IT_CLOSE)) closeReport(dialog);
 }
 
 }  // namespace

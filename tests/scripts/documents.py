@@ -433,6 +433,13 @@ def manual_recording():
     says(run("kyrtool record manual.kyr manual.txt && kyrtool headers manual.kyr"), "kill-flag=16\n", "trace 2 4 field-file=902 ")
 
 
+def left_in(path, text):
+    """A text of the page stands in a file that its script left; blanks at the ends of lines are not looked at."""
+    left = [row.rstrip() for row in contents(path).decode().splitlines()]
+    wanted = [row.rstrip() for row in text.splitlines()]
+    assert any(left[i:i + len(wanted)] == wanted for i in range(len(left))), (wanted, left)
+
+
 def tape_image(text):
     """The file that the copy makes of the page's tape."""
     drives("one", one=b"\5\0\0\0Hello\0\5\0\0\0" + bytes(4))
@@ -608,6 +615,13 @@ PLAYERS = {
         ("ssh", from_afar),
         ("#: title", own_job),
         ("KYRHOME=", lambda text: run(text.replace("~/tapes/1201", ".").replace("...", "--jobs"))),
+    ],
+    "docs/kills-report.md": [
+        ("traces 6", lambda text: write("survey.txt", text)),
+        ("press ", lambda text: write("kills.qs", text)),
+        ("kyrtool record", run),
+        ("quarlo --headless", run),
+        ("Field File", lambda text: left_in("kills.txt", text)),
     ],
     "docs/libkyr.md": [("const ProcessRecordPtr", library_calls), ("SetNumberOfOutputs", library_calls)],
     "docs/merge.md": [("quarlo --job", By("tests/scripts/jobs_datasets.sh"))],

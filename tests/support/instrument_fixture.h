@@ -5,6 +5,7 @@
 #include "libkyr/datasets.h"
 #include "quarlo/dump/fdmp_dlg.h"
 #include "tests/support/job_fixture.h"
+#include "tools/recordings.h"
 
 /// A trace of a recording; its channel is 100 and its number.
 struct RecordedTrace {
@@ -49,6 +50,12 @@ class InstrumentTest : public JobTest {
       }
     }
     ASSERT_EQ(CloseFile(process.get(), link), kyrOk);
+  }
+
+  /// Makes what `kyrtool record` makes of a text.
+  void record(const std::string& text, const std::string& name = "in.kyr") const {
+    std::istringstream in(text);
+    ASSERT_EQ(recordings::make(in, "text", folder.path(name), [](const std::string&) {}), "");
   }
 
   /// Opens a report by its row of the file dump's list.
