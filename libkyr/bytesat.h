@@ -1,6 +1,7 @@
 /// Bytes by their place: what the codecs that walk over whole files read from, be it a file or memory.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -38,4 +39,21 @@ class FileBytes : public BytesAt {
   std::size_t there_ = 0;    // bytes held
   std::uint64_t next_ = 0;   // behind the last answer
   int error_ = 0;
+};
+
+/// Bytes that are gathered in memory.
+class HeldBytes : public BytesAt {
+ public:
+  void clear() { bytes_.clear(); }
+  void add(std::span<const char> bytes) { bytes_.insert(bytes_.end(), bytes.begin(), bytes.end()); }
+  std::span<const char> all() const { return bytes_; }
+  std::uint64_t size() const override { return bytes_.size(); }
+  std::span<const char> at(std::uint64_t place, std::size_t count) override {
+    if (place >= bytes_.size()) return {};
+    const std::span<const char> rest = all().subspan(static_cast<std::size_t>(place));
+    return rest.first(std::min(count, rest.size()));
+  }
+
+ private:
+  std::vector<char> bytes_;
 };

@@ -21,7 +21,7 @@ constexpr auto tapeCountsCard(int first) {
       ui::edit(first + 1, "most-traces", kColumns, 0, "0: as the headers say"),
       ui::endOf(),
       ui::check(first + 2, "one-file", "A sin~gle tape file", 0,
-                "The filemark behind it ends the input, or further tapes follow; otherwise two filemarks do"),
+                "Reading ends behind it; otherwise at the end of the tapes"),
       ui::endOf(),
   };
 }

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "plugins/fieldfiles.h"
+#include "plugins/tapecounts.h"
 #include "quarlo/tapelib/dialogs/blockdialog.h"
 
 namespace {
@@ -16,7 +17,8 @@ enum CONTROL : int {
   DI_SETS,
   DI_OK,
   DI_CANCEL,
-  DI_FIELD_FILES  // and what follows
+  DI_TAPE,
+  DI_FIELD_FILES = DI_TAPE + kTapeControls  // and what follows
 };
 
 constexpr int kListColumns = 30;
@@ -53,7 +55,7 @@ constexpr std::array kButtons = {
     ui::endOf(),
 };
 
-constexpr auto kItems = joinedItems(kReading, fieldFilesCard(DI_FIELD_FILES), kButtons);
+constexpr auto kItems = joinedItems(kReading, tapeCountsCard(DI_TAPE), fieldFilesCard(DI_FIELD_FILES), kButtons);
 constexpr DLG_RES kDialog = {0, "segd-input", "SEG D input", kItems.data(), kItems.size()};
 
 }  // namespace
@@ -66,6 +68,7 @@ void editSegdInput(KyrSegdInput* block) {
       .flag(DI_AUXILIARY, &edited.auxiliary)
       .flag(DI_PAD, &edited.pad)
       .numbers(DI_SETS, edited.setList, KYR_SEGD_SETS, &edited.sets);
+  bindTapeCounts(&dialog, DI_TAPE, &edited.tape);
   bindFieldFiles(&dialog, DI_FIELD_FILES, &edited.fieldFiles);
   dialog.follow([&edited](WINDOW window) { followFieldFiles(window, DI_FIELD_FILES, edited.fieldFiles); });
   if (dialog.run()) *block = edited;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cerrno>
 #include <climits>
 #include <cstdarg>
@@ -15,6 +14,7 @@
 #include "quarlo/segdcopy/segdcopy_params.h"
 #include "quarlo/segdcopy/segdlist.h"
 #include "quarlo/tapelib/diskunit.h"
+#include "quarlo/tapelib/formats/segdblocks.h"
 #include "quarlo/tapelib/frame/loglines.h"
 #include "quarlo/tapelib/frame/tapechange.h"
 
@@ -23,7 +23,6 @@ namespace {
 // No block of a field file is passed over.
 constexpr RetryWords kRetryWords = {"  ** Tape read error - retrying...", nullptr, nullptr, logMessage};
 constexpr TapeChangeWords kInputWords = {"Tape finished.", "Magazine finished.", "  ", logMessage};
-constexpr int kLabelBytes = 128;
 constexpr int kTwoBlocks = 2 * kSegdBlockBytes;
 
 /// `text` with what a shell pattern would take as its own put behind backslashes.
@@ -342,18 +341,6 @@ std::span<const char> SegdDiskInput::zeroed(std::span<const char> trace, std::si
 
 // ---- tape -------------------------------------------------------------------------------------------------------
 
-namespace {
-
-/// A storage unit label: its sequence number, then an identifier that begins with a letter. A header of the same length
-/// is none, be it one by its format code or by its own counts.
-bool isTapeLabel(std::span<const char> block) {
-  return block.size() == kLabelBytes && block[3] != '\0' && block[3] != 'P' &&
-         std::isalpha(static_cast<unsigned char>(block[4])) != 0 && !isGeneralHeader(block.data()) &&
-         announcedHeaderBytes(block.data()) != kLabelBytes;
-}
-
-}  // namespace
-
 SegdTapeInput::SegdTapeInput(UnitStruct* allUnits) : SegdInput(allUnits), reader_(allUnits, kRetryWords) {}
 
 /// One block, or the end of a file or of the data (Eof tells which).
@@ -385,7 +372,7 @@ SegdItem SegdTapeInput::getFieldFile() {
     }
     Eof = 0;
     SkippedLastFile = false;
-    if (!isTapeLabel(block)) {
+    if (!isSegdLabel(block)) {
       takeHeader(block);
       return SegdItem::Data;
     }

@@ -2,14 +2,14 @@
 // read.
 #include <gtest/gtest.h>
 
+#include "quarlo/tapelib/frame/segdtapesource.h"
 #include "quarlo/tapelib/frame/segytapesource.h"
+#include "tests/segdcopy/segd_fixture.h"
 #include "tests/support/segy_files.h"
 #include "tests/support/segy_shipped.h"
 #include "tests/support/units_fixture.h"
 
 namespace {
-
-using Lines = std::vector<std::string>;
 
 constexpr int kSamples = 5;
 
@@ -26,7 +26,9 @@ class TapeSourceTest : public UnitsTest {
     said_.clear();
     reason_.clear();
   }
-  /// All of a source, record by record: the trace numbers, or minus the kill flag of what is dead; how it ends.
+  /// What a trace is called.
+  virtual int nameOf(const TraceInfo& header) const { return static_cast<int>(property(header, trTraceNumber)); }
+  /// All of a source, record by record: the traces' names, or minus the kill flag of what is dead; how it ends.
   std::string all(TraceSource* source) {
     if (source == nullptr) return "none: " + reason_;
     const SeisCounts counts = seisOrgCounts(source->org());
@@ -40,12 +42,12 @@ class TapeSourceTest : public UnitsTest {
         if (result == kyrNoSuchTrace || result == kyrSourceEnded) break;
         if (trace == 1) found += found.empty() ? "" : " |";
         const auto kill = static_cast<int>(property(header, trKillFlag));
-        found += formatText(" %d", kill != 0 ? -kill : static_cast<int>(property(header, trTraceNumber)));
+        found += formatText(" %d", kill != 0 ? -kill : nameOf(header));
         EXPECT_EQ(samples[0] == 0, kill != 0);
       }
     }
-    source->close();
-    return found + (result == kyrNoSuchTrace ? "" : " failed");
+    const bool isWhole = source->close() == kyrOk;
+    return found + (result == kyrNoSuchTrace ? isWhole ? "" : " damaged" : " failed");
   }
   bool said(const std::string& line) const { return std::ranges::find(said_, line) != said_.end(); }
 
@@ -70,11 +72,6 @@ std::string binary(std::initializer_list<HeaderField> more = {}) {
   return bytes;
 }
 const Tape kReel = {std::string(3200, ' '), binary()};
-
-Tape operator+(Tape one, const Tape& other) {
-  one.insert(one.end(), other.begin(), other.end());
-  return one;
-}
 
 class SegyTapes : public TapeSourceTest {
  protected:
@@ -175,6 +172,138 @@ TEST_F(SegyTapes, FurtherTapesContinueARecord) {
   SegySourceParams single;
   single.choices.records = {"", 1};
   EXPECT_EQ(read(single), " 1 | 2");
+}
+
+// ---- SEG D --------------------------------------------------------------------------------------------------------
+
+class SegdTapes : public TapeSourceTest {
+ protected:
+  /// Field file, channel set and channel.
+  int nameOf(const TraceInfo& header) const override {
+    return static_cast<int>(100 * property(header, trFieldFile) + 10 * property(header, trSegdChannelSet) +
+                            property(header, trChannel));
+  }
+  std::string read(const KyrSegdInput& how = {}) {
+    SegdTapeSource source(record_.get(), how);
+    return source.open() == 0 ? all(&source) : "none";
+  }
+};
+
+TEST_F(SegdTapes, FieldFilesAreRecordsHoweverTheirBlocksAreMade) {
+  const FieldFile one{.number = 1, .sets = {{3, 20}, {2, 10}}, .milliseconds = 20};
+  FieldFile two = one;
+  two.number = 2;
+  const std::string head = one.header();
+  const std::vector<std::string> traces = one.traces(true);
+  const Tape plain = Tape{head} + traces + Tape{MARK};
+  const Tape next = Tape{two.header()} + two.traces(true) + Tape{MARK, MARK};
+  const std::string label = "   1SD1.0   1FIXED     65536" + std::string(100, ' ');
+  const auto with = [&](std::size_t block, std::size_t place, char byte) {
+    Tape tape = plain;
+    tape[block][place] = byte;
+    return tape + next;
+  };
+  const auto without = [&](std::size_t block) {
+    Tape tape = plain;
+    tape.erase(tape.begin() + static_cast<std::ptrdiff_t>(block));
+    return tape + next;
+  };
+  KyrSegdInput all{};
+  all.auxiliary = all.pad = 1;
+  KyrSegdInput few = all;
+  few.tape = {0, 4, 0};
+  KyrSegdInput single{};
+  single.tape.oneFile = 1;
+  KyrSegdInput second{};
+  second.fieldFiles.leftOutCount = 1;
+  second.fieldFiles.leftOut[0] = 1;
+  KyrSegdInput seismic = all;
+  seismic.sets = 1;
+  seismic.setList[0] = 2;
+  const struct {
+    Tape tape;
+    KyrSegdInput how;
+    std::string found;
+    std::string line = {};
+    std::vector<std::size_t> bad = {};
+  } table[] = {
+      {plain + next, all, " 111 112 113 121 122 | 211 212 213 221 222"},
+      {Tape{label, MARK} + plain, all, " 111 112 113 121 122"},
+      {plain + next,
+       {},
+       " 111 112 113 -1 -1 | 211 212 213 -1 -1",
+       "  ** 4 traces of channel set 2: 5 samples, 2 ms: left out, the others have 10 samples, 2 ms."},
+      {plain + next, seismic, " 121 122 | 221 222"},
+      {plain + next, single, " 111 112 113 -1 -1"},
+      {plain + next, second, " 211 212 213 -1 -1"},
+      {plain + next, few, " 111 112 113 121 failed",
+       "  *** tape 1 file 1 block 6, field file 1, has more than 4 traces: raise \"Traces a record at most\"."},
+      // Several traces in a block, headers in two, all in one; a block that is filled up, a trailer.
+      {Tape{head, traces[0] + traces[1], traces[2] + traces[3] + traces[4], MARK}, all, " 111 112 113 121 122"},
+      {Tape{head.substr(0, 100), head.substr(100)} + traces, all, " 111 112 113 121 122"},
+      {Tape{joined(plain)}, all, " 111 112 113 121 122"},
+      {Tape{head, traces[0] + std::string(30, '\0')} + Tape(traces.begin() + 1, traces.end()) + Tape{"trailer"}, all,
+       " 111 112 113 121 122"},
+      // What is damaged or missing is told, and the next field file comes.
+      {with(2, 2, 0x0A), all, " 111 -2 113 121 122 | 211 212 213 221 222 damaged",
+       "  *** tape 1 file 1 block 3, field file 1: byte 2: the scan type of its header is no number (0A)."},
+      {without(3), all, " 111 112 121 122 -1 | 211 212 213 221 222 damaged",
+       "  *** tape 1 file 1 block 5, field file 1: trace 5 of 5: it is missing."},
+      {with(0, 64 + 9, 0x0A), all, " 211 212 213 221 222 damaged",
+       "  *** tape 1 file 1 block 1: the number of channels is no number (000A); the field file is passed over."},
+      {Tape{"no SEG D, but longer than a header block", MARK} + next, all, " 211 212 213 221 222 damaged"},
+      {Tape{head.substr(0, 100), MARK} + next, all, " 211 212 213 221 222 damaged",
+       "  *** tape 1 file 1 block 1: the headers end after 100 of 128 bytes."},
+      {plain + next, all, " 111 -2 113 121 122 | 211 212 213 221 222 damaged", "", {2}},
+      {plain + next, all, " -2 112 113 121 122 | 211 212 213 221 222 damaged", "", {1}},
+      {plain + next, all, " 211 212 213 221 222 damaged", "", {0}},
+      {Tape{head, traces[0] + traces[1], traces[2] + traces[3], traces[4], MARK},
+       all,
+       " 111 112 -2 -2 122 damaged",
+       "",
+       {2}},
+      {Tape{label, MARK, MARK}, all, "none", "  *** There is no SEG D trace to read on the input tape."},
+  };
+  for (const auto& row : table) {
+    SCOPED_TRACE(&row - table);
+    put(row.tape, row.bad);
+    toolkit.modals.clear();
+    noFurtherTape();
+    forgetConsole();
+    EXPECT_EQ(read(row.how), row.found);
+    EXPECT_TRUE(row.line.empty() || consoleHas(row.line)) << testing::PrintToString(consoleWithoutDates());
+  }
+}
+
+TEST_F(SegdTapes, LengthsThatNoHeaderTellsAreThoseOfTheBlocks) {
+  const FieldFile one{.number = 1, .sets = {{2, 20}}, .milliseconds = 20};
+  for (const int samples : {10, 11, 17}) {
+    put({one.header(), one.trace(1, 1, samples), one.trace(1, 2, samples), MARK, MARK});
+    SegdTapeSource source(record_.get(), {});
+    ASSERT_EQ(source.open(), 0);
+    EXPECT_EQ(seisOrgCounts(source.org()).samples, samples);
+  }
+}
+
+TEST_F(SegdTapes, MultiplexedFieldFilesAreHeldAsAWhole) {
+  const FieldFile one{.code = 58, .sets = {{3, 20}}};
+  Tape scans;
+  for (int scan = 0; scan < 10; ++scan)
+    scans.push_back("\xFF\xFF\xFF" + std::string(5, '\0') + block(12, static_cast<unsigned>(scan)));
+  const auto tapeOfBlocks = [&](int each) {
+    Tape tape = {one.header()};
+    for (int i = 0; i < 10; i += each) tape.push_back(joined({scans.begin() + i, scans.begin() + i + each}));
+    return tape + Tape{MARK, one.header(), joined(scans), MARK, MARK};
+  };
+  for (const int each : {1, 2, 5}) {
+    put(tapeOfBlocks(each));
+    toolkit.modals.clear();
+    noFurtherTape();
+    EXPECT_EQ(read(), " 111 112 113 | 111 112 113");
+    put(tapeOfBlocks(each), {2});
+    noFurtherTape();
+    EXPECT_EQ(read(), " -2 -2 -2 | 111 112 113 damaged");
+  }
 }
 
 }  // namespace

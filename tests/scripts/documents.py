@@ -625,7 +625,10 @@ PLAYERS = {
     ],
     "docs/libkyr.md": [("const ProcessRecordPtr", library_calls), ("SetNumberOfOutputs", library_calls)],
     "docs/merge.md": [("quarlo --job", By("tests/scripts/jobs_datasets.sh"))],
-    "docs/reformat.md": [("quarlo --headless", By("tests/scripts/reformat.sh"))],
+    "docs/reformat.md": [
+        ("quarlo --headless", By("tests/scripts/reformat.sh")),
+        ("quarlo --job", By("tests/scripts/jobs_segd.sh")),
+    ],
     "docs/scripts.md": [
         ("# one cartridge", night),
         ("script night.qs", night_fails),

@@ -29,6 +29,14 @@ for name, number in zip(names, (101, 102, 1203)):
     with open(name, "rb") as file:
         assert file.read() == b"".join(field.blocks(number)), name
 CHECK
+# The tape's samples are those of its field files, read from disk.
+bash -c "$("$here/documents.py" block docs/reformat.md 'quarlo --job')" >out
+cat line-1201/*.sgd >joined.segd
+quarlo --job reformat from=segd input=joined.segd output=disk.kyr >out
+[ "$(kyrtool headers line.kyr | md5sum)" = "$(kyrtool headers disk.kyr | md5sum)" ]
+quarlo --job reformat from=segd input=joined.segd to=segy output=disk.sgy >out
+quarlo --job reformat from=segd input=0 to=segy output=tape.sgy position=rewind >out
+cmp <(tail -c +3201 disk.sgy) <(tail -c +3201 tape.sgy)
 grep -q '^Field File:    101  -   130 traces$' line-1201/SegdCopy.txt
 
 # Both lists are those of docs/segd-copy.md: 101 is dropped, and 1203 by a line more; traces 12 and 100 to 120 are zeroed.

@@ -9,7 +9,7 @@ dir=$(mktemp -d)
 trap 'rm -rf "$dir"' EXIT
 cd "$dir"
 cmake --install "$build" --prefix prefix >log
-cp "$scripts/../../docs/examples/reformat.qs" .
+cp "$scripts/../../docs/examples"/*reformat.qs "$scripts/../../docs/examples/tape-to-dataset.qs" .
 "$scripts/documents.py" block docs/reformat.md "quarlo --headless" >commands
 printf '# interval 0.004\n1 2 3\n4 5 6\n' >line.txt
 PYTHONPATH=$scripts python3 -c 'import field
@@ -17,13 +17,19 @@ whole = b"".join(b"".join(field.blocks(number)) for number in (7, 8))
 open("line.segd", "wb").write(whole)
 open("cut.segd", "wb").write(whole[:-1000])'
 
-# play PROGRAM MODULES: two SEG D field files in one, two lines of a text
+mkdir drives
+"$build/tapetool" make-drive drives one
+export QUARLO_VIRTUAL_DRIVES=drives
+
+# play PROGRAM MODULES: two SEG D field files in one and on a tape, two lines of a text
 play() {
-  rm -f line.* text.kyr
+  rm -f line.* text.kyr tape.kyr
   cp given/* .
+  PYTHONPATH=$scripts python3 -c 'import field; field.cartridge("drives/one.tap", (7, 8))'
   PATH=$(dirname "$1"):$PATH timeout 100 bash -eu commands
   grep -qxF "Format modules are taken from $2." console.txt
   [ "$("$build/kyrtool" dump line.kyr | grep -c '^trace ')" = 260 ]
+  [ "$("$build/kyrtool" dump tape.kyr)" = "$("$build/kyrtool" dump line.kyr)" ]
   [ "$("$build/kyrtool" dump text.kyr | grep -c '^trace ')" = 2 ]
   [ "$(stat -c %s line.sgy)" = $((3600 + 260 * (240 + 4 * 512))) ]
 }
@@ -59,6 +65,6 @@ done
 mkdir lib
 cp "$build/lib/ioexample.so" lib
 status=0
-PATH=$build:$PATH timeout 60 bash -c "$(tail -1 commands)" 2>error || status=$?
+PATH=$build:$PATH timeout 60 bash -c "$(grep Text commands)" 2>error || status=$?
 [ "$status" = 1 ] && grep -q "No valid output shared objects have been found." error
 echo "reformat: all as expected"

@@ -37,7 +37,7 @@ enum { KYR_MOST_RECORDS = 10000 };
 struct KyrTapeCounts {
   int records;  ///< at most so many; 0: KYR_MOST_RECORDS
   int traces;   ///< of a record, at most; 0: as the headers say
-  int oneFile;  ///< 1: a single tape file, or what it goes on with on further tapes; 0: all files of the tapes
+  int oneFile;  ///< 1: a single tape file, with what continues it on further tapes; 0: all files of the tapes
 };
 
 /// Values of KyrSegyInput::text.

@@ -1,26 +1,13 @@
 /// SEG D field files on disk as a source of traces: each field file is a record, its traces in their order.
 #pragma once
 
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "libkyr/source.h"
 #include "quarlo/tapelib/formats/fieldfile.h"
-#include "quarlo/tapelib/formats/segdwalk.h"
-#include "quarlo/tapelib/frame/formatblocks.h"
-
-/// Trace properties of SEG D that the suite has no number of its own for.
-enum SegdTraceProperty : int {
-  trSegdChannelSet = 100,
-  trSegdScanType = 101,
-  trSegdYear = 102,  ///< the shot by its recorder's clock
-  trSegdDay = 103,   ///< of the year
-  trSegdHour = 104,
-  trSegdMinute = 105,
-  trSegdSecond = 106,
-};
+#include "quarlo/tapelib/frame/segdtraces.h"
 
 /// Field files of one or more files on disk. The first trace that is taken decides on the samples and the interval.
 class SegdSource : public TraceSource {
@@ -32,7 +19,9 @@ class SegdSource : public TraceSource {
   /// odd or damaged. @return 0, or 1 after a line when there is no trace to read
   int open(const std::string& path);
 
-  const SegdRecord& headersOf(int record) const { return records_.at(static_cast<std::size_t>(record) - 1).headers; }
+  const SegdRecord& headersOf(int record) const {
+    return records_.at(static_cast<std::size_t>(record) - 1).file.record;
+  }
 
   const GeneralSeisDataOrg& org() const override { return org_; }
   SourceFormat format() const override;
@@ -43,40 +32,31 @@ class SegdSource : public TraceSource {
 
  private:
   struct Record {
-    std::size_t file = 0;
-    SegdRecord headers;
-    SegdScans scans;
-    std::vector<SegdTracePlace> traces;
+    std::size_t number = 0;  // of the file
+    SegdFieldFile file;
   };
 
   int fetch(int record, int trace, float* samples, TraceInfo* header) override;
-  int fetchTrace(const Record& record, const SegdTracePlace& place, float* samples, TraceInfo* header);
-  int fetchScans(const Record& record, std::size_t trace, float* samples, TraceInfo* header);
-  std::optional<int> runningNumber(int record, int trace) const;
   int lost(const Record& record, std::uint64_t byte, const std::string& why);
 
   bool walk(const std::string& path);
   bool isOther();
   void take(std::size_t file, SegdFieldFile& found);
-  bool isWanted(const SegdChannelSet& set) const;
   void leaveOutOthers();
   void describe();
-  void tellWhatItIs() const;
+  void tellWhatItIs();
   bool turnTo(std::size_t file);
-  void fill(const Record& record, const SegdChannelSet& set, TraceInfo* header);
-  int whole(double value, const char* name);
   void say(const std::string& line) const { ProcessConsole(procRecord_, line.c_str()); }
 
   ProcessRecord* procRecord_;
   KyrSegdInput how_;
+  SegdTraceChoice choice_;
+  SegdTraceReader reader_;
   MoreParams fileChoice_{};
   std::vector<std::string> files_;
   std::vector<Record> records_;
   FileBytes bytes_;                  // of one of the files
   std::optional<std::size_t> open_;  // which
   GeneralSeisDataOrg org_ = newSeisOrg();
-  std::uint32_t samples_ = 0;
-  double interval_ = 0;  // milliseconds
   bool isDamaged_ = false;
-  bool roundingTold_ = false;
 };

@@ -21,6 +21,8 @@ TapeItem TapeBlocks::next() {
   if (isOver_) return TapeItem::End;
   if (hasEnded_) return nextTape();
   const TapeRead read = reader_.read();
+  const bool isEnd = read.kind == TapeRead::Kind::Mark || read.kind == TapeRead::Kind::EndOfData;
+  if (!isEnd) at_ = reader_.place.block();
   switch (read.kind) {
     case TapeRead::Kind::Block:
       marks_ = 0;
@@ -81,6 +83,5 @@ bool TapeBlocks::skipFile() {
 bool TapeBlocks::goesOn() const { return !hasEnded_ && tlv_goes_on(units_, 0, units_->ioBuffer); }
 
 std::string TapeBlocks::where() const {
-  const TapePlace::Block& at = reader_.place.block();
-  return formatText("tape %d file %d block %lld", at.tape, at.file, at.block);
+  return formatText("tape %d file %d block %lld", at_.tape, at_.file, at_.block);
 }

@@ -41,7 +41,7 @@ class TapeBlocks {
   /// The next that comes is the end.
   void endHere() { isOver_ = true; }
 
-  /// Where that stands which came last: "tape 1 file 2 block 7".
+  /// Where the block stands that came last, or was passed over: "tape 1 file 2 block 7".
   std::string where() const;
   /// Tape files that were read to their end.
   int files() const { return files_; }
@@ -55,6 +55,7 @@ class TapeBlocks {
   ProcessRecord* procRecord_;
   UnitStruct* units_;
   PatientReader reader_;
+  TapePlace::Block at_;  // of what came last
   std::span<const char> block_;
   std::vector<char> held_;
   bool isHeld_ = false;
