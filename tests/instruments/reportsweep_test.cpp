@@ -48,6 +48,7 @@ namespace {
 struct Report {
   const char* row;
   int resource;
+  const char* title;
   bool searches;  // a record by its field file
 };
 
@@ -76,6 +77,8 @@ TEST_P(ReportSweep, ClaimsNothingThatWasNotMeasured) {
   openReport(GetParam().row, GetParam().resource);
   ASSERT_FALSE(runWith(NO_CALL, 1));
   const std::size_t whole = page.size();
+  ASSERT_GT(whole, 5U);
+  EXPECT_EQ(Lines(page.begin(), page.begin() + 5), head(GetParam().title));
   const std::string tested = status();
   const auto ended = [this] { return !page.empty() && page.back().starts_with("--  End of"); };
   EXPECT_TRUE(ended());
@@ -102,14 +105,16 @@ TEST_P(ReportSweep, ClaimsNothingThatWasNotMeasured) {
   EXPECT_GE(traces, 2);
 }
 
-INSTANTIATE_TEST_SUITE_P(Reports, ReportSweep,
-                         testing::Values(Report{"A/D Converter Test", DLG_AD_TEST, false},
-                                         Report{"EIN Test", DLG_NOISE_TEST, true},
-                                         Report{"DC Offset Test", DLG_DC_OFFSET_TEST, true},
-                                         Report{"Dynamic Range Test", DLG_DYNAMIC_RANGE_TEST, true},
-                                         Report{"Impulse Resp. Test", DLG_IMPULSE_TEST, true},
-                                         Report{"Gain Accuracy Test", DLG_GAIN_ACCURACY_TEST, true},
-                                         Report{"Gain Step Test", DLG_GAIN_STEP_TEST, true}),
-                         [](const auto& one) { return "Dialog" + std::to_string(one.param.resource); });
+INSTANTIATE_TEST_SUITE_P(
+    Reports, ReportSweep,
+    testing::Values(Report{"A/D Converter Test", DLG_AD_TEST, "A / D   A C C U R A C Y   T E S T", false},
+                    Report{"EIN Test", DLG_NOISE_TEST, "E Q U I V A L E N T   I N P U T   N O I S E   T E S T", true},
+                    Report{"DC Offset Test", DLG_DC_OFFSET_TEST, "D C   B I A S   T E S T", true},
+                    Report{"Dynamic Range Test", DLG_DYNAMIC_RANGE_TEST,
+                           "D Y N A M I C   R A N G E   D E T E R M I N A T I O N   T E S T", true},
+                    Report{"Impulse Resp. Test", DLG_IMPULSE_TEST, "I M P U L S E   R E S P O N S E   T E S T", true},
+                    Report{"Gain Accuracy Test", DLG_GAIN_ACCURACY_TEST, "G A I N   A C C U R A C Y   T E S T", true},
+                    Report{"Gain Step Test", DLG_GAIN_STEP_TEST, "G A I N   S T E P   T E S T", true}),
+    [](const auto& one) { return "Dialog" + std::to_string(one.param.resource); });
 
 }  // namespace
