@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <iterator>
 #include <string>
 #include <string_view>
 #include <utility>
 
 #include "libkyr/output.h"
+#include "quarlo/openfile.h"
 #include "quarlo/readyjobs.h"
 #include "xvt/script/script.h"
 #include "xvt/script/script_values.h"
@@ -18,16 +20,18 @@ namespace {
 constexpr int kExitUsage = 2;
 
 constexpr const char* kUsage =
-    "usage: quarlo [OPTION ...]\n"
+    "usage: quarlo [OPTION ...] [FILE]\n"
     "       quarlo --script FILE [NAME=VALUE ...]\n"
     "       quarlo --job NAME [NAME=VALUE ...]\n"
-    "Tape and disk input and output for seismic data.\n"
+    "Tape and disk input and output for seismic data. A FILE (.tpf, .tap, .sgy, .segy, .sgd, .segd, .kyr or .idx) is\n"
+    "opened in the dialog that is for it.\n"
     "\n"
     "  --script FILE   play a script against the windows; the exit status tells how it went\n"
     "  --headless      play the script without a screen\n"
     "  --jobs          list the ready-made jobs with their variables\n"
     "  --job NAME      play one of them without a screen; the exit status tells how it went\n"
     "  --show          play the job against the windows\n"
+    "  --from-menu     work in a folder of its own below the user's data, unless KYRHOME names another\n"
     "  --help          show this text\n"
     "  --version       show the version\n"
     "  -display NAME and the other options of X programs\n"
@@ -68,6 +72,8 @@ int showJobs() {
 struct Request {
   const char* script = nullptr;
   const char* job = nullptr;
+  const char* file = nullptr;
+  bool fromMenu = false;
   bool headless = false;
   bool shown = false;
   std::vector<std::pair<std::string, std::string>> values;
@@ -92,8 +98,18 @@ int takeArgument(int argc, char** argv, int* at, Request* request) {
     (argument == "--show" ? request->shown : request->headless) = true;
     return -1;
   }
+  if (argument == "--from-menu") {
+    request->fromMenu = true;
+    return -1;
+  }
   const char** wanted = argument == "--script" ? &request->script : argument == "--job" ? &request->job : nullptr;
-  if (wanted == nullptr && !isX) return takeValue(argument, request) ? -1 : refuse("unknown option", argv[*at]);
+  if (wanted == nullptr && !isX) {
+    if (takeValue(argument, request)) return -1;
+    if (argument.empty() || argument[0] == '-' || argument[0] == '+') return refuse("unknown option", argv[*at]);
+    if (request->file != nullptr) return refuse("a second file,", argv[*at]);
+    request->file = argv[*at];
+    return -1;
+  }
   if (wanted == nullptr && !known->hasValue) return -1;
   if (++*at == argc) return refuse(wanted == nullptr ? "no value after" : "no name after", argv[*at - 1]);
   if (wanted != nullptr) *wanted = argv[*at];
@@ -104,15 +120,29 @@ int takeArgument(int argc, char** argv, int* at, Request* request) {
 int judge(const Request& request) {
   const bool job = request.job != nullptr;
   if (job && request.script != nullptr) return refuse("a script cannot be played with the job", request.job);
+  if (request.file != nullptr && (job || request.script != nullptr))
+    return refuse("a script or job has no use for the file", request.file);
   if (request.shown && !job) return refuse("no --job beside", "--show");
   if (job || request.script != nullptr) return -1;
   if (request.headless) return refuse("no --script beside", "--headless");
   return request.values.empty() ? -1 : refuse("no --script or --job has the variable", request.values[0].first);
 }
 
-/// Loads the script or the job that was asked for. @return -1 to go on, else the exit status
+/// Loads the script that opens a file. @return -1 to go on, else the exit status
+int loadFile(const char* file) {
+  std::error_code unknown;
+  const std::string path = std::filesystem::absolute(file, unknown).lexically_normal().string();
+  std::string reason;
+  const XVT_SCRIPT script{openingScript(path, &reason), {{"input", path}}, {}, std::string("quarlo: ") + file};
+  if (!script.path.empty()) return xvt_script_load(script) ? -1 : kExitUsage;
+  std::fprintf(stderr, "quarlo: %s: %s\n", file, reason.c_str());
+  return kExitUsage;
+}
+
+/// Loads the script, the job or the file that was asked for. @return -1 to go on, else the exit status
 int load(const Request& request) {
   const int status = judge(request);
+  if (status < 0 && request.file != nullptr) return loadFile(request.file);
   if (status >= 0 || (request.script == nullptr && request.job == nullptr)) return status;
   XVT_SCRIPT script{request.script != nullptr ? request.script : "", request.values, jobFolders(), ""};
   if (request.job != nullptr) {
@@ -135,6 +165,7 @@ int readArguments(int argc, char** argv, Run* run) {
     const int status = takeArgument(argc, argv, &at, &request);
     if (status >= 0) return status;
   }
+  run->fromMenu = request.fromMenu;
   run->scripted = request.script != nullptr || request.job != nullptr;
   run->headless = request.headless || (request.job != nullptr && !request.shown);
   return load(request);

@@ -12,6 +12,7 @@
 #include "quarlo/arguments.h"
 #include "quarlo/shell/task_win.h"
 #include "quarlo/tapelib/homefolder.h"
+#include "quarlo/tapelib/sharefolder.h"
 #include "resources/dialogs.h"
 #include "resources/ids.h"
 #include "xvt/offer.h"
@@ -25,12 +26,19 @@ void offerRuntimes(const Run& run) {
   if (run.scripted) xvt_app_offer_headless();
 }
 
+void enter(const char* what, const char* folder) {
+  if (chdir(folder) != 0) std::fprintf(stderr, "quarlo: %s \"%s\": %s\n", what, folder, std::strerror(errno));
+}
+
 /// Goes to the suite's directory, so that relative paths in every dialog count from there.
-void enterHome() {
-  const char* home = std::getenv("KYRHOME");
-  if (home != nullptr && chdir(home) != 0)
-    std::fprintf(stderr, "quarlo: KYRHOME \"%s\": %s\n", home, std::strerror(errno));
+void enterHome(const Run& run) {
   std::error_code unknown;
+  if (const char* home = std::getenv("KYRHOME"); home != nullptr) {
+    enter("KYRHOME", home);
+  } else if (const std::string own = userShareFolder("files"); run.fromMenu && !own.empty()) {
+    std::filesystem::create_directories(own, unknown);
+    enter("its folder", own.c_str());
+  }
   setHomeFolder(std::filesystem::current_path(unknown).string());
 }
 
@@ -42,7 +50,7 @@ int main(int argc, char** argv) {
   if (status >= 0) return status;
   // A file that may not grow, or a pipe that nobody reads, is an error of the write, told in its job's words.
   for (const int number : {SIGXFSZ, SIGPIPE}) std::signal(number, SIG_IGN);
-  enterHome();
+  enterHome(run);
   xvt_res_use(quarloResources());
   offerRuntimes(run);
   const XVT_CONFIG xvt_config = {.menu_bar_ID = MENU_BAR,

@@ -97,9 +97,10 @@ std::vector<std::string> findModuleFiles() {
   homeOfModules = {};
   std::vector<std::string> names = listedBelow("", false);
   if (!names.empty()) return withDirectories(std::move(names), "");
-  // Where it is built, "lib" stands beside the program; installed, the program stands in bin, beside lib/quarlo.
+  // Where it is built, "lib" stands beside the program; installed, the program stands in bin, and they in the
+  // system's folder of libraries.
   const fs::path program = programFolder();
-  for (const fs::path& home : {program, program.parent_path() / "lib/quarlo"}) {
+  for (const fs::path& home : {program, (program / QUARLO_LIBDIR "/quarlo").lexically_normal()}) {
     DIRECTORY directory{};
     if (program.empty() || !xvt_fsys_convert_str_to_dir(home.c_str(), &directory)) continue;
     names = listedBelow(home, false);

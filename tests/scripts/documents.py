@@ -406,7 +406,7 @@ def dataset(text):
 
 
 def manual_dataset():
-    text = re.search(r"^\.nf\n(.*?)^\.fi", read("packaging/kyrtool.1"), re.M | re.S)[1].replace("\\-", "-")
+    text = re.search(r"^\.nf\n(.*?)^\.fi", read("packaging/kyrtool.1.in"), re.M | re.S)[1].replace("\\-", "-")
     write("line.txt", text)
     says(run("kyrtool make line.kyr line.txt && kyrtool dump line.kyr"), "trace 1 2 field-file=901 channel=2 kill-flag=16\n")
 
@@ -428,7 +428,7 @@ def recording(text):
 
 
 def manual_recording():
-    text = re.findall(r"^\.nf\n(.*?)^\.fi", read("packaging/kyrtool.1"), re.M | re.S)[1].replace("\\-", "-")
+    text = re.findall(r"^\.nf\n(.*?)^\.fi", read("packaging/kyrtool.1.in"), re.M | re.S)[1].replace("\\-", "-")
     write("manual.txt", text)
     says(run("kyrtool record manual.kyr manual.txt && kyrtool headers manual.kyr"), "kill-flag=16\n", "trace 2 4 field-file=902 ")
 
@@ -605,6 +605,11 @@ PLAYERS = {
     "docs/instrument-tests.md": [
         ("# month.txt", lambda text: write("month.txt", text)),
         ("$ ", session),
+    ],
+    "docs/installing.md": [
+        ("packaging/check", Unplayed("needs root, the network and a quarter of an hour")),
+        ("sudo apt-get", Unplayed("changes the machine")),
+        ("cmake -G Ninja", By("tests/scripts/reformat.sh")),
     ],
     "docs/jobs.md": [
         ("quarlo --jobs", jobs_listed),

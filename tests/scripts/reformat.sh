@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# The commands of docs/reformat.md and the check of an input, where the program was built and where it is installed:
+# The commands of docs/reformat.md and the check of an input, where the program was built and where it is installed as
+# docs/installing.md has it:
 # tests/scripts/reformat.sh PROGRAM
 set -eu
 program=$(realpath "$1")

@@ -1,5 +1,8 @@
 #include "quarlo/tapelib/dialogs/cons_win.h"
 
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -8,6 +11,7 @@
 #include <string_view>
 
 #include "libkyr/nullcheck.h"
+#include "libkyr/text.h"
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/dialogs/docscroll.h"
 #include "quarlo/tapelib/homefolder.h"
@@ -17,6 +21,7 @@ short gConsIsVisible = 1;
 namespace {
 
 constexpr const char* kLogName = "console.txt";
+constexpr int kMostLogs = 99;
 constexpr int kMenuItem = 1032;
 constexpr int kTextField = 1;
 constexpr PNT kWishedPlace{30, 10};
@@ -34,6 +39,7 @@ EVENT consEvent;
 
 // Kept by the window handler.
 std::FILE* consFp = nullptr;
+std::string logName = kLogName;
 bool logFailed = false;
 short n1 = 0;
 
@@ -51,7 +57,7 @@ void toggle(WINDOW /*window*/) { setVisible(gConsIsVisible == 0); }
 void reportLogFailure(int reason) {
   if (logFailed) return;
   logFailed = true;
-  const std::string line = std::string("  *** Error writing to \"") + kLogName + "\": " + std::strerror(reason) + ".";
+  const std::string line = "  *** Error writing to \"" + logName + "\": " + std::strerror(reason) + ".";
   std::fprintf(stderr, "quarlo:%s\n", line.c_str());
   docAppend(consView(), &n1, line);
 }
@@ -67,14 +73,27 @@ int writeLog(std::string_view line) {
 
 void closeLog() {
   if (consFp != nullptr && std::fclose(consFp) != 0)
-    std::fprintf(stderr, "quarlo: %s: %s\n", kLogName, std::strerror(errno));
+    std::fprintf(stderr, "quarlo: %s: %s\n", logName.c_str(), std::strerror(errno));
   consFp = nullptr;
+}
+
+/// Begins the log anew. Where another program writes it, and where file systems know of that, the next number's turn
+/// has come.
+void openLog() {
+  for (int number = 1; number <= kMostLogs; ++number) {
+    logName = number == 1 ? kLogName : formatText("console-%d.txt", number);
+    consFp = std::fopen(inHomeFolder(logName.c_str()).c_str(), "ae");
+    if (consFp == nullptr) return;
+    const bool isTaken = flock(fileno(consFp), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    if (!isTaken) return static_cast<void>(ftruncate(fileno(consFp), 0));  // a device stays as it is
+    closeLog();
+  }
 }
 
 void created(WINDOW window) {
   consWindow = window;
   consText = xvt_tx_get(window, kTextField);
-  consFp = std::fopen(inHomeFolder(kLogName).c_str(), "we");
+  openLog();
   logFailed = false;
   n1 = 0;
   gConsIsVisible = 1;
@@ -141,6 +160,8 @@ void consInit() {
   }
   setConsoleSink(append);
   xvt_tx_set_scroll_callback(consText, consScrollCallback);
+  if (logName != kLogName)
+    console_printf("  ** Another Quarlo writes \"%s\" here. These lines go to \"%s\".", kLogName, logName.c_str());
 }
 
 void raiseConsole() { send(E_USER, TOGGLE, nullptr); }
