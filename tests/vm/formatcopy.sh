@@ -1,6 +1,7 @@
 #!/bin/bash
 # Played inside the virtual machine by run.sh: the SEG Y and SEG D copies on two genuine drives. A SEG Y file to /dev/nst0,
-# that tape sorted to /dev/nst1, and that back to a file; then SEG D field files to a tape and back, byte for byte.
+# that tape sorted to /dev/nst1, and that back to a file; then SEG D field files to a tape and back, byte for byte; then
+# both tapes into SEG Y and a dataset.
 T2MB=${T2MB:-100} . /vmout/tape-up.sh 2>&1
 . "$QUARLO_SOURCE/tests/vm/steps.sh"
 mkdir segd back
@@ -71,3 +72,18 @@ for n in 1 2 3; do
   cmp "segd/f10$n.segd" back/field_0000$n.sgd
 done
 echo "SEG Y and SEG D copies: there, sorted and back, byte for byte"
+
+# What a reformat takes from both tapes is what it takes from their files.
+reformat() { "$QUARLO_BUILD/quarlo" --job reformat position=rewind "$@" >log || { cat log; exit 1; }; }
+cat segd/f10?.segd >joined.segd
+reformat to=segy from=segd input=0 output=segd-tape.sgy
+reformat to=segy from=segd input=joined.segd output=segd-disk.sgy
+reformat to=segy from=segy input=1 traces=20 output=segy-tape.sgy
+reformat to=segy from=segy input=out.sgy output=segy-disk.sgy
+for format in segd segy; do
+  tail -c +3201 "$format-tape.sgy" >tape
+  tail -c +3201 "$format-disk.sgy" | cmp tape -
+done
+reformat from=segd input=0 output=field.kyr
+"$QUARLO_BUILD/kyrtool" check field.kyr
+echo "Reformats from both tapes: the samples of their files"
