@@ -31,7 +31,11 @@ second=$!
 wait_for '^  \*\* Another Quarlo writes "console.txt" here. These lines go to "console-2.txt".$' "$files/console-2.txt"
 wait_for "^cartridge = $dir/alone.tap$" data/quarlo/drives/opened.drive
 kill $first $second
-wait $first $second
+for program_number in $first $second; do
+  status=0
+  wait "$program_number" || status=$?
+  [ $status -le 1 ]  # 1: stopped before its script was through
+done
 [ ! -e console.txt ]
 
 status=0
