@@ -4,7 +4,6 @@
 #include "libkyr/vectors.h"
 #include "quarlo/instruments/testdialog.h"
 #include "quarlo/instruments/testframe.h"
-#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/frame/jobframe.h"
 #include "resources/ids.h"
 
@@ -76,7 +75,7 @@ void testRecords(TestRun* run, JobFrame* frame, int* recIndex, int* percentOfJob
     voltage = nextVoltage(voltage, *recIndex, chosen.voltageType);
     *percentOfJob = static_cast<int>((*recIndex + 1.0) / numRec * 100.0);
   }
-  console_out("  *** A/D Converter Test aborted by user.");
+  run->remark("  *** A/D Converter Test aborted by user.");
 }
 
 }  // namespace

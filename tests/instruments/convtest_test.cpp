@@ -68,13 +68,16 @@ TEST_F(ConvTest, RecordsAreMeasuredAgainstReferencesThatChangeSignAndHalve) {
 TEST_F(ConvTest, StopsBetweenRecordsAndGoesOnlyWhenItHasStopped) {
   toolkit.onPump = [this](long) {
     toolkit.press(test, IT_RUN);  // refused: a job is running
-    if (toolkit.pumps == 2) toolkit.close(test);
+    if (toolkit.pumps == 2) toolkit.press(toolkit.dialog(DLG_PROGRESS), PROG_STOP);
   };
   const Lines page = run();
   ASSERT_FALSE(page.empty());
   EXPECT_EQ(page.back(), "--  End of A/D Accuracy Test");
   EXPECT_EQ(std::ranges::count_if(page, [](const std::string& line) { return line.starts_with("--  A/D"); }), 1);
   EXPECT_TRUE(consoleHas("  *** A/D Converter Test aborted by user."));
+  EXPECT_EQ(status(), "3 traces tested. A/D Converter Test aborted by user.");
+  toolkit.onPump = [this](long) { toolkit.close(test); };
+  run();
   EXPECT_FALSE(xvt_vobj_is_valid(test));
   EXPECT_TRUE(toolkit.enabled(dialog, FD_START_REPORT));
 }
