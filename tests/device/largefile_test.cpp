@@ -19,6 +19,8 @@ TEST(LargeFile, WritesReadsAndKeepsItsPosition) {
   EXPECT_EQ(out.Write("hello", 5), 5);
   EXPECT_EQ(out.GetPos(), 5);
   EXPECT_EQ(out.GetSize(), 0);  // not flushed yet
+  EXPECT_TRUE(out.Flush());
+  EXPECT_EQ(out.GetSize(), 5);
   EXPECT_TRUE(out.Close());
   EXPECT_FALSE(out.IsValid());
   EXPECT_EQ(out.GetSize(), 5);
