@@ -1,4 +1,5 @@
-// A SEG D input of any bytes: the walk over its field files and traces, then every trace's samples. Answers lie in
+// A SEG D input of any bytes: the walk over its field files and traces, its traces as a block of a tape, then every
+// trace's samples. Answers lie in
 // memory of exactly their size, so that the sanitizers see one step too far. Bytes that begin no field file are put
 // behind headers that do, which they then change.
 #include <algorithm>
@@ -7,6 +8,7 @@
 #include <vector>
 
 #include "fuzz/segd_recording.h"
+#include "quarlo/tapelib/formats/segdblocks.h"
 #include "quarlo/tapelib/formats/segdwalk.h"
 
 namespace {
@@ -52,6 +54,20 @@ class MemoryBytes : public BytesAt {
   Bytes answer_;
 };
 
+/// All behind the headers as one block of a tape.
+void takeApart(const Bytes& input, const SegdFieldFile& file) {
+  const std::uint64_t begin = std::min<std::uint64_t>(file.byte + file.record.sizes.headerBytes(), input.size());
+  const Bytes block(input.begin() + static_cast<std::ptrdiff_t>(begin), input.end());
+  if (file.record.sets.empty() || file.record.isMultiplexed()) return;
+  std::uint64_t end = 0;
+  for (const SegdTracePlace& place : segdTracesOf(block, file.record, false).traces) {
+    require(place.byte >= end && place.byte <= block.size());
+    if (place.set == kNoSegdSet) continue;
+    end = place.byte + segdTraceBytes(file.record.formatCode, place.samples);
+    require(end <= block.size());
+  }
+}
+
 void walk(const Bytes& input) {
   MemoryBytes memory(input);
   SegdWalk walk(memory);
@@ -60,6 +76,7 @@ void walk(const Bytes& input) {
     require(file->byte == end && file->end >= end && walk.rest() == input.size() - file->end);
     require(file->end > end || !file->damage.empty());
     end = file->end;
+    takeApart(input, *file);
     std::size_t inSet = 0;
     for (std::size_t i = 0; i < std::min<std::size_t>(file->traces.size(), 64); ++i) {
       inSet = i > 0 && file->traces[i].set == file->traces[i - 1].set ? inSet + 1 : 0;

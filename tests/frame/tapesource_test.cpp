@@ -283,6 +283,13 @@ TEST_F(SegdTapes, LengthsThatNoHeaderTellsAreThoseOfTheBlocks) {
     ASSERT_EQ(source.open(), 0);
     EXPECT_EQ(seisOrgCounts(source.org()).samples, samples);
   }
+  // A longer set comes behind the first, with a sample more than its times say, as that has.
+  const FieldFile longer{.number = 1, .sets = {{1, 10}, {1, 20}}, .milliseconds = 20};
+  put({longer.header(), longer.trace(1, 1, 6), longer.trace(2, 1, 11), MARK, MARK});
+  noFurtherTape();
+  KyrSegdInput padded{};
+  padded.pad = 1;
+  EXPECT_EQ(read(padded), " 111 121");
 }
 
 TEST_F(SegdTapes, MultiplexedFieldFilesAreHeldAsAWhole) {

@@ -56,7 +56,11 @@ bool SegdTapeSource::describe() {
     announced += static_cast<std::uint64_t>(set.channels);
     longest = std::max(longest, set.samples());
   }
-  choice_.settle(longest);
+  // Where recorders take the end of the time with them, those of other sets do, too.
+  const auto isRead = [](const Waiting& trace) { return trace.lost.empty(); };
+  const SegdTracePlace found = std::ranges::find_if(traces_, isRead)->place;
+  const std::uint32_t described = file_.record.sets[found.set].samples();
+  choice_.settle(longest + found.samples - std::min(found.samples, described));
   if (how_.tape.traces > 0) announced = static_cast<std::uint64_t>(how_.tape.traces);
   if (announced > std::numeric_limits<int>::max() || choice_.samples() > kMaxSamples) {
     say(formatText("  *** Records of %llu traces of %u samples are more than a dataset holds.",

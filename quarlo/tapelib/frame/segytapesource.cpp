@@ -8,6 +8,7 @@
 #include "quarlo/tapelib/formats/segybinary.h"
 #include "quarlo/tapelib/formats/segyencode.h"
 #include "quarlo/tapelib/frame/loglines.h"
+#include "quarlo/tapelib/modulecalls.h"
 
 namespace {
 
@@ -197,6 +198,8 @@ int SegyTapeSource::next(StreamTrace* next) {
     if (item == TapeItem::Failed) return kyrSourceEnded;
     const int result = item == TapeItem::Block ? takeTrace(next) : takeLost(next, kCannotBeRead + tape_.where());
     if (!isSkipped_) return result;
+    // The user can stop while field files are passed over that he does not want.
+    if (kyrGoOn() == 0) return kyrNoSuchTrace;
   }
 }
 
