@@ -77,6 +77,22 @@ constexpr auto kGainStepTest =
 constexpr auto kImpulseTest = test(fields("Record", fieldFile(), traces()),
                                    fields("Limit", limit("Largest ~difference from the average:", "%")), removeDC());
 
+constexpr auto kDistortionTest =
+    test(fields("Record", fieldFile(), traces(),
+                field("~Harmonics:", IT_NUM_HARMONICS, "harmonics", "", "Columns of the report; all of them count")),
+         fields("Limit", limit("Largest ~distortion:", "%")),
+         std::array{ui::check(IT_REMOVE_DC, "remove-dc", "~Remove DC before measuring", 0,
+                              "Changes the report's words only: the correlation removes it, the transform does not"),
+                    ui::check(IT_USE_FFT, "use-fft", "By Fourier ~transform", 0, "Without it by correlation"),
+                    ui::check(IT_CLEAR_BUFFER, "clear-buffer", "Clear the ~buffer for every trace", 0,
+                              "Without it a transform has the rest of the one before in it")});
+constexpr auto kCrossfeedTest =
+    test(fields("Record", fieldFile(), traces()),
+         fields("Signal", field("First si~gnal trace:", IT_FIRST_SIGNAL, "first-signal"),
+                field("Ad~jacent signal traces:", IT_NUM_SIGNALS, "signals", "", "At 0, 1, 3, 6 ... from the first"),
+                field("Trace i~ncrement:", IT_SIGNAL_INCR, "increment", "", "From one group of them to the next")),
+         fields("Limit", limit("Least isol~ation:", "dB")), removeDC());
+
 template <std::size_t N>
 constexpr DLG_RES dialog(int id, const char* name, const char* title, const std::array<DLG_ITEM, N>& items) {
   return {id, name, title, items.data(), N};
@@ -89,6 +105,8 @@ constexpr DLG_RES kDialogs[] = {
     dialog(DLG_DYNAMIC_RANGE_TEST, "dynamic-range-test", "Dynamic range test", kDynamicRangeTest),
     dialog(DLG_GAIN_ACCURACY_TEST, "gain-accuracy-test", "Gain accuracy test", kGainAccuracyTest),
     dialog(DLG_GAIN_STEP_TEST, "gain-step-test", "Gain step test", kGainStepTest),
+    dialog(DLG_DISTORTION_TEST, "distortion-test", "Harmonic distortion test", kDistortionTest),
+    dialog(DLG_CROSSFEED_TEST, "crossfeed-test", "Crossfeed test", kCrossfeedTest),
     dialog(DLG_IMPULSE_TEST, "impulse-test", "Impulse response test", kImpulseTest),
 };
 

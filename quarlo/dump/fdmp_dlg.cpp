@@ -20,6 +20,8 @@
 #include "quarlo/instruments/gnacctst.h"
 #include "quarlo/instruments/gnstptst.h"
 #include "quarlo/instruments/imrsptst.h"
+#include "quarlo/instruments/thdtest.h"
+#include "quarlo/instruments/xfeedtst.h"
 #include "quarlo/reports/killsrep.h"
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/dialogs/controls.h"
@@ -43,8 +45,8 @@ constexpr double kExact = 9007199254740992.0;
 constexpr ReportDialog dumpReports[] = {
     {"Trace Kills Report", DLG_KILLS_REPORT, KillsRep_eh},
     {"A/D Converter Test", DLG_AD_TEST, ConvTest_eh},
-    {"Crossfeed Test", 0, nullptr},
-    {"THD Test", 0, nullptr},
+    {"Crossfeed Test", DLG_CROSSFEED_TEST, XFeedTest_eh},
+    {"THD Test", DLG_DISTORTION_TEST, HarmDistTest_eh},
     {"EIN Test", DLG_NOISE_TEST, EINTest_eh},
     {"DC Offset Test", DLG_DC_OFFSET_TEST, DCOffsetTest_eh},
     {"Dynamic Range Test", DLG_DYNAMIC_RANGE_TEST, DynRangeTest_eh},

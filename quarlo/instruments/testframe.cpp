@@ -83,6 +83,11 @@ void TestRun::traceLine(const TestedTrace& trace, const std::string& text, std::
   line("%s%s", text.c_str(), mark != nullptr ? mark : "");
 }
 
+void TestRun::referenceLine(const TestedTrace& trace, const std::string& text, std::initializer_list<float> measures) {
+  values_.addReference(trace, measures);
+  line("%s", text.c_str());
+}
+
 void TestRun::end(int blanks) {
   blank(blanks);
   line("--  End of %s", words_.end);

@@ -28,17 +28,24 @@ void putNumber(std::string* text, float value) {
 
 void TestValues::add(const TestedTrace& trace, std::initializer_list<float> measures, bool failed) {
   measures_.insert(measures_.end(), measures);
-  rows_.push_back({trace, failed});
+  rows_.push_back({trace, failed ? Result::Failed : Result::Passed});
+}
+
+void TestValues::addReference(const TestedTrace& trace, std::initializer_list<float> measures) {
+  measures_.insert(measures_.end(), measures);
+  rows_.push_back({trace, Result::Untested});
 }
 
 std::string TestValues::summary() const {
-  std::string text = formatText("%zu trace%s tested", rows_.size(), rows_.size() == 1 ? "" : "s");
+  const auto tested = std::ssize(rows_) - std::ranges::count(rows_, Result::Untested, &Row::result);
+  std::string text = formatText("%td trace%s tested", tested, tested == 1 ? "" : "s");
   if (words_ == nullptr || words_->limit == nullptr) return text;
-  const long failures = std::ranges::count(rows_, true, &Row::failed);
+  const long failures = std::ranges::count(rows_, Result::Failed, &Row::result);
   text += formatText(", %ld failed", failures);
   long named = 0;
   for (const Row& row : rows_)
-    if (row.failed && named < kNamedFailures) text += (named++ == 0 ? ": " : ", ") + std::to_string(row.trace.number);
+    if (row.result == Result::Failed && named < kNamedFailures)
+      text += (named++ == 0 ? ": " : ", ") + std::to_string(row.trace.number);
   return failures > kNamedFailures ? text + ", ..." : text;
 }
 
@@ -53,16 +60,16 @@ std::string TestValues::text() const {
 }
 
 void TestValues::putRow(std::string* text, std::size_t number) const {
-  const auto& [trace, failed] = rows_[number];
+  const auto& [trace, result] = rows_[number];
   *text += quoted(words_->name) + ',' + quoted(file_) +
            formatText(",%d,%d,%d,%d", trace.record.number, trace.record.fieldFile, trace.number, trace.channel);
   if (versus_) *text += formatText(",%d,%d", versus_->number, versus_->fieldFile);
   const std::size_t width = words_->measures.size();
   for (std::size_t place = 0; place < width; ++place) putNumber(text, measures_[number * width + place]);
-  if (words_->limit == nullptr) {
+  if (words_->limit == nullptr || result == Result::Untested) {
     *text += ",,\r\n";
     return;
   }
   putNumber(text, limit_);
-  *text += failed ? ",failed\r\n" : ",passed\r\n";
+  *text += result == Result::Failed ? ",failed\r\n" : ",passed\r\n";
 }

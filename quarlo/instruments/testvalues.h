@@ -39,6 +39,8 @@ class TestValues {
   void compareWith(const FieldRecord& record) { versus_ = record; }
   /// @param measures as many as the test's words name
   void add(const TestedTrace& trace, std::initializer_list<float> measures, bool failed);
+  /// A trace that others are compared with: it is told, and neither passes nor fails.
+  void addReference(const TestedTrace& trace, std::initializer_list<float> measures);
 
   /// "%d traces tested, %d failed: 3, 17, ...", with the first ten that failed.
   std::string summary() const;
@@ -46,9 +48,10 @@ class TestValues {
   std::string text() const;
 
  private:
+  enum class Result { Passed, Failed, Untested };
   struct Row {
     TestedTrace trace;
-    bool failed;
+    Result result;
   };
   void putRow(std::string* text, std::size_t number) const;
 

@@ -1,5 +1,6 @@
 """Recordings made by kyrtool go through the instrument tests. What their reports say is compared, to the printed digit, with
 numpy's own calculation from the samples in the file, and with what the recordings are on paper."""
+import glob
 import os
 import re
 import subprocess
@@ -26,6 +27,12 @@ all sine 1.003 31.25 phase 20
 record 14
 all impulse 0.1 100
 6 impulse 0.002 101
+record 15
+all sine 1 31.25 phase 20 harmonics -60 -80
+3 dead
+record 16
+odd sine 1 31.25 phase 20
+even sine 1 31.25 phase 20 down 90
 """
 VOLTAGES = """traces 4
 samples 50
@@ -113,14 +120,20 @@ def play(file, tests):
              "press file-dump.open-file"]
     for row, dialog, settings, _ in tests:
         lines += [f'select file-dump.reports "{row}"', "press file-dump.start-report", f"wait window {dialog} 5"]
-        lines += [f"type {dialog}.{field} {text}" for field, text in settings.items()]
+        lines += [f"type {dialog}.{field} {text}" if text is not None else f"press {dialog}.{field}"
+                  for field, text in settings.items()]
         lines += [f"press {dialog}.run", f'wait text {dialog}.status "*tested*" 20', f"answer-file {dialog}.csv",
                   f"press {dialog}.save", f"answer-file {dialog}.txt", "press file-dump.save", f"press {dialog}.close"]
+    for kept in glob.glob("*-test.*"):
+        os.remove(kept)
     with open("play.qs", "w", encoding="ascii") as script:
         script.write("\n".join(lines + ["quit"]))
     subprocess.run([PROGRAM, "--headless", "--script", "play.qs"], check=True, timeout=120)
     for row, dialog, _, expected in tests:
-        compare(row, dialog, expected)
+        if row == "THD Test":
+            check_distortion(expected)
+        else:
+            compare(row, dialog, expected)
 
 
 def compare(row, dialog, expected):
@@ -140,6 +153,54 @@ def compare(row, dialog, expected):
             rounding = 5e-7 * abs(exact) + difference
             assert abs(float(shown) - exact) <= 0.5 * 10.0 ** -len(shown.split(".")[1]) + rounding, f"{row}: {text}, not {wanted}"
             assert abs(value - exact) <= rounding, f"{row}: {line}, not {wanted}"
+
+
+def isolation(record, first, step):
+    rows = [(t + 1, 1e3 * rms(cycles(record[0][t]))) for t in live(record)]
+    driven = [row for row in rows if (row[0] - first) % step == 0 and row[0] >= first]
+    average = np.mean([level for _, level in driven])
+    return [(t, level, 20 * np.log10(average / level)) for t, level in driven + [row for row in rows if row not in driven]]
+
+
+def by_transform(trace, interval):
+    """A trace alone in its buffer."""
+    n = len(trace)
+    length = 1 << (2 * n - 1).bit_length()
+    size = np.abs(np.fft.rfft((0.54 - 0.46 * np.cos(2 * np.pi * np.arange(n) / n)) * trace, length))
+    strongest = max(int(np.argmax(size[1:length // 2 - 2])) + 1, 1)
+    return strongest / (length * interval), size[strongest:length // 2:strongest]
+
+
+def by_correlation(trace, interval):
+    """The wave's whole cycles against sines and cosines, whose angles are in single precision."""
+    up = np.flatnonzero((trace[:-1] < 0) & (trace[1:] >= 0))
+    wave = trace[up[0] + 1:np.flatnonzero((trace[1:] > 0) & (trace[:-1] <= 0))[-1] + 1]
+    changes = np.count_nonzero((wave[1:] > 0) != (wave[:-1] > 0))
+    hertz = (changes + 1) / (2 * (len(wave) - 1) * interval)
+    wave = wave - wave.mean()
+    angles = [(np.arange(len(wave)) * (2 * np.pi * h * hertz * interval)).astype("f4").astype(float)
+              for h in range(1, int(np.ceil(0.5 / interval / hertz)) + 1)]
+    return hertz, np.array([np.hypot(np.sum(wave * np.cos(a)), np.sum(wave * np.sin(a))) for a in angles]) / np.sqrt(len(wave))
+
+
+def distortion(record, method, paper, within):
+    """Frequency, amplitude and distortion of each trace: all printed harmonics stand in the last."""
+    rows = []
+    for t in live(record):
+        hertz, size = method(record[0][t], float(np.float32(0.002)))
+        rows.append((t + 1, hertz, size[0], 100 * np.sqrt(np.sum(np.square(size[1:] / size[0])))))
+    near(rows, 3, [paper] * len(rows), within)
+    return rows
+
+
+def check_distortion(expected):
+    with open("distortion-test.csv", newline="", encoding="ascii") as values:
+        saved = [line.split(",") for line in values.read().split("\r\n")[1:-1]]
+    assert len(saved) == len(expected) > 0, saved
+    for line, (trace, hertz, amplitude, thd) in zip(saved, expected):
+        assert int(line[4]) == trace, line
+        for kept, exact in zip((line[6], line[8], line[9]), (hertz, amplitude, thd)):
+            assert abs(float(kept) - exact) <= 2e-6 * exact + 2e-5, f"{line}, not {hertz} {amplitude} {thd}"
 
 
 def near(rows, place, paper, within):
@@ -167,4 +228,11 @@ play("month.kyr", [
     ("Gain Step Test", "gain-step-test", {"field-file": 13, "second-file": 12}, tables["step"]),
     ("Impulse Resp. Test", "impulse-test", {"field-file": 14}, tables["impulse"]),
 ])
+tables["crossfeed"] = isolation(month[16], 1, 2)
+near(tables["crossfeed"], 2, [0] * 3 + [90] * 3, 0.001)
+play("month.kyr", [("Crossfeed Test", "crossfeed-test", {"field-file": 16}, tables["crossfeed"])])
+paper = 100 * np.sqrt(1e-6 + 1e-8)
+for way, method, within in (({}, by_correlation, 0.15),
+                            ({"use-fft": None, "clear-buffer": None}, by_transform, 0.02)):
+    play("month.kyr", [("THD Test", "distortion-test", {"field-file": 15, **way}, distortion(month[15], method, paper, within))])
 play("volts.kyr", [("A/D Converter Test", "ad-test", {}, tables["A/D"])])
