@@ -15,6 +15,7 @@ extern const std::span<const DLG_RES> kSegyDialogs;        ///< SEG Y copy setti
 extern const std::span<const DLG_RES> kSegdDialogs;        ///< SEG D copy settings
 extern const std::span<const DLG_RES> kReformatDialogs;    ///< data reformat
 extern const std::span<const DLG_RES> kMergeDialogs;       ///< dataset merge
+extern const std::span<const DLG_RES> kIndexDialogs;       ///< file scan
 extern const std::span<const DLG_RES> kDumpDialogs;        ///< tape dump, file dump
 extern const std::span<const DLG_RES> kInstrumentDialogs;  ///< instrument tests
 extern const std::span<const DLG_RES> kReportDialogs;      ///< the other reports on datasets

@@ -431,3 +431,17 @@ enum KILLS_CONTROL : int {
   KR_OTHER = 7,
   KR_HINT = 8
 };
+
+enum FILE_SCAN_CONTROL : int {
+  FS_RUN = 1,
+  FS_CLOSE = 2,
+  FS_FORMAT = 3,
+  FS_PARAMETERS = 4,
+  FS_INPUT = 5,
+  FS_INPUT_NAME = 6,
+  FS_TABLE = 7,
+  FS_TABLE_FILE = 8,
+  FS_TABLE_NAME = 9,
+  FS_HINT = 10,
+  FS_STATUS = 11
+};

@@ -223,8 +223,9 @@ int doKyrMerge(WINDOW theDlg) {
   logStarted("Merge");
   logBlank();
   std::optional<MergePlan> plan;
+  const std::size_t listed = InputList.size();
   runGuarded([&] { plan = planMerge(record.get()); });
-  if (xvt_vobj_is_valid(theDlg)) updateList(xvt_win_get_ctl(theDlg, MG_INPUTS));
+  if (InputList.size() != listed && xvt_vobj_is_valid(theDlg)) updateList(xvt_win_get_ctl(theDlg, MG_INPUTS));
   if (plan) return Merge(record.get(), *plan).run();
   logEnded("Merge");
   return 0;

@@ -2,35 +2,16 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <string_view>
-#include <vector>
 
 #include "libkyr/nullcheck.h"
 #include "libkyr/process.h"
-#include "libkyr/text.h"
 #include "plugins/kyrmodule.h"
-#include "quarlo/reformat/modulechoice.h"
+#include "quarlo/common/modulechoice.h"
 #include "quarlo/reformat/rfmt_dlg.h"
-#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/dialogs/controls.h"
 #include "resources/ids.h"
 
 namespace {
-
-/// @return 0, for initParms
-int refuseSetUp(const char* text) {
-  xvt_dm_post_error("%s", text);
-  console_out(text);
-  return 0;
-}
-
-/// The first row of this name, or -1.
-int rowNamed(const DllList* rows, std::string_view name) {
-  const int count = countRows(rows);
-  const auto* found =
-      std::find_if(rows, rows + count, [&](const DllList& row) { return fieldText(row.menuName) == name; });
-  return found != rows + count ? static_cast<int>(found - rows) : -1;
-}
 
 /// The modules that can be written, in the order of the list; null when there are none.
 ModuleRows outputRows(const DllList* rows) {
@@ -42,12 +23,6 @@ ModuleRows outputRows(const DllList* rows) {
     if (place >= 0 && outputs) outputs[count++] = rows[place];
   if (count == 0) outputs.reset();
   return outputs;
-}
-
-std::vector<const char*> namesOf(const DllList* rows, int count) {
-  std::vector<const char*> names(static_cast<std::size_t>(count));
-  std::transform(rows, rows + count, names.begin(), [](const DllList& row) { return row.menuName; });
-  return names;
 }
 
 }  // namespace

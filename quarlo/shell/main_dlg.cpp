@@ -8,6 +8,7 @@
 #include "quarlo/copy/vrfy_dlg.h"
 #include "quarlo/dump/fdmp_dlg.h"
 #include "quarlo/dump/tdmp_dlg.h"
+#include "quarlo/index/indx_dlg.h"
 #include "quarlo/merge/mergedlg.h"
 #include "quarlo/reformat/rfmt_dlg.h"
 #include "quarlo/tapelib/dialogs/dialogevents.h"
@@ -19,25 +20,21 @@ namespace {
 struct JobButton {
   int control;
   int resource;
-  EVENT_HANDLER handler;  ///< null: not built yet
-  const char* name;       ///< the job in words, for that case
+  EVENT_HANDLER handler;
   const char* failure;
   const int* up;      ///< while this is set the button does nothing; null for none
   bool followsUnits;  ///< is told when the units change
 };
 
 constexpr JobButton kButtons[] = {
-    {MAIN_TAPE_DUMP, DLG_TAPE_DUMP, tapeDumpDlg_eh, "Tape dump", "Error opening Tape Analysis dialog", &gTAnlsWindowUp,
-     false},
-    {MAIN_IMAGE_COPY, DLG_COPY, CopyDialog_eh, "Image copy", "Error opening Image Copy dialog", nullptr, true},
-    {MAIN_REFORMAT, DLG_REFORMAT, ReformatDialog_eh, "Data reformat", "Error opening Data Reformat dialog", nullptr,
-     true},
+    {MAIN_TAPE_DUMP, DLG_TAPE_DUMP, tapeDumpDlg_eh, "Error opening Tape Analysis dialog", &gTAnlsWindowUp, false},
+    {MAIN_IMAGE_COPY, DLG_COPY, CopyDialog_eh, "Error opening Image Copy dialog", nullptr, true},
+    {MAIN_REFORMAT, DLG_REFORMAT, ReformatDialog_eh, "Error opening Data Reformat dialog", nullptr, true},
     // Named after the copy on purpose: both are the image copy's dialogs to those who read the message.
-    {MAIN_VERIFY, DLG_VERIFY, VerifyDialog_eh, "Verify", "Error opening Image Copy dialog", nullptr, true},
-    {MAIN_MERGE, DLG_MERGE, FileMergeDlg_eh, "Dataset merge", "Error opening Kyr File Merge dialog", nullptr, false},
-    {MAIN_FILE_DUMP, DLG_FILE_DUMP, FileDumpDlg_eh, "File dump", "Error opening File Analysis dialog", &gFAnlsWindowUp,
-     false},
-    {MAIN_FILE_SCAN, DLG_FILE_SCAN, nullptr, "File scan", "Error opening File Scan dialog", nullptr, false},
+    {MAIN_VERIFY, DLG_VERIFY, VerifyDialog_eh, "Error opening Image Copy dialog", nullptr, true},
+    {MAIN_MERGE, DLG_MERGE, FileMergeDlg_eh, "Error opening Kyr File Merge dialog", nullptr, false},
+    {MAIN_FILE_DUMP, DLG_FILE_DUMP, FileDumpDlg_eh, "Error opening File Analysis dialog", &gFAnlsWindowUp, false},
+    {MAIN_FILE_SCAN, DLG_FILE_SCAN, FileIndexDialog_eh, "Error opening File Scan dialog", nullptr, true},
 };
 
 WINDOW openDialogs[std::size(kButtons)] = {};
@@ -45,7 +42,6 @@ WINDOW openDialogs[std::size(kButtons)] = {};
 void openJob(std::size_t place) {
   const JobButton& button = kButtons[place];
   if (button.up != nullptr && *button.up != 0) return;
-  if (button.handler == nullptr) return notYetBuilt(button.name);
   WINDOW& dialog = openDialogs[place];
   if (xvt_vobj_is_valid(dialog)) {
     xvt_vobj_raise(dialog);

@@ -8,18 +8,12 @@
 #include "libkyr/text.h"
 #include "quarlo/merge/mergelist.h"
 #include "quarlo/merge/mergeplan.h"
+#include "tests/support/dataset_maker.h"
 #include "tests/support/job_fixture.h"
 
 namespace {
 
 using Lines = std::vector<std::string>;
-
-struct Shape {
-  int type = kAnySeismicType;
-  int samples = 2;
-  float interval = 0.002F;
-  int places = 0;  // of traces in a record; 0: as many as the text has
-};
 
 class MergeTest : public JobTest {
  protected:
@@ -32,32 +26,17 @@ class MergeTest : public JobTest {
   }
   ~MergeTest() override { InputList.clear(); }
 
-  /// A dataset from a text, "L K, . L" for records of live, killed and never written traces.
-  void make(const std::string& name, const std::string& text, Shape shape = {}) {
-    Lines records;
-    std::istringstream all(text);
-    for (std::string one; std::getline(all, one, ',');) records.push_back(one);
-    for (std::string& one : records) std::erase(one, ' ');
-    const int traces = shape.places > 0 || records.empty() ? shape.places : static_cast<int>(records[0].size());
-    Link link;
-    const auto set = [&](int property, int value) {
-      SetDatasetProperty(record_.get(), link, property, longIntType, gUnknownUnits, &value);
-    };
-    SetNumberOfOutputs(record_.get(), 1);
-    NewOutputSeismicFile(&link, record_.get(), folder.path(name).c_str(), 0, shape.type, 0, traces);
-    set(dsRecords, static_cast<int>(records.size()));
-    set(dsSamples, shape.samples);
-    SetDatasetProperty(record_.get(), link, dsSampleInterval, singleFloatType, gUnknownUnits, &shape.interval);
-    ASSERT_EQ(EndInit(record_.get()), kyrOk);
-    for (std::size_t r = 0; r < records.size(); ++r)
-      for (std::size_t t = 0; t < records[r].size(); ++t) {
-        TraceInfo header{};
-        if (records[r][t] == 'K') header.words[trKillFlag] = killProcessing;
-        const std::vector<float> samples(static_cast<std::size_t>(shape.samples), static_cast<float>(++made_));
-        if (records[r][t] != '.')
-          TracePut(record_.get(), link, static_cast<int>(r) + 1, static_cast<int>(t) + 1, samples.data(), &header);
-      }
-    ASSERT_EQ(CloseFile(record_.get(), link), kyrOk);
+  /// A dataset from a text, "LK,.L" for records of live, killed and never written traces.
+  void make(const std::string& name, const std::string& text, const DatasetFacts& facts = {}) {
+    const int traces = static_cast<int>(text.find(',') == text.npos ? text.size() : text.find(','));
+    const int records = traces > 0 ? static_cast<int>(text.size() + 1) / (traces + 1) : 0;
+    makeDataset(folder.path(name), records, traces, facts,
+                [&](int record, int trace, TraceInfo* header, float* samples) {
+                  const char kind = text[static_cast<std::size_t>((record - 1) * (traces + 1) + trace - 1)];
+                  if (kind == 'K') header->words[trKillFlag] = killProcessing;
+                  std::fill_n(samples, facts.samples, static_cast<float>(++made_));
+                  return kind != '.';
+                });
   }
   /// Type, counts, interval in ms, and of every trace its samples' number (dead ones their flag behind it) and its own.
   std::string told(const std::string& name) {
@@ -98,12 +77,11 @@ class MergeTest : public JobTest {
   }
   std::string in(const std::string& name) { return folder.path("in/" + name); }
 
-  ProcessRecordPtr record_{NewProcessRecord()};
   int made_ = 0;  // traces so far: the value of the samples of the last
 };
 
 TEST_F(MergeTest, RecordsOneBehindTheOther) {
-  make("in/a.kyr", "LL, KK, KL");
+  make("in/a.kyr", "LL,KK,KL");
   make("in/b.kyr", "L.L", {.type = brickedTimeStack, .interval = 0.004F});
   make("in/c.kyr", "L", {.type = kStackedData, .samples = 3});
   std::filesystem::create_symlink("b.kyr", "in/link.kyr");
@@ -175,7 +153,7 @@ TEST_F(MergeTest, WhatCannotBeJoinedIsLeftOut) {
   EXPECT_FALSE(std::filesystem::exists("out.kyr") || toolkit.enabled(dialog, MG_MERGE));
 
   // An output that became an input, or part of one, and counts that pass those of a trace's number: nothing is begun.
-  make("in/a.kyr", "L, L");
+  make("in/a.kyr", "L,L");
   addFolder();
   InputList.erase(InputList.begin() + 1);
   std::filesystem::create_symlink("in/a.kyr", "out.kyr");
@@ -193,7 +171,7 @@ TEST_F(MergeTest, WhatCannotBeJoinedIsLeftOut) {
 
 TEST_F(MergeTest, WhatCannotBeReadGoesOutDead) {
   make("in/a.kyr", "LLLLLLLLLLLLLL");
-  make("in/b.kyr", "L, L");
+  make("in/b.kyr", "L,L");
   std::string bytes = readFile("in/a.kyr");
   for (int slot = 1; slot < 13; ++slot) bytes[4096 + 832U * static_cast<unsigned>(slot) + 830] ^= 1;
   writeFile("in/a.kyr", bytes);
@@ -215,7 +193,7 @@ TEST_F(MergeTest, WhatCannotBeReadGoesOutDead) {
 }
 
 TEST_F(MergeTest, WhereverItEndsTheOutputIsTrue) {
-  make("in/a.kyr", "LL, LL");
+  make("in/a.kyr", "LL,LL");
   make("in/b.kyr", "LL", {.type = kStackedData});
   const std::string whole = "10: 3x2 2 1:1 2:2 3:3 4:4 5:5 6:6";
   for (const bool closes : {false, true})

@@ -585,6 +585,14 @@ PLAYERS = {
         ("mt -f", Unplayed(DEVICE)),
     ],
     "docs/dump-formats.md": [("00000 ", dump_formats)],
+    "docs/file-scan.md": [
+        ("quarlo --job", By("tests/scripts/jobs_datasets.sh")),
+        ("File scan of", By("tests/scripts/jobs_datasets.sh")),
+    ],
+    "docs/format-idx.md": [
+        ("00000000 ", By("tests/scripts/jobs_datasets.sh")),
+        ("import struct", By("tests/scripts/jobs_datasets.sh")),
+    ],
     "docs/format-kyr.md": [
         ("lane = ", By("tests/kyr/dataset_example_test.cpp")),
         ("00000000", dataset),

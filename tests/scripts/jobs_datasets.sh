@@ -20,4 +20,30 @@ status=0
 echo no >line-1201/c.kyr
 timeout 60 quarlo --job merge folder=line-1201 output=new.kyr >log 2>error || status=$?
 [ "$status" = 1 ] && grep -q 'omitted from merge' error
+
+# Indexes and tables are read here without any of the program's code.
+mkdir survey
+PYTHONPATH=$scripts python3 -c 'import line; line.make("survey/line.sgy")'
+cp line.kyr survey
+kyrtool kill survey/line.kyr 1 2
+"$scripts/documents.py" block docs/file-scan.md "quarlo --job" >commands
+"$scripts/documents.py" block docs/format-idx.md "import struct" >read.py
+timeout 100 bash -eu commands >log
+sed "s#$dir#/data#" log | grep -A6 line.sgy: | diff - <("$scripts/documents.py" block docs/file-scan.md "File scan of")
+python3 read.py 'survey\line.sgy.idx' | grep -x 'line.sgy SEG Y revision 2.0 2400 entries; CMP 1 100' >seen
+python3 read.py 'survey\line.kyr.idx' | grep -x 'last: record 4 trace 3 CMP line 0 location 0 offset 0.0' >seen
+"$scripts/documents.py" block docs/format-idx.md 00000000 | while read -r place bytes; do
+  [ "$(xxd -s "0x$place" -l 16 -p 'survey\line.kyr.idx')" = "${bytes// /}" ]
+done
+! timeout 60 quarlo --job index input=survey/line.sgy table=traces.csv >log 2>error
+grep -q '^quarlo: index: "traces.csv" exists; give overwrite=yes' error
+PYTHONPATH=$scripts python3 - <<'CHECK'
+import csv, line
+traces = line.read("survey/line.sgy")[1]
+rows = list(csv.DictReader(open("traces.csv", newline="")))
+assert len(rows) == len(traces) == 2400
+for place, (row, trace) in enumerate(zip(rows, traces)):
+    assert row["state"] == "live" and int(row["byte"]) == line.HEADERS + place * line.TRACE, row
+    assert int(row["cmp_location"]) == line.field(trace, 21) and int(row["offset"]) == line.field(trace, 37), row
+CHECK
 echo "jobs_datasets: all as expected"

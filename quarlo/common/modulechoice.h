@@ -1,8 +1,11 @@
-/// One side of the reformat dialog: the modules offered there, the one that is chosen, and the block of its parameters.
+/// The choice of a format module: the modules that a dialog offers, the one that is chosen, the block of its
+/// parameters.
 #pragma once
 
 #include <cstdlib>
 #include <memory>
+#include <string_view>
+#include <vector>
 
 #include "quarlo/common/tprcstep.h"
 
@@ -28,6 +31,12 @@ struct ModuleRowsFreer {
 };
 using ModuleRows = std::unique_ptr<DllList[], ModuleRowsFreer>;
 int countRows(const DllList* rows);
+/// The first row of this name, or -1.
+int rowNamed(const DllList* rows, std::string_view name);
+/// The names that the rows have in a list box, for as long as the rows live.
+std::vector<const char*> namesOf(const DllList* rows, int count);
+/// A dialog without the modules that it needs: says so in a box and on the console. @return 0
+int refuseSetUp(const char* text);
 
 class ModuleChoice {
  public:

@@ -1,10 +1,13 @@
-#include "quarlo/reformat/modulechoice.h"
+#include "quarlo/common/modulechoice.h"
 
 #include <malloc.h>
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
+#include "libkyr/text.h"
+#include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 
 const ModuleCalls kInputCalls = {allocateInput,    destroyInput,  selectInput,  &ProcessingStep::PostInputDialog,
@@ -31,6 +34,25 @@ int countRows(const DllList* rows) {
   int count = 0;
   while (rows != nullptr && rows[count].name[0] != '\0') ++count;
   return count;
+}
+
+int rowNamed(const DllList* rows, std::string_view name) {
+  const int count = countRows(rows);
+  const auto* found =
+      std::find_if(rows, rows + count, [&](const DllList& row) { return fieldText(row.menuName) == name; });
+  return found != rows + count ? static_cast<int>(found - rows) : -1;
+}
+
+std::vector<const char*> namesOf(const DllList* rows, int count) {
+  std::vector<const char*> names(static_cast<std::size_t>(count));
+  std::transform(rows, rows + count, names.begin(), [](const DllList& row) { return row.menuName; });
+  return names;
+}
+
+int refuseSetUp(const char* text) {
+  xvt_dm_post_error("%s", text);
+  console_out(text);
+  return 0;
 }
 
 ModuleChoice::ModuleChoice(const ModuleCalls& calls, ModuleRows rows, int chosen, int* block)
