@@ -6,6 +6,8 @@
 #: takes records NUMBER 10000 of a tape with SEG Y or SEG D: how many records it has at most
 #: takes traces NUMBER 0 of such a tape: how many traces a record has at most; 0: as the headers say
 #: takes files all|one all of such a tape: whether all of its files are read, or a single one
+#: takes auxiliary no|yes no of SEG D: whether auxiliary channel sets go in as well
+#: takes pad no|yes no of SEG D: whether shorter traces are filled with zeros; else traces of another length are left out
 include parts/all.qs
 include parts/overwrite.qs
 include parts/next-tape.qs
@@ -42,6 +44,23 @@ when to=dataset
 else
   select reformat.output-format "SEG Y"
 end
+when from=segd
+  answer segd-input
+    type segd-input.most-records ${records}
+    type segd-input.most-traces ${traces}
+    when files=one
+      press segd-input.one-file
+    end
+    when auxiliary=yes
+      press segd-input.auxiliary
+    end
+    when pad=yes
+      press segd-input.pad
+    end
+    press segd-input.ok
+  end
+  press reformat.input-parameters
+end
 when input=DRIVE
   when from=segy
     answer segy-input
@@ -51,17 +70,6 @@ when input=DRIVE
         press segy-input.one-file
       end
       press segy-input.ok
-    end
-    press reformat.input-parameters
-  end
-  when from=segd
-    answer segd-input
-      type segd-input.most-records ${records}
-      type segd-input.most-traces ${traces}
-      when files=one
-        press segd-input.one-file
-      end
-      press segd-input.ok
     end
     press reformat.input-parameters
   end
@@ -82,5 +90,6 @@ wait enabled reformat.run 60 else "the reformat cannot start"
 press reformat.run
 wait text reformat.status "[CFI]*" 8640000
 include parts/checks.qs
+expect no-line console "  \\*\\* *left out*"
 expect text reformat.status "Complete" else "the reformat failed"
 quit

@@ -198,6 +198,15 @@ TEST(SegyLayout, WhatIsBelievedOfHeadersThatContradictTheFile) {
             std::string(10, 'x') + traces({{0, 70000}}) + stanza("")),
        "3610 240 1 70000 0",
        {"The first trace is said to begin behind 3610 bytes, the headers before it have 3600: the first is taken"}},
+      {"trailers known by their stanza",
+       file({kShorts, kTwo, samples(4), {329, 4, 0xFFFFFFFF}},
+            traces({{4, 4}}) + endStanza + "((x: y))" + std::string(3192, ' ')),
+       "3600 240 1 4 0",
+       {}},
+      {"a tape label in front",
+       "   1SY1.0RECORD" + std::string(113, ' ') + file({kShorts, samples(4)}, traces({{4, 4}})),
+       "3728 240 1 4 0",
+       {}},
   };
   for (const Case& each : cases) {
     SCOPED_TRACE(each.what);

@@ -32,7 +32,7 @@ CHECK
 # The tape's samples are those of its field files, read from disk.
 bash -c "$("$here/documents.py" block docs/reformat.md 'quarlo --job')" >out
 cat line-1201/*.sgd >joined.segd
-quarlo --job reformat from=segd input=joined.segd output=disk.kyr >out
+quarlo --job reformat from=segd input=joined.segd output=disk.kyr auxiliary=yes pad=yes >out
 [ "$(kyrtool headers line.kyr | md5sum)" = "$(kyrtool headers disk.kyr | md5sum)" ]
 quarlo --job reformat from=segd input=joined.segd to=segy output=disk.sgy >out
 quarlo --job reformat from=segd input=0 to=segy output=tape.sgy position=rewind >out

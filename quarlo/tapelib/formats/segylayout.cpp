@@ -77,6 +77,7 @@ class Headers {
   bool hasStructure(Bytes binary) const { return binary.size() >= kBinaryHeaderBytes; }
   bool isExtended() const { return layout_.reading.extended; }
   std::uint64_t extendedHeaders(BytesAt& file, int count, std::uint64_t behindBinary);
+  std::uint64_t trailers(BytesAt& file) const;
   void remark(std::string line) { layout_.remarks.push_back(std::move(line)); }
 
   const SegyFormat& format_;
@@ -141,6 +142,18 @@ std::uint64_t Headers::extendedHeaders(BytesAt& file, int count, std::uint64_t b
   return 0;
 }
 
+/// Texts behind the traces: as many as are announced, or those at the end that begin with a stanza.
+std::uint64_t Headers::trailers(BytesAt& file) const {
+  const std::uint64_t room = (layout_.end - layout_.firstTrace) / kEbcdicHeaderBytes;
+  const auto stated = static_cast<std::uint64_t>(std::max(0, layout_.statedTrailers));
+  if (layout_.statedTrailers != -1) return stated <= room ? stated : 0;
+  std::uint64_t found = 0;
+  while (found < std::min(room, kMostTextHeaders) &&
+         beginsSegyStanza(file.at(layout_.end - (found + 1) * kEbcdicHeaderBytes, kEbcdicHeaderBytes)))
+    ++found;
+  return found;
+}
+
 void Headers::placeTraces(BytesAt& file, Bytes binary, std::uint64_t behindBinary) {
   layout_.end = file.size();
   layout_.firstTrace = behindBinary;
@@ -157,9 +170,7 @@ void Headers::placeTraces(BytesAt& file, Bytes binary, std::uint64_t behindBinar
                       isBelieved ? "the first is taken" : "the second is taken"));
     if (isBelieved) layout_.firstTrace = stated;
   }
-  const std::uint64_t room = layout_.end - layout_.firstTrace;
-  const auto trailers = static_cast<std::uint64_t>(std::max(0, layout_.statedTrailers));
-  if (trailers <= room / kEbcdicHeaderBytes) layout_.end -= trailers * kEbcdicHeaderBytes;
+  layout_.end -= trailers(file) * kEbcdicHeaderBytes;
 }
 
 /// The byte order that the headers themselves tell.
