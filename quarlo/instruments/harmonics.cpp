@@ -74,7 +74,7 @@ std::optional<Magnitudes> transform(float* trace, int samples, int length) {
 
 // ---- distortion ---------------------------------------------------------------------------------------------------
 
-std::optional<Distortion> distortionOf(double fundamental, float interval,
+std::optional<Distortion> distortionOf(double fundamental, float interval, int kept,
                                        const std::function<double(int number)>& amplitude) {
   Distortion found{.fundamental = fundamental};
   const double bound = 1.0 / (2.0 * interval) / fundamental;
@@ -88,7 +88,7 @@ std::optional<Distortion> distortionOf(double fundamental, float interval,
       continue;
     }
     sumSquares += thisAmp * thisAmp;
-    found.harmonics.push_back(thisAmp * 100.0 / found.fundAmp);
+    if (ih <= kept) found.harmonics.push_back(thisAmp * 100.0 / found.fundAmp);
   }
   found.thd = static_cast<float>(std::sqrt(sumSquares / (found.fundAmp * found.fundAmp)) * 100.0);
   return ih > 0 ? std::optional(found) : std::nullopt;

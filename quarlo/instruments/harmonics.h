@@ -45,11 +45,12 @@ std::optional<Magnitudes> transform(float* trace, int samples, int length);
 struct Distortion {
   double fundamental = 0;           ///< Hz
   double fundAmp = 0;               ///< its amplitude
-  std::vector<double> harmonics{};  ///< from the second on, in percent of the fundamental
+  std::vector<double> harmonics{};  ///< the first of them, from the second on, in percent of the fundamental
   float thd = 0;                    ///< the root of the sum of all squares, in percent
 };
 /// All harmonics up to half the sampling frequency.
+/// @param kept how many of them are told one by one
 /// @param amplitude of the harmonic of that number, from 1, the fundamental; negative for no measure
 /// @return nothing when there is no harmonic at all, or one without measure
-std::optional<Distortion> distortionOf(double fundamental, float interval,
+std::optional<Distortion> distortionOf(double fundamental, float interval, int kept,
                                        const std::function<double(int number)>& amplitude);

@@ -82,7 +82,7 @@ class Bench {
     const auto found = transform(trace_.get(), samples_, length_);
     if (!found) throw TestEnded{"There is not enough memory for this test"};
     *dc = *found->pairs;
-    return distortionOf(found->fundamental / (length_ * double{interval_}), interval_,
+    return distortionOf(found->fundamental / (length_ * double{interval_}), interval_, settings.numHarmonics,
                         [&](int number) { return found->harmonic(number); });
   }
 
@@ -90,7 +90,7 @@ class Bench {
     float mean = 0;
     const double fundamental = GetFundamental(trace_.get(), samples_, interval_, &mean);
     if (fundamental == 0) return std::nullopt;
-    return distortionOf(fundamental, interval_, [&](int number) {
+    return distortionOf(fundamental, interval_, settings.numHarmonics, [&](int number) {
       double sum = 0;
       const double amplitude = AmplitudeAt(trace_.get(), samples_, interval_, fundamental, number * fundamental,
                                            sines_.get(), cosines_.get(), &sum);
@@ -130,9 +130,7 @@ std::string lineOf(const TestedTrace& trace, const Distortion& found, double dc)
   std::string text;
   if (settings.numHarmonics >= 0)
     text = formatText("%4d %8.3f %11.3e %11.3e ", trace.number, found.fundamental, dc, found.fundAmp);
-  const auto wished = static_cast<std::size_t>(std::max(settings.numHarmonics, 0));
-  for (std::size_t k = 0; k < std::min(wished, found.harmonics.size()); ++k)
-    text += formatText("%8.3f ", found.harmonics[k]);
+  for (const double harmonic : found.harmonics) text += formatText("%8.3f ", harmonic);
   return text + formatText("%8.3f ", found.thd);
 }
 
