@@ -63,7 +63,7 @@ int run(int kind, const char* path, int type, const char* to) {
   segy.sampleFormat = 5;
   segy.deadTraces = 1;
   const KyrDatasetOutput dataset{{KYR_DATASET_OUTPUT, sizeof dataset, KYR_BLOCK_VERSION}};
-  const void* const block = type == OUTPUT_SEGY ? static_cast<const void*>(&segy) : &dataset;
+  const void* const block = type == KYR_ID_SEGY ? static_cast<const void*>(&segy) : &dataset;
   ReformatRun phases(record.get(), static_cast<const int*>(block), std::move(input));
   int answer = phases.begin();
   if (answer == 0) answer = phases.work();
@@ -99,7 +99,7 @@ std::string soundFile(int kind, const std::string& choices) {
   for (int i = 0; i < 6; ++i) file += segyTrace({7 - i / 2, i % 2, 0, 0}, 5, i);
   if (kind == 0) return file;
   makeFile("in", file);
-  require(run(0, "", OUTPUT_DATASET, kDataset) == JOB_OK);
+  require(run(0, "", KYR_ID_DATASET, kDataset) == JOB_OK);
   return contents(kDataset);
 }
 
@@ -122,10 +122,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   const char* const input = kind == 2 ? kDataset : "in";
   makeFile(input, file);
   for (const char* made : {kMade, "out/out.sgy"}) std::filesystem::remove(made);
-  const int result = run(kind, input, OUTPUT_DATASET, kMade);
+  const int result = run(kind, input, KYR_ID_DATASET, kMade);
   require(result == JOB_OK || result == JOB_FAILED);
   if (result != JOB_OK) return 0;
   requireWhole();
-  require(run(2, kMade, OUTPUT_SEGY, "out/out.sgy") == JOB_OK);
+  require(run(2, kMade, KYR_ID_SEGY, "out/out.sgy") == JOB_OK);
   return 0;
 }

@@ -31,7 +31,7 @@ SegySourceParams paramsOf(ProcessRecord* record, const KyrSegyInput& how) {
   params.gridLines = how.gridLines != 0;
   params.mostTraces = how.tape.traces;
   params.oneFile = how.tape.oneFile != 0;
-  params.survey = record->diskFileOutputType == OUTPUT_CHECK;
+  params.survey = record->diskFileOutputType == KYR_CHECK_RUN;
   if (how.fieldFiles.hasLimits != 0 || how.fieldFiles.leftOutCount > 0)
     params.skips = [record, files = fieldFileChoice(how.fieldFiles)](int fieldFile) {
       return skipThisFile(record, &files, fieldFile) != 0;

@@ -40,15 +40,10 @@ typedef struct ProcessRecord ProcessRecord;
 /// Room for a display name, its terminating zero included.
 enum { KYR_NAME_SIZE = 32 };
 
-/// Identifiers by which the program itself knows modules, and the names of the two of them that it offers as output
-/// formats, the first module of each name.
-enum { KYR_ID_SEGY = 0, KYR_ID_DATASET = 1, KYR_ID_SEGD = 10 };
+/// The names of those of them that the program offers as output formats (formatblocks.h), the first module of each
+/// name.
 #define KYR_NAME_SEGY "SEG Y"
 #define KYR_NAME_DATASET "Kyr"
-
-/// In place of an output format's identifier: the input is only checked. The modules KYR_ID_SEGY and KYR_ID_SEGD are
-/// asked for that.
-enum { KYR_CHECK_RUN = 999999 };
 
 // ---- what it is -------------------------------------------------------------------------------------------------
 

@@ -550,25 +550,25 @@ TEST_F(BuiltModuleTest, SegyBecomesADatasetAndSegyAgain) {
   selectOutput("iokyr.so", reinterpret_cast<int*>(&dataset));
   copyText(how.description, descriptions + "segy-rev2.txt");
   copyText(wanted.description, descriptions + "segy-rev0.txt");
-  ASSERT_EQ(phases("iosegy.so", "in.sgy", "line.kyr", OUTPUT_DATASET, &how, &dataset), 0);
-  ASSERT_EQ(phases("iokyr.so", "line.kyr", "out.sgy", OUTPUT_SEGY, &whole, &wanted), 0);
+  ASSERT_EQ(phases("iosegy.so", "in.sgy", "line.kyr", KYR_ID_DATASET, &how, &dataset), 0);
+  ASSERT_EQ(phases("iokyr.so", "line.kyr", "out.sgy", KYR_ID_SEGY, &whole, &wanted), 0);
   EXPECT_EQ(readFile("out.sgy").substr(3600), file.substr(3600));
   toolkit.onModal(1101, [&](WINDOW own) {
     toolkit.typeInto(own, 1, "2");
     toolkit.press(own, 3);
   });
   ProcessingStep("iokyr.so").PostInputDialog(reinterpret_cast<int*>(&whole));
-  ASSERT_EQ(phases("iokyr.so", "line.kyr", "last.sgy", OUTPUT_SEGY, &whole, &wanted), 0);
+  ASSERT_EQ(phases("iokyr.so", "line.kyr", "last.sgy", KYR_ID_SEGY, &whole, &wanted), 0);
   EXPECT_EQ(readFile("last.sgy").substr(3600 + 240), file.substr(3600 + 248 + 240));
 
   forgetConsole();
-  EXPECT_EQ(phases("iosegy.so", "in.sgy", "", OUTPUT_CHECK, &how, &dataset), 0);
+  EXPECT_EQ(phases("iosegy.so", "in.sgy", "", KYR_CHECK_RUN, &how, &dataset), 0);
   EXPECT_TRUE(consoleHas("A new record where \"FieldFile\" changes: 2 records, at most 1 trace each"));
   how.fieldFiles = {.hasLimits = 1, .above = 7, .below = 9, .leftOutCount = 0, .leftOut = {}};
-  EXPECT_NE(phases("iosegy.so", "in.sgy", "", OUTPUT_CHECK, &how, &dataset), 0);
+  EXPECT_NE(phases("iosegy.so", "in.sgy", "", KYR_CHECK_RUN, &how, &dataset), 0);
   EXPECT_TRUE(consoleHas("SKIPPING RECORD. Field file 7 is out of range."));
   how.fieldFiles = {1, 7, 10, 1, {10}};
-  EXPECT_EQ(phases("iosegy.so", "in.sgy", "", OUTPUT_CHECK, &how, &dataset), 0);
+  EXPECT_EQ(phases("iosegy.so", "in.sgy", "", KYR_CHECK_RUN, &how, &dataset), 0);
   for (const int button : {10, 11}) {  // OK; Cancel
     toolkit.onModal(1100, [&](WINDOW own) {
       toolkit.select(own, 7, button == 10 ? 6 : 0);  // every so many traces
@@ -578,12 +578,12 @@ TEST_F(BuiltModuleTest, SegyBecomesADatasetAndSegyAgain) {
     struct {
       KyrSegyInput* block;
       int outputId;
-    } handed = {&how, OUTPUT_DATASET};
+    } handed = {&how, KYR_ID_DATASET};
     ProcessingStep("iosegy.so").PostInputDialog(reinterpret_cast<int*>(&handed));
     EXPECT_EQ(formatText("%s|%d", how.recordField, how.tracesPerRecord), "|2");
   }
   writeFile("in.sgy", file.substr(0, 100));
-  EXPECT_NE(phases("iosegy.so", "in.sgy", "line.kyr", OUTPUT_DATASET, &how, &dataset), 0);
+  EXPECT_NE(phases("iosegy.so", "in.sgy", "line.kyr", KYR_ID_DATASET, &how, &dataset), 0);
   EXPECT_TRUE(consoleHas(("  *** Error reading " + std::filesystem::current_path().string() +
                           "/in.sgy as SEG Y: the file has 100 bytes, its reel headers need 3600.")
                              .c_str()));

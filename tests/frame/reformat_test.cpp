@@ -76,7 +76,7 @@ class ReformatRunTest : public UnitsTest {
     forgetConsole();
     record->diskFileOutputType = type;
     const KyrDatasetOutput dataset = {{KYR_DATASET_OUTPUT, sizeof dataset, KYR_BLOCK_VERSION}};
-    const void* const block = type == OUTPUT_SEGY ? static_cast<const void*>(&how) : &dataset;
+    const void* const block = type == KYR_ID_SEGY ? static_cast<const void*>(&how) : &dataset;
     RegisterSource(record.get(), 0, std::make_unique<GivenTraces>(std::move(gift)));
     SetNumberOfInputs(record.get(), 1);
     ReformatInput input;
@@ -130,12 +130,12 @@ class ReformatRunTest : public UnitsTest {
 };
 
 TEST_F(ReformatRunTest, ADatasetKeepsPlacesAndTheDead) {
-  EXPECT_EQ(run(OUTPUT_DATASET, {}), 0);
+  EXPECT_EQ(run(KYR_ID_DATASET, {}), 0);
   EXPECT_EQ(dataset(), "2x4 1010 1020 -1 1040 2010 2020 -1 2040");
   EXPECT_TRUE(consoleHas("2 records, 6 traces read."));
 
   // What cannot be read is dead in it, and the run has failed; the file is no whole dataset.
-  EXPECT_EQ(run(OUTPUT_DATASET, {.lost = {{1, 1}, {2, 4}}}), 1);
+  EXPECT_EQ(run(KYR_ID_DATASET, {.lost = {{1, 1}, {2, 4}}}), 1);
   EXPECT_TRUE(consoleHas("2 traces could not be read.") && consoleHas("  *** Job Failed."));
   forgetConsole();
   EXPECT_EQ(dataset(), "2x4 -2 1020 -2 1040 2010 2020 -2 -2");
@@ -143,31 +143,31 @@ TEST_F(ReformatRunTest, ADatasetKeepsPlacesAndTheDead) {
 
   // With the stop at errors the first one ends it.
   units->inputAbort = true;
-  EXPECT_EQ(run(OUTPUT_DATASET, {.lost = {{2, 1}}}), 1);
+  EXPECT_EQ(run(KYR_ID_DATASET, {.lost = {{2, 1}}}), 1);
   EXPECT_TRUE(consoleHas("1 record, 3 traces read."));
 }
 
 TEST_F(ReformatRunTest, RecordsThatNobodyKnowsComeUpToTheAnnouncedNumber) {
-  EXPECT_EQ(run(OUTPUT_DATASET, {.announced = -1}, 7), 0);
+  EXPECT_EQ(run(KYR_ID_DATASET, {.announced = -1}, 7), 0);
   EXPECT_EQ(dataset(), "2x4 1010 1020 -1 1040 2010 2020 -1 2040");
-  EXPECT_EQ(run(OUTPUT_DATASET, {.announced = -1, .records = 3}, 2), 1);
+  EXPECT_EQ(run(KYR_ID_DATASET, {.announced = -1, .records = 3}, 2), 1);
   EXPECT_TRUE(consoleHas("  *** The input has more than 2 records: raise \"Records at most\"."));
-  EXPECT_EQ(run(OUTPUT_DATASET, {.announced = -1, .end = {2, 2}}, 7), 1);
+  EXPECT_EQ(run(KYR_ID_DATASET, {.announced = -1, .end = {2, 2}}, 7), 1);
   EXPECT_EQ(dataset().substr(0, 26), "2x4 1010 1020 -2 1040 2010");
-  EXPECT_EQ(run(OUTPUT_DATASET, {.announced = 0}), 1);
+  EXPECT_EQ(run(KYR_ID_DATASET, {.announced = 0}), 1);
   EXPECT_TRUE(consoleHas("  *** The input has no traces.") && consoleHas("0 records, 0 traces read."));
 }
 
 TEST_F(ReformatRunTest, SegyOnDiskIsReadByAnIndependentReader) {
   if (!haveSegyReader()) GTEST_SKIP() << "python3-segyio is not installed";
-  EXPECT_EQ(run(OUTPUT_SEGY, {}), 0);
+  EXPECT_EQ(run(KYR_ID_SEGY, {}), 0);
   EXPECT_EQ(segyFile(),
             "4 500 4 5 [(101, 1, 1, 1010), (101, 2, 2, 1020), (101, 4, 6, 1040), (102, 1, 1, 2010), (102, 2, 2, 2020), "
             "(102, 4, 6, 2040)]\n");
   how.deadTraces = 0;
   how.stripAuxiliary = 1;
   how.sampleFormat = 3;
-  EXPECT_EQ(run(OUTPUT_SEGY, {.lost = {{1, 1}}}), 1);  // what is dead now is left out with the dead
+  EXPECT_EQ(run(KYR_ID_SEGY, {.lost = {{1, 1}}}), 1);  // what is dead now is left out with the dead
   EXPECT_EQ(segyFile(), "4 500 4 3 [(102, 1, 1, 2010)]\n");
   EXPECT_TRUE(consoleHas("5 traces left out.") && consoleHas("1 trace written."));
 }
@@ -176,14 +176,14 @@ TEST_F(ReformatRunTest, AFullDiskCountsWhatItHolds) {
   // Found while traces are written, and at the end.
   for (const int records : {200, 40}) {
     const FileLimit full(3600 + 256 * 100 + 77);
-    EXPECT_EQ(run(OUTPUT_SEGY, {.announced = records, .records = records}), 1);
+    EXPECT_EQ(run(KYR_ID_SEGY, {.announced = records, .records = records}), 1);
     EXPECT_TRUE(consoleHas("100 traces written.")) << records;
     EXPECT_EQ(readFile(folder.path("out")).size(), 3600U + 256 * 100);
   }
   // Of a dataset 20 records, one place of four in each without a trace.
   for (const int records : {200, 21}) {
     const FileLimit full(4096 + 840 * 80 + 77);
-    EXPECT_EQ(run(OUTPUT_DATASET, {.announced = records, .records = records}), 1);
+    EXPECT_EQ(run(KYR_ID_DATASET, {.announced = records, .records = records}), 1);
     EXPECT_TRUE(consoleHas("60 traces written.")) << records;
   }
 }
@@ -203,7 +203,7 @@ TEST_F(ReformatRunTest, TapesAreContinuedTogetherWhenOneIsFull) {
       toolkit.press(question, OC_CONTINUE);
     });
   }
-  EXPECT_EQ(run(OUTPUT_SEGY, {}), 0);
+  EXPECT_EQ(run(KYR_ID_SEGY, {}), 0);
   tlv_tape_close(units, kAllOutputs);
   const Tape first = tapeIn("a.tap");
   EXPECT_EQ(first, tapeIn("b.tap"));
@@ -224,7 +224,7 @@ TEST_F(ReformatRunTest, TapesAreContinuedTogetherWhenOneIsFull) {
 
 TEST_F(ReformatRunTest, ACheckWritesNothingAndTells) {
   units[1] = UnitStruct{};
-  EXPECT_EQ(run(OUTPUT_CHECK, {}), 0);
+  EXPECT_EQ(run(KYR_CHECK_RUN, {}), 0);
   EXPECT_TRUE(consoleHas("A run would make 2 records of at most 4 traces, 4 samples at 0.5 ms."));
   EXPECT_TRUE(consoleHas("The smallest record has 3 traces; places that nobody wrote fill the others up."));
   EXPECT_TRUE(consoleHas("Field files from 101 to 102.") && consoleHas("2 dead traces.") &&
@@ -234,17 +234,17 @@ TEST_F(ReformatRunTest, ACheckWritesNothingAndTells) {
 
 TEST_F(ReformatRunTest, StrangersBlocksAndAStopEndItTruly) {
   how.head.size = 12;
-  EXPECT_EQ(run(OUTPUT_SEGY, {}), 1);
+  EXPECT_EQ(run(KYR_ID_SEGY, {}), 1);
   EXPECT_TRUE(consoleHas("  *** The parameters of the SEG Y output are not those of this program's module."));
   how.head.size = sizeof how;
   units[1].fs = specOf("none/out");
-  EXPECT_EQ(run(OUTPUT_SEGY, {}), 1);
-  EXPECT_EQ(run(OUTPUT_DATASET, {}), 0);
+  EXPECT_EQ(run(KYR_ID_SEGY, {}), 1);
+  EXPECT_EQ(run(KYR_ID_DATASET, {}), 0);
   EXPECT_EQ(run(77, {}), 1);
   toolkit.onPump = [this, left = 5](long) mutable {
     if (--left == 0) toolkit.press(toolkit.windowTitled("Reformat Progress"), PROG_STOP);
   };
-  EXPECT_EQ(run(OUTPUT_DATASET, {}), 1);
+  EXPECT_EQ(run(KYR_ID_DATASET, {}), 1);
   EXPECT_TRUE(consoleHas("  *** Reformat aborted by user at DATE."));
   EXPECT_FALSE(consoleHas("  *** Job Failed."));
 }

@@ -3,6 +3,13 @@
 /// is C and C++.
 #pragma once
 
+/// Identifiers by which the program itself knows modules: SEG Y, datasets, SEG D.
+enum { KYR_ID_SEGY = 0, KYR_ID_DATASET = 1, KYR_ID_SEGD = 10 };
+
+/// In place of an output format's identifier: the input is only checked. The modules KYR_ID_SEGY and KYR_ID_SEGD are
+/// asked for that.
+enum { KYR_CHECK_RUN = 999999 };
+
 enum { KYR_BLOCK_VERSION = 1, KYR_BLOCK_PATH = 1024 };
 
 /// What such a block begins with. It tells who asks whether the bytes behind it are what he takes them for.

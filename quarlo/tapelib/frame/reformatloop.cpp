@@ -186,7 +186,7 @@ void ReformatRun::summarize() {
   say(counted(records_, "record") + ", " + counted(tracesRead_, "trace") + " read.");
   if (unreadable_ > 0) say(counted(unreadable_, "trace") + " could not be read.");
   if (tracesLeftOut_ > 0) say(counted(tracesLeftOut_, "trace") + " left out.");
-  if (record_->diskFileOutputType != OUTPUT_CHECK) say(counted(tracesWritten_, "trace") + " written.");
+  if (record_->diskFileOutputType != KYR_CHECK_RUN) say(counted(tracesWritten_, "trace") + " written.");
   if (output_) output_->tellSummary();
   logBlank();
 }

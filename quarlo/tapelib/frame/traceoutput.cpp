@@ -36,17 +36,17 @@ std::unique_ptr<TraceOutput> makeTraceOutput(ProcessRecord* procRecord, const in
     ProcessConsole(procRecord, line);
     return nullptr;
   };
-  if (procRecord->diskFileOutputType == OUTPUT_CHECK) return makeCheckOutput(procRecord);
+  if (procRecord->diskFileOutputType == KYR_CHECK_RUN) return makeCheckOutput(procRecord);
   const UnitStruct* const units = GetDevUnit(procRecord);
   if (units == nullptr || (units[1].type != UT_DISK && units[1].type != UT_TAPE))
     return refuse("  *** Error: there is no output.");
-  if (procRecord->diskFileOutputType == OUTPUT_SEGY) {
+  if (procRecord->diskFileOutputType == KYR_ID_SEGY) {
     const auto* const how = blockOf<KyrSegyOutput>(block, KYR_SEGY_OUTPUT);
     if (how == nullptr)
       return refuse("  *** The parameters of the SEG Y output are not those of this program's module.");
     return makeSegyOutput(procRecord, *how, std::move(told));
   }
-  if (procRecord->diskFileOutputType != OUTPUT_DATASET) return refuse("  *** This output format cannot be written.");
+  if (procRecord->diskFileOutputType != KYR_ID_DATASET) return refuse("  *** This output format cannot be written.");
   if (blockOf<KyrDatasetOutput>(block, KYR_DATASET_OUTPUT) == nullptr)
     return refuse("  *** The parameters of the dataset output are not those of this program's module.");
   if (units[1].type != UT_DISK) return refuse("  *** A dataset cannot be written to tape.");

@@ -9,9 +9,6 @@
 #include "libkyr/datasets.h"
 #include "quarlo/tapelib/frame/tapechange.h"
 
-/// Output types beside the identifiers of modules.
-enum OUTPUT_TYPE : int { OUTPUT_SEGY = 0, OUTPUT_DATASET = 1, OUTPUT_CHECK = 999999 };
-
 /// What is known of the traces before the first of them.
 struct TraceCounts {
   int records = 0;  ///< announced where the input does not know them
