@@ -252,6 +252,17 @@ int TraceGet(ProcessRecord* procRecord, Link link, int record, int trace, float*
   return readTrace(hasRoom ? source : nullptr, record, trace, samples, header);
 }
 
+int TracePlaceFrom(const ProcessRecord* procRecord, Link link, int record, int trace) {
+  TraceSource* const source = sourceOf(procRecord, link);
+  int place = trace;
+  if (source == nullptr) return place;
+  const int result = guarded([&] {
+    place = source->placeFrom(record, trace);
+    return kyrOk;
+  });
+  return result == kyrOk ? place : trace;
+}
+
 std::int64_t GetTracePosition(const ProcessRecord* procRecord, Link link, int record, int trace) {
   TraceSource* const source = sourceOf(procRecord, link);
   std::int64_t position = -1;

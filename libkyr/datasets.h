@@ -81,6 +81,10 @@ int GetSeisOrg(const ProcessRecord* procRecord, Link link, GeneralSeisDataOrg* o
 int HeaderGet(ProcessRecord* procRecord, Link link, int record, int trace, TraceInfo* header);
 int TraceGet(ProcessRecord* procRecord, Link link, int record, int trace, float* samples, TraceInfo* header);
 
+/// The first place of a record, at `trace` or behind it, that may have a trace; 0 when there is none any more. From
+/// tapes the places that nobody wrote are known by it without being read.
+int TracePlaceFrom(const ProcessRecord* procRecord, Link link, int record, int trace);
+
 /// Byte at which a trace begins in its file; -1 where there is none.
 std::int64_t GetTracePosition(const ProcessRecord* procRecord, Link link, int record, int trace);
 

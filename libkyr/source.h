@@ -35,6 +35,9 @@ class TraceSource {
   /// The SeisType.
   virtual int type() const { return kAnySeismicType; }
   virtual SourceFormat format() const { return {}; }
+  /// The first place of a record, at `trace` or behind it, that may have a trace; 0 when there is none any more. Who
+  /// cannot tell answers `trace`, as at the source's end: reading it says how things stand.
+  virtual int placeFrom(int /*record*/, int trace) { return trace; }
   /// Byte, in its file, at which a trace begins; -1 where there is none.
   virtual std::int64_t position(int /*record*/, int /*trace*/) { return -1; }
   /// Whether `path` leads to a file that is read: nobody may write it meanwhile.

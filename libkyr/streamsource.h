@@ -1,6 +1,7 @@
 /// A source over traces that come one after the other, as from a tape: read forward, by record and trace.
 #pragma once
 
+#include <exception>
 #include <utility>
 #include <vector>
 
@@ -17,6 +18,9 @@ struct StreamTrace {
 /// The trace asked for last can be asked for again, one before it is answered with kyrTooLate. Places that the stream
 /// passed over are traces that nobody wrote.
 class StreamSource : public TraceSource {
+ public:
+  int placeFrom(int record, int trace) final;
+
  private:
   /// Fetches the next trace, which stands behind the one before it. Whoever implements it says why nothing can be read
   /// beyond the counts; a trace that comes from there all the same ends the source.
@@ -29,12 +33,14 @@ class StreamSource : public TraceSource {
 
   using Place = std::pair<int, int>;  // record, trace
 
+  void advanceTo(Place wanted);
   int advance();
   int give(float* samples, TraceInfo* header) const;
 
   StreamTrace now_{};
-  Place at_{};          // of what came last
-  Place asked_{};       // last
-  int result_ = kyrOk;  // of what came last
-  bool ended_ = false;  // nothing comes any more: `result_` says why
+  Place at_{};                   // of what came last
+  Place asked_{};                // last
+  int result_ = kyrOk;           // of what came last
+  std::exception_ptr thrown_{};  // by a look ahead
+  bool ended_ = false;           // nothing comes any more: `result_` says why
 };

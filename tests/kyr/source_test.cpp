@@ -1,4 +1,5 @@
 // Sources that others than the library give to a record: read through links as datasets are, in whatever way they fail.
+#include <array>
 #include <stdexcept>
 
 #include "libkyr/streamsource.h"
@@ -121,6 +122,14 @@ TEST_F(Sources, OfATapeAreReadForward) {
                        {4, 1},
                        {4, 3, kGap},
                        {5, 1, kyrNoSuchTrace}});
+  // Places that nobody wrote are known without being read.
+  ASSERT_EQ(give({-1, 3, kSamples}, {{1, 1}, {2, 2}, {2, 3, kThrow}, {2, 3}}), kyrOk);
+  const Link link = open("none");
+  const auto from = [&](int rec, int trace) { return TracePlaceFrom(record.get(), link, rec, trace); };
+  EXPECT_EQ((std::array{from(1, 1), from(1, 1), from(1, 2), from(2, 1), from(2, 2)}), (std::array{1, 1, 0, 2, 2}));
+  EXPECT_EQ(from(2, 3), 3);
+  reads(link, {{2, 3, kyrTraceLost}, {2, 3}});
+  EXPECT_EQ((std::array{from(2, 4), from(3, 1)}), (std::array{0, 1}));
   // What stands beyond the counts, goes back, fails for good or in an unknown way ends the source; a throw does not.
   for (const Tape::Item& bad : {Tape::Item{2, 4}, {3, 1}, {1, 1}, {2, 1, kyrSourceEnded}}) {
     ASSERT_EQ(give({2, 3, kSamples}, {{1, 1}, bad, {2, 2}}), kyrOk);

@@ -98,13 +98,16 @@ void ReformatRun::copyRecords() {
 
 /// @return false at the end of the input, or of the run
 bool ReformatRun::copyRecord(int record) {
+  const int ofInput = input_.firstRecord - 1 + record;
   for (int trace = 1; trace <= counts_.tracesPerRecord; ++trace) {
     if (!goOn()) return false;
-    const int result =
-        TraceGet(record_, input_.link, input_.firstRecord - 1 + record, trace, samples_.data(), &header_);
+    const int place = TracePlaceFrom(record_, input_.link, ofInput, trace);
+    if (place < trace || place > counts_.tracesPerRecord) break;
+    trace = place;
+    const int result = TraceGet(record_, input_.link, ofInput, trace, samples_.data(), &header_);
     if (result == kyrNoSuchTrace && trace == 1 && !recordsKnown_) return false;
     if (result != kyrOk && !cannotRead(result)) return false;
-    if (trace == 1) records_ = record;
+    records_ = record;
     const bool isThere = header_.words[trKillFlag] != killNeverWritten;
     if (isThere && !takeTrace(record, trace)) return false;
   }
