@@ -13,7 +13,7 @@
 
 /// How the traces of a source stand where they come from.
 struct SourceFormat {
-  std::string description{};  ///< name of the format's description; empty without one
+  std::string description{};  ///< of SEG Y the file name of its format's description; empty without one
   int sampleFormat = 0;       ///< code of the sample format, as the format itself counts them
   int bytesPerSample = 0;
   double interval = 0;     ///< seconds; dataset property 11 is the nearest float to it

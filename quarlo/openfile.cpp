@@ -57,7 +57,7 @@ std::string openingScript(const std::string& path, std::string* reason) {
     *reason = "there is no such file";
   else if (kind == std::end(kKinds))
     *reason = "no dialog is for files of this kind (.tpf, .tap, .sgy, .segy, .sgd, .segd, .kyr, .idx)";
-  else if (const std::string script = findShared("open", kind->script); !script.empty()) {
+  else if (std::string script = findShared("open", kind->script); !script.empty()) {
     if (ending == ".tap") useDrivesOf(path);
     return script;
   } else

@@ -30,7 +30,7 @@ kyrtool kill survey/line.kyr 1 2
 "$scripts/documents.py" block docs/format-idx.md "import struct" >read.py
 timeout 100 bash -eu commands >log
 sed "s#$dir#/data#" log | grep -A6 line.sgy: | diff - <("$scripts/documents.py" block docs/file-scan.md "File scan of")
-python3 read.py 'survey\line.sgy.idx' | grep -x 'line.sgy SEG Y revision 2.0 2400 entries; CMP 1 100' >seen
+python3 read.py 'survey\line.sgy.idx' | grep -x 'line.sgy segy-rev2.txt 2400 entries; CMP 1 100' >seen
 python3 read.py 'survey\line.kyr.idx' | grep -x 'last: record 4 trace 3 CMP line 0 location 0 offset 0.0' >seen
 "$scripts/documents.py" block docs/format-idx.md 00000000 | while read -r place bytes; do
   [ "$(xxd -s "0x$place" -l 16 -p 'survey\line.kyr.idx')" = "${bytes// /}" ]

@@ -78,7 +78,7 @@ std::vector<std::string> SegyFileSource::surveyRecords() {
 }
 
 SourceFormat SegyFileSource::format() const {
-  return {std::string(fieldText(format_.itsName)), layout_.sampleFormat, static_cast<int>(layout_.sampleBytes),
+  return {std::string(fieldText(format_.itsFileSpec.name)), layout_.sampleFormat, static_cast<int>(layout_.sampleBytes),
           layout_.interval / 1e6, false};
 }
 

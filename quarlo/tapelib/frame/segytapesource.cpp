@@ -68,7 +68,7 @@ bool SegyTapeSource::takeCounts(std::string* reason) {
 }
 
 SourceFormat SegyTapeSource::format() const {
-  return {std::string(fieldText(format_.itsName)), layout_.sampleFormat, static_cast<int>(layout_.sampleBytes),
+  return {std::string(fieldText(format_.itsFileSpec.name)), layout_.sampleFormat, static_cast<int>(layout_.sampleBytes),
           interval_ / 1e6, true};
 }
 
