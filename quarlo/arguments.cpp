@@ -120,8 +120,7 @@ int takeArgument(int argc, char** argv, int* at, Request* request) {
 int judge(const Request& request) {
   const bool job = request.job != nullptr;
   if (job && request.script != nullptr) return refuse("a script cannot be played with the job", request.job);
-  if (request.file != nullptr && (job || request.script != nullptr))
-    return refuse("a script or job has no use for the file", request.file);
+  if (request.file != nullptr && (job || request.script != nullptr)) return refuse("unknown option", request.file);
   if (request.shown && !job) return refuse("no --job beside", "--show");
   if (job || request.script != nullptr) return -1;
   if (request.headless) return refuse("no --script beside", "--headless");
