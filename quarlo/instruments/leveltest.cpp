@@ -7,23 +7,17 @@
 
 namespace {
 
-struct Total {
-  double sum = 0;
-  int count = 0;
-};
-
-Total writeTable(TestRun* run, const OneLevelTest& test, float limit, const FieldRecord& record,
-                 const std::vector<int>& numbers, float* samples, const std::function<float(float*, int)>& measure) {
-  Total total;
+Average writeTable(TestRun* run, const OneLevelTest& test, float limit, const FieldRecord& record,
+                   const std::vector<int>& numbers, float* samples, const std::function<float(float*, int)>& measure) {
+  Average average;
   for (const char* line : test.tableHead) run->line("%s", line);
   run->forLive(record, numbers, samples, [&](const TestedTrace& trace) {
     const float value = measure(samples, run->samples());
-    total.sum += value;
-    ++total.count;
+    average.add(value);
     run->traceLine(trace, formatText("  %6d          %12.6f", trace.number, value), {value},
                    std::fabs(value) > limit ? kFailedSix : nullptr);
   });
-  return total;
+  return average;
 }
 
 void writeTwoRecordLines(TestRun* run, const TwoRecordTest& test, const TwoRecordSettings& settings,
@@ -71,11 +65,11 @@ int runOneLevelTest(const OneLevelTest& test, const OneLevelSettings& settings,
         const auto trace = run.buffer(run.samples(), "trace");
         std::vector<int> numbers = run.traces(settings.firstTrace, *settings.lastTrace);
         if (prepare) prepare(run, record, trace.get(), &numbers);
-        Total total;
+        Average average;
         if (!prepare || !numbers.empty())
-          total = writeTable(&run, test, settings.limit, record, numbers, trace.get(), measure);
-        run.countLines(record, total.count);
-        run.line(test.averageLine, total.sum / total.count);
+          average = writeTable(&run, test, settings.limit, record, numbers, trace.get(), measure);
+        run.countLines(record, average.count);
+        run.line(test.averageLine, average.value());
         run.end();
       });
 }

@@ -41,6 +41,18 @@ constexpr const char* kFailedSix = "      ******* FAILED *******";
 constexpr const char* kFailedFive = "     ******* FAILED *******";
 constexpr const char* kFailedFour = "    ******* FAILED *******";
 
+/// Of a measure over the counted traces; of none it is no number.
+struct Average {
+  double sum = 0;
+  int count = 0;
+
+  void add(double value) {
+    sum += value;
+    ++count;
+  }
+  double value() const { return sum / count; }
+};
+
 class TestRun {
  public:
   /// Opens the dataset. @throws TestEnded when there is none, or it has no samples

@@ -134,20 +134,19 @@ std::string lineOf(const TestedTrace& trace, const Distortion& found, double dc)
   return text + formatText("%8.3f ", found.thd);
 }
 
-void testTrace(TestRun* run, const Bench& bench, const TestedTrace& trace, double* sum, int* count) {
+void testTrace(TestRun* run, const Bench& bench, const TestedTrace& trace, Average* average) {
   double dc = 0;
   const auto found = bench.measure(&dc);
   if (!found) return run->line("   ** Warning: trace %d holds no sine wave. It is not measured.", trace.number);
   if (trace.number == settings.firstTrace && settings.numHarmonics >= 0) writeTableHead(run, bench.mostHarmonics());
-  *sum += found->thd;
-  ++*count;
+  average->add(found->thd);
   run->traceLine(
       trace, lineOf(trace, *found, dc),
       {static_cast<float>(found->fundamental), static_cast<float>(dc), static_cast<float>(found->fundAmp), found->thd},
       found->thd > settings.maxThd ? " **** FAILED ****" : nullptr);
 }
 
-void testTraces(TestRun* run, const FieldRecord& record, double* sum, int* count) {
+void testTraces(TestRun* run, const FieldRecord& record, Average* average) {
   const Bench bench(run);
   int live = 0;
   for (const int number : run->traces(settings.firstTrace, settings.lastTrace)) {
@@ -155,7 +154,7 @@ void testTraces(TestRun* run, const FieldRecord& record, double* sum, int* count
     const auto trace = run->read(record, number, bench.trace());
     if (!trace) continue;
     ++live;
-    testTrace(run, bench, *trace, sum, count);
+    testTrace(run, bench, *trace, average);
   }
   if (settings.useFFT && !settings.clearBuffer && live > 1) run->remark(kMixed);
 }
@@ -168,11 +167,10 @@ int runTHDTest() {
       [](TestRun& run) {
         const FieldRecord record = run.begin(settings.fieldFile, &settings.lastTrace);
         writeParameters(&run, record);
-        double sum = 0;
-        int count = 0;
-        testTraces(&run, record, &sum, &count);
-        run.countLines(record, count);
-        run.line("Average Total Harmonic Distortion:  %.3f%%", sum / count);
+        Average average;
+        testTraces(&run, record, &average);
+        run.countLines(record, average.count);
+        run.line("Average Total Harmonic Distortion:  %.3f%%", average.value());
         run.end();
       });
 }

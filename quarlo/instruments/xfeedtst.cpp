@@ -46,17 +46,6 @@ struct Level {
   bool isSignal;
 };
 
-struct Average {
-  double sum = 0;
-  int count = 0;
-
-  void add(double value) {
-    sum += value;
-    ++count;
-  }
-  double value() const { return sum / count; }
-};
-
 void writeParameters(TestRun* run, const FieldRecord& record) {
   run->dcLine(settings.removeDC);
   run->blank();

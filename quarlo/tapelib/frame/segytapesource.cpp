@@ -156,7 +156,8 @@ TapeItem SegyTapeSource::readTexts() {
     if (item == TapeItem::Lost) continue;
     const bool isText = item == TapeItem::Block && tape_.block().size() == kEbcdicHeaderBytes;
     if (!isText) {
-      say_(formatText("%d extended text headers are announced; the tape has %d", announced, count));
+      say_(announced == -1 ? formatText("extended text headers are announced up to a last one; the tape has %d", count)
+                           : formatText("%d extended text headers are announced; the tape has %d", announced, count));
       if (item == TapeItem::Block) tape_.putBack();
       isFileStart_ = item != TapeItem::Block;
       break;
