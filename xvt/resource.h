@@ -33,7 +33,7 @@ enum ITEM_KIND : int {
   IK_LIST,     ///< a list of which one row can be selected; `columns` by `lines`
   IK_MULTI,    ///< a list of which several rows can be selected
   IK_OPTION,   ///< an option list (a pop-up of choices)
-  IK_METER,    ///< a bar from 0 to 100
+  IK_METER,    ///< a bar from 0 to 100: with IF_BOLD one to look at, else a fine line
   IK_SEPARATOR,
   IK_GLUE  ///< room that grows
 };

@@ -4,6 +4,7 @@
 #include "quarlo/common/bot_dlg.h"
 #include "quarlo/tapelib/dialogs/controls.h"
 #include "quarlo/tapelib/dialogs/errhandl.h"
+#include "quarlo/tapelib/dialogs/pace.h"
 #include "quarlo/tapelib/dialogs/prog_dlg.h"
 #include "quarlo/tapelib/dialogs/tapctrl2.h"
 #include "quarlo/tapelib/dialogs/tapectrl.h"
@@ -421,7 +422,8 @@ class Progress : public ShellTest {
   int abortFlag = 0;
   WINDOW window = NULL_WIN;
   ProgrStruct items{};
-  ProgressRecord record{&items, &window};
+  long steps = 0;
+  ProgressRecord record{&items, &window, &steps};
 };
 
 TEST_F(Progress, WordsAndCountersOfEachJob) {
@@ -461,16 +463,18 @@ TEST_F(Progress, ImageCopyCountsBytesInAFloat) {
   EXPECT_EQ(toolkit.text(d, 4), "1234567");
   EXPECT_EQ(toolkit.text(d, 3), "Tape blocks copied:");
   EXPECT_EQ(toolkit.text(d, 5), "7");
-  EXPECT_FALSE(toolkit.visible(d, 6));
+  for (const int fromDisk : {6, int{PROG_LEFT}, int{PROG_BAR}}) EXPECT_FALSE(toolkit.visible(d, fromDisk));
+  EXPECT_EQ(toolkit.text(d, PROG_PACE), "1.23 MB");
   const long timer = xvt_timer_create(d, kProgressPeriod);
   bytes = 2e9F;
   toolkit.advance(kProgressPeriod);
   EXPECT_EQ(toolkit.text(d, 4), "2000000000");
+  EXPECT_EQ(toolkit.title(d), "Unformatted Copy Progress") << "the share of a tape is not known";
   xvt_timer_destroy(timer);
   end();
 }
 
-TEST_F(Progress, DiskInputShowsTheMeterAsItWasDrawn) {
+TEST_F(Progress, DiskInputShowsTheMeterAsItWasDrawnAndABarThatMoves) {
   int traces = 3;
   const WINDOW d = open(100, UT_DISK, &traces);
   EXPECT_TRUE(toolkit.visible(d, 6));
@@ -485,7 +489,63 @@ TEST_F(Progress, DiskInputShowsTheMeterAsItWasDrawn) {
   xvt_vobj_get_outer_rect(meter, &after);
   EXPECT_EQ(std::memcmp(&before, &after, sizeof before), 0);
   EXPECT_EQ(xvt_ctl_get_meter(meter), 0);
+  EXPECT_EQ(toolkit.title(d), "SEG Y Copy Progress");
+  EXPECT_EQ(toolkit.text(d, PROG_LEFT), "not known yet");
+  const long timer = xvt_timer_create(d, kProgressPeriod);
+  for (percent = 42; percent <= 100; percent += 58) {
+    toolkit.advance(kProgressPeriod);
+    EXPECT_EQ(toolkit.title(d), "SEG Y Copy Progress - " + std::to_string(percent) + " %");
+    EXPECT_EQ(xvt_ctl_get_meter(xvt_win_get_ctl(d, PROG_BAR)), percent);
+  }
+  percent = 100;
+  EXPECT_EQ(toolkit.text(d, 1), "SEG Y Copy Progress");
+  EXPECT_EQ(toolkit.text(d, PROG_LEFT), "all input is read");
+  xvt_timer_destroy(timer);
   end();
+}
+
+// 10 a second and a percent in each, then a wait of a minute, a rewind of three, and half as fast.
+TEST(Pace, TellsTheRateOfTheLastSecondsAndLeavesOutWaits) {
+  Pace pace;
+  Pace::Sample now;
+  const auto go = [&](int seconds, int faster) {
+    for (int at = 0; at < 2 * seconds; ++at) {
+      now.time += 500;
+      now.done += 5 * faster;
+      now.steps += faster;
+      now.percent = static_cast<int>(now.done / 20);
+      pace.take(now);
+    }
+  };
+  pace.take(now);
+  go(1, 2);
+  EXPECT_FALSE(pace.perSecond() || pace.secondsLeft()) << "a guess";
+  go(39, 2);
+  EXPECT_EQ(pace.perSecond(), 20);
+  EXPECT_EQ(pace.secondsLeft(), 60);
+  go(60, 0);
+  EXPECT_TRUE(pace.isWaiting());
+  EXPECT_EQ(pace.secondsLeft(), 60) << "waits are no work";
+  now.time += 180'000;
+  go(3, 1);
+  EXPECT_FALSE(pace.isWaiting());
+  EXPECT_EQ(pace.perSecond(), 10) << "neither the wait nor the rewind";
+  go(57, 1);
+  EXPECT_EQ(now.percent, 70);
+  EXPECT_NEAR(static_cast<double>(pace.secondsLeft().value()), 60, 15) << "the later half counts";
+  now.percent = 100;
+  now.done = 0;
+  now.time += 500;
+  pace.take(now);
+  EXPECT_FALSE(pace.perSecond() || pace.secondsLeft()) << "a counter that begins anew, and all is read";
+}
+
+TEST(Pace, NumbersAreReadable) {
+  EXPECT_EQ(amountText(999, nullptr) + amountText(12.34e9, nullptr), "999 bytes12.3 GB");
+  EXPECT_EQ(rateText(103.4e6, nullptr) + rateText(999.96e6, nullptr), "103 MB/s1.00 GB/s");
+  EXPECT_EQ(amountText(1234567, "traces") + rateText(12345, "traces"), "1,234,567 traces12,345/s");
+  EXPECT_EQ(rateText(0.2, "records") + rateText(3.456, "records"), "12.0/min3.46/s");
+  EXPECT_EQ(durationText(3 * 3600 + 65), "3:01:05");
 }
 
 TEST_F(Progress, StopButtonAndCloseBoxSetTheFlag) {

@@ -488,7 +488,7 @@ TEST_F(SegdDiskTest, RunsFromTheCopyDialogWithTheProgressInFiles) {
   start();
   toolkit.onPump = nullptr;
   EXPECT_EQ(status(), "Complete");
-  EXPECT_EQ(shown, "SEG D Copy Progress");
+  EXPECT_EQ(shown, "SEG D Copy Progress - 100 %");
   EXPECT_EQ(outNames(), (Lines{"any.sgd", "any_00001.sgd", "any_00002.sgd"}));
   EXPECT_EQ(out("any.sgd"), "stays");
   EXPECT_EQ(units[0].fp, nullptr);

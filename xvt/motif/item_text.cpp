@@ -141,7 +141,7 @@ void MeterItem::setMeter(int percent) {
 
 Cell MeterItem::cell() const {
   const Look& look = app().look();
-  const int height = look.px(8);
+  const int height = look.px((line().flags & IF_BOLD) != 0 ? 8 : 1);
   Cell cell = leaf({look.columns(Face::plain, std::max(1, line().columns)), height},
                    height / 2 + look.ascent() / 2 - look.px(1));
   cell.wide = growth(Growth::willing);

@@ -18,10 +18,11 @@ enum JOB_TYPE : int {
 /// The period at which a job's timer refreshes the dialog, in milliseconds.
 constexpr long kProgressPeriod = 750;
 
-/// What the dialog is created with, as its data. The job owns both for as long as it runs.
+/// What the dialog is created with, as its data. The job owns all of it for as long as it runs.
 struct ProgressRecord {
   ProgrStruct* items;
-  WINDOW* window;  ///< the job's variable for the dialog's handle: written on creation, NULL_WIN once it is gone
+  WINDOW* window;     ///< the job's variable for the dialog's handle: written on creation, NULL_WIN once it is gone
+  const long* steps;  ///< what the job has done, in steps of any size: while it stands still, the job waits
 };
 
 /// Created modeless from DLG_PROGRESS with a ProgressRecord. The stop button and the close box set the abort flag; a

@@ -51,6 +51,7 @@ JobFrame::JobFrame(int jobType, int inputType, int* first, int* percent, int* it
 JobFrame::~JobFrame() { close(); }
 
 bool JobFrame::goOn() {
+  ++steps_;
   xvt_app_process_pending_events();
   stopSeen_ = stopIsWanted();
   return !stopSeen_;

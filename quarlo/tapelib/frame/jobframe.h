@@ -47,7 +47,8 @@ class JobFrame {
   int abortFlag_ = 0;
   ProgrStruct counters_;
   WINDOW progress_ = NULL_WIN;  // kept by the dialog itself
-  ProgressRecord record_{&counters_, &progress_};
+  long steps_ = 0;
+  ProgressRecord record_{&counters_, &progress_, &steps_};
   long timer_ = 0;
   bool opened_ = false;
   bool stopSeen_ = false;
