@@ -250,6 +250,20 @@ TEST(Hands, WhereRoomIsShortNoHintIsCutAndNoLinesCoverTheirOpener) {
   });
 }
 
+TEST(Hands, ALongListIsFilledAtOnce) {
+  run(kResources, [] {
+    const WINDOW window = open(WD_MODELESS, kTable);
+    pump(30);
+    for (int row = 0; row < 500; ++row) xvt_list_add(ctl(window, 4), -1, "row");
+    const auto dialog = Registry::instance().find<Dialog>(window);
+    dialog->refresh();
+    XSync(XtDisplay(dialog->shell()), False);
+    EXPECT_LT(XEventsQueued(XtDisplay(dialog->shell()), QueuedAlready), 100);
+    EXPECT_EQ(probe::select(ctl(window, 4), 499, false), std::nullopt);
+    EXPECT_TRUE(xvt_list_is_selected(ctl(window, 4), 499));
+  });
+}
+
 // A field refuses what was typed into it when it is left: its note must not take the click that left it.
 TEST(Hands, AClickIsNotSwallowedAndOneNoteIsUpAtATime) {
   using Events = std::vector<std::string>;

@@ -201,9 +201,12 @@ void Dialog::setRestful(bool restful) {
 }
 
 void Dialog::refresh() {
+  if (isDying()) return;
+  for (Item* item : leaves_)
+    if (item != nullptr) item->refresh();
   // The spot is no stop of the Tab key: once the keyboard has left it, it stays away.
-  if (restful_ && fitted_ && !isDying() && XmGetFocusWidget(shell()) != rest_) setRestful(false);
-  if (!stale_ || !fitted_ || isDying()) return;
+  if (restful_ && fitted_ && XmGetFocusWidget(shell()) != rest_) setRestful(false);
+  if (!stale_ || !fitted_) return;
   stale_ = false;
   remeasure();
   const Extent now = boardSize();

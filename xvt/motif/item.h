@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,8 @@ class Item : public BaseItem {
   virtual Cell cell() const = 0;
   /// Gives the item its place, its border included.
   virtual void place(const RCT& room);
+  /// Shows what was put off until the program has said all of it; called before events are waited for.
+  virtual void refresh() {}
 
  protected:
   /// To be called by constructors when the widget is there: first state, help line.
@@ -130,6 +133,9 @@ class EditItem final : public Item {
   bool quiet_ = false;
 };
 
+/// Adds rows behind those that a list widget has, all at once.
+void appendRows(Widget list, std::span<const std::string> rows);
+
 /// Lists of which one or several rows can be selected.
 class ListItem final : public Item {
  public:
@@ -146,6 +152,7 @@ class ListItem final : public Item {
   void clearRowSelection() override;
   void grow(COORD pixels) override;
   Cell cell() const override;
+  void refresh() override;
   bool choose(int row, bool add) override;
 
  private:
@@ -153,6 +160,7 @@ class ListItem final : public Item {
   bool several() const { return line().kind == IK_MULTI; }
   void showGround();
   std::vector<std::string> rows_;
+  std::size_t shown_ = 0;            // so many of them the widget has
   std::optional<XVT_COLOR> ground_;  // given by the program, shown while enabled
   int grown_ = 0;
 };

@@ -3,6 +3,7 @@
 #include <Xm/ScrolledW.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "xvt/motif/dialog.h"
 #include "xvt/motif/guard.h"
@@ -28,6 +29,12 @@ void inItsPlace(ListItem& list, Change change) {
 }
 
 }  // namespace
+
+void appendRows(Widget list, std::span<const std::string> rows) {
+  const std::vector<MotifString> strings(rows.begin(), rows.end());
+  std::vector<XmString> items(strings.begin(), strings.end());
+  XmListAddItemsUnselected(list, items.data(), static_cast<int>(items.size()), 0);
+}
 
 ListItem::ListItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : Item(dialog, line, parent) {
   std::vector<Arg> args(5);
@@ -84,19 +91,30 @@ void ListItem::showGround() {
 
 void ListItem::clearRows() {
   rows_.clear();
-  inItsPlace(*this, [&] { XmListDeleteAllItems(widget_); });
+  if (std::exchange(shown_, 0) > 0) inItsPlace(*this, [&] { XmListDeleteAllItems(widget_); });
 }
 
+/// At the end it waits: a list that is filled row by row would be measured and painted anew for each of them, and the
+/// events that come of it, scanned by Xt again and again, would hold the program up for minutes.
 void ListItem::addRow(int index, const std::string& text) {
+  const auto place = static_cast<std::size_t>(index);
   rows_.insert(rows_.begin() + index, text);
+  if (place >= shown_) return;
+  ++shown_;
   const MotifString string(text);
   inItsPlace(*this, [&] { XmListAddItemUnselected(widget_, string, index + 1); });
+}
+
+void ListItem::refresh() {
+  const auto rows = std::span<const std::string>(rows_).subspan(std::exchange(shown_, rows_.size()));
+  if (!rows.empty()) inItsPlace(*this, [&] { appendRows(widget_, rows); });
 }
 
 bool ListItem::isRowSelected(int row) const { return XmListPosSelected(widget_, row + 1) != False; }
 
 void ListItem::setRowSelected(int row, bool selected) {
   if (!selected) return XmListDeselectPos(widget_, row + 1);
+  refresh();
   if (isRowSelected(row)) return;
   // Under the extended policy Motif would give up the other rows.
   if (several()) XtVaSetValues(widget_, XmNselectionPolicy, XmMULTIPLE_SELECT, nullptr);
@@ -132,6 +150,7 @@ Cell ListItem::cell() const {
 }
 
 bool ListItem::choose(int row, bool add) {
+  refresh();
   if (row < rowCount()) XmListSetKbdItemPos(widget_, row + 1);
   return BaseItem::choose(row, add);
 }

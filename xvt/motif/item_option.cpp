@@ -136,10 +136,7 @@ bool OptionItem::activate() {
 void OptionItem::fillList() {
   if (list_ == nullptr) return;
   XmListDeleteAllItems(list_);
-  for (const std::string& row : rows_) {
-    const MotifString string(row);
-    XmListAddItemUnselected(list_, string, 0);
-  }
+  appendRows(list_, rows_);
 }
 
 void OptionItem::createList() {

@@ -8,6 +8,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "xvt/layout/layout.h"
 #include "xvt/xvt.h"
@@ -40,6 +41,7 @@ class MotifString {
   /// With the first of this character underlined, which Motif does for buttons only.
   MotifString(const std::string& text, KeySym mnemonic);
   ~MotifString() { XmStringFree(string_); }
+  MotifString(MotifString&& other) noexcept : string_(std::exchange(other.string_, nullptr)) {}
   MotifString(const MotifString&) = delete;
   MotifString& operator=(const MotifString&) = delete;
   operator XmString() const { return string_; }  // NOLINT: it is one
