@@ -371,6 +371,49 @@ def no_fault_complaint(text):
     assert "is no fault" not in output, output
 
 
+# ---- docs/dialogs.md ----------------------------------------------------------------------------------------------------
+
+def rows_of_dialogs():
+    """{window: {control: (label, what it holds at first)}} as the page has it. A window has the name of its picture."""
+    dialogs = {}
+    for section in read("docs/dialogs.md").split("\n## ")[1:]:
+        names = re.findall(r"^!\[.*\]\(images/(.*)\.png\)", section, re.M) or ["-test"]
+        rows = dialogs.setdefault("main" if names[0] == "start" else names[0], {})
+        for label, controls, first in re.findall(r"^\| ([^|]+) \| (`[^|]+`) \|[^|]*\| *([^|]*?) *\|$", section, re.M):
+            for control in re.findall("`(.+?)`", controls):
+                rows[control] = (label, first)
+    return dialogs
+
+
+def dialogs_are_told():
+    """Every field of every dialog is on the page, with its label and with what it holds at first; every picture is taken."""
+    os.mkdir("pictures")
+    told, missing = rows_of_dialogs(), set()
+    shown = run(f"{ROOT}/docs/images/take $BUILD --documents pictures")
+    pictures = set(os.listdir("pictures"))
+    assert pictures == {path for path in os.listdir(ROOT + "/docs/images") if path.endswith(".png")}, pictures
+    seen = set()
+    for window, control, kind, state, text in re.findall(
+            r'^    ([a-z-]+)\.([\w-]+) +([a-z-]+) +(\[.\])?(?: *(?:disabled|hidden))* *"(.*)"$', shown, re.M):
+        control = re.sub(r"^(primary|secondary)-\d+$", r"\1-1", control)
+        if (window, control) in seen or kind in ("text", "meter") or control in ("ok", "cancel", "close"):
+            continue
+        seen.add((window, control))
+        common = told["-test"] if window.endswith("-test") else {}
+        label, first = told.get(window, {}).get(control) or common.get(control, ("", ""))
+        if not label:
+            missing.add(f"{window}.{control} is not on the page")
+        elif kind in ("button", "check", "radio") and text != label:
+            missing.add(f"{window}.{control} has the label {text!r}")
+        at_first = {"check": ("off", "on")[state == "[x]"], "radio": ("", "chosen")[state == "[x]"],
+                    "edit": text or "empty", "option": text}.get(kind, first)
+        if at_first != first and window != "file-box":
+            missing.add(f"{window}.{control} is {at_first!r} at first")
+    rows = {(window, control) for window in told if window != "-test" for control in told[window]}
+    missing |= {f"there is no {window}.{control}" for window, control in rows - seen}
+    assert not missing, "\n".join(sorted(missing))
+
+
 # ---- the data of the other pages ----------------------------------------------------------------------------------------
 
 def dump_formats():
@@ -637,6 +680,8 @@ PLAYERS = {
         ("Field File", lambda text: left_in("kills.txt", text)),
     ],
     "docs/libkyr.md": [("const ProcessRecordPtr", library_calls), ("SetNumberOfOutputs", library_calls)],
+    "docs/dialogs.md": [("", dialogs_are_told)],
+    "docs/messages.md": [("quarlo --help", run), ("mt ", Unplayed(DEVICE))],
     "docs/merge.md": [("quarlo --job", By("tests/scripts/jobs_datasets.sh"))],
     "docs/reformat.md": [
         ("quarlo --headless", By("tests/scripts/reformat.sh")),
