@@ -540,6 +540,23 @@ def console_is_searched(text):
     assert run(text).splitlines() == ['2:  *** Error reading tape on drive "one".', "3:  ** A warning."]
 
 
+def panel(command, **variables):
+    """Width and brightness of the panel."""
+    write("panel.qs", "wait window main 10\nsleep 0.3\nscreenshot main panel.png\nquit\n")
+    run(command.rstrip() + " --script panel.qs", **variables)
+    return [float(number) for number in run("identify -format '%w %[fx:mean]' panel.png").split()]
+
+
+def looks_are_chosen(text):
+    width, brightness = panel("quarlo")
+    if "=" in text:
+        chosen = panel(text)
+    else:
+        write("resources", text)
+        chosen = panel("quarlo", XENVIRONMENT="resources")
+    assert chosen[0] > 1.4 * width and chosen[1] < 0.3 < 0.8 < brightness, (chosen, width, brightness)
+
+
 def home_is_made(text):
     run("mkdir -p ~/tapes/1201")
     write("end.qs", "expect window console\n")
@@ -718,6 +735,8 @@ PLAYERS = {
         ("grep", console_is_searched),
         ("cp console.txt", run),
         ("KYRHOME=", home_is_made),
+        ("QUARLO_PALETTE=", looks_are_chosen),
+        ("quarlo*palette", looks_are_chosen),
     ],
     "docs/virtual-drives.md": [
         ("tapetool make-drive", drives_are_used),

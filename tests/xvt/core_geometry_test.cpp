@@ -131,6 +131,15 @@ TEST(Layout, InALowWindowAllButTheButtonsAndTheStatusLineScrolls) {
   EXPECT_GT(root.children[1].place.top, part.view.height);
   EXPECT_LT(root.children[1].place.bottom, root.children[2].place.top);
   EXPECT_EQ(root.children[2].place.bottom, root.least.height - 40);
+  for (const int less : {0, 40}) {
+    const ScrolledPart narrow = arrangeDialog(root, {root.least.width - 50, root.least.height - less}, kSpacing, kBar);
+    EXPECT_EQ(narrow.contents.width, root.least.width);
+    EXPECT_EQ(narrow.view.width, root.least.width - 50);
+    EXPECT_EQ(narrow.contents.height, whole.contents.height);
+    EXPECT_EQ(narrow.view.height, whole.view.height - less);
+    EXPECT_GE(root.children[1].place.top, narrow.view.height);
+    EXPECT_LE(root.children[1].place.right, root.least.width - 50);
+  }
 }
 
 constexpr int kStep = 8;

@@ -463,19 +463,24 @@ ScrolledPart arrangeDialog(Cell& root, Extent window, const Spacing& spacing, in
   Cell* status = statusOf(root);
   const int strip = status != nullptr ? status->natural.height : 0;
   if (status != nullptr) status->place = place(0, window.height - strip, window.width, strip);
-  const int missing = std::max(0, root.least.height - window.height);
-  const int width = missing == 0 ? window.width : window.width - bar;
-  const int height = window.height + missing - strip;
+  // A bar takes room that may then be missing the other way.
+  const auto lacks = [](int wanted, int room) { return std::max(0, wanted - room); };
+  const auto room = [&](int missing) { return missing == 0 ? window.width : window.width - bar; };
+  int missing = lacks(root.least.height, window.height);
+  const int across = lacks(root.least.width, room(missing)) == 0 ? 0 : bar;
+  missing = lacks(root.least.height + across, window.height);
+  const int width = std::max(root.least.width, room(missing));
+  const int height = window.height + missing - strip - across;
   WithoutStatus rest(root);
   arrangeColumn(root, 0, RCT{spacing.margin, spacing.margin, height - spacing.margin, width - spacing.margin}, spacing);
   int end = height;
   if (!root.children.empty() && root.children.back().kind == IK_BUTTONS) {
     Cell& buttons = root.children.back();
     end = buttons.place.top - spacing.foot / 2;
-    const int top = buttons.place.top - missing;
+    const int top = buttons.place.top - missing + across;
     arrange(buttons, RCT{top, spacing.margin, top + heightOf(buttons.place), window.width - spacing.margin}, spacing);
   }
-  return {{window.width, end - missing}, {width, end}};
+  return {{window.width, end - missing + across}, {width, end}};
 }
 
 }  // namespace xvt

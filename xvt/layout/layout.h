@@ -62,7 +62,8 @@ void arrange(Cell& cell, const RCT& room, const Spacing& spacing);
 /// A whole dialog: a column whose status line (if any) runs along the lower edge, outside the margin.
 void measureDialog(Cell& root, const Spacing& spacing);
 
-/// The part of a dialog above its buttons and status line, which scrolls in a window that is lower than its least size.
+/// The part of a dialog above its buttons and status line, which scrolls in a window that is smaller than its least
+/// size.
 struct ScrolledPart {
   Extent view;      ///< what is seen of it
   Extent contents;  ///< all of it

@@ -70,14 +70,14 @@ bool Application::open(int argc, char** argv) {
   XSetErrorHandler(onXError);
   XSetIOErrorHandler([](Display*) { return 0; });
   XSetIOErrorExitHandler(display_, onLoss, this);
-  Look::installResources(display_);
+  Look::installResources(display_, LookWishes::of(display_, name, className(name)));
   std::vector<Arg> args(2);
   XtSetArg(args[0], const_cast<char*>(XmNdeleteResponse), XmDO_NOTHING);
   XtSetArg(args[1], const_cast<char*>(XmNmappedWhenManaged), False);
   shell_ = XtAppCreateShell(name.c_str(), className(name).c_str(), applicationShellWidgetClass, display_, args.data(),
                             static_cast<Cardinal>(args.size()));
   look_ = std::make_unique<Look>(shell_);
-  marks_ = std::make_unique<Marks>(display_, look_->px(16));
+  marks_ = std::make_unique<Marks>(display_, look_->px(16), look_->palette());
   useEvents(std::make_unique<XtEvents>(context_));
   busyCursor_ = XCreateFontCursor(display_, XC_watch);
   installKeys(display_);

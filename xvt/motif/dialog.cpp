@@ -111,8 +111,8 @@ Cell Dialog::headingFor(const DLG_ITEM& card) {
 
 Widget Dialog::createFrame() {
   return XtVaCreateManagedWidget("card", xmBulletinBoardWidgetClass, body_, XmNbackground,
-                                 app().look().pixel(color::kPaper), XmNborderWidth, 1, XmNborderColor,
-                                 app().look().pixel("#d9dee5"), XmNresizePolicy, XmRESIZE_NONE, nullptr);
+                                 app().look().pixel(color::kPaper), XmNborderWidth, app().look().line(), XmNborderColor,
+                                 app().look().pixel(color::kLine), XmNresizePolicy, XmRESIZE_NONE, nullptr);
 }
 
 /// A spot that nobody sees: Motif knows no window without a widget that has the keyboard.
@@ -160,11 +160,13 @@ void Dialog::place(Extent size) {
   applyPlaces(root_, leaf, card);
 }
 
-/// As large as the contents, or as the screen, with a scroll bar.
+/// As large as the contents, or as the screen, with scroll bars.
 Extent Dialog::wanted() const {
   const Extent most = mostSize();
-  const int bar = root_.least.height > most.height ? app().look().px(kBar) : 0;
-  return {std::min(root_.natural.width + bar, most.width), std::min(root_.natural.height, most.height)};
+  const int bar = app().look().px(kBar);
+  const int upright = root_.least.height > most.height ? bar : 0;
+  const int across = root_.least.width + upright > most.width ? bar : 0;
+  return {std::min(root_.natural.width + upright, most.width), std::min(root_.natural.height + across, most.height)};
 }
 
 void Dialog::openFitted() {

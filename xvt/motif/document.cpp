@@ -21,6 +21,11 @@ TextFieldObject::TextFieldObject(Document& document, const WIN_DEF& definition) 
   TextViewStyle style;
   const auto xft = std::dynamic_pointer_cast<XftFontObject>(font_);
   style.font = xft ? xft->xft() : app().look().font(Face::mono);
+  const Palette& palette = app().look().palette();
+  style.background = palette.name(color::kPaper);
+  style.foreground = style.selectionForeground = palette.name(color::kInk);
+  style.selectionBackground = palette.name(color::kChosen);
+  style.focusRing = palette.name(color::kFocus);
   style.leading = font_ ? font_->leading() : 0;
   view_ = std::make_unique<TextView>(document.board(), "text", style);
   XtManageChild(view_->widget());

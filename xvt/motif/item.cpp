@@ -69,7 +69,8 @@ void Item::place(const RCT& room) { setPlace(outer(), moved(room, frameOrigin(-1
 PNT Item::frameOrigin(int sign) const {
   if (!inCard()) return {};
   const RCT frame = placeOf(parent_);
-  return PNT{sign * (frame.top + 1), sign * (frame.left + 1)};
+  const int line = app().look().line();
+  return PNT{sign * (frame.top + line), sign * (frame.left + line)};
 }
 
 Cell Item::leaf(Extent size, int baseline) const {

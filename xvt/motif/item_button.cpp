@@ -15,8 +15,6 @@ constexpr int kButtonWidth = 14;
 constexpr int kButtonHeight = 5;
 constexpr int kMarkMargin = 3;
 constexpr int kMarkSpacing = 7;
-constexpr int kBorder = 1;
-constexpr int kHighlight = 1;
 
 /// Runs a Motif action as a user's click would; Motif refuses it for insensitive widgets.
 bool armAndActivate(Widget widget) {
@@ -56,8 +54,8 @@ void ButtonItem::dressPrimary() {
   // A primary button that cannot be used is a pale one: white on blue would still say "press me".
   const bool on = isEnabled();
   const Pixel ground = look.pixel(on ? color::kPrimary : color::kStrip);
-  XtVaSetValues(widget_, XmNbackground, ground, XmNforeground, look.pixel(on ? color::kPaper : color::kInk),
-                XmNtopShadowColor, ground, XmNarmColor, look.pixel(color::kPrimaryDark), XmNborderColor,
+  XtVaSetValues(widget_, XmNbackground, ground, XmNforeground, look.pixel(on ? color::kOnPrimary : color::kFaint),
+                XmNtopShadowColor, ground, XmNarmColor, look.pixel(color::kPrimaryDown), XmNborderColor,
                 look.pixel(on ? color::kPrimary : color::kBorder), nullptr);
 }
 
@@ -78,7 +76,7 @@ void ButtonItem::setEnabled(bool enabled) {
 Cell ButtonItem::cell() const {
   const Look& look = app().look();
   const Extent text = look.textSize(Face::plain, text_);
-  const int frame = kBorder + kHighlight;
+  const int frame = 2 * look.line();  // border and highlight
   const Extent size{text.width + 2 * (look.px(kButtonWidth) + frame),
                     text.height + 2 * (look.px(kButtonHeight) + frame)};
   return leaf(size, look.px(kButtonHeight) + frame + look.ascent());
@@ -127,7 +125,7 @@ void MarkItem::setChecked(bool checked) {
 
 Cell MarkItem::cell() const {
   const Look& look = app().look();
-  const int frame = kHighlight + look.px(kMarkMargin);
+  const int frame = look.line() + look.px(kMarkMargin);
   const Extent text = look.textSize(Face::plain, text_);
   const int mark = app().marks().size();
   const int beside = text_.empty() ? 0 : look.px(kMarkSpacing) + text.width;

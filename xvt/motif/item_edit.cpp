@@ -14,7 +14,6 @@ namespace {
 
 constexpr int kFieldWidth = 7;
 constexpr int kFieldHeight = 5;
-constexpr int kFrame = 2;  // border and highlight
 
 }  // namespace
 
@@ -98,9 +97,10 @@ void EditItem::edit(int command) {
 
 Cell EditItem::cell() const {
   const Look& look = app().look();
-  const Extent size{look.columns(face(), std::max(1, line().columns)) + 2 * (look.px(kFieldWidth) + kFrame),
-                    look.lineHeight(face()) + 2 * (look.px(kFieldHeight) + kFrame)};
-  return leaf(size, look.px(kFieldHeight) + kFrame + look.ascent(face()));
+  const int frame = 2 * look.line();  // border and highlight
+  const Extent size{look.columns(face(), std::max(1, line().columns)) + 2 * (look.px(kFieldWidth) + frame),
+                    look.lineHeight(face()) + 2 * (look.px(kFieldHeight) + frame)};
+  return leaf(size, look.px(kFieldHeight) + frame + look.ascent(face()));
 }
 
 }  // namespace xvt

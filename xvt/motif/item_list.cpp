@@ -137,10 +137,11 @@ void ListItem::grow(COORD pixels) {
 Cell ListItem::cell() const {
   const Look& look = app().look();
   const int row = look.lineHeight(face()) + look.px(kRowGap);
-  const int frame = 2 * look.px(kMarginHeight) + 2;
-  const int width = look.columns(face(), std::max(1, line().columns)) + 2 * look.px(kMarginWidth) + look.px(kBar) + 2;
+  const int frame = 2 * (look.px(kMarginHeight) + look.line());
+  const int width =
+      look.columns(face(), std::max(1, line().columns)) + 2 * look.px(kMarginWidth) + look.px(kBar) + 2 * look.line();
   const int height = std::max(row + frame, std::max(1, line().lines) * row + frame + grown_);
-  Cell cell = leaf({width, height}, 1 + look.px(kMarginHeight) + look.ascent(face()));
+  Cell cell = leaf({width, height}, look.line() + look.px(kMarginHeight) + look.ascent(face()));
   cell.wide = growth(Growth::willing);
   if ((line().flags & IF_GROW) != 0) {
     cell.tall = Growth::eager;

@@ -18,7 +18,6 @@ namespace {
 
 constexpr int kMarginWidth = 7;
 constexpr int kMarginHeight = 5;
-constexpr int kFrame = 2;  // border and highlight
 constexpr int kArrowRoom = 22;
 constexpr int kRowsAtOnce = 14;
 
@@ -53,8 +52,8 @@ void OptionItem::drawArrow() {
   const Pixel ground = look.pixel(isEnabled() ? color::kPaper : color::kGround);
   const RCT place = outerRect();
   const int size = marks.size();
-  const int x = place.right - place.left - 2 - size - look.px(5);
-  const int y = (place.bottom - place.top - 2 - size) / 2;
+  const int x = place.right - place.left - 2 * look.line() - size - look.px(5);
+  const int y = (place.bottom - place.top - 2 * look.line() - size) / 2;
   GC gc = XtGetGC(widget_, 0, nullptr);
   XCopyArea(XtDisplay(widget_), marks.picture(Mark::arrow, false, isEnabled(), ground), XtWindow(widget_), gc, 0, 0,
             static_cast<unsigned>(size), static_cast<unsigned>(size), x, y);
@@ -64,7 +63,7 @@ void OptionItem::drawArrow() {
 void OptionItem::show() {
   const Look& look = app().look();
   const RCT place = outerRect();
-  const int room = place.right - place.left - 2 * (kFrame + look.px(kMarginWidth)) - look.px(kArrowRoom);
+  const int room = place.right - place.left - 2 * (2 * look.line() + look.px(kMarginWidth)) - look.px(kArrowRoom);
   const std::string text = selected_ < 0 ? std::string() : rowText(selected_);
   const MotifString string(look.fitted(Face::plain, text, std::max(1, room)));
   XtVaSetValues(widget_, XmNlabelString, static_cast<XmString>(string), nullptr);
@@ -115,9 +114,10 @@ Cell OptionItem::cell() const {
   int text = look.columns(Face::plain, std::max(1, line().columns));
   for (const std::string& row : rows_) text = std::max(text, look.textWidth(Face::plain, row));
   text = std::min(text, look.columns(Face::plain, 60));
-  const Extent size{text + 2 * (kFrame + look.px(kMarginWidth)) + look.px(kArrowRoom),
-                    look.lineHeight() + 2 * (kFrame + look.px(kMarginHeight))};
-  return leaf(size, kFrame + look.px(kMarginHeight) + look.ascent());
+  const int frame = 2 * look.line();  // border and highlight
+  const Extent size{text + 2 * (frame + look.px(kMarginWidth)) + look.px(kArrowRoom),
+                    look.lineHeight() + 2 * (frame + look.px(kMarginHeight))};
+  return leaf(size, frame + look.px(kMarginHeight) + look.ascent());
 }
 
 void OptionItem::place(const RCT& room) {
@@ -144,7 +144,7 @@ void OptionItem::createList() {
   XtSetArg(shellArgs[0], const_cast<char*>(XmNownerEvents), True);
   XtSetArg(shellArgs[1], const_cast<char*>(XmNgrabStyle), GrabModeAsync);
   XtSetArg(shellArgs[2], const_cast<char*>(XmNallowShellResize), False);
-  XtSetArg(shellArgs[3], const_cast<char*>(XmNborderWidth), 1);
+  XtSetArg(shellArgs[3], const_cast<char*>(XmNborderWidth), app().look().line());
   XtSetArg(shellArgs[4], const_cast<char*>(XmNshadowThickness), 0);
   popup_ = XmCreateGrabShell(dialog_.shell(), const_cast<char*>("choices"), shellArgs.data(), 5);
   std::vector<Arg> args(4);
@@ -188,7 +188,7 @@ void OptionItem::openList() {
   XtTranslateCoords(parent_, static_cast<Position>(place.left), static_cast<Position>(place.bottom), &x, &y);
   const Look& look = app().look();
   const int rows = std::min(rowCount(), kRowsAtOnce);
-  const int height = rows * (look.lineHeight() + look.px(2)) + 2 * look.px(4) + 2;
+  const int height = rows * (look.lineHeight() + look.px(2)) + 2 * (look.px(4) + look.line());
   const int below = HeightOfScreen(XtScreen(widget_)) - y;
   if (height > below) y = static_cast<Position>(y - height - (place.bottom - place.top));
   XtVaSetValues(list_, XmNvisibleItemCount, rows, nullptr);

@@ -20,7 +20,7 @@ Face faceOf(const DLG_ITEM& line) {
   return (line.flags & IF_BOLD) != 0 ? Face::bold : Face::plain;
 }
 
-const char* inkOf(const DLG_ITEM& line) {
+color::Tone inkOf(const DLG_ITEM& line) {
   if (line.kind == IK_HINT) return color::kQuiet;
   if (line.kind == IK_STATUS || (line.kind == IK_LABEL && (line.flags & IF_BOLD) != 0)) return color::kSection;
   return color::kInk;
@@ -154,7 +154,8 @@ SeparatorItem::SeparatorItem(Dialog& dialog, const DLG_ITEM& line, Widget parent
 }
 
 Cell SeparatorItem::cell() const {
-  Cell cell = leaf({1, 1}, -1);
+  const int line = app().look().line();
+  Cell cell = leaf({line, line}, -1);
   cell.wide = Growth::willing;
   return cell;
 }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
+#include <cstdlib>
 #include <deque>
 #include <vector>
 
@@ -78,38 +78,50 @@ XmRenderTable makeTable(Widget shell, const char* family, int points, bool bold)
   return table;
 }
 
+/// The palette in use: Motif asks for its colours without saying whose they are.
+Palette& paletteInUse() {
+  static Palette inUse;
+  return inUse;
+}
+
 /// Flat: no colour is derived from the background except the ones named in the resources.
 void flatColors(XColor* background, XColor* foreground, XColor* select, XColor* top, XColor* bottom) {
-  const auto dark = [](const XColor& one) { return one.red + one.green + one.blue < 3 * 0x8000; };
-  const unsigned short ink = dark(*background) ? 0xffff : 0x1f1f;
-  foreground->red = foreground->green = foreground->blue = ink;
+  const auto dye = [](XColor* one, color::Tone tone) {
+    const auto value = std::strtoul(paletteInUse().name(tone) + 1, nullptr, 16);
+    const auto channel = [value](unsigned shift) {
+      return static_cast<unsigned short>((value >> shift & 0xff) * 0x101);
+    };
+    one->red = channel(16);
+    one->green = channel(8);
+    one->blue = channel(0);
+  };
+  dye(foreground, color::kInk);
   for (XColor* same : {top, bottom}) {
     same->red = background->red;
     same->green = background->green;
     same->blue = background->blue;
   }
   // Of menu titles and lines under the pointer: as the selected rows of lists.
-  select->red = 0xcfcf;
-  select->green = 0xe0e0;
-  select->blue = 0xf3f3;
+  dye(select, color::kChosen);
 }
 
-// Lines with "@N" hold a distance of N pixels at a line height of 16, to be scaled with the font.
+// Lines with "@N" hold a distance of N pixels at a line height of 16, to be scaled with the font; "$NAME" is a colour
+// of the palette.
 constexpr const char* kResources[] = {
     "*enableButtonTab: True",
     "*enableEtchedInMenu: True",
-    "*background: #f3f4f6",
-    "*foreground: #1f2933",
-    "*topShadowColor: #f3f4f6",
-    "*bottomShadowColor: #98a2ae",
+    "*background: $ground",
+    "*foreground: $ink",
+    "*topShadowColor: $ground",
+    "*bottomShadowColor: $faint",
     "*topShadowPixmap: unspecified_pixmap",
     "*bottomShadowPixmap: unspecified_pixmap",
-    "*borderColor: #c3cad3",
-    "*highlightColor: #1f2933",
-    "*armColor: #dbe3ec",
-    "*selectColor: #2f6fb3",
+    "*borderColor: $border",
+    "*highlightColor: $focus",
+    "*armColor: $pressed",
+    "*selectColor: $primary",
     "*shadowThickness: 0",
-    "*highlightThickness: 1",
+    "*highlightThickness: @1",
     "*borderWidth: 0",
     "*keyboardFocusPolicy: explicit",
     "*dragInitiatorProtocolStyle: drag_none",
@@ -120,30 +132,30 @@ constexpr const char* kResources[] = {
     "*XmLabel.marginWidth: 0",
     "*XmLabel.alignment: alignment_beginning",
     "*XmLabel.highlightThickness: 0",
-    "*XmPushButton.borderWidth: 1",
-    "*XmPushButton.background: #ffffff",
-    "*XmPushButton.topShadowColor: #ffffff",
+    "*XmPushButton.borderWidth: @1",
+    "*XmPushButton.background: $paper",
+    "*XmPushButton.topShadowColor: $paper",
     "*XmPushButton.marginWidth: @14",
     "*XmPushButton.marginHeight: @5",
     "*XmPushButton.alignment: alignment_center",
-    "*XmDrawnButton.borderWidth: 1",
-    "*XmDrawnButton.background: #ffffff",
-    "*XmDrawnButton.topShadowColor: #ffffff",
+    "*XmDrawnButton.borderWidth: @1",
+    "*XmDrawnButton.background: $paper",
+    "*XmDrawnButton.topShadowColor: $paper",
     "*XmDrawnButton.marginWidth: @7",
     "*XmDrawnButton.marginHeight: @5",
     "*XmDrawnButton.alignment: alignment_beginning",
-    "*XmTextField.borderWidth: 1",
-    "*XmTextField.background: #ffffff",
+    "*XmTextField.borderWidth: @1",
+    "*XmTextField.background: $paper",
     "*XmTextField.marginHeight: @5",
     "*XmTextField.marginWidth: @7",
     "*XmToggleButton.marginHeight: @3",
     "*XmToggleButton.marginWidth: @3",
     "*XmToggleButton.alignment: alignment_beginning",
     "*XmSeparator.separatorType: single_line",
-    "*XmSeparator.foreground: #d9dee5",
+    "*XmSeparator.foreground: $line",
     "*XmSeparator.margin: 0",
-    "*XmList.background: #ffffff",
-    "*XmList.selectColor: #cfe0f3",
+    "*XmList.background: $paper",
+    "*XmList.selectColor: $chosen",
     "*XmList.highlightThickness: 0",
     "*XmList.listMarginWidth: @6",
     "*XmList.listMarginHeight: @4",
@@ -151,58 +163,69 @@ constexpr const char* kResources[] = {
     "*toolTipEnable: True",
     "*toolTipPostDelay: 700",
     "*toolTipPostDuration: 20000",
-    "*TipShell.borderWidth: 1",
-    "*TipShell.borderColor: #98a2ae",
-    "*TipLabel.background: #ffffff",
+    "*TipShell.borderWidth: @1",
+    "*TipShell.borderColor: $faint",
+    "*TipLabel.background: $paper",
     "*TipLabel.marginWidth: @7",
     "*TipLabel.marginHeight: @4",
     "*XmScrolledWindow.spacing: 0",
-    "*XmScrolledWindow.borderWidth: 1",
-    "*XmScrolledWindow.background: #ffffff",
+    "*XmScrolledWindow.borderWidth: @1",
+    "*XmScrolledWindow.background: $paper",
     "*XmScrollBar.showArrows: none",
     "*XmScrollBar.sliderVisual: foreground",
-    "*XmScrollBar.foreground: #b4bdc9",
-    "*XmScrollBar.background: #b4bdc9",
-    "*XmScrollBar.topShadowColor: #b4bdc9",
-    "*XmScrollBar.troughColor: #eceff3",
+    "*XmScrollBar.foreground: $thumb",
+    "*XmScrollBar.background: $thumb",
+    "*XmScrollBar.topShadowColor: $thumb",
+    "*XmScrollBar.troughColor: $trough",
     "*XmScrollBar.width: @12",
     "*XmScrollBar.height: @12",
     "*XmScrollBar.highlightThickness: 0",
     "*XmScrollBar.traversalOn: False",  // the keys of what it scrolls scroll it, and it shows no focus
-    "*menuBar.background: #ffffff",
-    "*menuBar*background: #ffffff",
-    "*menuBar*topShadowColor: #ffffff",
+    "*menuBar.background: $paper",
+    "*menuBar*background: $paper",
+    "*menuBar*topShadowColor: $paper",
     "*menuBar.marginHeight: @3",
     "*menuBar.marginWidth: @6",
     "*menuBar.XmCascadeButton.marginWidth: @9",
     "*menuBar.XmCascadeButton.marginHeight: @5",
-    "*XmMenuShell*background: #ffffff",
-    "*XmMenuShell*topShadowColor: #ffffff",
-    "*XmMenuShell.XmRowColumn.shadowThickness: 1",
-    "*XmMenuShell.XmRowColumn.topShadowColor: #c3cad3",
-    "*XmMenuShell.XmRowColumn.bottomShadowColor: #c3cad3",
+    "*XmMenuShell*background: $paper",
+    "*XmMenuShell*topShadowColor: $paper",
+    "*XmMenuShell.XmRowColumn.shadowThickness: @1",
+    "*XmMenuShell.XmRowColumn.topShadowColor: $border",
+    "*XmMenuShell.XmRowColumn.bottomShadowColor: $border",
     "*XmMenuShell.XmRowColumn.marginHeight: @4",
-    "*XmMenuShell.XmRowColumn.marginWidth: 1",
+    "*XmMenuShell.XmRowColumn.marginWidth: @1",
     "*XmMenuShell*XmPushButton.borderWidth: 0",
-    "*XmMenuShell*XmPushButton.shadowThickness: 1",
-    "*XmMenuShell*XmPushButton.armColor: #cfe0f3",
+    "*XmMenuShell*XmPushButton.shadowThickness: @1",
+    "*XmMenuShell*XmPushButton.armColor: $chosen",
     "*XmMenuShell*XmPushButton.marginWidth: @14",
     "*XmMenuShell*XmPushButton.marginHeight: @5",
     "*XmMenuShell*XmPushButton.alignment: alignment_beginning",
     "*XmMenuShell*XmToggleButton.indicatorOn: indicator_check",
     "*XmMenuShell*XmToggleButton.indicatorSize: @14",
-    "*XmMenuShell*XmToggleButton.shadowThickness: 1",
+    "*XmMenuShell*XmToggleButton.shadowThickness: @1",
     "*XmMenuShell*XmToggleButton.marginHeight: @5",
     "*XmMenuShell*XmToggleButton.marginWidth: @4",
     "*XmMenuShell*XmToggleButton.spacing: @6",
     "*XmMenuShell*XmSeparator.height: @9",
 };
 
-std::string scaledLine(const char* line, int lineHeight) {
-  const char* at = std::strchr(line, '@');
-  if (at == nullptr) return line;
-  const int pixels = static_cast<int>(std::strtol(at + 1, nullptr, 10));
-  return std::string(line, at) + std::to_string(std::max(1, (pixels * lineHeight + 8) / 16));
+std::string resourceLine(const std::string& line, int lineHeight) {
+  const std::size_t at = line.find_first_of("@$");
+  if (at == std::string::npos) return line;
+  const std::string what = line.substr(at + 1);
+  const bool colored = line[at] == '$';
+  return line.substr(0, at) +
+         (colored ? paletteInUse().name(Palette::tone(what)) : std::to_string(scaled(std::stoi(what), lineHeight)));
+}
+
+/// Fonts are told in points, distances follow the fonts: all grows with the dots that an inch is said to have.
+void scaleInch(Display* display, XrmDatabase database, int percent) {
+  const int screen = DefaultScreen(display);
+  const char* said = XGetDefault(display, "Xft", "dpi");
+  double dots = said != nullptr ? std::strtod(said, nullptr) : 0;
+  if (dots <= 0) dots = DisplayHeight(display, screen) * 25.4 / std::max(1, DisplayHeightMM(display, screen));
+  XrmPutStringResource(&database, "Xft.dpi", std::to_string(dots * percent / 100).c_str());
 }
 
 /// Byte offsets at which the text may be cut.
@@ -231,13 +254,15 @@ MotifString::MotifString(const std::string& text, KeySym mnemonic) : MotifString
       part(0, at, nullptr), XmStringConcatAndFree(part(at, 1, kUnderlined), part(at + 1, std::string::npos, nullptr)));
 }
 
-void Look::installResources(Display* display) {
+void Look::installResources(Display* display, const LookWishes& wishes) {
+  paletteInUse() = Palette(wishes.dark);
+  XrmDatabase theirs = XtScreenDatabase(DefaultScreenOfDisplay(display));
+  if (wishes.percent != 100) scaleInch(display, theirs, wishes.percent);
   XftFont* font = openFont(display, "sans", kTextSize, false);
   const int lineHeight = font != nullptr ? font->ascent + font->descent : 16;
   if (font != nullptr) XftFontClose(display, font);
   XrmDatabase ours = nullptr;
-  for (const char* line : kResources) XrmPutLineResource(&ours, scaledLine(line, lineHeight).c_str());
-  XrmDatabase theirs = XtScreenDatabase(DefaultScreenOfDisplay(display));
+  for (const char* line : kResources) XrmPutLineResource(&ours, resourceLine(line, lineHeight).c_str());
   XrmCombineDatabase(ours, &theirs, False);
   XmSetColorCalculation(flatColors);
 }
@@ -245,6 +270,7 @@ void Look::installResources(Display* display) {
 Look::Look(Widget shell)
     : display_(XtDisplay(shell)),
       screen_(XtScreen(shell)),
+      palette_(paletteInUse()),
       monoFamily_(findMonospaced(display_)),
       fonts_{openFont(display_, "sans", kTextSize, false), openFont(display_, "sans", kTextSize, true),
              openFont(display_, "sans", kHeadingSize, true), openFont(display_, monoFamily_, kTextSize, false)},
@@ -302,7 +328,8 @@ Pixel Look::pixel(const std::string& name) const {
   return pixels_[name] = found ? screenColor.pixel : BlackPixelOfScreen(screen_);
 }
 
-Pixel Look::pixel(XVT_COLOR color) const {
+Pixel Look::pixel(XVT_COLOR given) const {
+  const XVT_COLOR color = palette_.shown(given);
   std::array<char, 8> name{};
   std::snprintf(name.data(), name.size(), "#%02x%02x%02x", color.red, color.green, color.blue);
   return pixel(std::string(name.data()));

@@ -4,6 +4,7 @@
 #include <X11/Xft/Xft.h>
 #include <Xm/Xm.h>
 
+#include <algorithm>
 #include <array>
 #include <map>
 #include <string>
@@ -11,28 +12,13 @@
 #include <utility>
 
 #include "xvt/layout/layout.h"
+#include "xvt/motif/palette.h"
+#include "xvt/motif/wishes.h"
 #include "xvt/xvt.h"
 
 namespace xvt {
 
 enum class Face { plain, bold, heading, mono };
-
-namespace color {
-constexpr const char* kGround = "#f3f4f6";
-constexpr const char* kPaper = "#ffffff";
-constexpr const char* kInk = "#1f2933";
-constexpr const char* kQuiet = "#5f6b7a";
-constexpr const char* kFaint = "#98a2ae";
-constexpr const char* kBorder = "#c3cad3";
-constexpr const char* kFocus = "#1f2933";  ///< the ring around what has the keyboard, the same everywhere
-constexpr const char* kPrimary = "#2f6fb3";
-constexpr const char* kPrimaryDark = "#24578d";
-constexpr const char* kStrip = "#e9ecf0";
-constexpr const char* kSection = "#4a5563";
-constexpr const char* kMeterTrough = "#dde3ea";
-constexpr const char* kThumb = "#b4bdc9";
-constexpr const char* kTrough = "#eceff3";
-}  // namespace color
 
 /// A line of text as Motif wants it.
 class MotifString {
@@ -50,6 +36,9 @@ class MotifString {
   XmString string_;
 };
 
+/// A distance that is `pixels` with lines of 16 pixels, with lines of another height.
+constexpr int scaled(int pixels, int lineHeight) { return std::max(1, (pixels * lineHeight + 8) / 16); }
+
 class Look {
  public:
   /// `shell` gives display and screen. Warns on standard error when no font is monospaced.
@@ -59,10 +48,12 @@ class Look {
   Look& operator=(const Look&) = delete;
 
   /// Our resources, below whatever the user has set. To be called before the first widget.
-  static void installResources(Display* display);
+  static void installResources(Display* display, const LookWishes& wishes);
 
   /// A distance that is `pixels` with a line of 16 pixels, scaled to the font in use.
-  int px(int pixels) const { return std::max(1, (pixels * lineHeight_ + 8) / 16); }
+  int px(int pixels) const { return scaled(pixels, lineHeight_); }
+  /// Thickness of the lines around controls, and of the ring around what has the keyboard.
+  int line() const { return px(1); }
   int lineHeight() const { return lineHeight_; }
   int lineHeight(Face face) const { return font(face)->ascent + font(face)->descent; }
   int ascent(Face face = Face::plain) const { return font(face)->ascent; }
@@ -76,7 +67,9 @@ class Look {
   XmRenderTable table(Face face) const { return tables_[static_cast<std::size_t>(face)]; }
   XftFont* font(Face face) const { return fonts_[static_cast<std::size_t>(face)]; }
   const Spacing& spacing() const { return spacing_; }
-  Pixel pixel(const std::string& name) const;
+  const Palette& palette() const { return palette_; }
+  Pixel pixel(color::Tone tone) const { return pixel(palette_.name(tone)); }
+  /// Of a colour that the program gives.
   Pixel pixel(XVT_COLOR color) const;
   const char* monospacedFamily() const { return monoFamily_; }
 
@@ -84,8 +77,11 @@ class Look {
   void dress(Widget shell) const;
 
  private:
+  Pixel pixel(const std::string& name) const;
+
   Display* display_;
   Screen* screen_;
+  Palette palette_;
   const char* monoFamily_;
   std::array<XftFont*, 4> fonts_{};
   std::array<XmRenderTable, 4> tables_{};

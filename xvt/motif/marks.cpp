@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdlib>
 #include <memory>
 #include <numeric>
 
@@ -23,12 +24,28 @@ struct Point {
   double y;
 };
 
-constexpr Rgb kBorder{0xa9, 0xb2, 0xbd};
-constexpr Rgb kPaper{0xff, 0xff, 0xff};
-constexpr Rgb kPrimary{0x2f, 0x6f, 0xb3};
-constexpr Rgb kDisabled{0xc9, 0xcf, 0xd7};
-constexpr Rgb kDisabledPaper{0xf3, 0xf4, 0xf6};
-constexpr Rgb kArrow{0x4a, 0x55, 0x63};
+/// What a mark is drawn with.
+struct Inks {
+  Rgb edge;
+  Rgb inside;
+  Rgb stroke;
+};
+
+Rgb rgbOf(const char* name) {
+  const auto value = std::strtoul(name + 1, nullptr, 16);
+  return {static_cast<double>(value >> 16 & 0xff), static_cast<double>(value >> 8 & 0xff),
+          static_cast<double>(value & 0xff)};
+}
+
+Inks inksFor(const Palette& palette, Mark mark, bool set, bool enabled) {
+  const auto inks = [&](color::Tone edge, color::Tone inside, color::Tone stroke) {
+    return Inks{rgbOf(palette.name(edge)), rgbOf(palette.name(inside)), rgbOf(palette.name(stroke))};
+  };
+  if (!enabled) return inks(color::kFaint, color::kGround, color::kFaint);
+  if (mark == Mark::arrow) return inks(color::kSection, color::kPaper, color::kSection);
+  return set ? inks(color::kPrimary, color::kPrimary, color::kOnPrimary)
+             : inks(color::kBorder, color::kPaper, color::kBorder);
+}
 
 Rgb mix(const Rgb& under, const Rgb& over, double part) {
   return {under.red + (over.red - under.red) * part, under.green + (over.green - under.green) * part,
@@ -56,31 +73,27 @@ double insideStroke(Point at, Point a, Point b, double half) {
 }
 
 /// `at` counts from the middle, in units of half the picture's size.
-Rgb checkAt(Point at, double half, bool set, bool enabled, Rgb under) {
-  const double box = half - 0.75;
-  const double outer = insideRounded(at, box, half * 0.3);
-  const Rgb edge = !enabled ? kDisabled : set ? kPrimary : kBorder;
-  under = mix(under, edge, coverage(outer));
-  if (!set) return mix(under, enabled ? kPaper : kDisabledPaper, coverage(outer - 1.2));
+Rgb checkAt(Point at, double half, bool set, const Inks& inks, Rgb under) {
+  const double outer = insideRounded(at, half - 0.75, half * 0.3);
+  under = mix(mix(under, inks.edge, coverage(outer)), inks.inside, coverage(outer - 0.15 * half));
+  if (!set) return under;
   const Point low{-0.12 * half, 0.42 * half};
   const double stroke = std::max(insideStroke(at, {-0.5 * half, 0.02 * half}, low, 0.13 * half),
                                  insideStroke(at, low, {0.52 * half, -0.4 * half}, 0.13 * half));
-  return mix(under, kPaper, coverage(stroke));
+  return mix(under, inks.stroke, coverage(stroke));
 }
 
-Rgb radioAt(Point at, double half, bool set, bool enabled, Rgb under) {
+Rgb radioAt(Point at, double half, bool set, const Inks& inks, Rgb under) {
   const double outer = insideCircle(at, half - 0.75);
-  const Rgb edge = !enabled ? kDisabled : set ? kPrimary : kBorder;
-  under = mix(under, edge, coverage(outer));
-  if (!set) return mix(under, enabled ? kPaper : kDisabledPaper, coverage(outer - 1.2));
-  return mix(under, kPaper, coverage(insideCircle(at, 0.36 * half)));
+  under = mix(mix(under, inks.edge, coverage(outer)), inks.inside, coverage(outer - 0.15 * half));
+  return set ? mix(under, inks.stroke, coverage(insideCircle(at, 0.36 * half))) : under;
 }
 
-Rgb arrowAt(Point at, double half, bool enabled, Rgb under) {
+Rgb arrowAt(Point at, double half, const Inks& inks, Rgb under) {
   const Point tip{0, 0.25 * half};
   const double stroke = std::max(insideStroke(at, {-0.5 * half, -0.25 * half}, tip, 0.1 * half),
                                  insideStroke(at, tip, {0.5 * half, -0.25 * half}, 0.1 * half));
-  return mix(under, enabled ? kArrow : kDisabled, coverage(stroke));
+  return mix(under, inks.stroke, coverage(stroke));
 }
 
 unsigned long channel(double value, unsigned long mask) {
@@ -115,13 +128,14 @@ Pixmap Marks::picture(Mark mark, bool set, bool enabled, Pixel ground) {
   const Pixmap pixmap = XCreatePixmap(display_, RootWindow(display_, screen), side, side, depth);
   std::unique_ptr<XImage, ImageCloser> image(XGetImage(display_, pixmap, 0, 0, side, side, AllPlanes, ZPixmap));
   const Rgb under{level(ground, visual->red_mask), level(ground, visual->green_mask), level(ground, visual->blue_mask)};
+  const Inks inks = inksFor(palette_, mark, set, enabled);
   const double half = size_ / 2.0;
   for (int y = 0; y < size_; ++y)
     for (int x = 0; x < size_; ++x) {
       const Point at{x + 0.5 - half, y + 0.5 - half};
-      const Rgb color = mark == Mark::check   ? checkAt(at, half, set, enabled, under)
-                        : mark == Mark::radio ? radioAt(at, half, set, enabled, under)
-                                              : arrowAt(at, half, enabled, under);
+      const Rgb color = mark == Mark::check   ? checkAt(at, half, set, inks, under)
+                        : mark == Mark::radio ? radioAt(at, half, set, inks, under)
+                                              : arrowAt(at, half, inks, under);
       XPutPixel(image.get(), x, y,
                 channel(color.red, visual->red_mask) | channel(color.green, visual->green_mask) |
                     channel(color.blue, visual->blue_mask));

@@ -6,13 +6,15 @@
 #include <map>
 #include <tuple>
 
+#include "xvt/motif/palette.h"
+
 namespace xvt {
 
 enum class Mark { check, radio, arrow };
 
 class Marks {
  public:
-  Marks(Display* display, int size) : display_(display), size_(size) {}
+  Marks(Display* display, int size, const Palette& palette) : display_(display), size_(size), palette_(palette) {}
   ~Marks();
   Marks(const Marks&) = delete;
   Marks& operator=(const Marks&) = delete;
@@ -24,6 +26,7 @@ class Marks {
  private:
   Display* display_;
   int size_;
+  Palette palette_;
   std::map<std::tuple<Mark, bool, bool, Pixel>, Pixmap> pictures_;
 };
 
