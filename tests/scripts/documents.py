@@ -414,6 +414,38 @@ def dialogs_are_told():
     assert not missing, "\n".join(sorted(missing))
 
 
+# ---- docs/tutorials.md --------------------------------------------------------------------------------------------------
+
+def night_of_copies(text):
+    run(f"{text}\nmv night.txt first.txt")
+    assert contents("first.txt").decode() == "line-1201: copied and compared\nline-1202: copied and compared\n"
+    run("tapetool badblock tapes/line-1202.tap 5 && rm *.tpf && " + text)
+    says(contents("night.txt").decode(), "line-1201: copied", "line-1202: look into line-1202.log")
+
+
+def practice_drives(text):
+    run(text)
+    os.environ["QUARLO_VIRTUAL_DRIVES"] = os.path.abspath("tapes")
+
+
+def month(text):
+    """Field file 901 as SEG D, and the recording of the tests as SEG Y, stand for the user's own."""
+    import field
+    write("month.segd", b"".join(field.blocks(901)))
+    shutil.copy(ROOT + "/docs/examples/instrument-test.qs", ".")
+    says(run(text), "1 record, 130 traces")
+
+
+def month_as_segy(text):
+    write("files.txt", text)
+    write("month.txt", block("docs/instrument-tests.md", "# month.txt"))
+    run("""kyrtool record tests.kyr month.txt && quarlo --job reformat from=dataset input=tests.kyr to=segy output=month.sgy""")
+
+
+def part_is_indexed(text):
+    write("index.txt", run(text))
+
+
 # ---- the data of the other pages ----------------------------------------------------------------------------------------
 
 def dump_formats():
@@ -729,6 +761,20 @@ PLAYERS = {
         ("traces 4", lambda text: write("steps.txt", text)),
         ("kyrtool record", recording),
         ("", manual_recording),
+    ],
+    "docs/tutorials.md": [
+        ("tapetool make-drive", practice_drives),
+        ("quarlo --job tape-to-disk", lambda text: run(text, 2)),
+        ("#!/bin/bash", lambda text: write("night.sh", text)),
+        ("bash night.sh", night_of_copies),
+        ("tapetool badblock", By("tests/scripts/documents.py")),
+        ("quarlo --job reformat", month),
+        ("kyrtool check", run),
+        ("quarlo --headless", lambda text: says(run(text), "traces tested")),
+        ("902", month_as_segy),
+        ("quarlo --job segy-copy", run),
+        ("quarlo --job index", part_is_indexed),
+        ("Field files", lambda text: left_in("index.txt", text)),
     ],
     "docs/user-guide.md": [
         ("  0:4 ", drive_rows),
