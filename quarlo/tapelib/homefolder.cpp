@@ -1,6 +1,8 @@
 #include "quarlo/tapelib/homefolder.h"
 
+#include <cstdio>
 #include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "libkyr/files.h"
@@ -22,5 +24,9 @@ std::string inHomeFolder(const char* name) { return homeFolder().empty() ? name 
 
 std::string programFolder() {
   std::error_code unknown;
-  return std::filesystem::read_symlink("/proc/self/exe", unknown).parent_path().string();
+  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", unknown);
+  if (static bool told = false; program.empty() && !std::exchange(told, true))
+    std::fprintf(stderr, "quarlo: /proc/self/exe: %s: jobs, format modules and documents are not found without /proc\n",
+                 unknown.message().c_str());
+  return program.parent_path().string();
 }
