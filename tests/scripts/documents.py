@@ -704,6 +704,7 @@ PLAYERS = {
     "docs/hacking.md": [("quarlo/ ", rooms), ("libkyr | ", arrows), ("bench/run", benches)],
     "docs/instrument-tests.md": [
         ("# month.txt", lambda text: write("month.txt", text)),
+        ("quarlo --job", By("tests/scripts/jobs_datasets.sh")),
         ("$ ", session),
     ],
     "docs/installing.md": [

@@ -46,4 +46,25 @@ for place, (row, trace) in enumerate(zip(rows, traces)):
     assert row["state"] == "live" and int(row["byte"]) == line.HEADERS + place * line.TRACE, row
     assert int(row["cmp_location"]) == line.field(trace, 21) and int(row["offset"]) == line.field(trace, 37), row
 CHECK
+# Reports: those of the page, then each that there is.
+"$scripts/documents.py" block docs/instrument-tests.md "# month.txt" >month.txt
+kyrtool record month.kyr month.txt
+"$scripts/documents.py" block docs/instrument-tests.md "quarlo --job" >commands
+timeout 200 bash -eu commands >log
+[ "$(grep -h ' failed: \|listed' log)" = "7 traces tested, 1 failed: 2
+7 traces tested, 2 failed: 5, 8
+7 traces tested, 1 failed: 5
+6 dead traces listed" ]
+grep -q 'FFT method' thd.txt && grep -q 'Input Noise' noise.txt && [ "$(wc -l <noise.csv)" = 8 ] && [ -s dead.txt ]
+for report in ad-test crossfeed-test dc-offset-test dynamic-range-test gain-step-test impulse-test; do
+  second=preset
+  case $report in dynamic-range-test | gain-step-test) second=901 ;; esac
+  file=902
+  [ $report = ad-test ] && file=preset
+  timeout 60 quarlo --job report report=$report input=month.kyr output=$report.txt file=$file second-file=$second >log
+  grep -q 'End of' $report.txt
+done
+status=0
+timeout 60 quarlo --job report report=noise-test input=month.kyr output=none.txt file=7 >log 2>error || status=$?
+[ "$status" = 1 ] && grep -q 'Field file 7 not found' error && [ ! -e none.txt ]
 echo "jobs_datasets: all as expected"
