@@ -30,6 +30,7 @@ enum ITEM_KIND : int {
   IK_CHECK,    ///< a check box
   IK_RADIO,    ///< a radio button
   IK_PUSH,     ///< a push button
+  IK_HEAD,     ///< a push button that heads a column of the list behind it, which is as wide; one row of them
   IK_LIST,     ///< a list of which one row can be selected; `columns` by `lines`
   IK_MULTI,    ///< a list of which several rows can be selected
   IK_OPTION,   ///< an option list (a pop-up of choices)
@@ -48,8 +49,12 @@ enum ITEM_FLAGS : unsigned {
   IF_RIGHT = 32,     ///< text set to the right
   IF_READONLY = 64,  ///< an edit field that cannot be typed into
   IF_BOLD = 128,
-  IF_MONO = 256,  ///< monospaced (lists with columns)
-  IF_ENTER = 512  ///< a button behind an edit field: Return in that field presses it, and not the default button
+  IF_MONO = 256,      ///< monospaced (lists with columns)
+  IF_ENTER = 512,     ///< a button behind an edit field: Return in that field presses it, and not the default button;
+                      ///< a list: Return means its selected row, as a double click does
+  IF_COLUMNS = 1024,  ///< a list with cells in its rows, parted by tabs, one below each of the heads before it; made
+                      ///< for a great many rows. Scripts know a row by its first cell
+  IF_COMPLETE = 2048  ///< an edit field whose text the program completes when the Tab key asks for it
 };
 
 /// One line of a dialog's table.
@@ -63,6 +68,9 @@ struct DLG_ITEM {
   int span;           ///< grid cells taken side by side
   unsigned flags;     ///< ITEM_FLAGS
   const char* help;   ///< one line shown while the pointer rests on the item; null for none
+  /// Keys that press the item wherever the keyboard is in its dialog, parted by blanks: "Alt+Up BackSpace". Those
+  /// without Ctrl or Alt stay with an edit field.
+  const char* keys = nullptr;
 };
 
 /// A dialog. A label with the id of a field is not a control of its own but belongs to the field, as does a label
@@ -160,6 +168,10 @@ constexpr DLG_ITEM radio(int id, const char* name, const char* text, unsigned fl
 constexpr DLG_ITEM push(int id, const char* name, const char* text, unsigned flags = 0, const char* help = nullptr) {
   return {IK_PUSH, id, name, text, 0, 0, 1, flags, help};
 }
+constexpr DLG_ITEM head(int id, const char* name, const char* text, int columns, unsigned flags = 0,
+                        const char* help = nullptr) {
+  return {IK_HEAD, id, name, text, columns, 0, 1, flags, help};
+}
 constexpr DLG_ITEM list(int id, const char* name, int columns, int lines, unsigned flags = 0,
                         const char* help = nullptr) {
   return {IK_LIST, id, name, nullptr, columns, lines, 1, flags, help};
@@ -180,6 +192,12 @@ constexpr DLG_ITEM glue() { return {IK_GLUE, 0, nullptr, nullptr, 0, 0, 1, 0, nu
 /// The same item over several columns of its grid.
 constexpr DLG_ITEM span(int cells, DLG_ITEM item) {
   item.span = cells;
+  return item;
+}
+
+/// The same item, pressed by keys as well.
+constexpr DLG_ITEM withKeys(const char* keys, DLG_ITEM item) {
+  item.keys = keys;
   return item;
 }
 

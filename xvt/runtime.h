@@ -59,7 +59,8 @@ class Control : public VisibleObject {
   virtual void setColor(XVT_COLOR) {}
   virtual void setMeter(int) {}
   virtual int meter() const { return 0; }
-  virtual void selectText() {}
+  /// The first `characters` of an edit field, all for -1.
+  virtual void selectText(int) {}
 
   virtual void clearRows() {}
   /// `index` from 0 to the count.

@@ -81,7 +81,8 @@ enum CTL_ACTION : int {
   CTL_FOCUS_LOSS,  ///< an edit field lost the keyboard; the moment to parse it. Also sent to the field that has the
                    ///< focus before a button press, a menu command or a close of the same window is delivered.
   CTL_SELECT,      ///< a list's or option list's selection changed
-  CTL_DOUBLE       ///< a list row was double-clicked (after its CTL_SELECT)
+  CTL_DOUBLE,      ///< a list row was double-clicked (after its CTL_SELECT)
+  CTL_COMPLETE     ///< Tab in an edit field that is completed: the handler sets a longer text, or Tab goes on
 };
 
 /// What was done to a scroll bar.
@@ -263,8 +264,8 @@ void xvt_ctl_set_color(WINDOW control, XVT_COLOR color);
 void xvt_ctl_set_meter(WINDOW control, int percent);
 int xvt_ctl_get_meter(WINDOW control);
 
-/// Selects the whole text of an edit field.
-void xvt_ctl_select_text(WINDOW control);
+/// Selects the text of an edit field: its first `characters`, all of it for -1.
+void xvt_ctl_select_text(WINDOW control, int characters = -1);
 
 // Lists (one or several rows selected) and option lists. Rows count from 0.
 void xvt_list_clear(WINDOW list);

@@ -24,7 +24,7 @@ using Handler = std::function<long(WINDOW, EVENT&)>;
 
 /// One event as a handler saw it: "create", "press 3", "loss 4" ...
 inline std::string described(const EVENT& event) {
-  static const char* const actions[] = {"press", "edited", "gain", "loss", "select", "double"};
+  static const char* const actions[] = {"press", "edited", "gain", "loss", "select", "double", "complete"};
   static const std::map<EVENT_TYPE, const char*> names{
       {E_CREATE, "create"}, {E_DESTROY, "destroy"}, {E_CLOSE, "close"},     {E_SIZE, "size"}, {E_UPDATE, "update"},
       {E_TIMER, "timer"},   {E_VSCROLL, "vscroll"}, {E_HSCROLL, "hscroll"}, {E_USER, "user"}, {E_FOCUS, "focus"}};

@@ -25,21 +25,35 @@ struct CloseDirectory {
   void operator()(DIR* directory) const { closedir(directory); }
 };
 
-bool isDirectoryEntry(DIR* directory, const dirent& entry) {
-  if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
+DirectoryEntry entryOf(DIR* directory, const dirent& entry, Reading reading) {
+  DirectoryEntry found{entry.d_name, entry.d_type == DT_DIR, false, 0, 0};
+  const bool known = entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN;
+  if (known && reading == Reading::names) return found;
   struct stat facts {};
-  return fstatat(dirfd(directory), entry.d_name, &facts, 0) == 0 && S_ISDIR(facts.st_mode);
+  if (fstatat(dirfd(directory), entry.d_name, &facts, 0) != 0) {
+    found.leadsNowhere = fstatat(dirfd(directory), entry.d_name, &facts, AT_SYMLINK_NOFOLLOW) == 0;
+    if (!found.leadsNowhere) return found;
+  }
+  found.isDirectory = S_ISDIR(facts.st_mode);
+  found.size = facts.st_size;
+  found.changed = facts.st_mtim.tv_sec;
+  return found;
+}
+
+bool isWanted(const char* name, Reading reading) {
+  if (reading == Reading::names) return name[0] != '.';
+  return std::strcmp(name, ".") != 0 && std::strcmp(name, "..") != 0;
 }
 
 }  // namespace
 
-bool readDirectory(const std::string& path, std::vector<DirectoryEntry>* entries) {
+bool readDirectory(const std::string& path, std::vector<DirectoryEntry>* entries, Reading reading) {
   entries->clear();
   const std::unique_ptr<DIR, CloseDirectory> directory(opendir(path.c_str()));
   if (!directory) return false;
   errno = 0;
   while (const dirent* entry = readdir(directory.get())) {
-    if (entry->d_name[0] != '.') entries->push_back({entry->d_name, isDirectoryEntry(directory.get(), *entry)});
+    if (isWanted(entry->d_name, reading)) entries->push_back(entryOf(directory.get(), *entry, reading));
     errno = 0;
   }
   if (errno != 0) return false;

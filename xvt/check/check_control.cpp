@@ -67,8 +67,9 @@ int xvt_ctl_get_meter(WINDOW control) {
   return meter ? meter->meter() : 0;
 }
 
-void xvt_ctl_select_text(WINDOW control) {
-  if (const auto edit = drawn(needKind(control, {IK_EDIT}, __func__, "not an edit field"))) edit->selectText();
+void xvt_ctl_select_text(WINDOW control, int characters) {
+  if (const auto edit = drawn(needKind(control, {IK_EDIT}, __func__, "not an edit field")))
+    edit->selectText(characters);
 }
 
 void xvt_list_clear(WINDOW list) {

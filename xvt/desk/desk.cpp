@@ -206,8 +206,11 @@ bool Desk::takeKey(const std::shared_ptr<BaseWindow>& window, Key key, unsigned 
   if (blockerOf(*window)) return true;
   key = lowerKey(key);
   if (task_ && task_->shortcut(key, modifiers, *window)) return true;
+  if (window->shortcutKey(key, modifiers)) return true;
   if (modifiers == kAlt && window->mnemonic(key)) return true;
+  if ((modifiers & ~kShift) == 0 && window->rowKey(key)) return true;
   if (modifiers != 0) return false;
+  if (key == kTabKey) return window->completeKey();
   if (isReturn(key)) return window->returnKey();
   if (key == kDownKey || key == kPadDownKey) return window->downKey();
   return key == kEscapeKey && window->escapeKey();

@@ -94,7 +94,10 @@ bool BaseDialog::mnemonic(Key key) {
 
 bool BaseDialog::returnKey() {
   const auto on = focused();
-  if (on && (on->kind() == IK_PUSH || on->kind() == IK_OPTION)) return on->activate();
+  if (on && (on->kind() == IK_PUSH || on->kind() == IK_HEAD || on->kind() == IK_OPTION)) return on->activate();
+  if (on && on->kind() == IK_LIST && (on->line().flags & IF_ENTER) != 0)
+    for (int row = 0; row < on->rowCount(); ++row)
+      if (on->isRowSelected(row)) return on->doubleClick(row), true;
   const auto own = on ? buttonOfField(*on) : nullptr;
   const auto button = own ? own : flagged(IF_DEFAULT);
   if (button) button->activate();
@@ -123,6 +126,28 @@ bool BaseDialog::downKey() {
   for (int row = 0; row < list->rowCount(); ++row)
     if (list->isRowSelected(row)) return false;
   return list->choose(0, false);
+}
+
+bool BaseDialog::shortcutKey(Key key, unsigned modifiers) {
+  const auto on = focused();
+  if (on && on->kind() == IK_EDIT && (modifiers & ~kShift) == 0) return false;
+  const auto found = std::find_if(items_.begin(), items_.end(), [&](const auto& item) {
+    return item->line().keys != nullptr && isOneOf(item->line().keys, key, modifiers);
+  });
+  return found != items_.end() && (*found)->isVisible() && (*found)->isSensitive() && (*found)->activate();
+}
+
+bool BaseDialog::completeKey() {
+  const auto field = focused();
+  return field && field->complete();
+}
+
+bool BaseDialog::rowKey(Key key) {
+  const auto list = focused();
+  if (!list || (list->line().flags & IF_COLUMNS) == 0) return false;
+  const std::optional<int> row = rowKeys_.rowFor(key, *list);
+  if (row) list->choose(*row, false);
+  return row.has_value();
 }
 
 bool BaseDialog::editStandard(int command) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "xvt/desk/item.h"
+#include "xvt/desk/rowkeys.h"
 #include "xvt/desk/window.h"
 
 namespace xvt {
@@ -25,6 +26,9 @@ class BaseDialog : public virtual BaseWindow {
   bool returnKey() override;
   bool escapeKey() override;
   bool downKey() override;
+  bool shortcutKey(Key key, unsigned modifiers) override;
+  bool completeKey() override;
+  bool rowKey(Key key) override;
   bool editStandard(int command) override;
 
   const DLG_RES& table() const { return *table_; }
@@ -65,6 +69,7 @@ class BaseDialog : public virtual BaseWindow {
   std::vector<std::shared_ptr<BaseItem>> items_;
   std::map<int, std::shared_ptr<BaseItem>> byId_;
   BaseItem* edited_ = nullptr;
+  RowKeys rowKeys_;
   const BaseItem* firstFocus_ = nullptr;
   bool moved_ = false;  ///< the keyboard has, and the handler does not know
 };

@@ -74,6 +74,14 @@ void BaseItem::type(const std::string& text) {
   enterText(text);
 }
 
+bool BaseItem::complete() {
+  if ((line_.flags & IF_COMPLETE) == 0 || !isEditable()) return false;
+  Frame frame;
+  const std::string before = title();
+  tell(CTL_COMPLETE);
+  return owner_.isDying() || title() != before;
+}
+
 // ---- lists --------------------------------------------------------------------------------------------------------
 
 bool BaseItem::choose(int row, bool add) {

@@ -50,6 +50,10 @@ class BaseItem : public Control {
   /// The keyboard has come to an edit field.
   /// @param resumed it never left, but its leaving was told for a button's sake
   void begin(bool resumed);
+  /// Tab in an edit field that the program completes: true when it has set a longer text.
+  bool complete();
+  /// Rows of a list that are seen at once.
+  virtual int rowsShown() const { return 1; }
   /// Of an option list: the choice so many rows on.
   void step(int rows);
   /// A key while the rows of an option list are down.

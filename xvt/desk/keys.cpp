@@ -1,6 +1,7 @@
 #include "xvt/desk/keys.h"
 
 #include <map>
+#include <sstream>
 
 #include "xvt/xvt.h"
 
@@ -20,10 +21,10 @@ Key keyNamed(const std::string& name) {
                                                 {"Up", kUpKey},
                                                 {"Right", 0xFF53},
                                                 {"Down", kDownKey},
-                                                {"Page_Up", 0xFF55},
-                                                {"Prior", 0xFF55},
-                                                {"Page_Down", 0xFF56},
-                                                {"Next", 0xFF56},
+                                                {"Page_Up", kPageUpKey},
+                                                {"Prior", kPageUpKey},
+                                                {"Page_Down", kPageDownKey},
+                                                {"Next", kPageDownKey},
                                                 {"Menu", 0xFF67},
                                                 {"KP_Enter", kPadEnterKey},
                                                 {"KP_Down", kPadDownKey},
@@ -55,6 +56,15 @@ bool parseKeys(const std::string& text, Key* key, unsigned* modifiers) {
   }
   *key = keyNamed(rest);
   return *key != kNoKey;
+}
+
+bool isOneOf(const std::string& texts, Key key, unsigned modifiers) {
+  std::istringstream words(texts);
+  Key wanted = kNoKey;
+  unsigned with = 0;
+  for (std::string word; words >> word;)
+    if (parseKeys(word, &wanted, &with) && wanted == key && with == modifiers) return true;
+  return false;
 }
 
 int standardCommandFor(Key key, unsigned modifiers) {

@@ -15,6 +15,8 @@ constexpr Key kEscapeKey = 0xFF1B;
 constexpr Key kHomeKey = 0xFF50;
 constexpr Key kUpKey = 0xFF52;
 constexpr Key kDownKey = 0xFF54;
+constexpr Key kPageUpKey = 0xFF55;
+constexpr Key kPageDownKey = 0xFF56;
 constexpr Key kEndKey = 0xFF57;
 constexpr Key kPadEnterKey = 0xFF8D;
 constexpr Key kPadDownKey = 0xFF99;
@@ -30,6 +32,9 @@ Key keyNamed(const std::string& name);
 
 /// A text such as "Ctrl+Shift+Q", "F5", "Alt+o" or "Page_Down" as key and modifiers; false when it makes no sense.
 bool parseKeys(const std::string& text, Key* key, unsigned* modifiers);
+
+/// Whether one of the keys in a text such as "Alt+Up BackSpace" is this one.
+bool isOneOf(const std::string& texts, Key key, unsigned modifiers);
 
 /// The standard editing command that a key means where no menu says so, 0 for none.
 int standardCommandFor(Key key, unsigned modifiers);

@@ -128,8 +128,7 @@ Refusal press(WINDOW control) {
   Refusal why;
   const auto item = usable(control, &why);
   if (!item) return why;
-  if (item->kind() != IK_PUSH && item->kind() != IK_CHECK && item->kind() != IK_RADIO)
-    return quotedName(*item) + " cannot be pressed";
+  if (item->kind() < IK_CHECK || item->kind() > IK_HEAD) return quotedName(*item) + " cannot be pressed";
   item->takeFocus();
   return unless(item->activate(), quotedName(*item) + " did not take the press");
 }

@@ -54,6 +54,12 @@ class BaseWindow : public Window, public std::enable_shared_from_this<BaseWindow
   virtual bool returnKey() { return false; }
   virtual bool escapeKey() { return false; }
   virtual bool downKey() { return false; }
+  /// A key that a control has for its own (DLG_ITEM::keys).
+  virtual bool shortcutKey(Key, unsigned) { return false; }
+  /// Tab where the text before the cursor can be completed.
+  virtual bool completeKey() { return false; }
+  /// A key of a list with columns that has the keyboard.
+  virtual bool rowKey(Key) { return false; }
   /// A standard editing command on what has the keyboard; false when there is nothing of the kind.
   virtual bool editStandard(int) { return false; }
 

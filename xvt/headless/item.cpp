@@ -1,6 +1,7 @@
 #include "xvt/headless/item.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "xvt/base/utf8.h"
 #include "xvt/desk/label_text.h"
@@ -38,7 +39,7 @@ MemoryItem::~MemoryItem() {
 void MemoryItem::setTitle(const std::string& title) {
   if (!showsText() || title == text_) return;
   text_ = title;
-  selected_ = false;
+  selected_ = 0;
 }
 
 std::string MemoryItem::title() const {
@@ -62,7 +63,7 @@ bool MemoryItem::activate() {
   if (!isVisible() || !isSensitive()) return false;
   if (kind() == IK_OPTION)
     openList();
-  else if (kind() == IK_PUSH || kind() == IK_CHECK || kind() == IK_RADIO)
+  else if (kind() >= IK_CHECK && kind() <= IK_HEAD)
     pressed();
   else
     return false;
@@ -105,26 +106,33 @@ void MemoryItem::closeList() {
 
 void MemoryItem::enterText(const std::string& text) {
   text_ = text;
-  selected_ = false;
+  selected_ = 0;
   begin(true);
   tell(CTL_EDITED);
 }
 
 void MemoryItem::insert(const std::string& text) {
-  if (isEditable()) enterText(selected_ ? text : text_ + text);
+  if (isEditable()) enterText(selected_ > 0 ? text + text_.substr(selected_) : text_ + text);
+}
+
+void MemoryItem::selectText(int characters) {
+  selected_ = 0;
+  for (int left = characters; left != 0 && selected_ < text_.size(); --left)
+    selected_ += std::max<std::size_t>(1, utf8SequenceLength(std::string_view(text_).substr(selected_)));
 }
 
 void MemoryItem::edit(int command) {
-  if (command == M_EDIT_SELECT_ALL) return selectText();
+  if (command == M_EDIT_SELECT_ALL) return selectText(-1);
   if (command == M_EDIT_PASTE) return insert(oneLine(headless().clipboard()));
-  if (!selected_) return;
-  headless().setClipboard(text_);
+  if (selected_ == 0) return;
+  headless().setClipboard(text_.substr(0, selected_));
   if (command == M_EDIT_CUT) insert("");
 }
 
 void MemoryItem::editKey(Key key) {
   if (key == kBackSpaceKey && isEditable()) {
-    std::string shorter = selected_ ? "" : text_;
+    if (selected_ > 0) return insert("");
+    std::string shorter = text_;
     while (!shorter.empty() && (static_cast<unsigned char>(shorter.back()) & 0xC0U) == 0x80U) shorter.pop_back();
     if (!shorter.empty()) shorter.pop_back();
     enterText(shorter);

@@ -1,6 +1,7 @@
 /// A control that nobody sees: what it shows, as data.
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -27,7 +28,7 @@ class MemoryItem final : public BaseItem {
   XVT_COLOR color() const { return color_; }
   void setMeter(int percent) override { meter_ = percent; }
   int meter() const override { return meter_; }
-  void selectText() override { selected_ = true; }
+  void selectText(int characters) override;
   void clearRows() override;
   void addRow(int index, const std::string& text) override;
   int rowCount() const override { return static_cast<int>(rows_.size()); }
@@ -41,6 +42,7 @@ class MemoryItem final : public BaseItem {
   bool activate() override;
   void edit(int command) override;
   void closeList() override;
+  int rowsShown() const override { return std::max(1, line().lines); }
   /// A key of the keyboard that is here.
   void ownKey(Key key);
 
@@ -58,7 +60,7 @@ class MemoryItem final : public BaseItem {
   bool showsText() const { return !isField(kind()) || kind() == IK_EDIT; }
   void openList();
   void editKey(Key key);
-  /// In place of the selected text, else behind it all.
+  /// In place of the selected text, else behind all of it.
   void insert(const std::string& text);
 
   std::string text_;
@@ -69,7 +71,7 @@ class MemoryItem final : public BaseItem {
   XVT_COLOR color_;
   int meter_ = 0;
   bool checked_ = false;
-  bool selected_ = false;  ///< all of an edit field's text is
+  std::size_t selected_ = 0;  ///< so many bytes at the beginning of an edit field's text
 };
 
 }  // namespace xvt

@@ -24,9 +24,13 @@ bool isGroup(const Cell& cell) {
 
 bool isTall(const Cell& cell) { return isGroup(cell) || cell.tall != Growth::none; }
 
+/// The heads of a list's columns stand on the list.
+bool isHeads(const Cell& cell) { return !cell.children.empty() && cell.children.back().kind == IK_HEAD; }
+
 /// The distance between a cell of a column and the one below it.
 int gapBelow(const Cell& above, const Cell& below, const Spacing& spacing) {
   if (below.kind == IK_BUTTONS) return spacing.foot;
+  if (isHeads(above)) return 0;
   if (isMark(above) && isMark(below)) return spacing.mark;
   if (isGroup(above) || isGroup(below) || above.kind == IK_HEADING) return spacing.group;
   return spacing.line;
@@ -34,7 +38,7 @@ int gapBelow(const Cell& above, const Cell& below, const Spacing& spacing) {
 
 /// Glue that gives no room still parts what stands before it from what stands behind.
 int gapBeside(const Cell& left, const Cell& right, const Spacing& spacing) {
-  if (left.kind == IK_GLUE) return 0;
+  if (left.kind == IK_GLUE || (left.kind == IK_HEAD && right.kind == IK_HEAD)) return 0;
   return isGroup(left) && isGroup(right) ? spacing.cards : spacing.beside;
 }
 

@@ -2,6 +2,7 @@
 
 #include "xvt/motif/dialog.h"
 #include "xvt/motif/geometry.h"
+#include "xvt/motif/item_table.h"
 #include "xvt/motif/tooltip.h"
 
 namespace xvt {
@@ -17,6 +18,7 @@ RCT moved(const RCT& place, PNT by) {
 std::shared_ptr<Item> makeItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) {
   switch (line.kind) {
     case IK_PUSH:
+    case IK_HEAD:
       return std::make_shared<ButtonItem>(dialog, line, parent);
     case IK_CHECK:
     case IK_RADIO:
@@ -24,6 +26,8 @@ std::shared_ptr<Item> makeItem(Dialog& dialog, const DLG_ITEM& line, Widget pare
     case IK_EDIT:
       return std::make_shared<EditItem>(dialog, line, parent);
     case IK_LIST:
+      if ((line.flags & IF_COLUMNS) != 0) return std::make_shared<TableItem>(dialog, line, parent);
+      [[fallthrough]];
     case IK_MULTI:
       return std::make_shared<ListItem>(dialog, line, parent);
     case IK_OPTION:

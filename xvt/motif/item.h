@@ -92,6 +92,7 @@ class ButtonItem final : public Item {
 
  private:
   void dressPrimary();
+  void dressHead();
   std::string text_;
   Key mnemonic_ = kNoKey;
 };
@@ -120,7 +121,7 @@ class EditItem final : public Item {
   void setTitle(const std::string& title) override;
   std::string title() const override;
   void setEnabled(bool enabled) override;
-  void selectText() override;
+  void selectText(int characters) override;
   Cell cell() const override;
   /// Puts a text where the cursor stands, in place of a selection around it; tells the handler.
   void insert(const std::string& text);

@@ -2,6 +2,8 @@
 #include <Xm/PushB.h>
 #include <Xm/ToggleB.h>
 
+#include <algorithm>
+
 #include "xvt/motif/dialog.h"
 #include "xvt/motif/guard.h"
 #include "xvt/motif/item.h"
@@ -13,6 +15,8 @@ namespace {
 // Distances of the resources that frame a button's text, at a line height of 16.
 constexpr int kButtonWidth = 14;
 constexpr int kButtonHeight = 5;
+constexpr int kHeadMargin = 6;
+constexpr int kHeadHeight = 3;
 constexpr int kMarkMargin = 3;
 constexpr int kMarkSpacing = 7;
 
@@ -41,6 +45,7 @@ ButtonItem::ButtonItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : It
                                     XmNmarginWidth, 0, XmNdefaultButtonShadowThickness, 0, nullptr);
   if (mnemonic_ != 0) XtVaSetValues(widget_, XmNmnemonic, mnemonic_, nullptr);
   if ((line.flags & IF_DEFAULT) != 0) dressPrimary();
+  if (line.kind == IK_HEAD) dressHead();
   onCallback(widget_, XmNactivateCallback, [this](XtPointer call) {
     // Pressed by a key it would look pressed as long as the dialog is up, or the job runs, that it begins.
     XtCallActionProc(widget_, "Disarm", static_cast<XmPushButtonCallbackStruct*>(call)->event, nullptr, 0);
@@ -57,6 +62,16 @@ void ButtonItem::dressPrimary() {
   XtVaSetValues(widget_, XmNbackground, ground, XmNforeground, look.pixel(on ? color::kOnPrimary : color::kFaint),
                 XmNtopShadowColor, ground, XmNarmColor, look.pixel(color::kPrimaryDown), XmNborderColor,
                 look.pixel(on ? color::kPrimary : color::kBorder), nullptr);
+}
+
+/// Of a piece with the list below.
+void ButtonItem::dressHead() {
+  const Look& look = app().look();
+  const Pixel ground = look.pixel(color::kStrip);
+  const bool right = (line().flags & IF_RIGHT) != 0;
+  XtVaSetValues(widget_, XmNbackground, ground, XmNtopShadowColor, ground, XmNforeground, look.pixel(color::kSection),
+                XmNalignment, right ? XmALIGNMENT_END : XmALIGNMENT_BEGINNING, XmNmarginWidth, look.px(kHeadMargin),
+                nullptr);
 }
 
 void ButtonItem::setTitle(const std::string& title) {
@@ -77,6 +92,11 @@ Cell ButtonItem::cell() const {
   const Look& look = app().look();
   const Extent text = look.textSize(Face::plain, text_);
   const int frame = 2 * look.line();  // border and highlight
+  if (line().kind == IK_HEAD) {
+    const int width = std::max(text.width, look.columns(Face::plain, line().columns));
+    const int margin = look.px(kHeadHeight) + frame;
+    return leaf({width + 2 * look.px(kHeadMargin), text.height + 2 * margin}, margin + look.ascent());
+  }
   const Extent size{text.width + 2 * (look.px(kButtonWidth) + frame),
                     text.height + 2 * (look.px(kButtonHeight) + frame)};
   return leaf(size, look.px(kButtonHeight) + frame + look.ascent());

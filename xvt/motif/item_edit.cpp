@@ -1,6 +1,8 @@
 /// Edit fields.
 #include <Xm/TextF.h>
 
+#include <algorithm>
+
 #include "xvt/base/utf8.h"
 #include "xvt/motif/dialog.h"
 #include "xvt/motif/guard.h"
@@ -65,8 +67,9 @@ void EditItem::setEnabled(bool enabled) {
   XtVaSetValues(widget_, XmNbackground, ground, XmNtopShadowColor, ground, nullptr);
 }
 
-void EditItem::selectText() {
-  XmTextFieldSetSelection(widget_, 0, XmTextFieldGetLastPosition(widget_),
+void EditItem::selectText(int characters) {
+  const XmTextPosition last = XmTextFieldGetLastPosition(widget_);
+  XmTextFieldSetSelection(widget_, 0, characters < 0 ? last : std::min<XmTextPosition>(characters, last),
                           XtLastTimestampProcessed(XtDisplay(widget_)));
 }
 
@@ -88,7 +91,7 @@ void EditItem::insert(const std::string& text) {
 void EditItem::edit(int command) {
   Display* display = XtDisplay(widget_);
   const Time time = XtLastTimestampProcessed(display);
-  if (command == M_EDIT_SELECT_ALL) return selectText();
+  if (command == M_EDIT_SELECT_ALL) return selectText(-1);
   if (command == M_EDIT_PASTE) return paste(*this, XInternAtom(display, "CLIPBOARD", False), time);
   const std::unique_ptr<char, void (*)(char*)> selected(XmTextFieldGetSelection(widget_), XtFree);
   if (selected && putOnClipboard(widget_, selected.get(), time) && command == M_EDIT_CUT && isEditable())

@@ -27,6 +27,7 @@ const char* kindName(int kind) {
     case IK_RADIO:
       return "radio";
     case IK_PUSH:
+    case IK_HEAD:
       return "button";
     case IK_LIST:
       return "list";

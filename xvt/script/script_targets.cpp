@@ -48,8 +48,9 @@ std::vector<int> findRows(WINDOW list, const std::string& text) {
   const int count = xvt_list_count(list);
   for (int row = 0; row < count; ++row) {
     const std::string found = rowText(list, row);
-    if (found == text) return {row};
-    if (isLike(text, found)) like.push_back(row);
+    const std::string name = found.substr(0, found.find('\t'));
+    if (found == text || name == text) return {row};
+    if (isLike(text, found) || isLike(text, name)) like.push_back(row);
   }
   return like;
 }
