@@ -264,6 +264,43 @@ TEST(Hands, ALongListIsFilledAtOnce) {
   });
 }
 
+TEST(Hands, AListWithColumnsTakesClicksAndItsReturn) {
+  static constexpr DLG_ITEM items[] = {ui::row(),
+                                       ui::head(1, "name", "Name", 20, IF_GROW),
+                                       ui::head(2, "size", "Size", 8, IF_RIGHT),
+                                       ui::endOf(),
+                                       ui::list(4, "rows", 30, 3, IF_GROW | IF_COLUMNS | IF_ENTER),
+                                       ui::push(5, "ok", "OK", IF_DEFAULT)};
+  static constexpr DLG_RES table = {2, "columns", "Columns", items, std::size(items)};
+  run(kResources, [] {
+    const WINDOW window = open(WD_MODELESS, table);
+    for (const char* row : {"alpha\t1", "beta\t2", "gamma"}) xvt_list_add(ctl(window, 4), -1, row);
+    pump(100);
+    RCT head{}, list{};
+    xvt_vobj_get_outer_rect(ctl(window, 2), &head);
+    xvt_vobj_get_outer_rect(ctl(window, 4), &list);
+    EXPECT_EQ(head.bottom, list.top);
+    EXPECT_EQ(head.right, list.right);
+    const auto told = [&](const auto& hand) {
+      seen().clear();
+      hand();
+      return seen();
+    };
+    using Events = std::vector<std::string>;
+    EXPECT_EQ(told([&] { click(ctl(window, 1), Button1); }), Events{"press 1"});
+    EXPECT_EQ(told([&] { click(ctl(window, 4), Button1); }), Events{"select 4"});
+    EXPECT_EQ(told([&] { hands(9999, 9999, "sleep 0.3 key b Down"); }), (Events{"select 4", "select 4"}));
+    EXPECT_TRUE(xvt_list_is_selected(ctl(window, 4), 2));
+    EXPECT_EQ(told([&] { EXPECT_EQ(probe::key(window, "Return"), std::nullopt); }), (Events{"select 4", "double 4"}));
+    Position x = 0, y = 0;
+    XtTranslateCoords(widgetOf(ctl(window, 4)), 12, 12, &x, &y);
+    EXPECT_EQ(told([&] { hands(x, y, "click --repeat 3 --delay 60 1", 700); }),
+              (Events{"select 4", "select 4", "double 4", "select 4"}));
+    xvt_list_clear(ctl(window, 4));
+    EXPECT_EQ(told([&] { click(ctl(window, 4), Button1); }), Events{});
+  });
+}
+
 // A field refuses what was typed into it when it is left: its note must not take the click that left it.
 TEST(Hands, AClickIsNotSwallowedAndOneNoteIsUpAtATime) {
   using Events = std::vector<std::string>;

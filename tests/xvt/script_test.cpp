@@ -384,6 +384,8 @@ TEST_F(Scripts, DriveTheFileBoxes) {
   fs::create_directories(root_ / "sub");
   for (const char* name : {"b.tpf", "a.tpf", "x.sgy", "odd\xFF.tpf", ".hidden.tpf", "sub/deep.tpf"})
     std::ofstream(root_ / name) << "data";
+  std::ofstream(root_ / "a.tpf") << "more data";
+  fs::create_symlink("nowhere", root_ / "lost.sgy");
   mkfifo((root_ / "pipe.tpf").c_str(), 0600);
   succeeds(R"(
     answer-file $WORK/x.sgy
@@ -429,6 +431,50 @@ TEST_F(Scripts, DriveTheFileBoxes) {
     wait console "open 2 $WORK | odd?.tpf | tpf" 2
 
     press bench.open
+    press file-box.by-size
+    press file-box.by-size
+    expect text file-box.by-size "Size ▲"
+    select file-box.files 2
+    expect text file-box.name pipe.tpf
+    key file-box "Ctrl+H"
+    expect row file-box.files ".hidden.tpf*4 B*20??-??-?? ??:??"
+    select file-box.places "Start folder"
+    expect text file-box.places "Start folder"
+    type file-box.folder $WORK/a.tpf
+    key file-box Return
+    expect text file-box.name a.tpf
+    press file-box.by-name
+    key file-box "Ctrl+H"
+    expect rows file-box.files 6
+    key file-box BackSpace
+    expect text file-box.folder $WORK
+    type file-box.name $WORK/lost.sgy
+    press file-box.ok
+    expect text file-box.hint "This link leads nowhere."
+    type file-box.name PI
+    key file-box Tab
+    expect text file-box.name pipe.tpf
+    type file-box.name ./s
+    key file-box Tab
+    expect text file-box.name ./sub/
+    key file-box Return
+    expect text file-box.folder $WORK/sub
+    select file-box.files 0
+    key file-box BackSpace
+    expect text file-box.folder $WORK
+    expect like file-box.files "sub/*"
+    key file-box o
+    expect like file-box.name odd*.tpf
+    key file-box Home
+    key file-box Down
+    key file-box Return
+    expect text file-box.folder $WORK/sub
+    key file-box "Alt+Up"
+    type file-box.name "  file://$WORK/%61.tpf  "
+    press file-box.ok
+    wait console "open 2 $WORK | a.tpf | tpf" 2
+
+    press bench.open
     doubleclick file-box.files "b.tpf"
     wait console "open 2 $WORK | b.tpf | tpf" 2
 
@@ -467,7 +513,22 @@ TEST_F(Scripts, SaveUnderSafeNames) {
     press bench.save
     expect text file-box.name proposed.tpf
     expect text file-box.ok Save
+    key file-box x
+    expect text file-box.name x.tpf
+    press file-box.cancel
+    press bench.save
+    press file-box.new-folder
+    expect like file-box.hint "Type the new folder's name*"
     type file-box.folder $WORK
+    type file-box.name new
+    select file-box.files "sub/"
+    key file-box Return
+    expect text file-box.folder $WORK/sub
+    expect text file-box.name new
+    press file-box.up
+    type file-box.name old.tpf
+    press file-box.new-folder
+    expect text file-box.hint "A file has this name."
     type file-box.name new
     key file-box Return
     wait console "save 2 $WORK | new.tpf | tpf" 2

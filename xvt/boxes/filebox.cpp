@@ -367,7 +367,8 @@ void FileBox::complete(int id) {
   const std::string folder = typed.substr(0, name);
   const Entries names = candidates(id, folder);
   const Completion found = completionOf(names, typed.substr(name));
-  if (found.count == 0) return hint("No name here begins like this.");
+  // A name that is to be new goes with none.
+  if (found.count == 0) return hint(purpose_ == Purpose::open ? "No name here begins like this." : "");
   const bool one = found.count == 1;
   hint(one ? "" : std::to_string(found.count) + " names begin like this.");
   if (folder.empty() && id == FB_NAME) selectRow(found.first->name);

@@ -132,6 +132,7 @@ class EditItem final : public Item {
 
  private:
   bool quiet_ = false;
+  std::optional<int> toSelect_;  ///< wished before there was a window to select in
 };
 
 /// Adds rows behind those that a list widget has, all at once.

@@ -2,6 +2,7 @@
 #include <Xm/TextF.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "xvt/base/utf8.h"
 #include "xvt/motif/dialog.h"
@@ -33,6 +34,7 @@ EditItem::EditItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : Item(d
   });
   onCallback(widget_, XmNfocusCallback, [this](XtPointer) {
     XtVaSetValues(widget_, XmNcursorPositionVisible, True, nullptr);
+    if (toSelect_) selectText(*std::exchange(toSelect_, std::nullopt));
     if (dialog_.keyboardMoved()) begin(false);
   });
   onCallback(widget_, XmNlosingFocusCallback, [this](XtPointer) {
@@ -68,6 +70,10 @@ void EditItem::setEnabled(bool enabled) {
 }
 
 void EditItem::selectText(int characters) {
+  if (!XtIsRealized(widget_)) {
+    toSelect_ = characters;
+    return;
+  }
   const XmTextPosition last = XmTextFieldGetLastPosition(widget_);
   XmTextFieldSetSelection(widget_, 0, characters < 0 ? last : std::min<XmTextPosition>(characters, last),
                           XtLastTimestampProcessed(XtDisplay(widget_)));
