@@ -446,7 +446,9 @@ TEST_F(Scripts, DriveTheFileBoxes) {
     press file-box.by-name
     key file-box "Ctrl+H"
     expect rows file-box.files 6
+    type file-box.name ab
     key file-box BackSpace
+    expect text file-box.name a
     expect text file-box.folder $WORK
     type file-box.name $WORK/lost.sgy
     press file-box.ok
@@ -513,6 +515,7 @@ TEST_F(Scripts, SaveUnderSafeNames) {
     press bench.save
     expect text file-box.name proposed.tpf
     expect text file-box.ok Save
+    sleep 0.1
     key file-box x
     expect text file-box.name x.tpf
     press file-box.cancel

@@ -122,6 +122,7 @@ class EditItem final : public Item {
   std::string title() const override;
   void setEnabled(bool enabled) override;
   void selectText(int characters) override;
+  void refresh() override;
   Cell cell() const override;
   /// Puts a text where the cursor stands, in place of a selection around it; tells the handler.
   void insert(const std::string& text);

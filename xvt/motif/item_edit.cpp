@@ -34,7 +34,6 @@ EditItem::EditItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : Item(d
   });
   onCallback(widget_, XmNfocusCallback, [this](XtPointer) {
     XtVaSetValues(widget_, XmNcursorPositionVisible, True, nullptr);
-    if (toSelect_) selectText(*std::exchange(toSelect_, std::nullopt));
     if (dialog_.keyboardMoved()) begin(false);
   });
   onCallback(widget_, XmNlosingFocusCallback, [this](XtPointer) {
@@ -77,6 +76,10 @@ void EditItem::selectText(int characters) {
   const XmTextPosition last = XmTextFieldGetLastPosition(widget_);
   XmTextFieldSetSelection(widget_, 0, characters < 0 ? last : std::min<XmTextPosition>(characters, last),
                           XtLastTimestampProcessed(XtDisplay(widget_)));
+}
+
+void EditItem::refresh() {
+  if (toSelect_ && XtIsRealized(widget_)) selectText(*std::exchange(toSelect_, std::nullopt));
 }
 
 void EditItem::enterText(const std::string& text) {
