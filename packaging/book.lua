@@ -8,15 +8,15 @@ local CHAPTERS = {
 }
 local NOT_FOR_READERS = { Start = true, More = true } -- sections of the README that the book has no use for
 
-local known = {}
-for _, name in ipairs(CHAPTERS) do known[name] = true end
-
-local function read(path)
-  local file = assert(io.open(path))
+local function read(page)
+  local file = assert(io.open(page == "README" and "README.md" or "docs/" .. page .. ".md"))
   local text = file:read("a")
   file:close()
   return text
 end
+
+local known = {} -- the chapters' titles
+for _, name in ipairs(CHAPTERS) do known[name] = read(name):match("^# ([^\n]*)") end
 
 -- The blocks without the sections that the book leaves out.
 local function chosen(blocks)
@@ -40,6 +40,8 @@ local function within(page)
       if place then
         link.target = "#" .. page .. "-" .. place
       elseif other and known[other] then
+        -- A file's name means nothing in a book.
+        if pandoc.utils.stringify(link):match("^[%w/-]*%.md$") then link.content = { pandoc.Str(known[other]) } end
         link.target = "#" .. other .. (part ~= "" and "-" .. part or "")
       elseif not link.target:match("^https?:") then
         return link.content -- a file beside the book
@@ -55,8 +57,7 @@ end
 
 function Pandoc(book)
   for _, page in ipairs(CHAPTERS) do
-    local path = page == "README" and "README.md" or "docs/" .. page .. ".md"
-    local blocks = chosen(pandoc.read(read(path), "gfm").blocks)
+    local blocks = chosen(pandoc.read(read(page), "gfm").blocks)
     book.blocks:insert(pandoc.Div(pandoc.walk_block(pandoc.Div(blocks), within(page)).content, pandoc.Attr("", { "chapter", page })))
   end
   return book
