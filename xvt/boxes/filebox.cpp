@@ -72,7 +72,7 @@ class ShownBytes {
   /// has the very name.
   [[nodiscard]] std::string path(WINDOW control, const std::string& directory) const {
     const std::string text = get(control);
-    const std::string literal = joinPath(directory, text);
+    std::string literal = joinPath(directory, text);
     struct stat facts {};
     if (!isChanged(control) || lstat(literal.c_str(), &facts) == 0) return literal;
     return joinPath(directory, pathFrom(text));

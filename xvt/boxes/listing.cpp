@@ -17,7 +17,7 @@ void ListOrder::press(SortBy head) {
 
 std::string ListOrder::headOf(SortBy head) const {
   static constexpr std::array kWords = {"Name", "Size", "Date"};
-  const std::string word = kWords[static_cast<std::size_t>(head)];
+  std::string word = kWords[static_cast<std::size_t>(head)];
   if (head != by) return word;
   // The arrow points to where the larger ones are.
   return word + ((head == SortBy::name) != reversed ? " \xE2\x96\xB2" : " \xE2\x96\xBC");
@@ -126,7 +126,7 @@ Completion completionWhere(const Entries& entries, Begins begins) {
 Completion completionOf(const Entries& entries, const std::string& begin) {
   const bool hidden = begin.starts_with('.');
   const auto seen = [hidden](const std::string& name) { return hidden || !name.starts_with('.'); };
-  const Completion exact =
+  Completion exact =
       completionWhere(entries, [&](const std::string& name) { return seen(name) && name.starts_with(begin); });
   if (exact.count > 0) return exact;
   const std::string key = folded(begin);

@@ -231,12 +231,13 @@ void TableItem::paintRow(int row, int y) {
   std::string_view rest = rows_[static_cast<std::size_t>(row)];
   for (const Item* head : heads_) {
     const std::size_t end = std::min(rest.find('\t'), rest.size());
-    paintCell(*head, rest.substr(0, end), y, head == heads_.front());
+    const bool quiet = head != heads_.front() && row != selected_;
+    paintCell(*head, rest.substr(0, end), y, quiet ? color::kQuiet : color::kInk);
     rest.remove_prefix(std::min(end + 1, rest.size()));
   }
 }
 
-void TableItem::paintCell(const Item& head, std::string_view text, int y, bool first) {
+void TableItem::paintCell(const Item& head, std::string_view text, int y, color::Tone tone) {
   if (text.empty()) return;
   const Look& look = app().look();
   const RCT column = head.outerRect();
@@ -246,7 +247,7 @@ void TableItem::paintCell(const Item& head, std::string_view text, int y, bool f
   const std::string shown = look.fitted(face(), std::string(text), std::max(1, right - left));
   const bool toRight = (head.line().flags & IF_RIGHT) != 0;
   const int x = toRight ? std::max(left, right - look.textWidth(face(), shown)) : left;
-  const XftColor color = ink(!isEnabled() ? color::kFaint : first ? color::kInk : color::kQuiet);
+  const XftColor color = ink(isEnabled() ? tone : color::kFaint);
   XftDrawStringUtf8(draw_, &color, look.font(face()), x, y + look.px(kRowGap) / 2 + look.ascent(face()),
                     reinterpret_cast<const FcChar8*>(shown.data()), static_cast<int>(shown.size()));
 }

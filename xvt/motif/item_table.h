@@ -41,7 +41,7 @@ class TableItem final : public Item {
   void fitPixmap();
   void fitBar();
   void paintRow(int row, int y);
-  void paintCell(const Item& head, std::string_view text, int y, bool first);
+  void paintCell(const Item& head, std::string_view text, int y, color::Tone tone);
   int rowHeight() const;
   int mostTop() const { return std::max(0, rowCount() - rowsShown()); }
   XftColor ink(color::Tone tone) const;
