@@ -230,7 +230,7 @@ TEST(Hands, WhereRoomIsShortNoHintIsCutAndNoLinesCoverTheirOpener) {
     xvt_vobj_move(window, &right);
     const std::string words(60, 'w');
     const DLG_ITEM hint[] = {ui::hint(words.c_str(), 1, "hint"), ui::label("Kind:"),
-                             ui::radio(2, "kind", "One", IF_DISABLED)};
+                             ui::radio(2, "kind", "One", IF_DISABLED), ui::status(3, "status", "Ready")};
     const DLG_RES table = {4, "hint", "Hint", hint, std::size(hint)};
     const WINDOW dialog = open(WD_MODELESS, table);
     const Widget shell = Registry::instance().find<Dialog>(dialog)->shell();
@@ -241,6 +241,12 @@ TEST(Hands, WhereRoomIsShortNoHintIsCutAndNoLinesCoverTheirOpener) {
     RCT place;
     xvt_vobj_get_outer_rect(ctl(dialog, 1), &place);
     EXPECT_GE(place.right - place.left, app().look().textSize(Face::plain, words).width);
+    RCT before;
+    xvt_vobj_get_outer_rect(ctl(dialog, 3), &before);
+    xvt_vobj_set_title(ctl(dialog, 3), (words + " " + words).c_str());
+    pump(50);
+    xvt_vobj_get_outer_rect(ctl(dialog, 3), &place);
+    EXPECT_GE(place.bottom - place.top, before.bottom - before.top + app().look().lineHeight(Face::plain));
     xvt_vobj_destroy(dialog);
     xvt_vobj_move(window, &all);
     const WIN_DEF definition[] = {{W_DOC, RCT{30, 10, 330, 510}, "Lines", 0, NULL_FNTID, 0}, {}};

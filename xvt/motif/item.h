@@ -73,6 +73,7 @@ class TextItem final : public Item {
   Key mnemonic() const override { return mnemonic_; }
 
  private:
+  std::string inLines(int width) const;
   void show(int width);
   Extent padding() const;
   std::string text_;

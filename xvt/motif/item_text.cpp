@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "xvt/base/text.h"
 #include "xvt/motif/dialog.h"
 #include "xvt/motif/guard.h"
 #include "xvt/motif/item.h"
@@ -56,7 +57,10 @@ void TextItem::setTitle(const std::string& title) {
   if (title == text_) return;
   text_ = title;
   const RCT place = outerRect();
+  const auto lines = [this] { return std::ranges::count(shown_, '\n'); };
+  const auto before = lines();
   show(place.right - place.left);
+  if (lines() != before) dialog_.wantLayout();
   // What the program writes into a value may be long or short: it is shown as far as it goes. A label was given its
   // place by its text, and gets another one.
   const Extent size = app().look().textSize(faceOf(line()), text_);
@@ -69,7 +73,7 @@ void TextItem::setColor(XVT_COLOR color) { XtVaSetValues(widget_, XmNforeground,
 Cell TextItem::cell() const {
   const Look& look = app().look();
   const Face own = faceOf(line());
-  Extent size = look.textSize(own, text_);
+  Extent size = look.textSize(own, line().kind == IK_STATUS ? shown_ : text_);
   const int wished = look.columns(own, line().columns);
   if (line().kind == IK_VALUE) size.width = std::clamp(size.width, wished, std::max(wished, look.columns(own, 56)));
   size.width = std::max(size.width, wished) + 2 * padding().width;
@@ -91,16 +95,36 @@ void TextItem::place(const RCT& room) {
   show(room.right - room.left);
 }
 
+/// A status line may tell more than goes into one: it takes as many as it needs, and what is too long for that is cut.
+std::string TextItem::inLines(int width) const {
+  constexpr std::size_t kMost = 5;
+  const Look& look = app().look();
+  const Face own = faceOf(line());
+  std::vector<std::string> lines{text_};
+  const auto fits = [&](const std::string& one) { return look.textWidth(own, one) <= width; };
+  for (std::size_t columns = text_.size(); columns > 8 && !std::ranges::all_of(lines, fits); columns -= columns / 8)
+    lines = wrapped(text_, columns);
+  std::string all;
+  for (std::size_t at = 0; at < std::min(lines.size(), kMost); ++at)
+    all += (at > 0 ? "\n" : "") +
+           look.fitted(own, lines[at] + (at + 1 == kMost && lines.size() > kMost ? " …" : ""), width);
+  return all;
+}
+
 void TextItem::show(int width) {
+  const int room = std::max(1, width - 2 * padding().width);
   const bool lines = text_.find('\n') != std::string::npos;
-  const std::string fitted =
-      lines ? text_ : app().look().fitted(faceOf(line()), text_, std::max(1, width - 2 * padding().width));
+  const std::string fitted = line().kind == IK_STATUS ? inLines(room)
+                             : lines                  ? text_
+                                                      : app().look().fitted(faceOf(line()), text_, room);
   if (fitted == shown_) return;
   shown_ = fitted;
   const MotifString string(shown_, mnemonic_);
   XtVaSetValues(widget_, XmNlabelString, static_cast<XmString>(string), nullptr);
   // What is cut can still be read.
-  if (line().help == nullptr) setTooltip(widget_, shown_ == text_ ? std::string() : text_);
+  const bool whole = std::ranges::equal(
+      shown_, text_, [](char one, char other) { return one == other || (one == '\n' && other == ' '); });
+  if (line().help == nullptr) setTooltip(widget_, whole ? std::string() : text_);
 }
 
 // ---- meters and separators ----------------------------------------------------------------------------------------
