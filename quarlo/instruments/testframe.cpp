@@ -4,6 +4,7 @@
 #include <cstdarg>
 #include <new>
 #include <numeric>
+#include <utility>
 
 #include "libkyr/nullcheck.h"
 #include "libkyr/text.h"
@@ -77,14 +78,14 @@ void TestRun::countLines(const FieldRecord& record, int count) {
   line("Total tested traces:  %d", count);
 }
 
-void TestRun::traceLine(const TestedTrace& trace, const std::string& text, std::initializer_list<float> measures,
+void TestRun::traceLine(const TestedTrace& trace, const std::string& text, std::vector<float> measures,
                         const char* mark) {
-  values_.add(trace, measures, mark != nullptr);
+  values_.add(trace, std::move(measures), mark != nullptr);
   line("%s%s", text.c_str(), mark != nullptr ? mark : "");
 }
 
-void TestRun::referenceLine(const TestedTrace& trace, const std::string& text, std::initializer_list<float> measures) {
-  values_.addReference(trace, measures);
+void TestRun::referenceLine(const TestedTrace& trace, const std::string& text, std::vector<float> measures) {
+  values_.addReference(trace, std::move(measures));
   line("%s", text.c_str());
 }
 

@@ -74,10 +74,10 @@ class TestRun {
   /// "Field file number: ..." and "Total tested traces: ...", behind an empty line.
   void countLines(const FieldRecord& record, int count);
   /// A trace's line, with its mark when it fails, and its values for the dialog.
-  void traceLine(const TestedTrace& trace, const std::string& text, std::initializer_list<float> measures,
+  void traceLine(const TestedTrace& trace, const std::string& text, std::vector<float> measures,
                  const char* mark = nullptr);
   /// The same of a trace that others are compared with.
-  void referenceLine(const TestedTrace& trace, const std::string& text, std::initializer_list<float> measures);
+  void referenceLine(const TestedTrace& trace, const std::string& text, std::vector<float> measures);
   /// Empty lines and "--  End of ..."
   void end(int blanks = 2);
   /// Tells something beside the report: on the console, and in the dialog's status line.

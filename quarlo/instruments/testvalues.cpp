@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <utility>
 
 #include "libkyr/text.h"
 
@@ -26,14 +27,12 @@ void putNumber(std::string* text, float value) {
 
 }  // namespace
 
-void TestValues::add(const TestedTrace& trace, std::initializer_list<float> measures, bool failed) {
-  measures_.insert(measures_.end(), measures);
-  rows_.push_back({trace, failed ? Result::Failed : Result::Passed});
+void TestValues::add(const TestedTrace& trace, std::vector<float> measures, bool failed) {
+  rows_.push_back({trace, failed ? Result::Failed : Result::Passed, std::move(measures)});
 }
 
-void TestValues::addReference(const TestedTrace& trace, std::initializer_list<float> measures) {
-  measures_.insert(measures_.end(), measures);
-  rows_.push_back({trace, Result::Untested});
+void TestValues::addReference(const TestedTrace& trace, std::vector<float> measures) {
+  rows_.push_back({trace, Result::Untested, std::move(measures)});
 }
 
 std::string TestValues::summary() const {
@@ -54,18 +53,29 @@ std::string TestValues::text() const {
   std::string text = "Test,File,Record,Field file,Trace,Channel";
   if (versus_) text += ",Versus record,Versus field file";
   for (const char* name : words_->measures) text += ',' + quoted(name);
+  const std::size_t columns = width();
+  for (std::size_t place = words_->measures.size(); place < columns; ++place)
+    text += ',' + quoted(words_->further(static_cast<int>(place - words_->measures.size()) + 1));
   text += ',' + quoted(words_->limit != nullptr ? words_->limit : "Limit") + ",Result\r\n";
-  for (std::size_t number = 0; number < rows_.size(); ++number) putRow(&text, number);
+  for (const Row& row : rows_) putRow(&text, row, columns);
   return text;
 }
 
-void TestValues::putRow(std::string* text, std::size_t number) const {
-  const auto& [trace, result] = rows_[number];
+/// Columns of measures. Further ones are as many as the trace with the most of them has.
+std::size_t TestValues::width() const {
+  std::size_t most = words_->measures.size();
+  if (words_->further != nullptr)
+    for (const Row& row : rows_) most = std::max(most, row.measures.size());
+  return most;
+}
+
+void TestValues::putRow(std::string* text, const Row& row, std::size_t width) const {
+  const auto& [trace, result, measures] = row;
   *text += quoted(words_->name) + ',' + quoted(file_) +
            formatText(",%d,%d,%d,%d", trace.record.number, trace.record.fieldFile, trace.number, trace.channel);
   if (versus_) *text += formatText(",%d,%d", versus_->number, versus_->fieldFile);
-  const std::size_t width = words_->measures.size();
-  for (std::size_t place = 0; place < width; ++place) putNumber(text, measures_[number * width + place]);
+  for (const float measure : measures) putNumber(text, measure);
+  text->append(width - measures.size(), ',');
   if (words_->limit == nullptr || result == Result::Untested) {
     *text += ",,\r\n";
     return;

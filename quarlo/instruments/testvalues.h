@@ -1,7 +1,6 @@
 /// What a run of a test measured: for the dialog's status line and, as comma-separated values, for other programs.
 #pragma once
 
-#include <initializer_list>
 #include <optional>
 #include <span>
 #include <string>
@@ -22,11 +21,12 @@ struct TestedTrace {
 
 /// What tells one test from another.
 struct TestWords {
-  const char* name;                            ///< "DC Offset Test"
-  const char* title;                           ///< of the report, spaced out
-  const char* end;                             ///< "--  End of ..."
-  std::span<const char* const> measures = {};  ///< with their units, in the order of a trace's values
-  const char* limit = nullptr;                 ///< with its unit; null for a test that fails no trace
+  const char* name;                              ///< "DC Offset Test"
+  const char* title;                             ///< of the report, spaced out
+  const char* end;                               ///< "--  End of ..."
+  std::span<const char* const> measures = {};    ///< with their units, in the order of a trace's values
+  const char* limit = nullptr;                   ///< with its unit; null for a test that fails no trace
+  std::string (*further)(int number) = nullptr;  ///< what measures behind those are named, counted from 1
 };
 
 class TestValues {
@@ -37,10 +37,10 @@ class TestValues {
 
   /// Each line also names a second record.
   void compareWith(const FieldRecord& record) { versus_ = record; }
-  /// @param measures as many as the test's words name
-  void add(const TestedTrace& trace, std::initializer_list<float> measures, bool failed);
+  /// @param measures those that the test's words name, and any number of further ones, if they name these
+  void add(const TestedTrace& trace, std::vector<float> measures, bool failed);
   /// A trace that others are compared with: it is told, and neither passes nor fails.
-  void addReference(const TestedTrace& trace, std::initializer_list<float> measures);
+  void addReference(const TestedTrace& trace, std::vector<float> measures);
 
   /// "%d traces tested, %d failed: 3, 17, ...", with the first ten that failed.
   std::string summary() const;
@@ -52,13 +52,14 @@ class TestValues {
   struct Row {
     TestedTrace trace;
     Result result;
+    std::vector<float> measures;
   };
-  void putRow(std::string* text, std::size_t number) const;
+  std::size_t width() const;
+  void putRow(std::string* text, const Row& row, std::size_t width) const;
 
   const TestWords* words_ = nullptr;
   std::string file_;
   float limit_ = 0;
   std::optional<FieldRecord> versus_;
   std::vector<Row> rows_;
-  std::vector<float> measures_;  // those of all rows, one row's behind the other's
 };

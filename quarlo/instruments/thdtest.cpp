@@ -1,6 +1,7 @@
 #include "quarlo/instruments/thdtest.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "libkyr/nullcheck.h"
 #include "libkyr/text.h"
@@ -41,7 +42,8 @@ constexpr TestWords kWords = {.name = "THD Test",
                               .title = "H A R M O N I C   D I S T O R T I O N   T E S T",
                               .end = "Harmonic Distortion Test",
                               .measures = kMeasures,
-                              .limit = "Limit (%)"};
+                              .limit = "Limit (%)",
+                              .further = [](int number) { return formatText("HD %d (%%)", number); }};
 constexpr const char* kMixed =
     "  ** Traces after the first are measured with the rest of the transform before. Tick \"Clear the buffer for every "
     "trace\" for independent measures.";
@@ -140,10 +142,11 @@ void testTrace(TestRun* run, const Bench& bench, const TestedTrace& trace, Avera
   if (!found) return run->line("   ** Warning: trace %d holds no sine wave. It is not measured.", trace.number);
   if (trace.number == settings.firstTrace && settings.numHarmonics >= 0) writeTableHead(run, bench.mostHarmonics());
   average->add(found->thd);
-  run->traceLine(
-      trace, lineOf(trace, *found, dc),
-      {static_cast<float>(found->fundamental), static_cast<float>(dc), static_cast<float>(found->fundAmp), found->thd},
-      found->thd > settings.maxThd ? " **** FAILED ****" : nullptr);
+  std::vector<float> measures{static_cast<float>(found->fundamental), static_cast<float>(dc),
+                              static_cast<float>(found->fundAmp), found->thd};
+  for (const double harmonic : found->harmonics) measures.push_back(static_cast<float>(harmonic));
+  run->traceLine(trace, lineOf(trace, *found, dc), std::move(measures),
+                 found->thd > settings.maxThd ? " **** FAILED ****" : nullptr);
 }
 
 void testTraces(TestRun* run, const FieldRecord& record, Average* average) {
