@@ -1,15 +1,22 @@
-// All ten reports, through the file dump and their dialogs, on a dataset of any samples, kill flags and counts, then on
-// the same with damaged bytes. Whatever comes of it: every run ends, the dialog closes and the dataset goes back.
+// All ten reports, through the file dump and their dialogs, the file scan and the merge, on a dataset of any samples,
+// kill flags and counts, then on the same with damaged bytes. Whatever comes of it: every run ends, the dialog closes
+// and the dataset goes back; the index has an entry and the table a line for each trace that there is.
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "fuzz/whole_job.h"
 #include "libkyr/datasets.h"
 #include "quarlo/dump/fdmp_dlg.h"
+#include "quarlo/index/indexfile.h"
+#include "quarlo/index/indexjob.h"
+#include "quarlo/merge/mergejob.h"
+#include "quarlo/merge/mergelist.h"
+#include "quarlo/tapelib/diskunit.h"
 #include "resources/dialogs.h"
 #include "resources/ids.h"
 
@@ -117,6 +124,33 @@ void runAll(Program* program) {
   toolkit.errors.clear();
 }
 
+void scan(const Program& program) {
+  const FILE_SPEC file = fileSpecOf(program.folder + "/out/" + kDataset);
+  std::filesystem::copy_file(kDataset, pathOf(file), std::filesystem::copy_options::overwrite_existing);
+  indexRequest = {"", program.folder + "/table.csv"};
+  require(openDiskUnit(getDevPtr(), file, "rb"));
+  const ProcessRecordPtr process(NewProcessRecord());
+  const int result = fileIndexKYR(process.get(), nullptr);
+  require(result == 0 || result == -1);
+  closeDiskUnit(getDevPtr());
+  const auto index = std::make_unique<IndexFile>();
+  std::ifstream(program.folder + "/out\\" + kDataset + ".idx", std::ios::binary)
+      .read(reinterpret_cast<char*>(index.get()), sizeof *index);
+  const std::string table = contents("table.csv");
+  require(result != 0 || (index->keyEntries >= 0 && index->keyEntries <= std::ranges::count(table, '\n') - 1));
+}
+
+void merge(const Program& program) {
+  InputList.clear();
+  outFile = fileSpecOf(program.folder + "/out.kyr");
+  std::filesystem::remove("out.kyr");
+  for (const char* name : {"in.kyr", "out/in.kyr"})
+    InputList.push_back(newKyrFile(fileSpecOf(program.folder + "/" + name)));
+  const int result = doKyrMerge(NULL_WIN);
+  require(result == 0 || InputList.empty() || newKyrFile(outFile)->seismicFileType != 0);
+  InputList.clear();
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -124,8 +158,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (size == 0) return 0;
   Source source(data, size);
   makeDataset(&source);
-  runAll(&program);
-  damage(&source);
-  runAll(&program);
+  for (const bool damaged : {false, true}) {
+    if (damaged) damage(&source);
+    runAll(&program);
+    scan(program);
+    merge(program);
+    program.toolkit.errors.clear();
+  }
   return 0;
 }

@@ -115,13 +115,17 @@ TEST_F(IndexTest, OnePassWritesIndexTableAndSummary) {
 TEST_F(IndexTest, WhateverEndsAScanIsTold) {
   EXPECT_EQ(run("in/a.kyr"), "Complete");
   EXPECT_EQ(again(), "Complete") << "the file stays chosen";
-  for (long at = 1; at <= 6; ++at) {
+  for (long at = 1; at <= 12; ++at) {
+    const bool wants = at > 6;  // memory
     toolkit.pumps = 0;
     toolkit.onPump = [&](long pumps) {
-      if (pumps == at) toolkit.press(toolkit.dialog(DLG_PROGRESS), PROG_STOP);
+      if (pumps != (at - 1) % 6 + 1) return;
+      if (wants) throw std::bad_alloc();
+      toolkit.press(toolkit.dialog(DLG_PROGRESS), PROG_STOP);
     };
     EXPECT_EQ(again(), "Failed") << at;
-    EXPECT_EQ(consoleWithoutDates(), Lines{"  *** Reformat aborted by user at DATE."});
+    EXPECT_EQ(consoleWithoutDates(), Lines{wants ? "  *** There is not enough memory for this job."
+                                                 : "  *** Reformat aborted by user at DATE."});
     EXPECT_EQ(header()->keyEntries, 0);
   }
   toolkit.onPump = nullptr;

@@ -196,7 +196,7 @@ TEST_F(MergeTest, WhereverItEndsTheOutputIsTrue) {
   make("in/a.kyr", "LL,LL");
   make("in/b.kyr", "LL", {.type = kStackedData});
   const std::string whole = "10: 3x2 2 1:1 2:2 3:3 4:4 5:5 6:6";
-  for (const bool closes : {false, true})
+  for (const std::string event : {"stop", "close", "no memory"})
     for (long at = 1; at <= 6; ++at) {
       if (!xvt_vobj_is_valid(dialog)) JobTest::open(DLG_MERGE, FileMergeDlg_eh);
       std::filesystem::remove("out.kyr");
@@ -204,16 +204,21 @@ TEST_F(MergeTest, WhereverItEndsTheOutputIsTrue) {
       choose(MG_OUTPUT, "out.kyr");
       toolkit.pumps = 0;
       toolkit.onPump = [&](long pumps) {
-        if (pumps == at) closes ? toolkit.close(dialog) : toolkit.press(toolkit.dialog(DLG_PROGRESS), PROG_STOP);
+        if (pumps != at) return;
+        if (event == "no memory") throw std::bad_alloc();
+        event == "close" ? toolkit.close(dialog) : toolkit.press(toolkit.dialog(DLG_PROGRESS), PROG_STOP);
       };
       forgetConsole();
       toolkit.press(dialog, MG_MERGE);
       // The pumps stand before each file and each record.
       const auto good = std::array{0U, 0U, 1U, 2U, 2U, 3U}.at(static_cast<std::size_t>(at) - 1);
       const bool stopped = at < 6;
+      const bool closes = event == "close";
+      const bool wants = stopped && event == "no memory";
       const std::string cut =
           formatText("  ** %s is not complete: %u good record%s.", folder.path("out.kyr").c_str(), good, plural(good));
-      EXPECT_EQ(count("  *** Merge aborted by user at DATE."), stopped) << at;
+      EXPECT_EQ(count("  *** Merge aborted by user at DATE."), stopped && !wants) << at;
+      EXPECT_EQ(count("  *** There is not enough memory for this job."), wants);
       EXPECT_EQ(count(cut), stopped) << at;
       EXPECT_EQ(xvt_vobj_is_valid(dialog), !closes || !stopped);
       EXPECT_EQ(InputList.size(), closes && stopped ? 0U : 2U);
