@@ -2,6 +2,9 @@
 
 install(TARGETS quarlo tapetool kyrtool RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY resources/formats resources/jobs resources/open DESTINATION ${CMAKE_INSTALL_DATADIR}/quarlo)
+# The pages that the program itself shows as help.
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DATADIR}/quarlo FILES_MATCHING PATTERN "*.md" PATTERN images EXCLUDE
+        PATTERN examples EXCLUDE)
 
 # The version stands in CMakeLists.txt alone; the date is that of the build, or SOURCE_DATE_EPOCH's.
 string(TIMESTAMP QUARLO_DATE "%Y-%m-%d" UTC)

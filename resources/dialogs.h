@@ -20,6 +20,8 @@ extern const std::span<const DLG_RES> kDumpDialogs;        ///< tape dump, file 
 extern const std::span<const DLG_RES> kInstrumentDialogs;  ///< instrument tests
 extern const std::span<const DLG_RES> kReportDialogs;      ///< the other reports on datasets
 
+extern const std::span<const DLG_RES> kTextDialogs;  ///< of the windows that show text
+
 extern const std::span<const MENU_RES> kQuarloMenus;
 
 /// Everything above, for xvt_res_use.

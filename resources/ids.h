@@ -3,6 +3,8 @@
 /// Control numbers count anew in every dialog. A prefix names the dialog.
 #pragma once
 
+#include "xvt/xvt.h"
+
 /// Menu bar and dialogs.
 enum RESOURCE_ID : int {
   DLG_MAIN = 102,
@@ -25,6 +27,7 @@ enum RESOURCE_ID : int {
   DLG_FILE_DUMP = 145,
   DLG_ERROR_OPTIONS = 168,
   DLG_FILE_SCAN = 181,
+  DLG_FIND = 221,
   MENU_BAR = 1000
 };
 
@@ -45,7 +48,32 @@ enum COMMAND_ID : int {
   CMD_ABOUT = 1034,
   CMD_QUIT = 1035,
   CMD_WRITE_EOF = 1036,
-  CMD_COUNT_FILEMARKS = 1038
+  CMD_COUNT_FILEMARKS = 1038,
+  CMD_HELP_CONTENTS = 1040,
+  CMD_HELP_SHORTCUTS = 1041,
+  CMD_HELP_MESSAGES = 1042
+};
+
+/// Commands of the windows that show text.
+enum TEXT_COMMAND_ID : int {
+  CMD_TEXT_FIND = M_TEXT_FIRST,
+  CMD_TEXT_FIND_NEXT,
+  CMD_TEXT_FIND_PREVIOUS,
+  CMD_TEXT_ERROR,
+  CMD_TEXT_SAVE,
+  CMD_TEXT_LARGER,
+  CMD_TEXT_SMALLER,
+  CMD_TEXT_USUAL_SIZE,
+  CMD_TEXT_CLOSE
+};
+
+enum FIND_CONTROL : int {
+  FIND_TEXT = 1,
+  FIND_NEXT = 2,
+  FIND_PREVIOUS = 3,
+  FIND_CASE = 4,
+  FIND_HINT = 5,
+  FIND_CLOSE = 6
 };
 
 /// The main dialog's buttons. Button 4 has no action and is not drawn.
@@ -59,7 +87,7 @@ enum MAIN_CONTROL : int {
   MAIN_FILE_SCAN = 8
 };
 
-enum ABOUT_CONTROL : int { ABOUT_OK = 1, ABOUT_VERSION = 4 };
+enum ABOUT_CONTROL : int { ABOUT_OK = 1, ABOUT_HELP = 2, ABOUT_VERSION = 4, ABOUT_PAGES = 5 };
 
 enum TAPE_CONTROL_CONTROL : int {
   TC_CLOSE = 2,

@@ -33,6 +33,18 @@ constexpr MENU_ITEM kMainMenu[] = {
     ui::command(M_EDIT_PASTE, "paste", "~Paste", "Ctrl+V", false),
     ui::menuSeparator(),
     ui::command(M_EDIT_SELECT_ALL, "select-all", "Select ~all", "Ctrl+A", false),
+    ui::menuSeparator(),
+    ui::command(CMD_TEXT_FIND, "find", "~Find…", "Ctrl+F"),
+    ui::command(CMD_TEXT_FIND_NEXT, "find-next", "Find ~next", "F3 Ctrl+G"),
+    ui::command(CMD_TEXT_FIND_PREVIOUS, "find-previous", "Find pre~vious", "Shift+F3 Ctrl+Shift+G"),
+    ui::command(CMD_TEXT_ERROR, "first-error", "First ~error of the last job", "Ctrl+E"),
+    ui::command(CMD_TEXT_SAVE, "save-text", "~Save the text as…", "Ctrl+S"),
+    ui::menuSeparator(),
+    ui::command(CMD_TEXT_LARGER, "larger", "~Larger text", "Ctrl+plus Ctrl+equal Ctrl+Shift+equal Ctrl+KP_Add"),
+    ui::command(CMD_TEXT_SMALLER, "smaller", "S~maller text", "Ctrl+minus Ctrl+KP_Subtract"),
+    ui::command(CMD_TEXT_USUAL_SIZE, "usual-size", "~Usual size", "Ctrl+0"),
+    ui::menuSeparator(),
+    ui::command(CMD_TEXT_CLOSE, "close-text", "~Close the text's window", "Ctrl+W"),
 
     ui::menu("~Tape"),
     ui::command(CMD_TAPE_CONTROL, "tape-control", "Tape ~control…", "Ctrl+T"),
@@ -58,6 +70,11 @@ constexpr MENU_ITEM kMainMenu[] = {
                 false),
 
     ui::menu("~Help"),
+    ui::command(M_HELP, "help", "~Help on this window or line", "F1"),
+    ui::command(CMD_HELP_CONTENTS, "help-contents", "~Contents"),
+    ui::command(CMD_HELP_SHORTCUTS, "help-shortcuts", "~Keys and shortcuts"),
+    ui::command(CMD_HELP_MESSAGES, "help-messages", "~Messages explained"),
+    ui::menuSeparator(),
     ui::command(CMD_ABOUT, "about", "~About Quarlo"),
 };
 

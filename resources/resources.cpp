@@ -8,7 +8,7 @@ std::vector<DLG_RES> allDialogs() {
   std::vector<DLG_RES> all;
   for (const auto& topic :
        {kShellDialogs, kProgressDialogs, kDriveDialogs, kTapeDialogs, kCopyDialogs, kSegyDialogs, kSegdDialogs,
-        kReformatDialogs, kMergeDialogs, kIndexDialogs, kDumpDialogs, kInstrumentDialogs, kReportDialogs})
+        kReformatDialogs, kMergeDialogs, kIndexDialogs, kDumpDialogs, kInstrumentDialogs, kReportDialogs, kTextDialogs})
     all.insert(all.end(), topic.begin(), topic.end());
   return all;
 }

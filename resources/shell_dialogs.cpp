@@ -23,9 +23,15 @@ constexpr DLG_ITEM kAbout[] = {
     ui::label("Version:"),
     ui::value(ABOUT_VERSION, "version", 10, "", IF_BOLD),
     ui::endOf(),
+    ui::label("Free software under the MIT licence, without any warranty"),
+    ui::row(),
+    ui::label("Pages:"),
+    ui::value(ABOUT_PAGES, "pages", 40, "", IF_GROW),
+    ui::endOf(),
     ui::buttons(),
+    ui::push(ABOUT_HELP, "help", "~Contents of the help"),
     ui::glue(),
-    ui::push(ABOUT_OK, "ok", "OK", IF_DEFAULT | IF_CANCEL),
+    ui::push(ABOUT_OK, "ok", "OK", IF_DEFAULT | IF_ESCAPE),
     ui::endOf(),
 };
 

@@ -42,19 +42,20 @@ enum ITEM_KIND : int {
 enum ITEM_FLAGS : unsigned {
   IF_NONE = 0,
   IF_DEFAULT = 1,    ///< the button that Return presses, drawn as the primary one
-  IF_CANCEL = 2,     ///< the button that Escape presses
+  IF_CANCEL = 2,     ///< the button that Escape presses in a modal dialog
   IF_HIDDEN = 4,     ///< not shown at first (its room is kept)
   IF_DISABLED = 8,   ///< not enabled at first
   IF_GROW = 16,      ///< takes the room that is left in its row; a list also takes the height that is left
   IF_RIGHT = 32,     ///< text set to the right
   IF_READONLY = 64,  ///< an edit field that cannot be typed into
   IF_BOLD = 128,
-  IF_MONO = 256,      ///< monospaced (lists with columns)
-  IF_ENTER = 512,     ///< a button behind an edit field: Return in that field presses it, and not the default button;
-                      ///< a list: Return means its selected row, as a double click does
-  IF_COLUMNS = 1024,  ///< a list with cells in its rows, parted by tabs, one below each of the heads before it; made
-                      ///< for a great many rows. Scripts know a row by its first cell
-  IF_COMPLETE = 2048  ///< an edit field whose text the program completes when the Tab key asks for it
+  IF_MONO = 256,       ///< monospaced (lists with columns)
+  IF_ENTER = 512,      ///< a button behind an edit field: Return in that field presses it, and not the default button;
+                       ///< a list: Return means its selected row, as a double click does
+  IF_COLUMNS = 1024,   ///< a list with cells in its rows, parted by tabs, one below each of the heads before it; made
+                       ///< for a great many rows. Scripts know a row by its first cell
+  IF_COMPLETE = 2048,  ///< an edit field whose text the program completes when the Tab key asks for it
+  IF_ESCAPE = 4096     ///< the button that Escape presses in any dialog: one that starts nothing and loses nothing
 };
 
 /// One line of a dialog's table.

@@ -13,6 +13,7 @@
 namespace xvt {
 
 class Control;
+class Font;
 class TextField;
 
 /// What windows and controls have in common.
@@ -36,6 +37,8 @@ class VisibleObject : public Object {
 /// The task window, a document window, a dialog.
 class Window : public VisibleObject {
  public:
+  /// What scripts call the window.
+  virtual std::string name() const = 0;
   /// Hides the window, tells its handler, and lets its handle and those of all that is in it die.
   virtual void destroy() = 0;
   virtual std::shared_ptr<Control> control(int id) const = 0;
@@ -85,6 +88,11 @@ class TextField : public Object {
   virtual void scroll(long lines, int pixels) = 0;
   virtual long originLine() const = 0;
   virtual int originOffset() const = 0;
+  /// `end` is not below `begin`; both are in the line, and the line is there.
+  virtual void select(long line, std::size_t begin, std::size_t end) = 0;
+  virtual long selection(std::size_t* begin, std::size_t* end) const = 0;
+  virtual void setFont(const std::shared_ptr<Font>& font) = 0;
+  virtual int widest() const = 0;
   virtual void move(const RCT& rectangle) = 0;
   virtual RCT viewRect() const = 0;
 };

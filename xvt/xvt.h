@@ -60,7 +60,7 @@ enum EVENT_TYPE : int {
   E_CREATE,   ///< the window exists, its controls too; it is not yet shown
   E_DESTROY,  ///< the last event of a window; also a request: dispatching it to a console or dump window ends it
   E_CLOSE,    ///< the window manager's close box (or a request to behave as if it had been used)
-  E_COMMAND,  ///< a menu command: `cmd`
+  E_COMMAND,  ///< a menu command: `cmd`; to a window with text, one of the commands of such windows
   E_CONTROL,  ///< a control was used: `ctl`
   E_SIZE,     ///< the client area has a new size: `size`
   E_UPDATE,   ///< a document window's text wants painting
@@ -69,7 +69,8 @@ enum EVENT_TYPE : int {
   E_TIMER,    ///< a timer of this window fired: `timer`
   E_FOCUS,    ///< the window gained or lost the keyboard: `focus`
   E_USER,     ///< sent by the program itself: `user`
-  E_QUIT      ///< to the task window: the session asks whether it may end (`quit.query`) or says that it ends
+  E_QUIT,     ///< to the task window: the session asks whether it may end (`quit.query`) or says that it ends
+  E_HELP      ///< to the task window: the user wants help on a window: `help`
 };
 
 /// What happened to a control.
@@ -129,6 +130,9 @@ struct EVENT {
   struct {
     bool query = false;
   } quit;
+  struct {
+    WINDOW window = NULL_WIN;  ///< NULL_WIN for help on nothing in particular
+  } help;
 };
 
 /// A window's event handler. The answer is handed back by xvt_win_dispatch_event and otherwise not looked at.
@@ -238,6 +242,9 @@ void xvt_vobj_set_visible(WINDOW window, bool visible);
 bool xvt_vobj_is_visible(WINDOW window);
 void xvt_vobj_raise(WINDOW window);
 
+/// Copies the name by which scripts call a window into `buffer`, cut to fit and always terminated. Returns `buffer`.
+char* xvt_vobj_get_name(WINDOW window, char* buffer, std::size_t size);
+
 /// Gives the keyboard to a window, or to a control of a dialog.
 void xvt_vobj_set_focus(WINDOW window);
 
@@ -294,7 +301,11 @@ enum STANDARD_COMMANDS : int {
   M_EDIT_CUT = 32026,
   M_EDIT_COPY = 32027,
   M_EDIT_PASTE = 32028,
-  M_EDIT_SELECT_ALL = 32029
+  M_EDIT_SELECT_ALL = 32029,
+  M_HELP = 32030,        ///< sends E_HELP about the window in use
+  M_TEXT_FIRST = 32040,  ///< from here to M_TEXT_LAST: commands that the window with text that is in use gets as
+                         ///< E_COMMAND; the text's popup menu shows them too
+  M_TEXT_LAST = 32059
 };
 
 // ---- timers -----------------------------------------------------------------------------------------------------
@@ -308,6 +319,9 @@ void xvt_timer_destroy(long timer);
 /// Modal boxes; they return when the user has answered.
 void xvt_dm_post_error(const char* format, ...) XVT_PRINTF(1, 2);
 void xvt_dm_post_note(const char* format, ...) XVT_PRINTF(1, 2);
+
+/// The control of a message box ("error-box", "note-box", "ask-box") that holds its whole text.
+constexpr int BOX_TEXT = 1;
 
 enum ASK_RESPONSE : int { RESP_DEFAULT = 1, RESP_2 = 2, RESP_3 = 3 };
 
@@ -438,6 +452,14 @@ void xvt_tx_scroll_vert(TXEDIT text, T_LNUM lines);
 void xvt_tx_scroll_hor(TXEDIT text, COORD pixels);
 /// First visible line and horizontal offset.
 T_LNUM xvt_tx_get_origin(TXEDIT text, T_CPOS* offset);
+/// Selects the bytes of one line from `begin` up to, not including, `end`, and brings them into view; no callback.
+void xvt_tx_select(TXEDIT text, T_LNUM line, std::size_t begin, std::size_t end);
+/// The line where the selection begins, or where the user clicked last, and the bytes of that line which are selected.
+T_LNUM xvt_tx_get_selection(TXEDIT text, std::size_t* begin, std::size_t* end);
+/// Draws the text in another font from now on; the first visible line stays.
+void xvt_tx_set_font(TXEDIT text, XVT_FNTID font);
+/// Width in pixels of the widest line since the field was last empty.
+COORD xvt_tx_get_text_width(TXEDIT text);
 /// Places the field in its window's client area.
 void xvt_tx_move(TXEDIT text, const RCT* rectangle);
 void xvt_tx_get_view_rect(TXEDIT text, RCT* rectangle);

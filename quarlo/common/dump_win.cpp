@@ -23,7 +23,7 @@ short n1 = 0;
 
 DumpWindow* recordOf(WINDOW window) { return static_cast<DumpWindow*>(xvt_vobj_get_data(window)); }
 
-DocView viewOf(DumpWindow* dump) { return {dump->theWindow, dump->dumpText, dump->dumpFont, &dump->dumpDoc}; }
+DocView viewOf(DumpWindow* dump) { return {dump->theWindow, dump->dumpText, &dump->dumpFont, &dump->dumpDoc}; }
 
 std::function<void()> hiddenHooks[2];  // by type: tape, file
 

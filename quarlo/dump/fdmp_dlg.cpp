@@ -10,7 +10,6 @@
 
 #include "libkyr/text.h"
 #include "quarlo/common/dump_win.h"
-#include "quarlo/common/savetext.h"
 #include "quarlo/common/windows.h"
 #include "quarlo/dump/dump_ctl.h"
 #include "quarlo/instruments/convtest.h"
@@ -26,6 +25,7 @@
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/dialogs/controls.h"
 #include "quarlo/tapelib/dialogs/dialogevents.h"
+#include "quarlo/tapelib/dialogs/savetext.h"
 #include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/frame/jobframe.h"
 #include "quarlo/tapelib/largefile.h"
@@ -247,7 +247,10 @@ std::string dumpedText() {
 
 void saveText(WINDOW /*dialog*/) {
   const bool inUse = isOpen() || repDlgUp != 0;
-  runGuarded([&] { saveTextAs(&saveFile, "txt", "Save dataset as:", inUse ? &inputFile : nullptr, dumpedText); });
+  runGuarded([&] {
+    saveTextAs(&saveFile, "txt", "Save dataset as:", inUse ? &inputFile : nullptr,
+               [](std::FILE* to) { return writeText(to, dumpedText()); });
+  });
 }
 
 // ---- reports ------------------------------------------------------------------------------------------------------

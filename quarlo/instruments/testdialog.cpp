@@ -3,8 +3,8 @@
 #include <limits>
 
 #include "quarlo/common/reportdialog.h"
-#include "quarlo/common/savetext.h"
 #include "quarlo/instruments/testframe.h"
+#include "quarlo/tapelib/dialogs/savetext.h"
 #include "quarlo/tapelib/dialogs/settings.h"
 #include "quarlo/tapelib/frame/jobframe.h"
 #include "resources/ids.h"
@@ -61,7 +61,8 @@ void run(WINDOW dialog, const TestDialog& test) {
 void saveValues() {
   runGuarded([] {
     saveTextAs(
-        &valuesFile, "csv", "Save values as:", &currentReport().inputFile, [] { return lastOutcome().values.text(); });
+        &valuesFile, "csv", "Save values as:", &currentReport().inputFile,
+        [](std::FILE* to) { return writeText(to, lastOutcome().values.text()); });
   });
 }
 

@@ -6,6 +6,9 @@
 #include "libkyr/launch.h"
 #include "libkyr/text.h"
 #include "quarlo/common/windows.h"
+#include "quarlo/help/helptopics.h"
+#include "quarlo/help/helpwindow.h"
+#include "quarlo/help/messagehelp.h"
 #include "quarlo/shell/aboutdlg.h"
 #include "quarlo/shell/ctrl_dlg.h"
 #include "quarlo/shell/main_dlg.h"
@@ -86,6 +89,10 @@ void showMainWindow(EVENT* /*event*/) { openMainDialog(); }
 void toggleConsole(EVENT* /*event*/) { raiseConsole(); }
 void showAbout(EVENT* /*event*/) { xvt_dlg_create_res(WD_MODELESS, DLG_ABOUT, aboutDlg_eh, nullptr); }
 
+void showContents(EVENT* /*event*/) { showHelpContents(); }
+void showShortcuts(EVENT* /*event*/) { showHelp(kShortcuts); }
+void showMessages(EVENT* /*event*/) { showHelp(kMessagesPage); }
+
 void quit(EVENT* event) {
   event->type = E_CLOSE;
   xvt_win_dispatch_event(TASK_WIN, event);
@@ -114,6 +121,9 @@ constexpr MenuAction kActions[] = {
     {CMD_QUIT, false, quit},
     {CMD_WRITE_EOF, true, writeFilemark},
     {CMD_COUNT_FILEMARKS, true, countFilemarks},
+    {CMD_HELP_CONTENTS, false, showContents},
+    {CMD_HELP_SHORTCUTS, false, showShortcuts},
+    {CMD_HELP_MESSAGES, false, showMessages},
 };
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "quarlo/shell/task_win.h"
 
 #include "quarlo/common/windows.h"
+#include "quarlo/help/helpwindow.h"
 #include "quarlo/shell/main_dlg.h"
 #include "quarlo/shell/menubar.h"
 #include "quarlo/tapelib/console.h"
@@ -87,6 +88,9 @@ long task_eh(WINDOW xdWindow, EVENT* xdEvent) {
       break;
     case E_USER:
       unitsHaveChanged(xdWindow, xdEvent);
+      break;
+    case E_HELP:
+      helpOn(xdEvent->help.window);
       break;
     case E_CLOSE:
       closeTask();

@@ -9,6 +9,7 @@
 namespace {
 
 RunningJob* innermost = nullptr;
+int begun = 0;
 std::vector<std::function<void()>> afterwards;
 
 void doWhatWaited() {
@@ -23,6 +24,7 @@ void doWhatWaited() {
 }  // namespace
 
 RunningJob::RunningJob(int* abortFlag) : abortFlag_(abortFlag), outer_(innermost) {
+  if (outer_ == nullptr) ++begun;
   innermost = this;
   // The job was stopped before this part of it began.
   if (abortFlag_ != nullptr && !afterwards.empty()) *abortFlag_ = 1;
@@ -34,6 +36,7 @@ RunningJob::~RunningJob() {
 }
 
 bool jobIsRunning() { return innermost != nullptr; }
+int jobsBegun() { return begun; }
 
 void requestStopOfJobs(std::function<void()> then) {
   for (RunningJob* job = innermost; job != nullptr; job = job->outer_)

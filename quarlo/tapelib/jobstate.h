@@ -27,6 +27,9 @@ class RunningJob {
 
 bool jobIsRunning();
 
+/// How many jobs have been begun in this run, those within others not counted.
+int jobsBegun();
+
 /// Stops every running job as its stop button does and does `then` when the last of them has ended; at once when none
 /// is running. Several wishes are carried out in the order in which they came.
 void requestStopOfJobs(std::function<void()> then);

@@ -13,7 +13,10 @@
 
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/dialogs/cons_win.h"
+#include "quarlo/tapelib/jobstate.h"
+#include "resources/ids.h"
 #include "tests/support/test_toolkit.h"
+#include "xvt/probe.h"
 
 namespace {
 
@@ -211,6 +214,69 @@ TEST_F(TextWindowTest, SeventyThousandLinesStayInOrder) {
   const Lines lines = kit.lines(console());
   ASSERT_EQ(lines.size(), 70000U);
   for (int line = 0; line < 70000; ++line) ASSERT_EQ(lines[static_cast<std::size_t>(line)], std::to_string(line));
+}
+
+// Behind a job's beginning the first error is that of the job, and behind the last one comes the first again.
+TEST_F(TextWindowTest, WordsAndErrorsAreFoundAndTheTextIsSaved) {
+  consInit();
+  const WINDOW window = console();
+  const TXEDIT text = xvt_tx_get(window, 1);
+  size(window, 10, 40);
+  const auto chosen = [text] {
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    const T_LNUM line = xvt_tx_get_selection(text, &begin, &end);
+    return std::to_string(line) + ":" + std::to_string(begin) + "-" + std::to_string(end);
+  };
+  console_out("  *** Error of an earlier job");
+  {
+    const RunningJob job(nullptr);
+    for (int line = 1; line < 100; ++line)
+      console_out(line == 40 ? "Needle, needle" : line == 70 ? "  ** Warning needle" : line == 90 ? "Error 7." : "hay");
+  }
+  kit.chooseMenu(CMD_TEXT_FIND);
+  const WINDOW box = kit.dialog(DLG_FIND);
+  kit.typeInto(box, FIND_TEXT, "needle");
+  const auto find = [&](int button) {
+    kit.press(box, button);
+    return chosen() + " " + kit.text(box, FIND_HINT);
+  };
+  EXPECT_EQ(find(FIND_NEXT), "40:0-6 Line 41 of 100.");
+  EXPECT_EQ(origin(window), 35);
+  EXPECT_EQ(kit.scrollPosition(window, VSCROLL), 35 * lineHeight());
+  console_out("the text grows");
+  EXPECT_EQ(origin(window), 35);
+  EXPECT_EQ(find(FIND_NEXT), "40:8-14 Line 41 of 101.");
+  EXPECT_EQ(find(FIND_NEXT), "70:13-19 Line 71 of 101.");
+  EXPECT_EQ(find(FIND_NEXT), "40:0-6 Line 41 of 101, from the beginning again.");
+  EXPECT_EQ(find(FIND_PREVIOUS), "70:13-19 Line 71 of 101, from the end again.");
+  kit.press(box, FIND_CASE);
+  kit.typeInto(box, FIND_TEXT, "Needle");
+  EXPECT_EQ(find(FIND_PREVIOUS), "40:0-6 Line 41 of 101.");
+  EXPECT_EQ(find(FIND_NEXT), "40:0-6 Line 41 of 101, from the beginning again.");
+  kit.typeInto(box, FIND_TEXT, "cow");
+  EXPECT_EQ(find(FIND_NEXT), "40:0-6 Not found: cow");
+  kit.chooseMenu(CMD_TEXT_ERROR);
+  EXPECT_EQ(chosen(), "90:0-8");
+  kit.chooseMenu(CMD_TEXT_ERROR);
+  EXPECT_EQ(chosen(), "90:0-8");
+  const int before = kit.scrollLimit(window, VSCROLL);
+  const long first = origin(window);
+  kit.chooseMenu(CMD_TEXT_SMALLER);
+  EXPECT_LT(kit.scrollLimit(window, VSCROLL), before);
+  EXPECT_EQ(kit.scrollPosition(window, VSCROLL), origin(window) * kit.scrollLimit(window, VSCROLL) / 101);
+  kit.chooseMenu(CMD_TEXT_USUAL_SIZE);
+  EXPECT_EQ(kit.scrollLimit(window, VSCROLL), before);
+  EXPECT_LE(origin(window), first);
+  kit.answerFile((directory / "saved.txt").string());
+  kit.chooseMenu(CMD_TEXT_SAVE);
+  EXPECT_EQ(contentOf("saved.txt"), contentOf("console.txt"));
+  EXPECT_EQ(xvt::probe::key(box, "Escape"), std::nullopt);
+  EXPECT_FALSE(xvt_vobj_is_valid(box));
+  EXPECT_EQ(xvt::probe::key(window, "Ctrl+Shift+g"), std::nullopt);
+  EXPECT_EQ(kit.text(kit.dialog(DLG_FIND), FIND_HINT), "Not found: cow");
+  kit.close(window);
+  EXPECT_EQ(kit.dialog(DLG_FIND), NULL_WIN);
 }
 
 TEST_F(TextWindowTest, ADumpWindowStartsHiddenGivesItsTextAndClears) {

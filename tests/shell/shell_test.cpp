@@ -2,8 +2,14 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
+#include <map>
+#include <optional>
 #include <span>
 
+#include "quarlo/help/helppage.h"
+#include "quarlo/help/helptopics.h"
+#include "quarlo/help/messagehelp.h"
+#include "quarlo/help/plaintext.h"
 #include "quarlo/shell/menubar.h"
 #include "quarlo/tapelib/frame/jobframe.h"
 #include "quarlo/tapelib/jobstate.h"
@@ -258,6 +264,100 @@ TEST(Resources, KeysNamesAndNumbersAreUnique) {
     EXPECT_TRUE(areUnique(names)) << dialog.name;
     EXPECT_TRUE(areUnique(numbers)) << dialog.name;
   }
+}
+
+// ---- help
+
+bool leadsSomewhere(const std::string& place) {
+  static std::map<std::string, std::optional<HelpPage>> pages;
+  const HelpPlace to = placeOf(place);
+  const auto& page =
+      pages.try_emplace(to.page, pages.contains(to.page) ? std::nullopt : findPage(to.page)).first->second;
+  return page && (to.section.empty() || page->lineOf(to.section));
+}
+
+TEST(Help, EveryWindowHasItsPlaceAndEveryReferenceLeadsSomewhere) {
+  std::map<std::string, std::string> windows{{"segy-input", "SEG Y input"},
+                                             {"segy-output", "SEG Y output"},
+                                             {"segd-input", "SEG D input"},
+                                             {"dataset-input", "Dataset input"}};
+  for (const char* name : {"task", "console", "tape-dump-window", "file-dump-window", "file-box", "dir-box",
+                           "error-box", "note-box", "ask-box", "help"})
+    windows[name] = "";
+  for (std::size_t at = 0; at < quarloResources()->dialog_count; ++at)
+    windows[quarloResources()->dialogs[at].name] = quarloResources()->dialogs[at].title;
+  for (const auto& [name, title] : windows) {
+    const std::string place = helpPlaceOf(name, title);
+    EXPECT_TRUE(leadsSomewhere(place)) << name << ": " << place;
+  }
+  EXPECT_TRUE(leadsSomewhere(kShortcuts));
+  for (const std::string& name : allPages())
+    for (const HelpPage page = *findPage(name); const std::string& line : page.lines) {
+      const std::string place = referenceIn(line);
+      EXPECT_TRUE(place.empty() || leadsSomewhere(place)) << name << ": " << line;
+    }
+}
+
+TEST(Help, PagesBecomePlainText) {
+  const HelpPage page =
+      readPage("x.md",
+               "# A *page* & more\n\nSee [the run](merge.md#run), `a*b  c`,\n2 * 3 and\n**bold**.\n\n"
+               "- one\n  and on\n2. two\n\n    code [x](y.md)\n\n| a | bb |\n|---|:--|\n| `x` \\| | y |\n"
+               "### `%d of %s`\n### Two\n\n![A picture](p.png)\n");
+  EXPECT_EQ(page.lines, (Lines{"A page & more", "=============", "",
+                               "See the run [merge.md#run], a*b c, 2 * 3 and bold.", "", "- one and on", "2. two", "",
+                               "    code [x](y.md)", "", "a    bb", "---  --", "x |  y", "", "%d of %s", "Two", ""}));
+  EXPECT_EQ(page.lineOf("two"), 15);
+  EXPECT_EQ(page.lineOf("a-page--more"), 0);
+  EXPECT_EQ(explanationOf(page, "  hello  "), nullptr);
+}
+
+TEST(Help, AMessageFindsTheTextItWasMadeFrom) {
+  const HelpPage page = readPage("x.md",
+                                 "### `  *** Error %s.`\n### `  *** Error reading \"%s\", %d%% done.`\n### `%s`\n"
+                                 "### ` (or %5d) bytes`\n### `Not so`\n");
+  const auto found = [&page](const char* message) {
+    const HelpHeading* heading = explanationOf(page, message);
+    return heading != nullptr ? heading->line : -1;
+  };
+  EXPECT_EQ(found("  *** Error writing."), 0);
+  EXPECT_EQ(found("  *** Error reading \"a.b\", 7% done."), 1);
+  EXPECT_EQ(found("  *** Error reading \"a.b\"."), 0);
+  EXPECT_EQ(found("Block of 5 (or    12) bytes left"), 3);
+  EXPECT_EQ(found(" "), -1);
+  EXPECT_EQ(found("anything"), -1);
+}
+
+TEST_F(Shell, HelpTellsOfTheWindowTheLineAndTheBox) {
+  startUp();
+  const WINDOW log = toolkit.windowTitled("Console");
+  const auto helpOn = [](WINDOW window) {
+    EVENT event;
+    event.type = E_HELP;
+    event.help.window = window;
+    xvt_win_dispatch_event(TASK_WIN, &event);
+    return xvt::probe::window("help");
+  };
+  const auto selected = [this](WINDOW window) {
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    return toolkit.lines(window)[static_cast<std::size_t>(xvt_tx_get_selection(xvt_tx_get(window, 1), &begin, &end))];
+  };
+  EXPECT_EQ(selected(helpOn(log)), "I/O will be limited to %dk bytes per block.");
+  xvt_tx_select(xvt_tx_get(log, 1), 1, 0, 1);
+  EXPECT_EQ(selected(helpOn(log)), "Windows with text");
+  EXPECT_EQ(selected(helpOn(gMainDialogWindow)), "The main window");
+  EXPECT_EQ(toolkit.title(helpOn(TASK_WIN)), "Help: User guide");
+  toolkit.chooseMenu(CMD_HELP_SHORTCUTS);
+  EXPECT_EQ(selected(xvt::probe::window("help")), "Keys and shortcuts");
+  toolkit.chooseMenu(CMD_HELP_CONTENTS);
+  const WINDOW contents = xvt::probe::window("help");
+  const Lines lines = toolkit.lines(contents);
+  const auto line = std::ranges::find(lines, "- Dataset merge [merge.md]") - lines.begin();
+  xvt_tx_select(xvt_tx_get(contents, 1), line, 0, 0);
+  EXPECT_EQ(toolkit.title(helpOn(contents)), "Help: Dataset merge");
+  toolkit.chooseMenu(CMD_TEXT_CLOSE);
+  EXPECT_EQ(xvt::probe::window("help"), NULL_WIN);
 }
 
 }  // namespace

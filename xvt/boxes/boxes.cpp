@@ -22,7 +22,7 @@ constexpr int kLeastColumns = 32;
 constexpr std::size_t kHeadingColumns = 60;
 constexpr std::size_t kMostLines = 30;  ///< more would not stand on a small screen
 
-enum BOX_CONTROLS : int { BOX_TEXT = 1, BOX_HEADING, BOX_BODY, BOX_FIRST, BOX_SECOND, BOX_THIRD };
+enum BOX_CONTROLS : int { BOX_HEADING = BOX_TEXT + 1, BOX_BODY, BOX_FIRST, BOX_SECOND, BOX_THIRD };
 
 enum class BoxKind : int { error, note, ask, confirm };
 

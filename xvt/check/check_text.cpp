@@ -125,6 +125,32 @@ T_LNUM xvt_tx_get_origin(TXEDIT text, T_CPOS* offset) {
   return field ? field->originLine() : 0;
 }
 
+void xvt_tx_select(TXEDIT text, T_LNUM line, std::size_t begin, std::size_t end) {
+  const auto field = drawn(needField(text, __func__));
+  if (!field) return;
+  if (line < 0 || line >= field->count()) return report(__func__, "no paragraph " + std::to_string(line));
+  const std::size_t length = field->paragraph(line).size();
+  begin = std::min(begin, length);
+  field->select(line, begin, std::clamp(end, begin, length));
+}
+
+T_LNUM xvt_tx_get_selection(TXEDIT text, std::size_t* begin, std::size_t* end) {
+  *begin = *end = 0;
+  const auto field = needField(text, __func__);
+  return field ? field->selection(begin, end) : 0;
+}
+
+void xvt_tx_set_font(TXEDIT text, XVT_FNTID font) {
+  const auto field = drawn(needField(text, __func__));
+  const auto found = needFont(font, __func__);
+  if (field && found) field->setFont(found);
+}
+
+COORD xvt_tx_get_text_width(TXEDIT text) {
+  const auto field = needField(text, __func__);
+  return field ? field->widest() : 0;
+}
+
 void xvt_tx_move(TXEDIT text, const RCT* rectangle) {
   const auto field = drawn(needField(text, __func__));
   if (field && hasText(rectangle, __func__)) field->move(*rectangle);

@@ -92,6 +92,11 @@ char* xvt_vobj_get_title(WINDOW window, char* buffer, std::size_t size) {
   return copyOut(object ? object->title() : std::string(), buffer, size, __func__);
 }
 
+char* xvt_vobj_get_name(WINDOW window, char* buffer, std::size_t size) {
+  const auto found = needWindow(window, __func__);
+  return copyOut(found ? found->name() : std::string(), buffer, size, __func__);
+}
+
 void xvt_vobj_set_enabled(WINDOW window, bool enabled) {
   if (const auto object = drawn(needVisible(window, __func__))) object->setEnabled(enabled);
 }

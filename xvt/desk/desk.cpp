@@ -110,6 +110,7 @@ std::shared_ptr<BaseWindow> Desk::active() const {
 void Desk::setActive(const std::shared_ptr<BaseWindow>& window) {
   active_ = window;
   if (window != task_) edited_ = window;
+  if (window->firstText()) read_ = window;
   catchUp();
 }
 
@@ -139,6 +140,16 @@ long Desk::deliver(const std::shared_ptr<Window>& window, EVENT& event) {
 std::shared_ptr<BaseWindow> Desk::editTarget() const {
   const auto edited = edited_.lock();
   return isUsable(edited) ? edited : active();
+}
+
+std::shared_ptr<BaseWindow> Desk::textTarget() const {
+  const auto shows = [this](const auto& window) {
+    return isUsable(window) && window->firstText() && !blockerOf(*window);
+  };
+  for (const auto& window : {active(), read_.lock()})
+    if (shows(window)) return window;
+  const auto found = std::find_if(windows_.rbegin(), windows_.rend(), shows);
+  return found == windows_.rend() ? nullptr : *found;
 }
 
 namespace {

@@ -59,6 +59,9 @@ class Desk {
   long deliver(const std::shared_ptr<Window>& window, EVENT& event);
   /// Where the standard editing commands go: the active window, or the one before it when that is the task window.
   std::shared_ptr<BaseWindow> editTarget() const;
+  /// The window with text that is in use: the one with the keyboard, else the last that had it, else the newest; null
+  /// when none is shown that gets input.
+  std::shared_ptr<BaseWindow> textTarget() const;
   std::shared_ptr<Window> openDocument(const WIN_DEF& definition, EVENT_HANDLER handler, void* data);
   virtual std::shared_ptr<Window> openDialog(bool modal, const DLG_RES& table, EVENT_HANDLER handler, void* data);
 
@@ -117,6 +120,7 @@ class Desk {
   std::vector<std::shared_ptr<BaseWindow>> windows_;
   std::weak_ptr<BaseWindow> active_;
   std::weak_ptr<BaseWindow> edited_;
+  std::weak_ptr<BaseWindow> read_;  ///< the last window with text that had the keyboard
   BaseItem* choosing_ = nullptr;
   std::vector<std::weak_ptr<BaseWindow>> speaking_;  ///< whose handlers are running, the innermost last
   int busy_ = 0;

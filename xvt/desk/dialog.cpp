@@ -112,10 +112,9 @@ std::shared_ptr<BaseItem> BaseDialog::buttonOfField(const BaseItem& field) const
 }
 
 bool BaseDialog::escapeKey() {
-  if (!isModal()) return true;
-  if (const auto button = flagged(IF_CANCEL))
+  if (const auto button = flagged(isModal() ? IF_CANCEL | IF_ESCAPE : IF_ESCAPE))
     button->activate();
-  else
+  else if (isModal())
     requestClose();
   return true;
 }

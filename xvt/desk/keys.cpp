@@ -31,6 +31,9 @@ Key keyNamed(const std::string& name) {
                                                 {"space", ' '},
                                                 {"plus", '+'},
                                                 {"minus", '-'},
+                                                {"equal", '='},
+                                                {"KP_Add", 0xFFAB},
+                                                {"KP_Subtract", 0xFFAD},
                                                 {"comma", ','},
                                                 {"period", '.'},
                                                 {"slash", '/'},
@@ -83,6 +86,14 @@ int standardCommandFor(Key key, unsigned modifiers) {
   }
 }
 
-bool isStandardCommand(int command) { return command >= M_EDIT_CUT && command <= M_EDIT_SELECT_ALL; }
+bool isStandardCommand(int command) {
+  return (command >= M_EDIT_CUT && command <= M_EDIT_SELECT_ALL) || command == M_HELP;
+}
+bool isTextCommand(int command) { return command >= M_TEXT_FIRST && command <= M_TEXT_LAST; }
+
+std::string shownShortcut(const char* shortcuts) {
+  const std::string all = shortcuts != nullptr ? shortcuts : "";
+  return all.substr(0, all.find(' '));
+}
 
 }  // namespace xvt

@@ -36,8 +36,12 @@ bool parseKeys(const std::string& text, Key* key, unsigned* modifiers);
 /// Whether one of the keys in a text such as "Alt+Up BackSpace" is this one.
 bool isOneOf(const std::string& texts, Key key, unsigned modifiers);
 
+/// What is shown of a menu item's shortcuts, which stand with blanks between them: the first.
+std::string shownShortcut(const char* shortcuts);
+
 /// The standard editing command that a key means where no menu says so, 0 for none.
 int standardCommandFor(Key key, unsigned modifiers);
 bool isStandardCommand(int command);
+bool isTextCommand(int command);
 
 }  // namespace xvt

@@ -11,7 +11,7 @@ void BaseTask::enterTask(EVENT_HANDLER eventHandler) {
     if (line.kind != MK_COMMAND && line.kind != MK_CHECK) continue;
     MenuItem& item = items_[line.command];
     item.enabled = line.enabled;
-    if (line.shortcut != nullptr) parseKeys(line.shortcut, &item.key, &item.modifiers);
+    item.shortcuts = line.shortcut != nullptr ? line.shortcut : "";
   }
   Registry::instance().enterAs(shared_from_this(), TASK_WIN);
   enter(eventHandler, nullptr);
@@ -29,15 +29,17 @@ void BaseTask::setItemEnabled(int command, bool enabled) {
   showItem(command);
 }
 
+bool BaseTask::reaches(int number) const {
+  if (isStandardCommand(number)) return true;  // in a modal dialog's fields too
+  return isTextCommand(number) ? desk().textTarget() != nullptr : desk().blockerOf(*this) == nullptr;
+}
+
 bool BaseTask::shortcut(Key key, unsigned modifiers, BaseWindow& window) {
   for (const auto& [number, item] : items_) {
-    if (item.key != key || item.modifiers != modifiers || key == kNoKey) continue;
-    if (!item.enabled || desk().blockerOf(*this)) {
-      // A standard command works in a modal dialog's fields too.
-      if (!item.enabled || !isStandardCommand(number)) return false;
-    }
+    if (!isOneOf(item.shortcuts, key, modifiers)) continue;
+    if (!item.enabled || !reaches(number)) return false;
     const auto alive = window.shared_from_this();
-    if (!isStandardCommand(number)) window.settle();
+    if (!isStandardCommand(number) && !isTextCommand(number)) window.settle();
     command(number);
     return true;
   }
@@ -48,14 +50,21 @@ bool BaseTask::shortcut(Key key, unsigned modifiers, BaseWindow& window) {
 void BaseTask::command(int number) {
   if (isDying()) return;
   settle();
+  const auto edited = desk().editTarget();
+  EVENT event;
+  if (number == M_HELP) {
+    event.type = E_HELP;
+    event.help.window = edited ? edited->handle() : NULL_WIN;
+    return tell(event);
+  }
   if (isStandardCommand(number)) {
-    if (const auto target = desk().editTarget()) target->editStandard(number);
+    if (edited) edited->editStandard(number);
     return;
   }
-  EVENT event;
   event.type = E_COMMAND;
   event.cmd.tag = number;
-  tell(event);
+  if (!isTextCommand(number)) return tell(event);
+  if (const auto text = desk().textTarget()) text->tell(event);
 }
 
 }  // namespace xvt

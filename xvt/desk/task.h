@@ -3,6 +3,7 @@
 
 #include <map>
 #include <memory>
+#include <string>
 
 #include "xvt/desk/window.h"
 #include "xvt/resource.h"
@@ -37,9 +38,10 @@ class BaseTask : public virtual BaseWindow {
   struct MenuItem {
     bool checked = false;
     bool enabled = true;
-    Key key = kNoKey;
-    unsigned modifiers = 0;
+    std::string shortcuts;
   };
+  /// Whether the command can be carried out while a dialog may keep input from the task window.
+  bool reaches(int number) const;
   const MENU_RES* table_ = nullptr;
   std::map<int, MenuItem> items_;
 };

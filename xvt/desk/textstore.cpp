@@ -122,6 +122,13 @@ TextPosition endOf(const TextStore& store) {
   return {store.count() - 1, store.line(store.count() - 1).size()};
 }
 
+long partOfFirstLine(const TextStore& store, TextRange range, std::size_t* begin, std::size_t* end) {
+  const std::size_t length = store.line(range.begin.line).size();
+  *begin = std::min(range.begin.byte, length);
+  *end = range.end.line == range.begin.line ? std::min(range.end.byte, length) : length;
+  return static_cast<long>(range.begin.line);
+}
+
 std::string textOf(const TextStore& store, TextRange range) {
   std::string text;
   for (std::size_t number = range.begin.line; number <= range.end.line && number < store.count(); ++number) {

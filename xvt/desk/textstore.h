@@ -54,6 +54,8 @@ TextPosition placeBefore(const TextStore& store, TextPosition place, TextUnit un
 TextPosition placeBehind(const TextStore& store, TextPosition place, TextUnit unit);
 /// The place behind the last character.
 TextPosition endOf(const TextStore& store);
+/// The line in which a range begins, and the bytes of that line which are in it.
+long partOfFirstLine(const TextStore& store, TextRange range, std::size_t* begin, std::size_t* end);
 /// The bytes of a range, lines joined by newlines.
 std::string textOf(const TextStore& store, TextRange range);
 

@@ -29,8 +29,6 @@ class BaseWindow : public Window, public std::enable_shared_from_this<BaseWindow
 
   bool isModal() const { return modal_; }
   bool isDying() const { return dying_; }
-  /// What scripts call the window.
-  virtual std::string name() const = 0;
   /// The first text field, or null.
   virtual std::shared_ptr<TextField> firstText() const { return nullptr; }
   /// Becomes one of the open windows.

@@ -29,15 +29,30 @@ void MemoryText::insert(long where, const char* line) {
 
 void MemoryText::clear() {
   store_.clear();
+  selected_ = {};
   line_ = 0;
   offset_ = widest_ = 0;
 }
 
 void MemoryText::scroll(long lines, int pixels) {
-  const int high = std::max(1, font_->leading() + font_->ascent() + font_->descent());
-  const long visible = (place_.bottom - place_.top) / high;
+  const long visible = (place_.bottom - place_.top) / lineHeight();
   line_ = std::clamp(line_ + lines, 0L, std::max(0L, count() - visible));
   offset_ = std::clamp(offset_ + pixels, 0, std::max(0, widest_ - (place_.right - place_.left)));
+}
+
+void MemoryText::select(long line, std::size_t begin, std::size_t end) {
+  const auto number = static_cast<std::size_t>(line);
+  selected_ = {{number, begin}, {number, end}};
+  const long visible = (place_.bottom - place_.top) / lineHeight();
+  if (line < line_ || line >= line_ + std::max(1L, visible)) scroll(line - visible / 2 - line_, 0);
+}
+
+void MemoryText::setFont(const std::shared_ptr<Font>& font) {
+  font_ = font;
+  widest_ = 0;
+  for (std::size_t line = 0; line < store_.count(); ++line)
+    widest_ = std::max(widest_, font_->width(store_.line(line)));
+  scroll(0, 0);
 }
 
 void MemoryText::move(const RCT& rectangle) {

@@ -1,6 +1,7 @@
 /// Fonts of fixed sizes, and the text fields that count in them.
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <string_view>
 
@@ -38,14 +39,24 @@ class MemoryText final : public TextField {
   void scroll(long lines, int pixels) override;
   long originLine() const override { return line_; }
   int originOffset() const override { return offset_; }
+  void select(long line, std::size_t begin, std::size_t end) override;
+  void selectAll() { selected_ = {{}, endOf(store_)}; }
+  long selection(std::size_t* begin, std::size_t* end) const override {
+    return partOfFirstLine(store_, selected_, begin, end);
+  }
+  void setFont(const std::shared_ptr<Font>& font) override;
+  int widest() const override { return widest_; }
   void move(const RCT& rectangle) override;
   RCT viewRect() const override { return place_; }
-  std::string allText() const { return textOf(store_, {{}, endOf(store_)}); }
+  std::string selectedText() const { return textOf(store_, selected_); }
 
  private:
+  int lineHeight() const { return std::max(1, font_->leading() + font_->ascent() + font_->descent()); }
+
   MemoryDocument& document_;
   std::shared_ptr<Font> font_;
   TextStore store_;
+  TextRange selected_;
   RCT place_;
   long line_ = 0;
   int offset_ = 0;

@@ -144,8 +144,8 @@ void MemoryDocument::setScrollRange(SCROLL_TYPE bar, COORD low, COORD high) {
 bool MemoryDocument::editStandard(int command) {
   const auto field = std::static_pointer_cast<MemoryText>(firstText());
   if (!field) return false;
-  if (command == M_EDIT_SELECT_ALL) selected_ = true;
-  if (command == M_EDIT_COPY && selected_) headless().setClipboard(field->allText());
+  if (command == M_EDIT_SELECT_ALL) field->selectAll();
+  if (command == M_EDIT_COPY && !field->selectedText().empty()) headless().setClipboard(field->selectedText());
   return true;
 }
 

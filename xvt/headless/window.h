@@ -82,7 +82,6 @@ class MemoryDocument final : public MemoryWindow, public BaseDocument {
  private:
   Bar bars_[2];
   unsigned flags_ = 0;
-  bool selected_ = false;
 };
 
 }  // namespace xvt

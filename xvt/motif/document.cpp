@@ -1,10 +1,12 @@
 #include "xvt/motif/document.h"
 
 #include <Xm/BulletinB.h>
+#include <Xm/RowColumn.h>
 
 #include <algorithm>
 
 #include "xvt/motif/geometry.h"
+#include "xvt/motif/task_window.h"
 
 namespace xvt {
 
@@ -33,7 +35,15 @@ TextFieldObject::TextFieldObject(Document& document, const WIN_DEF& definition) 
   view_->setScrolledCallback([this](long line, long lines, int offset) {
     if (callback_ != nullptr && !document_.isDying()) callback_(handle(), line, lines, offset);
   });
+  view_->setMenuCallback([this](XButtonEvent& event) { document_.popUpMenu(event); });
   move(definition.rct);
+}
+
+void TextFieldObject::setFont(const std::shared_ptr<Font>& font) {
+  const auto xft = std::dynamic_pointer_cast<XftFontObject>(font);
+  if (!xft) return;
+  view_->setFont(xft->xft(), font->leading());
+  font_ = font;
 }
 
 std::shared_ptr<Window> TextFieldObject::window() const { return document_.shared_from_this(); }
@@ -70,6 +80,16 @@ void Document::openAt(const WIN_DEF& definition) {
   if ((definition.flags & WSF_UPPER_LEFT) != 0) keepToUpperLeft(&wish);
   forgetClient();
   open(wish, least, (definition.flags & WSF_INVISIBLE) == 0);
+}
+
+/// The menu of the text, as part of the menu bar's lines: one table tells commands, keys and words.
+void Document::popUpMenu(XButtonEvent& event) {
+  auto* task = dynamic_cast<TaskWindow*>(app().task());
+  if (task == nullptr || isDying() || app().blockerOf(*this)) return;
+  app().setActive(shared_from_this());  // before the window manager says so: the commands are for this text
+  if (menu_ == nullptr) menu_ = task->createTextMenu(board());
+  XmMenuPosition(menu_, &event);
+  XtManageChild(menu_);
 }
 
 void Document::paintText() {

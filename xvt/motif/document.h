@@ -28,6 +28,10 @@ class TextFieldObject final : public TextField {
   }
   long originLine() const override { return view_->originLine(); }
   int originOffset() const override { return view_->offset(); }
+  void select(long line, std::size_t begin, std::size_t end) override { view_->select(line, begin, end); }
+  long selection(std::size_t* begin, std::size_t* end) const override { return view_->selection(begin, end); }
+  void setFont(const std::shared_ptr<Font>& font) override;
+  int widest() const override { return view_->widestLine(); }
   void move(const RCT& rectangle) override;
   RCT viewRect() const override;
 
@@ -45,6 +49,8 @@ class Document final : public ShellWindow, public BaseDocument {
  public:
   void build(const WIN_DEF& definition) override;
   void openAt(const WIN_DEF& definition) override;
+  /// Shows the menu of the text where the mouse button was pressed.
+  void popUpMenu(XButtonEvent& event);
 
   RCT clientRect() const override { return BaseDocument::clientRect(); }
   void paintText() override;
@@ -61,6 +67,7 @@ class Document final : public ShellWindow, public BaseDocument {
 
  private:
   std::unique_ptr<ScrollBar> bars_[2];
+  Widget menu_ = nullptr;  ///< once it was wanted; goes with the window
 };
 
 }  // namespace xvt

@@ -273,7 +273,11 @@ void ShellWindow::raise() {
   if (isDying() || !XtIsRealized(shell_)) return;
   setVisible(true);
   XRaiseWindow(XtDisplay(shell_), XtWindow(shell_));
-  if (!app().hasWindowManager() || !wantsFocus()) return;
+  if (app().hasWindowManager() && wantsFocus()) activate();
+}
+
+/// Asks the window manager for the keyboard.
+void ShellWindow::activate() const {
   XEvent event{};
   event.xclient.type = ClientMessage;
   event.xclient.window = XtWindow(shell_);
@@ -286,8 +290,8 @@ void ShellWindow::raise() {
 }
 
 void ShellWindow::grabKeyboard() {
-  if (app().hasWindowManager()) return raise();
   XRaiseWindow(XtDisplay(shell_), XtWindow(shell_));
+  if (app().hasWindowManager()) return activate();
   XSetInputFocus(XtDisplay(shell_), XtWindow(shell_), RevertToPointerRoot, CurrentTime);
 }
 

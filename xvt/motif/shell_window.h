@@ -59,6 +59,7 @@ class ShellWindow : public virtual BaseWindow {
   void listen();
   void focusChanged(bool in);
   void declineFocus() const;
+  void activate() const;
   void standBehind(const ShellWindow& from) const;
   void popUp();
   void rememberPlace();

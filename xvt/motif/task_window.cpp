@@ -68,13 +68,29 @@ void TaskWindow::createMenus() {
 }
 
 void TaskWindow::createItem(Widget pulldown, const MENU_ITEM& line) {
+  if (Widget item = makeItem(pulldown, line)) items_[line.command] = item;
+}
+
+Widget TaskWindow::createTextMenu(Widget parent) {
+  Widget popup = XmCreatePopupMenu(parent, const_cast<char*>("textMenu"), nullptr, 0);
+  std::size_t count = 0;
+  const MENU_ITEM* lines = linesOf(menuTable(), &count);
+  for (std::size_t at = 0; at < count; ++at) {
+    const int command = lines[at].command;
+    if (isTextCommand(command) || command == M_EDIT_COPY || command == M_EDIT_SELECT_ALL || command == M_HELP)
+      XtSetSensitive(makeItem(popup, lines[at]), isItemEnabled(command) ? True : False);
+  }
+  return popup;
+}
+
+Widget TaskWindow::makeItem(Widget pulldown, const MENU_ITEM& line) {
   if (line.kind == MK_SEPARATOR) {
     XtVaCreateManagedWidget("separator", xmSeparatorWidgetClass, pulldown, nullptr);
-    return;
+    return nullptr;
   }
   const LabelText text(line.label);
   const MotifString label(text.plain);
-  const MotifString shortcut(line.shortcut != nullptr ? line.shortcut : "");
+  const MotifString shortcut(shownShortcut(line.shortcut));
   const bool check = line.kind == MK_CHECK;
   Widget item = XtVaCreateManagedWidget(
       line.name != nullptr ? line.name : "item", check ? xmToggleButtonWidgetClass : xmPushButtonWidgetClass, pulldown,
@@ -87,7 +103,7 @@ void TaskWindow::createItem(Widget pulldown, const MENU_ITEM& line) {
     command(number);
   });
   watchHelp(item, line.help);
-  items_[number] = item;
+  return item;
 }
 
 void TaskWindow::watchHelp(Widget widget, const char* help) {

@@ -11,6 +11,8 @@ namespace xvt {
 class TaskWindow final : public ShellWindow, public BaseTask {
  public:
   void create(EVENT_HANDLER eventHandler) override;
+  /// A popup menu with those lines of the menu bar that are for windows with text.
+  Widget createTextMenu(Widget parent);
 
  protected:
   void arrangeContents(Extent size) override;
@@ -19,6 +21,7 @@ class TaskWindow final : public ShellWindow, public BaseTask {
  private:
   void createMenus();
   void createItem(Widget pulldown, const MENU_ITEM& line);
+  Widget makeItem(Widget pulldown, const MENU_ITEM& line);
   void createLine();
   void watchHelp(Widget widget, const char* help);
 

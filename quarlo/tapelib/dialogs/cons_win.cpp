@@ -43,7 +43,7 @@ std::string logName = kLogName;
 bool logFailed = false;
 short n1 = 0;
 
-DocView consView() { return {consWindow, consText, consFont, &consDoc}; }
+DocView consView() { return {consWindow, consText, &consFont, &consDoc}; }
 
 void setVisible(bool visible) {
   gConsIsVisible = visible ? 1 : 0;

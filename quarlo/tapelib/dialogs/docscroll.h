@@ -14,21 +14,25 @@ struct DOC {
   int maxWidth = 0;    ///< width of the widest line so far
   int lineHeight = 1;  ///< leading + ascent + descent of the font
   int page = 0;        ///< view height rounded down to whole lines
+  int jobs = 0;        ///< jobs that had been begun (jobsBegun) when the newest line came
+  int jobLine = 0;     ///< the first line of the newest of them
 };
 
 /// A text window and its bookkeeping.
 struct DocView {
   WINDOW window;
   TXEDIT text;
-  XVT_FNTID font;
+  XVT_FNTID* font;  ///< the window's own, which another size takes the place of
   DOC* doc;
 };
 
 /// The font of all text windows: "courier", plain. Its size of 12 counts in pixels of the screens that the windows were
 /// first drawn for (some 86 to the inch); the toolkit counts in points, and 10 of them are as large.
+/// Once the user has chosen another size, that is the size of the windows made later in the run.
 XVT_FNTID docFont();
 
-/// The events of a text window: creation, size and the two scroll bars, which all treat alike, then what this one does,
+/// The events of a text window: creation, size, the two scroll bars and the commands of such windows (find, save, first
+/// error, size of the text), which all treat alike, then what this one does,
 /// then, while it stands, those of its field. @return 0, for the handler to return
 long docEvents(const DocView& view, EVENT* xdEvent, const DialogEvents& does);
 
@@ -41,6 +45,12 @@ void docAppend(const DocView& view, short* counter, std::string_view text);
 
 /// Empties the field and its bookkeeping.
 void docClear(const DocView& view);
+
+/// Selects a part of a line and scrolls to it.
+void docSelect(const DocView& view, T_LNUM line, std::size_t begin, std::size_t end);
+
+/// Shows the text larger for 1, smaller for -1, in its usual size for 0. The first visible line stays the first.
+void docResizeFont(const DocView& view, int direction);
 
 /// Takes over what the field did by itself.
 void docFollow(const DocView& view, T_LNUM origLine, T_CPOS origOffset);

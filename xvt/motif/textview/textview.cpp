@@ -341,6 +341,18 @@ int TextView::offset() const { return static_cast<int>(impl_->offset); }
 void TextView::scrollTo(long line, int offset) { impl_->moveOrigin(line, offset); }
 void TextView::setScrolledCallback(TextViewScrolled callback) { impl_->scrolled = std::move(callback); }
 
+void TextView::setMenuCallback(std::function<void(XButtonEvent&)> callback) { impl_->menu = std::move(callback); }
+
+void TextView::select(long line, std::size_t begin, std::size_t end) {
+  const auto number = static_cast<std::size_t>(line);
+  impl_->select({{number, begin}, {number, end}});
+}
+
+long TextView::selection(std::size_t* begin, std::size_t* end) const {
+  const TextRange range = impl_->selection();
+  return partOfFirstLine(impl_->store, range, begin, end);
+}
+
 void TextView::selectAll() { impl_->selectAll(); }
 void TextView::clearSelection() { impl_->clearSelection(); }
 bool TextView::hasSelection() const { return !impl_->selection().empty(); }

@@ -75,7 +75,13 @@ class TextView {
   void scrollLines(long lines) { scrollTo(originLine() + lines, offset()); }
   void scrollPixels(int pixels) { scrollTo(originLine(), offset() + pixels); }
   void setScrolledCallback(TextViewScrolled callback);
+  /// Told when the right mouse button, pressed in the view, is let go.
+  void setMenuCallback(std::function<void(XButtonEvent&)> callback);
 
+  /// Selects bytes of one line that is there and brings them into view, without a callback.
+  void select(long line, std::size_t begin, std::size_t end);
+  /// The line where the selection begins or the user clicked last, and its bytes that are selected.
+  long selection(std::size_t* begin, std::size_t* end) const;
   void selectAll();
   void clearSelection();
   bool hasSelection() const;

@@ -85,6 +85,7 @@ class TextViewImpl {
   // ---- the user's hands (textview_input.cpp)
   void handle(XEvent* event);
   void focusChanged(bool focused);
+  void select(TextRange range);
   void selectAll();
   void clearSelection();
   TextRange selection() const;
@@ -101,6 +102,7 @@ class TextViewImpl {
   Widget widget = nullptr;
   TextStore store;
   TextViewScrolled scrolled;
+  std::function<void(XButtonEvent&)> menu;
   int lineHeight_ = 1;
   int widest = 0;
   long originLine = 0;
@@ -119,7 +121,7 @@ class TextViewImpl {
   void press(const XButtonEvent& event);
   void wheel(const XButtonEvent& event);
   void drag(int x, int y);
-  void release(const XButtonEvent& event);
+  void release(XButtonEvent& event);
   void key(XKeyEvent& event);
   bool scrollKey(KeySym symbol, unsigned state);
   bool selectKey(KeySym symbol, unsigned state);
@@ -127,6 +129,8 @@ class TextViewImpl {
   void autoscroll();
   void userScroll(long line, long pixels);
   void show(TextPosition place);
+  std::pair<long, long> originFor(TextPosition place) const;
+  void pressForMenu(const XButtonEvent& event);
   void extendTo(TextPosition place, TextUnit unit);
   void startAt(TextPosition place, TextUnit unit);
   TextPosition placeAt(int x, int y) const;

@@ -113,12 +113,17 @@ bool TextViewImpl::scrollKey(KeySym symbol, unsigned state) {
   }
 }
 
-/// Scrolls as little as it takes to bring a place into view.
-void TextViewImpl::show(TextPosition place) {
+/// The origin that brings a place into view with as little scrolling as it takes.
+std::pair<long, long> TextViewImpl::originFor(TextPosition place) const {
   const auto line = static_cast<long>(place.line);
   const long top = std::min(line, std::max(originLine, line - std::max(1L, viewLines()) + 1));
   const long x = metrics_.xOf(store.line(place.line), place.byte);
   const long left = std::min(x, std::max(offset, x - std::max(0, viewWidth() - metrics_.advance(U' '))));
+  return {top, left};
+}
+
+void TextViewImpl::show(TextPosition place) {
+  const auto [top, left] = originFor(place);
   userScroll(top, left);
 }
 
@@ -140,6 +145,16 @@ void TextViewImpl::extendTo(TextPosition place, TextUnit unit) {
   unit_ = unit;
   point_ = place;
   changed();
+}
+
+/// What was out of view comes into its middle.
+void TextViewImpl::select(TextRange range) {
+  startAt(range.begin, TextUnit::character);
+  extendTo(range.end, TextUnit::character);
+  if (originFor(range.begin).first != originLine)
+    moveOrigin(static_cast<long>(range.begin.line) - viewLines() / 2, offset);
+  for (const TextPosition place : {range.end, range.begin}) moveOrigin(originLine, originFor(place).second);
+  offerPrimary(lastTime());
 }
 
 void TextViewImpl::selectAll() {
@@ -190,8 +205,21 @@ int TextViewImpl::clicks(const XButtonEvent& event) {
   return clicks_;
 }
 
+/// The menu is about the place under the pointer, unless that is selected already. It comes when the button is let go,
+/// which would take it away again.
+void TextViewImpl::pressForMenu(const XButtonEvent& event) {
+  XmProcessTraversal(widget, XmTRAVERSE_CURRENT);
+  const TextPosition place = placeAt(event.x, event.y);
+  const TextRange selected = selection();
+  if (place < selected.begin || place >= selected.end) {
+    startAt(place, TextUnit::character);
+    paintNow();
+  }
+}
+
 void TextViewImpl::press(const XButtonEvent& event) {
   if (event.button > Button3) return wheel(event);
+  if (event.button == Button3) return pressForMenu(event);
   if (event.button != Button1) return;
   XmProcessTraversal(widget, XmTRAVERSE_CURRENT);
   const int count = clicks(event);
@@ -223,7 +251,8 @@ void TextViewImpl::autoscroll() {
   if (dragging_) drag(dragX_, dragY_);
 }
 
-void TextViewImpl::release(const XButtonEvent& event) {
+void TextViewImpl::release(XButtonEvent& event) {
+  if (event.button == Button3 && menu) return menu(event);
   if (event.button != Button1 || !dragging_) return;
   dragging_ = false;
   dragTimer_.stop();
