@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <limits>
 
+#include "libkyr/vectorized.h"
+
 namespace {
 
 // Element k of a strided vector; the product is wider than an int.
@@ -13,13 +15,22 @@ T& at(T* a, int stride, int k) {
   return a[std::ptrdiff_t{stride} * k];
 }
 
+// Elements in a row become vectors of the machine; the results are the same to the bit.
 template <typename T, typename F>
-void map(const T* a, int ia, float* c, int ic, int n, F f) {
+[[gnu::always_inline]] inline void map(const T* a, int ia, float* c, int ic, int n, F f) {
+  if (ia == 1 && ic == 1) {
+    for (int k = 0; k < n; ++k) c[k] = f(a[k]);
+    return;
+  }
   for (int k = 0; k < n; ++k) at(c, ic, k) = f(at(a, ia, k));
 }
 
 template <typename F>
-void map(const float* a, int ia, const float* b, int ib, float* c, int ic, int n, F f) {
+[[gnu::always_inline]] inline void map(const float* a, int ia, const float* b, int ib, float* c, int ic, int n, F f) {
+  if (ia == 1 && ib == 1 && ic == 1) {
+    for (int k = 0; k < n; ++k) c[k] = f(a[k], b[k]);
+    return;
+  }
   for (int k = 0; k < n; ++k) at(c, ic, k) = f(at(a, ia, k), at(b, ib, k));
 }
 
@@ -60,32 +71,32 @@ void vramp(double start, double increment, float* c, int ic, int n) {
   for (int k = 0; k < n; ++k) at(c, ic, k) = static_cast<float>(start + k * increment);
 }
 
-void vflt32(const int* a, int ia, float* c, int ic, int n) {
+KYR_VECTORIZED void vflt32(const int* a, int ia, float* c, int ic, int n) {
   map(
       a, ia, c, ic, n, [](int x) { return static_cast<float>(x); });
 }
 
-void vsadd(const float* a, int ia, float b, float* c, int ic, int n) {
+KYR_VECTORIZED void vsadd(const float* a, int ia, float b, float* c, int ic, int n) {
   map(
       a, ia, c, ic, n, [b](float x) { return x + b; });
 }
 
-void vsmul(const float* a, int ia, float b, float* c, int ic, int n) {
+KYR_VECTORIZED void vsmul(const float* a, int ia, float b, float* c, int ic, int n) {
   map(
       a, ia, c, ic, n, [b](float x) { return x * b; });
 }
 
-void vadd(const float* a, int ia, const float* b, int ib, float* c, int ic, int n) {
+KYR_VECTORIZED void vadd(const float* a, int ia, const float* b, int ib, float* c, int ic, int n) {
   map(
       a, ia, b, ib, c, ic, n, [](float x, float y) { return x + y; });
 }
 
-void vsub(const float* a, int ia, const float* b, int ib, float* c, int ic, int n) {
+KYR_VECTORIZED void vsub(const float* a, int ia, const float* b, int ib, float* c, int ic, int n) {
   map(
       a, ia, b, ib, c, ic, n, [](float x, float y) { return y - x; });
 }
 
-void vmul(const float* a, int ia, const float* b, int ib, float* c, int ic, int n) {
+KYR_VECTORIZED void vmul(const float* a, int ia, const float* b, int ib, float* c, int ic, int n) {
   map(
       a, ia, b, ib, c, ic, n, [](float x, float y) { return x * y; });
 }

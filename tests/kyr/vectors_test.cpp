@@ -26,6 +26,12 @@ TEST(Vectors, ElementwiseWithStrides) {
   EXPECT_EQ(c, (Floats{6, -1, 21, -1, 46, -1}));
   vmov(b.data() + 2, -1, c.data(), 1, 3);
   EXPECT_EQ(c, (Floats{30, 20, 10, -1, 46, -1}));
+  // In a row, in place, and over what comes next: as one element after the other.
+  Floats row(40, 1);
+  vadd(row.data(), 1, row.data(), 1, row.data() + 1, 1, 20);
+  vsub(b.data(), 1, b.data(), 1, row.data() + 22, 1, 3);
+  EXPECT_EQ(row[20], 1048576.0F);
+  EXPECT_EQ(row[21] + row[22] + row[25], 2.0F);
   vclr(c.data(), 3, 2);
   vfill(7, c.data() + 5, 1, 1);
   vfill(8, c.data(), 1, 0);
