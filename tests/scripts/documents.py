@@ -701,7 +701,7 @@ PLAYERS = {
         ("mine.txt, line 12", By("tests/formats/segyformat_test.cpp")),
     ],
     "docs/format-tpf.md": [("00000000", tape_image)],
-    "docs/hacking.md": [("quarlo/ ", rooms), ("libkyr | ", arrows), ("bench/run", benches)],
+    "docs/hacking.md": [("cmake --build", Unplayed("how this very test is built")), ("quarlo/ ", rooms), ("libkyr | ", arrows), ("bench/run", benches)],
     "docs/instrument-tests.md": [
         ("# month.txt", lambda text: write("month.txt", text)),
         ("quarlo --job", By("tests/scripts/jobs_datasets.sh")),
