@@ -331,7 +331,7 @@ TEST(Hands, AClickIsNotSwallowedAndOneNoteIsUpAtATime) {
     for (const int target : {2, 4, 5}) {
       xvt_list_add(ctl(window, 4), -1, "row");
       EXPECT_EQ(probe::type(ctl(window, 1), "x"), std::nullopt);
-      pump(30);
+      pump(150);
       seen().clear();
       click(ctl(window, target), Button1);
       pump(50);

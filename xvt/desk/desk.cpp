@@ -4,6 +4,7 @@
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <ranges>
 
 #include "xvt/base/guard.h"
 #include "xvt/base/report.h"
@@ -101,14 +102,32 @@ std::shared_ptr<BaseWindow> Desk::inputKeeper() const {
 }
 
 std::shared_ptr<BaseWindow> Desk::active() const {
-  auto last = active_.lock();
-  if (isUsable(last)) return last;
+  for (const auto& last : std::views::reverse(active_))
+    if (auto window = last.lock(); isUsable(window)) return window;
   const auto found = std::find_if(windows_.rbegin(), windows_.rend(), isUsable);
   return found == windows_.rend() ? nullptr : *found;
 }
 
+void Desk::activateNext(const BaseWindow& from, bool backward) {
+  auto ring = windows_;
+  if (backward) std::reverse(ring.begin(), ring.end());
+  const auto here = std::find_if(ring.begin(), ring.end(), [&](const auto& window) { return window.get() == &from; });
+  std::rotate(ring.begin(), here, ring.end());
+  const auto takesInput = [this](const auto& window) { return isUsable(window) && !blockerOf(*window); };
+  const auto next = std::find_if(ring.begin() + 1, ring.end(), takesInput);
+  if (next != ring.end()) (*next)->takeFocus();
+}
+
+/// The menu bar is the task window's, its key that of every window.
+void Desk::openMenu() {
+  if (blockerOf(*task_)) return;
+  task_->takeFocus();
+  sendKey(*task_, kMenuKey, 0);
+}
+
 void Desk::setActive(const std::shared_ptr<BaseWindow>& window) {
-  active_ = window;
+  std::erase_if(active_, [&](const auto& one) { return one.expired() || one.lock() == window; });
+  active_.push_back(window);
   if (window != task_) edited_ = window;
   if (window->firstText()) read_ = window;
   catchUp();
@@ -220,6 +239,9 @@ bool Desk::takeKey(const std::shared_ptr<BaseWindow>& window, Key key, unsigned 
   if (window->shortcutKey(key, modifiers)) return true;
   if (modifiers == kAlt && window->mnemonic(key)) return true;
   if ((modifiers & ~kShift) == 0 && window->rowKey(key)) return true;
+  if (key == kMenuKey && modifiers == 0 && task_ && window != task_) return openMenu(), true;
+  if (key == kNextWindowKey && (modifiers | kShift) == kShift) return activateNext(*window, modifiers != 0), true;
+  if (modifiers == kControl && isReturn(key)) return window->defaultKey();
   if (modifiers != 0) return false;
   if (key == kTabKey) return window->completeKey();
   if (isReturn(key)) return window->returnKey();

@@ -53,6 +53,8 @@ class Desk {
   /// The window with the keyboard, else the last that had it and is still shown.
   std::shared_ptr<BaseWindow> active() const;
   void setActive(const std::shared_ptr<BaseWindow>& window);
+  /// Gives the keyboard to the next window after this one that takes input, or to the one before it.
+  void activateNext(const BaseWindow& from, bool backward);
   /// The window that a box belongs to that opens or closes now: the one whose handler is running, else the active one.
   std::shared_ptr<BaseWindow> speaker() const;
   /// Calls a window's handler; what it opens meanwhile is that window's.
@@ -113,12 +115,14 @@ class Desk {
   virtual std::shared_ptr<BaseDocument> makeDocument() = 0;
 
  private:
+  void openMenu();
+
   XVT_CONFIG config_;
   std::unique_ptr<EventSource> events_;
   std::unique_ptr<Pump> pump_;
   std::shared_ptr<BaseTask> task_;
   std::vector<std::shared_ptr<BaseWindow>> windows_;
-  std::weak_ptr<BaseWindow> active_;
+  std::vector<std::weak_ptr<BaseWindow>> active_;  ///< in the order in which they last had the keyboard
   std::weak_ptr<BaseWindow> edited_;
   std::weak_ptr<BaseWindow> read_;  ///< the last window with text that had the keyboard
   BaseItem* choosing_ = nullptr;

@@ -98,8 +98,13 @@ bool BaseDialog::returnKey() {
   if (on && on->kind() == IK_LIST && (on->line().flags & IF_ENTER) != 0)
     for (int row = 0; row < on->rowCount(); ++row)
       if (on->isRowSelected(row)) return on->doubleClick(row), true;
-  const auto own = on ? buttonOfField(*on) : nullptr;
-  const auto button = own ? own : flagged(IF_DEFAULT);
+  if (const auto own = on ? buttonOfField(*on) : nullptr) return own->activate(), true;
+  return defaultKey();
+}
+
+/// The default button, wherever the keyboard is.
+bool BaseDialog::defaultKey() {
+  const auto button = flagged(IF_DEFAULT);
   if (button) button->activate();
   return button != nullptr;
 }

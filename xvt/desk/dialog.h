@@ -24,6 +24,7 @@ class BaseDialog : public virtual BaseWindow {
   void catchUp() override;
   bool mnemonic(Key key) override;
   bool returnKey() override;
+  bool defaultKey() override;
   bool escapeKey() override;
   bool downKey() override;
   bool shortcutKey(Key key, unsigned modifiers) override;

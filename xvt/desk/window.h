@@ -50,6 +50,8 @@ class BaseWindow : public Window, public std::enable_shared_from_this<BaseWindow
   /// A character of the keyboard with Alt.
   virtual bool mnemonic(Key) { return false; }
   virtual bool returnKey() { return false; }
+  /// Return with Ctrl.
+  virtual bool defaultKey() { return false; }
   virtual bool escapeKey() { return false; }
   virtual bool downKey() { return false; }
   /// A key that a control has for its own (DLG_ITEM::keys).

@@ -6,6 +6,7 @@
 
 #include <cstring>
 #include <map>
+#include <utility>
 
 #include "xvt/motif/application.h"
 #include "xvt/motif/guard.h"
@@ -70,6 +71,15 @@ void takeClick(const XButtonEvent* event) {
   window->takeFocus();
 }
 
+/// A key that is let go in another window than the one that it was pressed in has done its work: the release of the key
+/// that opened the menu would close it.
+bool takeRelease(const XKeyEvent& event) {
+  if (event.send_event != False || event.keycode != heldKey().code) return false;
+  const WINDOW place = std::exchange(heldKey(), {}).place;
+  const auto window = app().windowOf(XtWindowToWidget(event.display, event.window));
+  return place != NULL_WIN && window && window->handle() != place;
+}
+
 /// A click beside a list that is down closes it and does nothing else.
 bool closesList(const XButtonEvent& event) {
   if (app().choosing() == nullptr || event.button > 3) return false;
@@ -113,8 +123,7 @@ bool takeFirst(XEvent* event) {
   switch (event->type) {
     case KeyRelease:
       keepAlt(&event->xkey);
-      if (event->xkey.keycode == heldKey().code) heldKey() = {};
-      return false;
+      return takeRelease(event->xkey);
     case KeyPress:
       keepAlt(&event->xkey);
       // The release went elsewhere.
