@@ -117,11 +117,10 @@ std::string titleOf(WINDOW window) {
   return xvt_vobj_get_title(window, title, sizeof title);
 }
 
-/// The message that a window is about at this moment.
+/// The message that a window is about at this moment. What dumps and reports show are no messages.
 std::string messageOf(WINDOW window, const std::string& name) {
   if (name.ends_with("-box")) return controlText(window, BOX_TEXT);
-  const TXEDIT text = xvt_tx_get(window, kTextField);
-  return text != NULL_TXEDIT ? selectedLine(text) : "";
+  return name == "console" ? selectedLine(xvt_tx_get(window, kTextField)) : "";
 }
 
 void followReference() {

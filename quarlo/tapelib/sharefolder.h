@@ -1,11 +1,11 @@
 /// Where the files that come with the program lie, and the user's own beside them: ready-made jobs, descriptions of SEG
-/// Y.
+/// Y, the pages of the guide.
 #pragma once
 
 #include <string>
 #include <vector>
 
-/// The folders of one kind ("jobs", "formats") in the order in which they are looked through: the user's below
+/// The folders of one kind ("jobs", "formats", "docs") in the order in which they are looked through: the user's below
 /// $XDG_DATA_HOME/quarlo (~/.local/share/quarlo), then the program's own. None of them need exist.
 std::vector<std::string> shareFolders(const std::string& kind);
 
