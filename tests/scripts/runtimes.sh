@@ -98,7 +98,7 @@ play() {
     cat console.txt >>consoles.txt
   done
   sed -i '/^Traces input: /d' printed  # how far a slow machine had come
-  sed -i -E 's/[A-Z][a-z]{2} [A-Z][a-z]{2} +[0-9]+ [0-9:]{8} [0-9]{4}/DATE/' printed ./*.txt
+  sed -i -E 's/[A-Z][a-z]{2} [A-Z][a-z]{2} +[0-9]+ [0-9:]{8} [0-9]{4}|[0-9]{4}(-[0-9]{2}){2} [0-9]{2}:[0-9]{2}/DATE/g' printed ./*.txt
   cd "$dir" && mv work "$name"
 }
 
