@@ -6,7 +6,7 @@ namespace {
 constexpr DLG_ITEM kCopyItems[] = {
     ui::grid(3, IF_GROW),
     ui::push(CP_INPUT_TAPE, "input-tape", "~Input tape…", 0, "Choose the tape drive to copy from"),
-    ui::push(CP_INPUT_DISK, "input-disk", "Input ~disk…", 0, "Choose the disk file to copy from"),
+    ui::push(CP_INPUT_DISK, "input-disk", "Input ~disk…", IF_FILE, "Choose the disk file to copy from"),
     ui::value(CP_INPUT_NAME, "input-name", 36, "", IF_GROW),
     ui::push(CP_OUTPUT_TAPE, "output-tape", "~Output tape…", 0, "Choose the tape drive or drives to copy to"),
     ui::push(CP_OUTPUT_DISK, "output-disk", "Output disk ~file…", 0, "Choose the disk file to write"),
@@ -62,10 +62,10 @@ constexpr DLG_ITEM kUnformattedItems[] = {
 constexpr DLG_ITEM kVerifyItems[] = {
     ui::grid(3, IF_GROW),
     ui::push(VF_FIRST_TAPE, "first-tape", "~First tape…", 0, "Choose a tape drive as first input"),
-    ui::push(VF_FIRST_DISK, "first-disk", "First ~disk…", 0, "Choose a tape-image file as first input"),
+    ui::push(VF_FIRST_DISK, "first-disk", "First ~disk…", IF_FILE, "Choose a tape-image file as first input"),
     ui::value(VF_FIRST_NAME, "first-name", 36, "", IF_GROW),
     ui::push(VF_SECOND_TAPE, "second-tape", "~Second tape…", 0, "Choose a tape drive as second input"),
-    ui::push(VF_SECOND_DISK, "second-disk", "S~econd disk…", 0, "Choose a tape-image file as second input"),
+    ui::push(VF_SECOND_DISK, "second-disk", "S~econd disk…", IF_FILE, "Choose a tape-image file as second input"),
     ui::value(VF_SECOND_NAME, "second-name", 36, "", IF_GROW),
     ui::endOf(),
     ui::card("Block type"),

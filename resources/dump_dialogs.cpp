@@ -73,7 +73,7 @@ constexpr DLG_ITEM kFileDump[] = {
     ui::row(),
     ui::label("Input file:"),
     ui::value(FD_FILE, "file", 38, "No file selected", IF_BOLD | IF_GROW),
-    ui::push(FD_OPEN, "open-file", "~Open file…"),
+    ui::push(FD_OPEN, "open-file", "~Open file…", IF_FILE),
     ui::endOf(),
 
     ui::row(IF_GROW),

@@ -450,7 +450,8 @@ enum MERGE_CONTROL : int {
   MG_OUTPUT_NAME = 9,
   MG_FORCE_TYPE = 10,
   MG_TYPE = 11,
-  MG_STATUS = 12
+  MG_STATUS = 12,
+  MG_PATH = 13
 };
 
 /// Reports on datasets.

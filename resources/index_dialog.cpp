@@ -10,7 +10,7 @@ constexpr DLG_ITEM kFileScan[] = {
     ui::list(FS_FORMAT, "format", 34, 5, IF_GROW, "SEG Y files and datasets can be indexed"),
     ui::row(),
     ui::push(FS_PARAMETERS, "parameters", "~Parameters…", 0, "Settings of the input format"),
-    ui::push(FS_INPUT, "input", "~Disk file…", 0, "Choose the file to scan"),
+    ui::push(FS_INPUT, "input", "~Disk file…", IF_FILE, "Choose the file to scan"),
     ui::endOf(),
     ui::value(FS_INPUT_NAME, "input-name", 56, "", IF_GROW),
     ui::endOf(),

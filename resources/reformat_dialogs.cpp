@@ -15,7 +15,7 @@ constexpr DLG_ITEM kReformat[] = {
     ui::push(RF_INPUT_PARAMETERS, "input-parameters", "~Parameters…", 0, "Settings of the input format"),
     ui::row(),
     ui::push(RF_INPUT_TAPE, "input-tape", "~Tape…", 0, "Choose the tape drive to read from"),
-    ui::push(RF_INPUT_DISK, "input-disk", "~Disk file…", 0, "Choose the disk file to read"),
+    ui::push(RF_INPUT_DISK, "input-disk", "~Disk file…", IF_FILE, "Choose the disk file to read"),
     ui::endOf(),
     ui::value(RF_INPUT_NAME, "input-name", 30, "", IF_GROW),
     ui::endOf(),

@@ -52,7 +52,7 @@ constexpr DLG_ITEM kSegdItems[] = {
     ui::edit(SD_BYTE_LIMIT, "byte-limit", 9, 0, "1 GB is 1,073,741,824 bytes"),
     ui::label("GB", SD_BYTE_LIMIT),
     ui::check(SD_PREPEND, "prepend", "~Begin the first tape with a disk file", 0, "It becomes a tape file of its own"),
-    ui::push(SD_PREPEND_FILE, "prepend-file", "~Disk file…"),
+    ui::push(SD_PREPEND_FILE, "prepend-file", "~Disk file…", IF_FILE),
     pathValue(SD_PREPEND_PATH, "prepend-path"),
     ui::endOf(),
     ui::endOf(),
@@ -81,7 +81,7 @@ constexpr DLG_ITEM kFilesItems[] = {
     ui::endOf(),
     ui::endOf(),
     ui::row(),
-    ui::push(SF_CHOOSE_FILE, "choose-file", "~List file…"),
+    ui::push(SF_CHOOSE_FILE, "choose-file", "~List file…", IF_FILE),
     ui::value(SF_PATH, "path", kPathColumns, "", IF_GROW),
     ui::endOf(),
     ui::hint("One field file number a line, or a range such as 10 - 12 with blanks around the dash."),
@@ -94,7 +94,7 @@ constexpr DLG_ITEM kFilesItems[] = {
 
 constexpr DLG_ITEM kZeroItems[] = {
     ui::row(),
-    ui::push(ZT_CHOOSE_FILE, "choose-file", "~List file…"),
+    ui::push(ZT_CHOOSE_FILE, "choose-file", "~List file…", IF_FILE),
     ui::value(ZT_PATH, "path", kPathColumns, "", IF_GROW),
     ui::endOf(),
     ui::hint("One value a line, or a range such as 10 - 12 with blanks around the dash."),

@@ -55,7 +55,9 @@ enum ITEM_FLAGS : unsigned {
   IF_COLUMNS = 1024,   ///< a list with cells in its rows, parted by tabs, one below each of the heads before it; made
                        ///< for a great many rows. Scripts know a row by its first cell
   IF_COMPLETE = 2048,  ///< an edit field whose text the program completes when the Tab key asks for it
-  IF_ESCAPE = 4096     ///< the button that Escape presses in any dialog: one that starts nothing and loses nothing
+  IF_ESCAPE = 4096,    ///< the button that Escape presses in any dialog: one that starts nothing and loses nothing
+  IF_FILE = 8192,      ///< a button that a file dropped on the dialog presses (xvt/drop.h)
+  IF_FILES = 16384     ///< the same of any number of files, which press it one after another
 };
 
 /// One line of a dialog's table.
@@ -119,6 +121,8 @@ struct RESOURCES {
   std::size_t menu_count;
   const DLG_RES* dialogs;
   std::size_t dialog_count;
+  /// The program's icon: its colour as 0xAARRGGBB at a place in a square of side 1, from the upper left; null for none.
+  unsigned (*icon)(double across, double down) = nullptr;
 };
 
 /// Hands the tables to the toolkit. Called once, before xvt_app_create; the tables live as long as the program.

@@ -60,11 +60,12 @@ UnitStruct& output() { return ioUnit[1]; }
 
 // ---- what the dialog shows --------------------------------------------------------------------------------------
 
-std::string inputLabel() { return input().state == 1 ? input().name : "No input chosen"; }
+std::string inputLabel() { return input().state == 1 ? choiceName(input()) : "No input chosen"; }
 
 std::string outputLabel() {
   if (output().state != 1) return "No output chosen";
-  return output().type == UT_TAPE ? outputTapesName(ioUnit) : output().name;
+  if (output().type == UT_TAPE) return outputTapesName(ioUnit);
+  return format().outputIsDirectory ? output().name : choiceName(output());
 }
 
 bool isReady() { return input().state == 1 && output().state == 1; }

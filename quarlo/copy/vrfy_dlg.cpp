@@ -16,7 +16,7 @@ namespace {
 UnitStruct* ioUnit = nullptr;
 int secondBlockType = 0;  // place in the radio group; kept between runs, as hasCats is
 
-std::string label(int uNum) { return ioUnit[uNum].state == 1 ? ioUnit[uNum].name : "No input chosen"; }
+std::string label(int uNum) { return ioUnit[uNum].state == 1 ? choiceName(ioUnit[uNum]) : "No input chosen"; }
 
 bool isM4(int uNum) { return ioUnit[uNum].type == UT_TAPE && ioUnit[uNum].isM4 != 0; }
 

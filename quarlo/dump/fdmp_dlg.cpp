@@ -211,7 +211,7 @@ bool leaveField(WINDOW dialog, const EVENT& event) {
 // ---- files --------------------------------------------------------------------------------------------------------
 
 void showFile(WINDOW dialog) {
-  setControlText(dialog, FD_FILE, isOpen() || repDlgUp != 0 ? inputFile.name : "No file selected");
+  setControlText(dialog, FD_FILE, isOpen() || repDlgUp != 0 ? pathOf(inputFile).c_str() : "No file selected");
   setDlgState(dialog, repDlgUp);
 }
 

@@ -22,12 +22,25 @@ bool overwriteIsAllowed = false;  // the user was asked when the output was chos
 
 bool isReady() { return !InputList.empty() && outFile.name[0] != '\0'; }
 
+/// The list tells names: where the selected input lies stands below.
+void showPath(WINDOW dialog) {
+  const WINDOW list = xvt_win_get_ctl(dialog, MG_INPUTS);
+  const int rows = std::min(xvt_list_count(list), static_cast<int>(InputList.size()));
+  std::string path = rows > 0 ? "Select an input to see where it lies." : "";
+  int selected = 0;
+  for (int row = 0; row < rows; ++row)
+    if (xvt_list_is_selected(list, row) && ++selected == 1)
+      path = InputList[static_cast<std::size_t>(row)]->fullFileName;
+  setControlText(dialog, MG_PATH, selected > 1 ? formatText("%d inputs selected", selected).c_str() : path.c_str());
+}
+
 void showState(WINDOW dialog, COPY_STATE state) {
   const bool idle = state != COPY_RUNNING;
   enableControls(dialog, {MG_ADD_FOLDER, MG_ADD_FILE, MG_OUTPUT, MG_FORCE_TYPE, MG_CLOSE, MG_INPUTS}, idle);
   enableControls(dialog, {MG_REMOVE, MG_CLEAR}, idle && !InputList.empty());
   enableControl(dialog, MG_TYPE, idle && overrideOutputType);
   enableControl(dialog, MG_MERGE, state == COPY_READY);
+  showPath(dialog);
   setControlText(dialog, MG_OUTPUT_NAME, outFile.name[0] != '\0' ? pathOf(outFile).c_str() : "No output chosen");
 }
 
@@ -155,6 +168,8 @@ void create(WINDOW dialog) {
 void control(WINDOW dialog, const EVENT& event) {
   if (event.ctl.what == CTL_SELECT && event.ctl.id == MG_TYPE)
     chooseType(dialog);
+  else if (event.ctl.what == CTL_SELECT && event.ctl.id == MG_INPUTS)
+    showPath(dialog);
   else if (theDialog.admits(dialog, event))
     runAction(kActions, dialog, event);
 }

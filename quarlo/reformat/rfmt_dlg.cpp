@@ -59,12 +59,12 @@ bool canCheckInput() {
 
 std::string inputLabel() {
   if (!inputIsChosen()) return "No input chosen";
-  return input().type == UT_DISK ? pathOf(input().fs) : input().name;
+  return choiceName(input());
 }
 
 std::string outputLabel() {
   if (!outputIsChosen()) return "No output chosen";
-  return output().type == UT_DISK ? pathOf(output().fs) : outputTapesName(ioUnit);
+  return output().type == UT_DISK ? choiceName(output()) : outputTapesName(ioUnit);
 }
 
 void showState(WINDOW dialog, COPY_STATE state) {

@@ -28,6 +28,8 @@ void sayIfLocked(const std::string& path) {
 
 std::string pathOf(const FILE_SPEC& file) { return joinPath(fieldText(file.dir.path), fieldText(file.name)); }
 
+std::string choiceName(const UnitStruct& unit) { return unit.type == UT_DISK ? pathOf(unit.fs) : unit.name; }
+
 FILE_SPEC fileSpecOf(const std::string& path) {
   FILE_SPEC file{};
   const std::size_t slash = path.rfind('/');

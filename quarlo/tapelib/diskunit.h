@@ -13,6 +13,9 @@ std::string pathOf(const FILE_SPEC& file);
 /// becomes an empty one.
 FILE_SPEC fileSpecOf(const std::string& path);
 
+/// What stands in a dialog for what an open unit was chosen to be: a file's whole path, or a drive's name.
+std::string choiceName(const UnitStruct& unit);
+
 /// True when both specifications lead to one file, by whatever path.
 bool isSameFile(const FILE_SPEC& one, const FILE_SPEC& other);
 

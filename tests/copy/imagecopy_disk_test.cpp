@@ -152,7 +152,7 @@ TEST_F(DiskCopyTest, RefusesFilesThatAreNoTapeImageAndTheOtherSidesFileByAnyPath
   chooseInputFile(folder.path("out.tpf"));
   EXPECT_EQ(toolkit.errors,
             std::vector<std::string>{"This file is already being used for output. Choose another file."});
-  EXPECT_EQ(toolkit.text(dialog, CP_INPUT_NAME), "in.tpf");
+  EXPECT_EQ(toolkit.text(dialog, CP_INPUT_NAME), folder.path("in.tpf"));
 }
 
 TEST_F(DiskCopyTest, AFullDiskIsNamedAndTheFileEndsWithItsLastWholeBlock) {

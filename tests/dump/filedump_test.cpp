@@ -68,7 +68,7 @@ TEST_F(FileDumpTest, ReadsPieceAfterPiece) {
   writeFile("in.bin", std::string(40, 'A') + "tail");
   open("in.bin");
   EXPECT_EQ(toolkit.fileRequests.back().title, "Open Input Disk File");
-  EXPECT_EQ(toolkit.text(dialog, FD_FILE), "in.bin");
+  EXPECT_EQ(toolkit.text(dialog, FD_FILE), folder.path("in.bin"));
   EXPECT_EQ(position(), "0");
   typed(FD_READ_BYTES, "40");
   toolkit.press(dialog, FD_READ);
@@ -209,12 +209,12 @@ TEST_F(FileDumpTest, AFileThatCannotBeOpenedLeavesTheOtherOpen) {
   toolkit.answerFile(folder.path("missing.bin"), [] { std::filesystem::remove("missing.bin"); });
   toolkit.press(dialog, FD_OPEN);
   EXPECT_EQ(toolkit.errors, Lines{"Error opening file: missing.bin"});
-  EXPECT_EQ(toolkit.text(dialog, FD_FILE), "in.bin");
+  EXPECT_EQ(toolkit.text(dialog, FD_FILE), folder.path("in.bin"));
   toolkit.press(dialog, FD_READ);
   EXPECT_TRUE(consoleHas("Read 5 bytes"));
   toolkit.answerCancel();
   toolkit.press(dialog, FD_OPEN);
-  EXPECT_EQ(toolkit.text(dialog, FD_FILE), "in.bin");
+  EXPECT_EQ(toolkit.text(dialog, FD_FILE), folder.path("in.bin"));
 }
 
 TEST_F(FileDumpTest, SavesTheTextOfTheWindow) {
@@ -276,7 +276,7 @@ TEST_F(FileDumpTest, AReportHasTheFileForItself) {
   ASSERT_NE(handedOver, nullptr);
   EXPECT_STREQ(handedOver->inputFile.name, "line.kyr");
   EXPECT_EQ(handedOver->textWindow, window);
-  EXPECT_EQ(toolkit.text(dialog, FD_FILE), "line.kyr");
+  EXPECT_EQ(toolkit.text(dialog, FD_FILE), folder.path("line.kyr"));
   for (const int control : {FD_OPEN, FD_READ, FD_REWIND, FD_MOVE_BACK, FD_MOVE_TO_BYTE, FD_REPORTS, FD_START_REPORT})
     EXPECT_FALSE(toolkit.enabled(dialog, control)) << control;
   toolkit.press(dialog, FD_CLOSE);

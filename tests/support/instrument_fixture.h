@@ -61,7 +61,7 @@ class InstrumentTest : public JobTest {
   /// Opens a report by its row of the file dump's list.
   void openReport(const std::string& row, int resource, const std::string& name = "in.kyr") {
     if (!xvt_vobj_is_valid(dialog)) JobTest::open(DLG_FILE_DUMP, FileDumpDlg_eh);
-    if (toolkit.text(dialog, FD_FILE) != name) chooseFile(FD_OPEN, folder.path(name));
+    if (toolkit.text(dialog, FD_FILE) != folder.path(name)) chooseFile(FD_OPEN, folder.path(name));
     toolkit.select(dialog, FD_REPORTS, row);
     toolkit.press(dialog, FD_START_REPORT);
     test = toolkit.dialog(resource);

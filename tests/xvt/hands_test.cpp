@@ -7,6 +7,7 @@
 #include <iterator>
 
 #include "tests/xvt/core_app.h"
+#include "xvt/drop.h"
 #include "xvt/motif/dialog.h"
 
 namespace {
@@ -110,6 +111,120 @@ TEST(Hands, WhatAFieldCopiedOutlivesItAndIsPastedInPlaceOfASelection) {
     EXPECT_EQ(probe::key(window, "Ctrl+V"), std::nullopt);
     pump(50);
     EXPECT_EQ(text(ctl(window, 1)), "na\xC3\xAFve");
+  });
+}
+
+/// Another program that drags files over this one's windows.
+class Source {
+ public:
+  explicit Source(std::string list) : list_(std::move(list)) {
+    XSetSelectionOwner(display_, atom("XdndSelection"), window_, CurrentTime);
+  }
+  Source(const Source&) = delete;
+  Source& operator=(const Source&) = delete;
+  /// Lets the files go over a control. @return what the dialog said to that: "no", or "yes" and whether it took them
+  std::string dropOn(WINDOW control) {
+    Position x = 0;
+    Position y = 0;
+    XtTranslateCoords(widgetOf(control), 2, 2, &x, &y);
+    ::Window root = 0;
+    for (::Window at = XtWindow(widgetOf(control)); at != DefaultRootWindow(display_); at = parentOf(at, &root))
+      if (isAware(at)) target_ = at;
+    send("XdndEnter", {5L << 24, static_cast<long>(atom("text/plain")), static_cast<long>(atom("text/uri-list"))});
+    send("XdndPosition", {0, x << 16 | y, CurrentTime, static_cast<long>(atom("XdndActionCopy"))});
+    const long welcome = answer("XdndStatus") & 1;
+    send(welcome != 0 ? "XdndDrop" : "XdndLeave", {0, CurrentTime});
+    if (welcome == 0) return "no";
+    return answer("XdndFinished") == 1 ? "yes, taken" : "yes";
+  }
+
+ private:
+  static Display* connection() {
+    static Display* other = XOpenDisplay(nullptr);
+    return other;
+  }
+  Atom atom(const char* name) { return XInternAtom(display_, name, False); }
+  ::Window parentOf(::Window window, ::Window* root) {
+    ::Window parent = 0;
+    ::Window* children = nullptr;
+    unsigned count = 0;
+    XQueryTree(display_, window, root, &parent, &children, &count);
+    XFree(children);
+    return parent;
+  }
+  bool isAware(::Window window) {
+    int count = 0;
+    const std::unique_ptr<Atom, int (*)(void*)> all(XListProperties(display_, window, &count), XFree);
+    return std::count(all.get(), all.get() + count, atom("XdndAware")) > 0;
+  }
+  void send(const char* message, const std::vector<long>& data) {
+    XEvent event{};
+    event.xclient = {ClientMessage, 0, True, display_, target_, atom(message), 32, {}};
+    event.xclient.data.l[0] = static_cast<long>(window_);
+    std::ranges::copy(data, event.xclient.data.l + 1);
+    XSendEvent(display_, target_, False, NoEventMask, &event);
+    XFlush(display_);
+  }
+  /// The flags of an answer; -1 when none comes.
+  long answer(const char* message) {
+    for (int tries = 0; tries < 200; ++tries) {
+      pump(5);
+      XEvent event;
+      while (XPending(display_) > 0) {
+        XNextEvent(display_, &event);
+        if (event.type == SelectionRequest) handOver(event.xselectionrequest);
+        if (event.type == ClientMessage && event.xclient.message_type == atom(message)) return event.xclient.data.l[1];
+      }
+    }
+    return -1;
+  }
+  void handOver(const XSelectionRequestEvent& request) {
+    XChangeProperty(display_, request.requestor, request.property, request.target, 8, PropModeReplace,
+                    reinterpret_cast<const unsigned char*>(list_.data()), static_cast<int>(list_.size()));
+    XEvent done{};
+    done.xselection = {
+        SelectionNotify,  0,           True, display_, request.requestor, request.selection, request.target,
+        request.property, request.time};
+    XSendEvent(display_, request.requestor, False, NoEventMask, &done);
+    XFlush(display_);
+  }
+
+  std::string list_;
+  Display* display_ = connection();
+  ::Window window_ = XCreateSimpleWindow(display_, DefaultRootWindow(display_), 0, 0, 1, 1, 0, 0, 0);
+  ::Window target_ = 0;
+};
+
+TEST(Hands, DroppedFilesPressTheButtonsThatTakeThem) {
+  static constexpr DLG_ITEM items[] = {ui::push(1, "one", "One", IF_FILE), ui::push(2, "two", "Two", IF_FILE),
+                                       ui::push(3, "other", "Other"), ui::push(4, "many", "Many", IF_FILES)};
+  static constexpr DLG_RES table = {2, "files", "Files", items, std::size(items)};
+  run(kResources, [] {
+    static std::string taken;
+    const WINDOW window = open(WD_MODELESS, table, [](WINDOW, EVENT& event) {
+      if (event.type == E_CONTROL)
+        while (const char* path = xvt_drop_take_path()) taken += std::to_string(event.ctl.id) + path;
+      return 0L;
+    });
+    pump(50);
+    const auto drop = [&](const char* list, int on) {
+      const std::string answer = Source(list).dropOn(ctl(window, on));
+      pump(50);
+      return answer + " " + std::exchange(taken, "");
+    };
+    EXPECT_EQ(drop("file:///a%20b\r\n", 2), "yes, taken 2/a b");
+    EXPECT_EQ(drop("#x\r\nfile:///a\r\nhttp://x/y\r\nfile://elsewhere/z\r\nfile://localhost/b", 2),
+              "yes, taken 1/a2/b");
+    EXPECT_EQ(drop("file:/a\nfile:/b\nfile:/c\nfile:/d", 1), "yes, taken 1/a2/b4/c4/d");
+    EXPECT_EQ(drop("file:///%00\r\nfile:///%4\r\nnothing", 1), "yes ");
+    for (const int button : {1, 2, 4}) xvt_vobj_set_enabled(ctl(window, button), false);
+    EXPECT_EQ(drop("file:///a", 1), "no ");
+    xvt_vobj_set_enabled(ctl(window, 4), true);
+    EXPECT_EQ(drop("file:///a", 1), "yes, taken 4/a");
+    open(WD_MODELESS, kTable);
+    xvt_vobj_set_enabled(window, false);
+    EXPECT_EQ(drop("file:///a", 4), "no ");
+    EXPECT_EQ(xvt_drop_take_path(), nullptr);
   });
 }
 

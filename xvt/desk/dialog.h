@@ -3,6 +3,7 @@
 
 #include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "xvt/desk/item.h"
@@ -42,6 +43,11 @@ class BaseDialog : public virtual BaseWindow {
   /// Takes the keyboard from the control that has it; no other control gets it.
   virtual void restKeyboard() = 0;
   void enableLabels(const BaseItem& field);
+  /// The buttons that a dropped file could press now.
+  std::vector<std::shared_ptr<BaseItem>> fileButtons() const;
+  /// Files were dropped: a single one presses the button that is next to the place in the dialog, several press one
+  /// button each, in the table's order; what is left over presses the last one if that takes any number, else rings.
+  void takeFiles(const std::vector<std::string>& files, PNT where);
   /// Where the keyboard goes when the dialog is shown, if the program has a wish.
   void setFirstFocus(const BaseItem* item) { firstFocus_ = item; }
   /// The field being edited, told by the field itself.

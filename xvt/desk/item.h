@@ -33,6 +33,8 @@ class BaseItem : public Control {
   bool isSensitive() const;
   /// Whether the Tab key stops here.
   bool isStop() const { return line_.kind >= IK_EDIT && line_.kind <= IK_OPTION; }
+  /// A button that a dropped file presses.
+  bool takesFile() const { return (line_.flags & (IF_FILE | IF_FILES)) != 0; }
   virtual Key mnemonic() const { return kNoKey; }
 
   // ---- the user's hands ----

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 
+#include "xvt/motif/drop.h"
 #include "xvt/motif/geometry.h"
 #include "xvt/motif/guard.h"
 
@@ -177,6 +178,7 @@ void Dialog::openFitted() {
   wish.least = {std::min(root_.least.width, wish.size.width), std::min(root_.least.height, wish.size.height)};
   wish.is_box = isModal() && table().id == 0;  // the program's own dialogs have numbers
   open(wish, root_.least);
+  if (std::ranges::any_of(items(), &BaseItem::takesFile)) listenForDrops(shell());
   startKeyboard();
 }
 

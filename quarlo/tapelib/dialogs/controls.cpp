@@ -4,8 +4,10 @@
 #include <cstdlib>
 
 #include "libkyr/text.h"
+#include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/homefolder.h"
 #include "quarlo/tapelib/tlv_fcn.h"
+#include "xvt/drop.h"
 
 namespace {
 
@@ -17,6 +19,8 @@ void withControl(WINDOW dialog, int control, Use use) {
   const WINDOW found = xvt_win_get_ctl(dialog, control);
   if (found != NULL_WIN) use(found);
 }
+
+constexpr const char* kNoFileName = "Error getting file name.";
 
 using FileBox = FL_STATUS (*)(FILE_SPEC* file, const char* title);
 
@@ -36,7 +40,7 @@ bool choose(const Box& box, DIRECTORY* start, const char* failure) {
 bool chooseFile(FileBox box, FILE_SPEC* file, const char* extension, const char* title) {
   FILE_SPEC choice = *file;
   copyText(choice.type, extension);
-  if (!choose([&] { return box(&choice, title); }, &choice.dir, "Error getting file name.")) return false;
+  if (!choose([&] { return box(&choice, title); }, &choice.dir, kNoFileName)) return false;
   *file = choice;
   return true;
 }
@@ -132,6 +136,16 @@ void fillList(WINDOW dialog, int control, std::span<const char* const> rows, int
 }
 
 bool chooseFileToOpen(FILE_SPEC* file, const char* extension, const char* title) {
+  if (const char* path = xvt_drop_take_path()) {
+    const FILE_SPEC dropped = fileSpecOf(path);
+    if (dropped.name[0] == '\0') {
+      xvt_dm_post_error("%s", kNoFileName);
+      return false;
+    }
+    *file = dropped;
+    copyText(file->type, extension);
+    return true;
+  }
   return chooseFile(xvt_dm_post_file_open, file, extension, title);
 }
 

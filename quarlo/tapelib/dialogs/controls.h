@@ -81,9 +81,9 @@ void fillList(WINDOW dialog, int control, std::span<const char* const> rows, int
 
 // ---- files ------------------------------------------------------------------------------------------------------
 
-/// Asks for a file to open or to write, proposing an extension ("" for none) and starting in `file->dir` if that is not
-/// empty. A box that fails says "Error getting file name.". @return true when `*file` holds the choice; else it is
-/// unchanged
+/// A file that was dropped on the button is the answer, and no box is opened; otherwise asks for a file to open or to
+/// write, proposing an extension ("" for none) and starting in `file->dir` if that is not empty. A box that fails says
+/// "Error getting file name.". @return true when `*file` holds the choice; else it is unchanged
 bool chooseFileToOpen(FILE_SPEC* file, const char* extension, const char* title);
 bool chooseFileToSave(FILE_SPEC* file, const char* extension, const char* title);
 /// Asks for a folder by any file in it, existing or not, or by itself: the name is empty then.

@@ -1,0 +1,15 @@
+/// What file managers hand over: a list of addresses.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace xvt {
+
+/// The absolute paths that a text/uri-list names (lines end in CR LF; "#" begins a remark). What is no file, lies on
+/// another host, or holds a zero byte is left out.
+/// @param host the name of this host, which an address may give
+std::vector<std::string> pathsOf(std::string_view uriList, std::string_view host);
+
+}  // namespace xvt
