@@ -24,6 +24,8 @@ extern const std::span<const DLG_RES> kTextDialogs;  ///< of the windows that sh
 
 extern const std::span<const MENU_RES> kQuarloMenus;
 
+unsigned quarloIcon(double across, double down);
+
 /// Everything above, for xvt_res_use.
 const RESOURCES* quarloResources();
 

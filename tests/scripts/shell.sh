@@ -117,6 +117,7 @@ wait window copy 5
 screenshot copy "$SHOTS/copy.png"
 press copy.error-options
 wait window error-options 5
+run "for title in Copy Console 'Error options'; do xprop -name \"\$title\"; done >$SHOTS/properties"
 screenshot error-options "$SHOTS/error-options.png"
 press error-options.stop-on-error
 expect checked error-options.stop-on-error
@@ -135,7 +136,16 @@ close copy
 
 menu quit
 SCRIPT
-"$program" --script "$dir/script"
+xev -root -event property >"$dir/root" &
+watcher=$!
+trap 'kill $watcher 2>/dev/null; rm -rf "$dir"' EXIT
+DESKTOP_STARTUP_ID='menu "1"' "$program" --script "$dir/script"
+
+# What the desktop is told: whose the windows are, in one group, their kind and icon, and that the program has started.
+for told in 'WM_CLASS.*"quarlo", "Quarlo"' '_NET_WM_PID' 'group leader: 0x' 'Icon .16 x 16.'; do
+  [ "$(grep -Ec "$told" "$shots/properties")" = 3 ] || { echo "not of all windows: $told"; exit 1; }
+done
+[ "$(grep -c '_TYPE_DIALOG' "$shots/properties")" = 1 ] && grep -q '_NET_STARTUP_INFO_BEGIN' "$dir/root"
 
 # The options that need no display, and those that are refused.
 [ "$("$program" --version)" = "quarlo 2.3.13" ]

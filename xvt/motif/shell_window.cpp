@@ -13,6 +13,7 @@
 #include "xvt/layout/placement.h"
 #include "xvt/motif/geometry.h"
 #include "xvt/motif/guard.h"
+#include "xvt/motif/introduce.h"
 
 namespace xvt {
 
@@ -174,6 +175,7 @@ void ShellWindow::open(WindowWish wish, Extent smallest, bool show) {
   wish.size.height = std::clamp(wish.size.height, 1, mostSize().height);
   findPlace(wish, smallest);
   XtRealizeWidget(shell_);
+  introduceWindow(shell_, isModal());
   hintPlace();
   arrangeContents(size_);
   if (show)
@@ -235,6 +237,7 @@ void ShellWindow::popUp() {
     XtMapWidget(shell_);
   else
     XtPopup(shell_, XtGrabNone);
+  tellStarted(shell_);
   showBusy(app().isBusy());
   if (wantsFocus()) return takeFocus();
   if (const auto from = opener()) standBehind(*from);
