@@ -5,8 +5,10 @@
 namespace {
 
 constexpr DLG_ITEM kMainPanel[] = {
-    ui::label("Copy", 0, nullptr, IF_BOLD),
-    ui::push(MAIN_IMAGE_COPY, "image-copy", "~Image copy…", IF_DEFAULT, "Tape to disk, disk to tape, tape to tape"),
+    ui::label("Copy and convert", 0, nullptr, IF_BOLD),
+    ui::push(MAIN_IMAGE_COPY, "image-copy", "~Copy…", IF_DEFAULT,
+             "Tape to disk, disk to tape, tape to tape: images, SEG Y, SEG D"),
+    ui::hint("image, SEG Y, SEG D"),
     ui::push(MAIN_VERIFY, "verify", "~Verify…", 0, "Compare two copies byte for byte"),
     ui::push(MAIN_REFORMAT, "reformat", "Data ~reformat…", 0, "From one seismic format to another"),
     ui::push(MAIN_MERGE, "merge", "~Merge…", 0, "Join suite datasets into one"),

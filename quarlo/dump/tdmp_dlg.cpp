@@ -210,7 +210,7 @@ void openOutput(WINDOW dialog) {
   fileGivenUp = false;
   if (!dumpWindow.open(dialog)) return;
   txtFp = openFile(inHomeFolder("tdump.txt").c_str(), "w");
-  if (!txtFp) console_out("  ** Cannot open \"tdump.txt\": the dump goes to its window only.");
+  if (!txtFp) console_out("  ** Cannot open \"tdump.txt\": the dump goes to the Tape Dump Window only.");
 }
 
 void create(WINDOW dialog) {
