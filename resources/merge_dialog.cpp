@@ -10,7 +10,7 @@ constexpr int kRows = 10;
 constexpr DLG_ITEM kMerge[] = {
     ui::label("~Inputs, in their order:", MG_INPUTS),
     ui::multi(MG_INPUTS, "inputs", kRowColumns, kRows, IF_MONO | IF_GROW,
-              "Name, type, records x traces x samples, sample interval"),
+              "Name, type, records x traces x samples, sample interval; below stands the path of the selected one"),
     ui::value(MG_PATH, "path", kRowColumns, "", IF_GROW),
     ui::row(),
     ui::push(MG_ADD_FOLDER, "add-folder", "A~dd folder…", 0, "Add all datasets of a folder"),

@@ -17,6 +17,7 @@ std::vector<DLG_RES> allDialogs() {
 
 const RESOURCES* quarloResources() {
   static const std::vector<DLG_RES> dialogs = allDialogs();
-  static const RESOURCES resources = {kQuarloMenus.data(), kQuarloMenus.size(), dialogs.data(), dialogs.size(), quarloIcon};
+  static const RESOURCES resources = {kQuarloMenus.data(), kQuarloMenus.size(), dialogs.data(), dialogs.size(),
+                                      quarloIcon};
   return &resources;
 }

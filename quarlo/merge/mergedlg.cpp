@@ -26,12 +26,12 @@ bool isReady() { return !InputList.empty() && outFile.name[0] != '\0'; }
 void showPath(WINDOW dialog) {
   const WINDOW list = xvt_win_get_ctl(dialog, MG_INPUTS);
   const int rows = std::min(xvt_list_count(list), static_cast<int>(InputList.size()));
-  std::string path = rows > 0 ? "Select an input to see where it lies." : "";
+  std::string path;
   int selected = 0;
   for (int row = 0; row < rows; ++row)
     if (xvt_list_is_selected(list, row) && ++selected == 1)
       path = InputList[static_cast<std::size_t>(row)]->fullFileName;
-  setControlText(dialog, MG_PATH, selected > 1 ? formatText("%d inputs selected", selected).c_str() : path.c_str());
+  setControlText(dialog, MG_PATH, selected > 1 ? formatText("%d selected", selected).c_str() : path.c_str());
 }
 
 void showState(WINDOW dialog, COPY_STATE state) {

@@ -34,10 +34,9 @@ unsigned long iconPixel(int x, int y, int side) {
   constexpr unsigned kByte = 0xFF;
   unsigned alpha = 0;
   unsigned sums[3] = {};
+  const auto at = [side](int pixel, int look) { return (pixel + (look + 0.5) / kLooks) / side; };
   for (int look = 0; look < kLooks * kLooks; ++look) {
-    const double across = (x + (look % kLooks + 0.5) / kLooks) / side;
-    const double down = (y + (look / kLooks + 0.5) / kLooks) / side;
-    const unsigned color = resources().icon(across, down);
+    const unsigned color = resources().icon(at(x, look % kLooks), at(y, look / kLooks));
     const unsigned covers = color >> 24;
     alpha += covers;
     for (unsigned channel = 0; channel < 3; ++channel) sums[channel] += (color >> (8 * channel) & kByte) * covers;
