@@ -13,7 +13,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 #ifndef SMOKE_RUNS
-#define SMOKE_RUNS 20000
+#define SMOKE_RUNS 5000
 #endif
 
 namespace {
