@@ -25,7 +25,7 @@ std::string bytesText(double bytes) {
 
 std::string grouped(double number) {
   std::string text = formatText("%.0f", number);
-  for (std::size_t at = text.size(); at > 3; at -= 3) text.insert(at - 3, ",");
+  for (std::size_t at = text.size(); at > 3; at -= 3) text.insert(at - 3, 1, ',');
   return text;
 }
 
