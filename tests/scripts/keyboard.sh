@@ -25,7 +25,7 @@ wait window main 20
 sleep 0.3
 
 # A tape to a file: the drive by an arrow, a box by the space bar, the start by Return.
-keys alt+i
+keys alt+c
 wait window copy 5
 keys alt+i
 wait window input-drive 5
