@@ -321,7 +321,7 @@ void xvt_dm_post_error(const char* format, ...) XVT_PRINTF(1, 2);
 void xvt_dm_post_note(const char* format, ...) XVT_PRINTF(1, 2);
 
 /// The control of a message box ("error-box", "note-box", "ask-box") that holds its whole text.
-constexpr int BOX_TEXT = 1;
+enum BOX_CONTROL : int { BOX_TEXT = 1 };
 
 enum ASK_RESPONSE : int { RESP_DEFAULT = 1, RESP_2 = 2, RESP_3 = 3 };
 

@@ -213,7 +213,7 @@ std::vector<std::string> allPages() {
       if (entry.path().extension() == ".md") names.insert(entry.path().filename().string());
   }
   std::vector<std::string> pages(names.begin(), names.end());
-  std::ranges::stable_partition(pages, [](const std::string& name) { return name == kFirstPage; });
+  std::stable_partition(pages.begin(), pages.end(), [](const std::string& name) { return name == kFirstPage; });
   return pages;
 }
 

@@ -4,7 +4,6 @@
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
-#include <ranges>
 
 #include "xvt/base/guard.h"
 #include "xvt/base/report.h"
@@ -102,8 +101,9 @@ std::shared_ptr<BaseWindow> Desk::inputKeeper() const {
 }
 
 std::shared_ptr<BaseWindow> Desk::active() const {
-  for (const auto& last : std::views::reverse(active_))
-    if (auto window = last.lock(); isUsable(window)) return window;
+  const auto last =
+      std::find_if(active_.rbegin(), active_.rend(), [](const auto& one) { return isUsable(one.lock()); });
+  if (last != active_.rend()) return last->lock();
   const auto found = std::find_if(windows_.rbegin(), windows_.rend(), isUsable);
   return found == windows_.rend() ? nullptr : *found;
 }
