@@ -35,6 +35,8 @@ class Scan {
 
  private:
   bool openInput(int* inputParams);
+  /// By links a file has many names.
+  bool isInput(const std::string& path) const;
   bool beginOutputs();
   std::unique_ptr<IndexFile> newHeader() const;
   bool scanAll(JobFrame* frame);
@@ -102,10 +104,17 @@ std::unique_ptr<IndexFile> Scan::newHeader() const {
   return header;
 }
 
+bool Scan::isInput(const std::string& path) const {
+  return UsesFile(record_, link_, path.c_str()) || sameFile(path.c_str(), pathOf(units_->fs).c_str());
+}
+
 bool Scan::beginOutputs() {
   const std::string& table = indexRequest.tablePath;
-  if (hasTable_ && (UsesFile(record_, link_, table.c_str()) || sameFile(table.c_str(), pathOf(units_->fs).c_str()) ||
-                    sameFile(table.c_str(), indexPath_.c_str()))) {
+  if (isInput(indexPath_)) {
+    console_printf("  *** Error: the index file %s is the input.", indexPath_.c_str());
+    return false;
+  }
+  if (hasTable_ && (isInput(table) || sameFile(table.c_str(), indexPath_.c_str()))) {
     console_printf("  *** Error: the trace table %s is the input or the index file.", table.c_str());
     return false;
   }

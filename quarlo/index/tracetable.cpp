@@ -25,7 +25,7 @@ constexpr struct {
                 {trSourceLocation, true}, {trReceiverLine, false}, {trReceiverLocation, true},
                 {trCmpLine, false},       {trCmpLocation, true},   {trOffset, true}};
 
-/// A number as no locale changes it, in as few digits as bring it back.
+/// A number as no locale changes it, in as few characters as bring it back.
 template <typename Number>
 void append(std::string* line, Number number) {
   std::array<char, 32> text{};
@@ -33,12 +33,21 @@ void append(std::string* line, Number number) {
   line->append(text.data(), end);
 }
 
+/// A place is a whole number for most: 100000 there, not 1e+05.
+void appendReal(std::string* line, float number) {
+  constexpr float kLargestWhole = 1e15F;
+  if (std::fabs(number) < kLargestWhole && number == std::trunc(number))
+    append(line, static_cast<std::int64_t>(number));
+  else
+    append(line, number);
+}
+
 void appendProperty(std::string* line, int property, bool isFloat, const TraceInfo& header) {
   int whole = 0;
   float real = 0;
   if (isFloat) {
     GetTraceProperty(property, singleFloatType, gUnknownUnits, &real, &header);
-    if (std::isfinite(real) && !IsValueNull(real)) append(line, real);
+    if (std::isfinite(real) && !IsValueNull(real)) appendReal(line, real);
   } else {
     GetTraceProperty(property, longIntType, gUnknownUnits, &whole, &header);
     if (!IsValueNull(whole)) append(line, whole);

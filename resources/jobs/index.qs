@@ -29,7 +29,7 @@ else
   answer-file ${table}
   press file-scan.table-file
 end
-wait enabled file-scan.run 60 else "this cannot be scanned"
+expect enabled file-scan.run else "this cannot be scanned"
 press file-scan.run
 wait text file-scan.status "[CFI]*" 8640000
 include parts/checks.qs

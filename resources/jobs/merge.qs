@@ -43,7 +43,7 @@ when type=stack-3d
 end
 answer-file ${output}
 press merge.output
-wait enabled merge.merge 60 else "there is nothing to join"
+expect enabled merge.merge else "the merge cannot start"
 press merge.merge
 wait text merge.status "[CFI]*" 8640000
 include parts/checks.qs

@@ -86,7 +86,7 @@ else
   answer-file ${output}
   press reformat.output-disk
 end
-wait enabled reformat.run 60 else "the reformat cannot start"
+expect enabled reformat.run else "the reformat cannot start"
 press reformat.run
 wait text reformat.status "[CFI]*" 8640000
 include parts/checks.qs

@@ -29,6 +29,7 @@ class IndexTest : public JobTest {
       set(trCmpLine, trace == 3 ? kNullFloat : 7.0F);
       set(trCmpLocation, static_cast<float>(number) + 0.25F);
       set(trSourceLine, kNullFloat);
+      set(trSourceLocation, 100000.0F);
       set(trOffset, -12.5F * static_cast<float>(trace));
       if (number == 12) header->words[trKillFlag] = killProcessing;
       return number != 22;
@@ -70,16 +71,17 @@ TEST_F(IndexTest, OnePassWritesIndexTableAndSummary) {
   EXPECT_EQ(readFile("table.csv"),
             "record,trace,state,field_file,channel,source_line,source_location,receiver_line,receiver_location,"
             "cmp_line,cmp_location,offset,byte\r\n"
-            "1,1,live,101,0,,0,0,0,7,11.25,-12.5,\r\n1,2,32,101,0,,0,0,0,7,12.25,-25,\r\n"
-            "1,3,live,113,0,,0,0,0,,13.25,-37.5,\r\n2,1,live,102,0,,0,0,0,7,21.25,-12.5,\r\n"
-            "2,2,1,,,,,,,,,,\r\n2,3,live,123,0,,0,0,0,,23.25,-37.5,\r\n");
+            "1,1,live,101,0,,100000,0,0,7,11.25,-12.5,\r\n1,2,32,101,0,,100000,0,0,7,12.25,-25,\r\n"
+            "1,3,live,113,0,,100000,0,0,,13.25,-37.5,\r\n2,1,live,102,0,,100000,0,0,7,21.25,-12.5,\r\n"
+            "2,2,1,,,,,,,,,,\r\n2,3,live,123,0,,100000,0,0,,23.25,-37.5,\r\n");
   EXPECT_EQ(consoleWithoutDates(),
             (Lines{" ", "File scan of " + folder.path("in/a.kyr") + ":", "2 records, 5 traces: 4 live, 1 dead.",
                    "1 place without a trace.", "Field files from 101 to 123.",
                    "  ** 19 field file numbers between them are missing: 103 to 112, 114 to 122.",
-                   "Source locations from 0 to 0.", "Receiver lines from 0 to 0.", "Receiver locations from 0 to 0.",
-                   "CMP lines from 7 to 7.", "CMP locations from 11 to 23.", "Offsets from -37.5 to -12.5.",
-                   "The index file " + folder.path("in\\a.kyr.idx") + " has 4 entries.", " "}));
+                   "Source locations from 100000 to 100000.", "Receiver lines from 0 to 0.",
+                   "Receiver locations from 0 to 0.", "CMP lines from 7 to 7.", "CMP locations from 11 to 23.",
+                   "Offsets from -37.5 to -12.5.", "The index file " + folder.path("in\\a.kyr.idx") + " has 4 entries.",
+                   " "}));
 
   const auto file = header();
   EXPECT_EQ((std::array<int, 8>{file->fileTypeNumber, file->indexFileVersionNumber, file->numberOfInputFiles,
@@ -140,12 +142,16 @@ TEST_F(IndexTest, WhateverEndsAScanIsTold) {
   EXPECT_TRUE(
       consoleHas("  *** Error: the trace table " + folder.path("in\\a.kyr.idx") + " is the input or the index file."));
   std::filesystem::remove("in\\a.kyr.idx");
+  std::string bytes = readFile("in/a.kyr");
+  std::filesystem::create_hard_link("in/a.kyr", "in\\a.kyr.idx");
+  EXPECT_EQ(run("in/a.kyr"), "Failed");
+  EXPECT_TRUE(readFile("in/a.kyr") == bytes);
+  std::filesystem::remove("in\\a.kyr.idx");
   std::filesystem::create_directory("in\\a.kyr.idx");
   EXPECT_EQ(run("in/a.kyr"), "Failed");
   EXPECT_TRUE(consoleHas("  *** Error writing to disk file \"" + folder.path("in\\a.kyr.idx") + "\": Is a directory."));
   writeFile("in/text.kyr", "text");
   EXPECT_EQ(run("in/text.kyr"), "Failed");
-  std::string bytes = readFile("in/a.kyr");
   bytes[4096 + 832 + 40] ^= 1;
   writeFile("in/b.kyr", bytes);
   EXPECT_EQ(run("in/b.kyr"), "Failed");

@@ -20,6 +20,8 @@ status=0
 echo no >line-1201/c.kyr
 timeout 60 quarlo --job merge folder=line-1201 output=new.kyr >log 2>error || status=$?
 [ "$status" = 1 ] && grep -q 'omitted from merge' error
+timeout 20 quarlo --job merge folder=line-1201 output=line-1201/a.kyr overwrite=yes >log 2>error || status=$?
+[ "$status" = 1 ] && grep -q 'the merge cannot start' error
 
 # Indexes and tables are read here without any of the program's code.
 mkdir survey

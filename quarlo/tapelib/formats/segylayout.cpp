@@ -120,8 +120,10 @@ std::vector<std::uint32_t> Headers::headerLengths(Bytes binary) const {
   if (described == 0 || described % kTraceHeaderBytes != 0) return {described};
   if (!isExtended()) return {kTraceHeaderBytes};
   const Structure structure(binary, layout_.reading.bigEndian);
+  std::array readings{structure.int32(kBinaryAdditional), structure.int16(kBinaryAdditional)};
+  if (layout_.minorRevision > 0) std::ranges::reverse(readings);
   std::vector<std::uint32_t> lengths;
-  for (const int blocks : {structure.int32(kBinaryAdditional), structure.int16(kBinaryAdditional)})
+  for (const int blocks : readings)
     if (blocks >= 0 && blocks <= kMostAdditionalHeaders)
       lengths.push_back(static_cast<std::uint32_t>(kTraceHeaderBytes * (1 + blocks)));
   if (lengths.empty()) lengths.push_back(kTraceHeaderBytes);

@@ -157,7 +157,8 @@ void fitTraces(BytesAt& file, const SegyFormat& format, const SegyRecordRule& re
   bool isFirst = true;
   for (const std::uint32_t headerBytes : headerLengths) {
     Fit fit = fitting.with(headerBytes);
-    if (isFirst || fit.rest < best.rest) best = std::move(fit);
+    // Of a file that was cut none leads to its end: less left over proves nothing there.
+    if (isFirst || fit.rest == 0 || best.traces == 0) best = std::move(fit);
     isFirst = false;
     if (best.rest == 0) break;
   }

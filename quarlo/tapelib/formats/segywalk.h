@@ -16,7 +16,7 @@ constexpr int kMostAdditionalHeaders = std::numeric_limits<std::int16_t>::max();
 /// The traces' own counts are taken when they lead to the end exactly and the file does not say that all traces have
 /// one length; else the binary header's, or where that is 0 the first trace's; where that leaves bytes over, whatever
 /// leaves the fewer ones. A count of 0 says nothing.
-/// @param headerLengths of a trace, one or more; the first that leaves nothing over is taken
+/// @param headerLengths of a trace, the likeliest first: it is taken unless only another leaves nothing over
 /// @param binarySamples the binary header's count; 0: none
 void fitTraces(BytesAt& file, const SegyFormat& format, const SegyRecordRule& records,
                const std::vector<std::uint32_t>& headerLengths, std::uint64_t binarySamples, SegyLayout* layout);
