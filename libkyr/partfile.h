@@ -26,6 +26,7 @@ class PartFile {
   /// @return false with errno
   bool open(const std::string& path, Mode mode);
   bool isOpen() const { return descriptor_ >= 0; }
+  int descriptor() const { return descriptor_; }
 
   /// Keeps all others from writing the file until it is closed, as far as they ask (files.h); a file system without
   /// locks has no others. @return false with EBUSY when another one writes it

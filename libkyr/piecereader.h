@@ -1,4 +1,4 @@
-/// Files read in large pieces, whose bytes are handed out where they lie.
+/// Files read in large pieces, each while the one before is worked on, whose bytes are handed out where they lie.
 #pragma once
 
 #include <cstddef>
@@ -7,6 +7,8 @@
 #include <functional>
 #include <span>
 #include <vector>
+
+#include "libkyr/sidework.h"
 
 class PieceReader {
  public:
@@ -27,11 +29,16 @@ class PieceReader {
 
  private:
   void fill(std::size_t bytes);
+  void turnOver();
+  void lookAhead(std::size_t bytes);
 
   int descriptor_ = -1;
+  bool isFile_ = false;
   std::vector<char> buffer_;
   std::size_t first_ = 0;  // of what is not handed out yet
   std::size_t last_ = 0;
   std::uint64_t place_ = 0;
   int error_ = 0;
+  std::vector<char> next_;  // what is read ahead, behind room for what is not handed out before it
+  ReadAhead ahead_;
 };

@@ -1,4 +1,5 @@
-/// The files of a dataset as a store of slots: slots in a row are read and written in large pieces.
+/// The files of a dataset as a store of slots: slots in a row are read and written in large pieces, beside the work of
+/// who asks for them.
 #pragma once
 
 #include <cstddef>
@@ -7,6 +8,7 @@
 #include <vector>
 
 #include "libkyr/partfile.h"
+#include "libkyr/sidework.h"
 
 class SlotStore {
  public:
@@ -17,7 +19,11 @@ class SlotStore {
     std::size_t size = 0;
   };
 
-  std::vector<PartFile>& parts() { return parts_; }
+  /// To change them: nothing is under way in them then.
+  std::vector<PartFile>& parts() {
+    writing_.wait();
+    return parts_;
+  }
   const std::vector<PartFile>& parts() const { return parts_; }
 
   // Who reads flushes first: a failure to write is another answer than a failure to read.
@@ -47,10 +53,26 @@ class SlotStore {
     bool covers(const Place& other) const;
     bool endsAt(const Place& other) const;
   };
+  /// A stretch of slots on its way to a file.
+  struct Load : Stretch {
+    std::size_t slotSize = 0;
+    std::size_t taken = 0;  ///< bytes that the file took
+    int error = 0;          ///< errno where it did not take them all
+  };
+
+  bool readInto(Stretch* stretch, const Place& place, std::size_t size);
+  bool wasReadAhead(const Place& place);
+  void readAhead(std::size_t size);
+  void store(Load* load) const;
+  bool account(Load* load);
+  bool handOver();
 
   std::vector<PartFile> parts_;
-  Stretch window_;               ///< what was read last
-  Stretch pending_;              ///< what is to be written
-  std::size_t pendingSlot_ = 0;  ///< bytes of a slot in it
+  Stretch window_;  ///< what was read last
+  Stretch next_;    ///< what is read ahead
+  Load pending_;    ///< what is made
+  Load leaving_;    ///< what is written beside
   std::uint64_t lost_ = 0;
+  ReadAhead ahead_;  // these two last: they use the others
+  SideWork writing_;
 };
