@@ -10,8 +10,10 @@
 
 namespace {
 
-/// Bytes of a read.
-constexpr std::size_t kOrdinary = std::size_t{512} * 1024;
+/// Bytes of the first read of a file, and of one further on: each is twice the one before, for a short file is worked
+/// on soon, and in a long one less is not worth the turn between two threads.
+constexpr std::size_t kFirst = std::size_t{256} * 1024;
+constexpr std::size_t kOrdinary = std::size_t{2048} * 1024;
 /// Before what is read ahead.
 constexpr std::size_t kRoom = kOrdinary;
 
@@ -23,6 +25,7 @@ void PieceReader::begin(std::FILE* stream, std::uint64_t place) {
   struct stat facts {};
   isFile_ = fstat(descriptor_, &facts) == 0 && S_ISREG(facts.st_mode);
   first_ = last_ = 0;
+  piece_ = kFirst;
   place_ = place;
   error_ = lseek(descriptor_, static_cast<off_t>(place), SEEK_SET) < 0 ? errno : 0;
 }
@@ -43,7 +46,8 @@ std::span<const char> PieceReader::take(std::size_t bytes) {
 void PieceReader::fill(std::size_t bytes) {
   if (beforeRefill) beforeRefill();
   turnOver();
-  const std::size_t wanted = std::max(bytes, kOrdinary);
+  const std::size_t wanted = std::max(bytes, piece_);
+  piece_ = std::min(2 * piece_, kOrdinary);
   if (last_ - first_ < bytes && error_ == 0) {
     if (buffer_.size() < first_ + wanted) buffer_.resize(first_ + wanted);
     const auto got = readAt(descriptor_, buffer_.data() + last_, first_ + wanted - last_, place_);
@@ -51,7 +55,7 @@ void PieceReader::fill(std::size_t bytes) {
     last_ += got.value_or(0);
     place_ += got.value_or(0);
   }
-  if (last_ - first_ >= wanted) lookAhead(wanted);
+  if (last_ - first_ >= wanted) lookAhead(std::max(bytes, piece_));
 }
 
 /// What is not handed out moves to the front of the buffer, or before what was read ahead, which is the buffer then.

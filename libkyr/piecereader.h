@@ -34,6 +34,7 @@ class PieceReader {
 
   int descriptor_ = -1;
   bool isFile_ = false;
+  std::size_t piece_ = 0;  // bytes of the next read
   std::vector<char> buffer_;
   std::size_t first_ = 0;  // of what is not handed out yet
   std::size_t last_ = 0;

@@ -17,7 +17,7 @@
 namespace {
 
 constexpr const char* kIndexName = "SegyCopy.idx";
-constexpr std::size_t kBatchBytes = std::size_t{512} * 1024;
+constexpr std::size_t kBatchBytes = std::size_t{2048} * 1024;
 constexpr double kSecondsApart = 60;  // the last writes to both files of a sort, on a disk however busy
 
 std::string absolutePath(const std::string& path) {
@@ -41,6 +41,7 @@ bool refuse(const std::string& path) {
 // ---- making the files -------------------------------------------------------------------------------------------
 
 SortStore::~SortStore() {
+  side_.wait();
   traceFile_.reset();
   indexFile_.reset();
   traces_.reset();
@@ -271,11 +272,32 @@ bool SortStore::isSound(const SortItem& item) const {
   return item.size > 0 && offset >= 0 && offset + item.size <= static_cast<double>(traceFileSize_);
 }
 
-/// Fills the batch from `place` on. Traces that lie one after another are read in one piece.
-bool SortStore::loadFrom(int place) {
+/// What starts at a place of the output is the batch, and what follows is read beside.
+bool SortStore::load(int place) {
   if (beforeRefill) beforeRefill();
-  batchFirst_ = place;
+  side_.wait();
+  if (next_.first == place) std::swap(batch_, next_);
+  if (batch_.first != place || batch_.end == place) fill(&batch_, place);
   batchPlace_ = 0;
+  next_.first = next_.end = batch_.end;
+  if (batch_.end == place) return false;
+  if (batch_.end < kept_) side_.start([this] { fillNext(); });
+  return true;
+}
+
+void SortStore::fillNext() {
+  try {
+    fill(&next_, next_.first);
+  } catch (const std::bad_alloc&) {
+    // Who needs these traces tries once more.
+  }
+}
+
+/// Fills a batch from `place` on. Traces that lie one after another are read in one piece. It stays empty when one
+/// cannot be read.
+void SortStore::fill(Batch* batch, int place) const {
+  batch->first = batch->end = place;
+  if (batch->bytes.size() < kBatchBytes) batch->bytes.resize(kBatchBytes);
   std::size_t filled = 0;
   int next = place;
   while (next < kept_ && (next == place || filled + static_cast<std::size_t>(itemAt(next).size) <= kBatchBytes)) {
@@ -288,18 +310,18 @@ bool SortStore::loadFrom(int place) {
     } while (next < kept_ && isSound(itemAt(next)) &&
              itemAt(next).offset == first.offset + static_cast<double>(bytes) &&
              filled + bytes + static_cast<std::size_t>(itemAt(next).size) <= kBatchBytes);
-    if (batch_.size() < filled + bytes) batch_.resize(std::max(filled + bytes, kBatchBytes));
-    if (readAt(fileno(traces_.get()), batch_.data() + filled, bytes, static_cast<std::uint64_t>(first.offset)) != bytes)
-      return false;
+    if (batch->bytes.size() < filled + bytes) batch->bytes.resize(filled + bytes);
+    if (readAt(fileno(traces_.get()), batch->bytes.data() + filled, bytes, static_cast<std::uint64_t>(first.offset)) !=
+        bytes)
+      return;
     filled += bytes;
   }
-  batchEnd_ = next;
-  return next > place;
+  batch->end = next;
 }
 
 std::span<const char> SortStore::trace(int place) {
-  if ((place < batchFirst_ || place >= batchEnd_) && !loadFrom(place)) return {};
-  const std::span<const char> piece(batch_.data() + batchPlace_, static_cast<std::size_t>(itemAt(place).size));
+  if ((place < batch_.first || place >= batch_.end) && !load(place)) return {};
+  const std::span<const char> piece(batch_.bytes.data() + batchPlace_, static_cast<std::size_t>(itemAt(place).size));
   batchPlace_ += piece.size();
   return piece;
 }

@@ -11,6 +11,7 @@
 
 #include "libkyr/disksync.h"
 #include "libkyr/files.h"
+#include "libkyr/sidework.h"
 #include "quarlo/segycopy/segysort.h"
 #include "quarlo/tapelib/frame/inputfiles.h"
 #include "quarlo/tapelib/frame/piecewriter.h"
@@ -70,6 +71,13 @@ class SortStore {
   std::function<void()> beforeRefill;
 
  private:
+  /// Traces in output order.
+  struct Batch {
+    std::vector<char> bytes;
+    int first = 0;  ///< the place of the first
+    int end = 0;    ///< the place behind the last; first: there are none
+  };
+
   static bool claim(TempFile* file, const std::string& path, const char* failure);
   bool areOfOneSort() const;
   bool isLeftover() const;
@@ -81,7 +89,9 @@ class SortStore {
   bool readHeader(const char* name, std::vector<char>* header);
   const SortItem& itemAt(int place) const;
   bool isSound(const SortItem& item) const;
-  bool loadFrom(int place);
+  bool load(int place);
+  void fillNext();
+  void fill(Batch* batch, int place) const;
 
   std::string tracePath_;
   std::string indexPath_;
@@ -98,8 +108,8 @@ class SortStore {
   std::size_t unflushed_ = 0;  // bytes of traces that an end of the program would lose
   int kept_ = 0;
   std::vector<SortItem> items_;
-  std::vector<char> batch_;  // begins with traces from place batchFirst on, in output order
-  int batchFirst_ = 0;
-  int batchEnd_ = 0;
-  std::size_t batchPlace_ = 0;
+  Batch batch_;
+  std::size_t batchPlace_ = 0;  // of what is not handed out yet
+  Batch next_;                  // is read beside
+  SideWork side_;               // the last: it uses the others
 };
