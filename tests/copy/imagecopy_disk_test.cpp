@@ -159,17 +159,18 @@ TEST_F(DiskCopyTest, AFullDiskIsNamedAndTheFileEndsWithItsLastWholeBlock) {
   constexpr const char* kNoMark = "Error writing eof header to disk file";
   const struct {
     std::size_t length;
+    std::size_t blocks;
     std::size_t fitting;
     rlim_t more;  // room behind the blocks that fit
     std::vector<std::string> boxes;
   } rows[] = {
-      {1000, 3, 500, {}},
-      {30000, 23, 9000, {}},
-      {30000, 30, 31, {"Error writing block header to disk file", kNoMark, kNoMark}},
+      {1000, 40, 3, 500, {}},
+      {30000, 40, 23, 9000, {}},
+      {30000, 80, 30, 31, {"Error writing block header to disk file", kNoMark, kNoMark}},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.more);
-    writeFile(folder.path("in.tpf"), tpfImage(closed(Tape(40, block(row.length, 1)))));
+    writeFile(folder.path("in.tpf"), tpfImage(closed(Tape(row.blocks, block(row.length, 1)))));
     openCopyDialog();
     chooseInputFile(folder.path("in.tpf"));
     chooseOutputFile(folder.path("out.tpf"));
