@@ -53,10 +53,10 @@ TEST(Listing, SortsAsPeopleCount) {
 TEST(Listing, ShowsEverySizeDateAndName) {
   const std::vector<std::pair<long long, std::string>> sizes = {{0, "0 B"},
                                                                 {999, "999 B"},
-                                                                {1000, "1.0 KB"},
-                                                                {99949, "99.9 KB"},
-                                                                {99950, "100 KB"},
-                                                                {999'499, "999 KB"},
+                                                                {1000, "1.0 kB"},
+                                                                {99949, "99.9 kB"},
+                                                                {99950, "100 kB"},
+                                                                {999'499, "999 kB"},
                                                                 {999'500, "1.0 MB"},
                                                                 {1'234'567'890'123, "1.2 TB"},
                                                                 {9'223'372'036'854'775'807, "9.2 EB"}};
@@ -64,7 +64,7 @@ TEST(Listing, ShowsEverySizeDateAndName) {
   setenv("TZ", "UTC", 1);
   EXPECT_EQ(rowOf({"a\tb\n\xFF", false, false, 1200, 1'795'348'740}, true),
             "a\xEF\xBF\xBD"
-            "b\xEF\xBF\xBD\xEF\xBF\xBD\t1.2 KB\t2026-11-22 11:59");
+            "b\xEF\xBF\xBD\xEF\xBF\xBD\t1.2 kB\t2026-11-22 11:59");
   EXPECT_EQ(rowOf({"lost", false, true, 7, 0}, true), "lost\tleads nowhere\t");
   EXPECT_EQ(rowOf({"sub", true, false, 4096, 0}, false), "sub/\t");
 }
@@ -89,10 +89,12 @@ TEST(Listing, TakesPathsAsTheyArePasted) {
   for (const auto& [pasted, path] :
        std::vector<std::pair<std::string, std::string>>{{"  /data/x.tpf \r\n", "/data/x.tpf"},
                                                         {"'/data/my x.tpf'", "/data/my x.tpf"},
-                                                        {"file:///data/my%20x%41%2.tpf%0", "/data/my xA%2.tpf%0"},
-                                                        {"file://host/data/x", "/data/x"},
+                                                        {"file:/data/my%20x%41.tpf", "/data/my xA.tpf"},
+                                                        {"file://localhost/data/x", "/data/x"},
+                                                        {"file://elsewhere/data/x", "file://elsewhere/data/x"},
+                                                        {"file:///data/x%4", "file:///data/x%4"},
                                                         {"file://host", "file://host"},
-                                                        {"file:///a%00b", "/a%00b"},
+                                                        {"file:///a%00b", "file:///a%00b"},
                                                         {" \n", ""},
                                                         {"100%25", "100%25"}})
     EXPECT_EQ(pathFrom(pasted), path);

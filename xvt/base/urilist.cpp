@@ -1,11 +1,19 @@
 #include "xvt/base/urilist.h"
 
+#include <unistd.h>
+
+#include <array>
 #include <charconv>
 #include <optional>
 
 namespace xvt {
 
 namespace {
+
+std::string hostName() {
+  std::array<char, 256> name{};
+  return gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
+}
 
 /// With each "%41" made the byte that it stands for; nothing where that is none or a zero.
 std::optional<std::string> decoded(std::string_view text) {
@@ -26,7 +34,7 @@ std::optional<std::string> decoded(std::string_view text) {
 }
 
 /// "file:///home/x", "file://localhost/home/x", "file:/home/x".
-std::optional<std::string> pathOf(std::string_view address, std::string_view host) {
+std::optional<std::string> pathOf(std::string_view address) {
   constexpr std::string_view kScheme = "file:";
   if (!address.starts_with(kScheme)) return std::nullopt;
   address.remove_prefix(kScheme.size());
@@ -34,7 +42,7 @@ std::optional<std::string> pathOf(std::string_view address, std::string_view hos
     address.remove_prefix(2);
     const std::size_t slash = address.find('/');
     const std::string_view where = address.substr(0, slash);
-    if (slash == std::string_view::npos || (!where.empty() && where != "localhost" && where != host))
+    if (slash == std::string_view::npos || (!where.empty() && where != "localhost" && where != hostName()))
       return std::nullopt;
     address.remove_prefix(slash);
   }
@@ -43,11 +51,11 @@ std::optional<std::string> pathOf(std::string_view address, std::string_view hos
 
 }  // namespace
 
-std::vector<std::string> pathsOf(std::string_view uriList, std::string_view host) {
+std::vector<std::string> pathsOf(std::string_view uriList) {
   std::vector<std::string> paths;
   while (!uriList.empty()) {
     const std::size_t end = uriList.find_first_of(std::string_view("\r\n\0", 3));
-    if (auto path = pathOf(uriList.substr(0, end), host)) paths.push_back(std::move(*path));
+    if (auto path = pathOf(uriList.substr(0, end))) paths.push_back(std::move(*path));
     uriList.remove_prefix(end == std::string_view::npos ? uriList.size() : end + 1);
   }
   return paths;

@@ -1,4 +1,4 @@
-/// What file managers hand over: a list of addresses.
+/// What file managers hand over: addresses of files.
 #pragma once
 
 #include <string>
@@ -9,7 +9,6 @@ namespace xvt {
 
 /// The absolute paths that a text/uri-list names (lines end in CR LF; "#" begins a remark). What is no file, lies on
 /// another host, or holds a zero byte is left out.
-/// @param host the name of this host, which an address may give
-std::vector<std::string> pathsOf(std::string_view uriList, std::string_view host);
+std::vector<std::string> pathsOf(std::string_view uriList);
 
 }  // namespace xvt

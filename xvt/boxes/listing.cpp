@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "xvt/base/naturalorder.h"
+#include "xvt/base/urilist.h"
 #include "xvt/base/utf8.h"
 
 namespace xvt {
@@ -73,7 +74,7 @@ std::string shownName(std::string_view name) {
 }
 
 std::string shownSize(long long bytes) {
-  static constexpr std::array kUnits = {"B", "KB", "MB", "GB", "TB", "PB", "EB"};
+  static constexpr std::array kUnits = {"B", "kB", "MB", "GB", "TB", "PB", "EB"};
   if (bytes < 1000) return std::to_string(bytes) + " B";
   auto value = static_cast<double>(bytes);
   std::size_t unit = 0;
@@ -139,26 +140,6 @@ Completion completionOf(const Entries& entries, const std::string& begin) {
 
 namespace {
 
-int hexDigit(char digit) {
-  if (digit >= '0' && digit <= '9') return digit - '0';
-  if (digit >= 'a' && digit <= 'f') return digit - 'a' + 10;
-  return digit >= 'A' && digit <= 'F' ? digit - 'A' + 10 : -1;
-}
-
-/// "%20" as the byte that it stands for; what is no such thing stays.
-std::string unescaped(std::string_view text) {
-  std::string bytes;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const bool whole = text[at] == '%' && at + 2 < text.size();
-    const int high = whole ? hexDigit(text[at + 1]) : -1;
-    const int low = whole ? hexDigit(text[at + 2]) : -1;
-    const bool escape = high >= 0 && low >= 0 && high + low > 0;
-    bytes += escape ? static_cast<char>(high * 16 + low) : text[at];
-    if (escape) at += 2;
-  }
-  return bytes;
-}
-
 bool isAround(const std::string& text, char mark) {
   return text.size() > 2 && text.front() == mark && text.back() == mark;
 }
@@ -167,15 +148,12 @@ bool isAround(const std::string& text, char mark) {
 
 std::string pathFrom(std::string text) {
   constexpr const char* kBlanks = " \t\r\n";
-  constexpr std::string_view kScheme = "file://";
   const std::size_t from = text.find_first_not_of(kBlanks);
   if (from == std::string::npos) return "";
   text = text.substr(from, text.find_last_not_of(kBlanks) - from + 1);
   if (isAround(text, '"') || isAround(text, '\'')) text = text.substr(1, text.size() - 2);
-  if (!text.starts_with(kScheme)) return text;
-  // A host's name stands before the path, or nothing.
-  const std::size_t path = text.find('/', kScheme.size());
-  return path == std::string::npos ? text : unescaped(std::string_view(text).substr(path));
+  const std::vector<std::string> paths = pathsOf(text);
+  return paths.empty() ? text : paths.front();
 }
 
 }  // namespace xvt

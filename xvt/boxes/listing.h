@@ -30,7 +30,7 @@ void sortEntries(Entries* entries, ListOrder order);
 /// A name as it can be shown: U+FFFD for each byte that is not valid UTF-8, and for control characters.
 std::string shownName(std::string_view name);
 
-/// "999 B", "1.2 KB" (a thousand bytes), ... "1.2 TB".
+/// "999 B", "1.2 kB" (a thousand bytes), ... "1.2 TB".
 std::string shownSize(long long bytes);
 
 /// Local time, "2026-11-22 11:49".
@@ -50,7 +50,7 @@ struct Completion {
 Completion completionOf(const Entries& entries, const std::string& begin);
 
 /// The path that somebody has typed or pasted: without the blanks, line ends and quotation marks around it; a file:
-/// address as the path that it stands for.
+/// address as the path of this host that it stands for.
 std::string pathFrom(std::string text);
 
 }  // namespace xvt

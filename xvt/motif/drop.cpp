@@ -4,7 +4,6 @@
 #include "xvt/motif/drop.h"
 
 #include <X11/Xatom.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -33,11 +32,6 @@ struct Drag {
 Drag drag;
 
 Atom atom(const char* name) { return XInternAtom(app().display(), name, False); }
-
-std::string hostName() {
-  std::array<char, 256> name{};
-  return gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
-}
 
 using Data = std::array<long, 5>;
 
@@ -110,7 +104,7 @@ void arrived(Widget, XtPointer closure, Atom*, Atom*, XtPointer value, unsigned 
   const std::unique_ptr<char, void (*)(char*)> bytes(static_cast<char*>(value), XtFree);
   guarded("drop", [&] {
     std::vector<std::string> files;
-    if (bytes && *format == 8) files = pathsOf({bytes.get(), *length}, hostName());
+    if (bytes && *format == 8) files = pathsOf({bytes.get(), *length});
     const auto dialog = Registry::instance().find<Dialog>(done->dialog);
     finish(*done, dialog && !files.empty());
     // Later: what the buttons do may last, and the intrinsics are in the middle of their answer.
