@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <map>
 
+#include "libkyr/folder.h"
 #include "quarlo/tapelib/sharefolder.h"
 #include "xvt/script/script_source.h"
 
@@ -17,13 +18,9 @@ constexpr const char* kExtension = ".qs";
 /// Every job's file by its name.
 std::map<std::string, fs::path> allJobs() {
   std::map<std::string, fs::path> jobs;
-  for (const std::string& folder : jobFolders()) {
-    std::error_code unreadable;
-    for (fs::directory_iterator each(folder, unreadable), end; each != end; each.increment(unreadable)) {
-      const fs::path& path = each->path();
+  for (const std::string& folder : jobFolders())
+    for (const fs::path& path : pathsIn(folder))
       if (path.extension() == kExtension) jobs.emplace(path.stem().string(), path);
-    }
-  }
   return jobs;
 }
 

@@ -8,21 +8,10 @@ namespace {
 
 constexpr int kNumberColumns = 10;
 
-template <std::size_t... N>
-constexpr auto joined(const std::array<DLG_ITEM, N>&... parts) {
-  std::array<DLG_ITEM, (N + ...)> all{};
-  std::size_t at = 0;
-  const auto put = [&](const auto& part) {
-    for (const DLG_ITEM& item : part) all[at++] = item;
-  };
-  (put(parts), ...);
-  return all;
-}
-
 /// A card of fields, three cells each: name, edit field, unit.
 template <std::size_t... N>
 constexpr auto fields(const char* heading, const std::array<DLG_ITEM, N>&... rows) {
-  return joined(std::array{ui::card(heading), ui::grid(3)}, rows..., std::array{ui::endOf(), ui::endOf()});
+  return ui::joined(std::array{ui::card(heading), ui::grid(3)}, rows..., std::array{ui::endOf(), ui::endOf()});
 }
 constexpr std::array<DLG_ITEM, 3> field(const char* label, int control, const char* name, const char* unit = "",
                                         const char* help = nullptr) {
@@ -32,8 +21,8 @@ constexpr std::array<DLG_ITEM, 3> field(const char* label, int control, const ch
 constexpr auto fieldFile(const char* label = "~Field file:") { return field(label, IT_FIELD_FILE, "field-file"); }
 constexpr auto secondFile(const char* label) { return field(label, IT_SECOND_FILE, "second-file"); }
 constexpr auto traces() {
-  return joined(field("F~irst trace:", IT_FIRST_TRACE, "first-trace", "", "Counts from 1 in the record"),
-                field("~Last trace:", IT_LAST_TRACE, "last-trace"));
+  return ui::joined(field("F~irst trace:", IT_FIRST_TRACE, "first-trace", "", "Counts from 1 in the record"),
+                    field("~Last trace:", IT_LAST_TRACE, "last-trace"));
 }
 constexpr auto limit(const char* label, const char* unit) { return field(label, IT_LIMIT, "limit", unit); }
 constexpr std::array<DLG_ITEM, 1> removeDC() {
@@ -49,7 +38,7 @@ constexpr std::array<DLG_ITEM, 6> foot() {
 }
 template <std::size_t... N>
 constexpr auto test(const std::array<DLG_ITEM, N>&... parts) {
-  return joined(parts..., foot(), std::array{ui::status(IT_STATUS, "status")});
+  return ui::joined(parts..., foot(), std::array{ui::status(IT_STATUS, "status")});
 }
 
 constexpr auto kAdTest = test(

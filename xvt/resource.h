@@ -7,6 +7,7 @@
 /// `name` is what a script (docs/scripts.md) calls the item; it is unique in its table.
 #pragma once
 
+#include <array>
 #include <cstddef>
 
 #include "xvt/xvt.h"
@@ -79,7 +80,10 @@ struct DLG_ITEM {
 /// A dialog. A label with the id of a field is not a control of its own but belongs to the field, as does a label
 /// without id that stands right before the field, or before a radio button, and has a mnemonic or a colon: they are
 /// grey while the field is disabled.
-struct DLG_RES {
+///
+/// The tag: format modules from before they tell what headers they were built with have items of another size. Their
+/// calls have names without it, which nobody has, so that the loader refuses them.
+struct [[gnu::abi_tag("stamped")]] DLG_RES {
   int id;             ///< resource number
   const char* name;   ///< for scripts, unique among all dialogs
   const char* title;  ///< window title
@@ -215,5 +219,17 @@ constexpr MENU_ITEM checkItem(int number, const char* name, const char* text, co
   return {MK_CHECK, number, name, text, shortcut, true, nullptr};
 }
 constexpr MENU_ITEM menuSeparator() { return {MK_SEPARATOR, 0, nullptr, nullptr, nullptr, true, nullptr}; }
+
+/// The items of several parts, one behind another.
+template <std::size_t... Sizes>
+constexpr auto joined(const std::array<DLG_ITEM, Sizes>&... parts) {
+  std::array<DLG_ITEM, (Sizes + ...)> all{};
+  std::size_t at = 0;
+  const auto append = [&](const auto& part) {
+    for (const DLG_ITEM& item : part) all[at++] = item;
+  };
+  (append(parts), ...);
+  return all;
+}
 
 }  // namespace ui

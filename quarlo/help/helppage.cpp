@@ -7,9 +7,11 @@
 #include <utility>
 
 #include "libkyr/files.h"
+#include "libkyr/folder.h"
 #include "libkyr/text.h"
 #include "quarlo/help/plaintext.h"
 #include "quarlo/tapelib/sharefolder.h"
+#include "xvt/base/utf8.h"
 
 namespace {
 
@@ -46,7 +48,7 @@ std::vector<std::size_t> columnWidths(const std::vector<Row>& rows) {
   std::vector<std::size_t> widths;
   for (const Row& row : rows) {
     widths.resize(std::max(widths.size(), row.size()));
-    for (std::size_t at = 0; at < row.size(); ++at) widths[at] = std::max(widths[at], charactersOf(row[at]));
+    for (std::size_t at = 0; at < row.size(); ++at) widths[at] = std::max(widths[at], xvt::utf8Characters(row[at]));
   }
   while (!widths.empty() && std::reduce(widths.begin(), widths.end()) + kGap * (widths.size() - 1) > kWidth) {
     const auto widest = std::ranges::max_element(widths);
@@ -57,7 +59,7 @@ std::vector<std::size_t> columnWidths(const std::vector<Row>& rows) {
 }
 
 std::string padded(std::string text, std::size_t width) {
-  const std::size_t characters = charactersOf(text);
+  const std::size_t characters = xvt::utf8Characters(text);
   return text.append(width > characters ? width - characters : 0, ' ');
 }
 
@@ -95,7 +97,7 @@ class PageReader {
 
   void flush() {
     const std::string start = std::exchange(start_, "");
-    const std::string indent(charactersOf(start), ' ');
+    const std::string indent(xvt::utf8Characters(start), ' ');
     const auto lines = wrapped(plainText(std::exchange(words_, "")), kWidth - indent.size());
     for (std::size_t at = 0; at < lines.size(); ++at) put((at == 0 ? start : indent) + lines[at]);
     table();
@@ -135,7 +137,7 @@ class PageReader {
     if (!shares) blank();
     page_.headings.push_back({text, sectionName(marked), static_cast<long>(page_.lines.size())});
     put(text);
-    if (level <= 2) put(std::string(charactersOf(text), level == 1 ? '=' : '-'));
+    if (level <= 2) put(std::string(xvt::utf8Characters(text), level == 1 ? '=' : '-'));
   }
 
   void table() {
@@ -207,11 +209,9 @@ std::optional<HelpPage> findPage(const std::string& name) {
 
 std::vector<std::string> allPages() {
   std::set<std::string> names;
-  for (const std::string& folder : shareFolders(kKind)) {
-    std::error_code none;
-    for (const auto& entry : std::filesystem::directory_iterator(folder, none))
-      if (entry.path().extension() == ".md") names.insert(entry.path().filename().string());
-  }
+  for (const std::string& folder : shareFolders(kKind))
+    for (const auto& path : pathsIn(folder))
+      if (path.extension() == ".md") names.insert(path.filename().string());
   std::vector<std::string> pages(names.begin(), names.end());
   std::stable_partition(pages.begin(), pages.end(), [](const std::string& name) { return name == kFirstPage; });
   return pages;

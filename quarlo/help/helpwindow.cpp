@@ -112,11 +112,6 @@ std::string nameOf(WINDOW window) {
   return xvt_vobj_get_name(window, name, sizeof name);
 }
 
-std::string titleOf(WINDOW window) {
-  char title[200];
-  return xvt_vobj_get_title(window, title, sizeof title);
-}
-
 /// The message that a window is about at this moment. What dumps and reports show are no messages.
 std::string messageOf(WINDOW window, const std::string& name) {
   if (name.ends_with("-box")) return controlText(window, BOX_TEXT);
@@ -152,5 +147,5 @@ void helpOn(WINDOW window) {
   if (window == helpWindow) return followReference();
   const std::string name = nameOf(window);
   if (explainMessage(messageOf(window, name))) return;
-  showHelp(helpPlaceOf(name, titleOf(window)));
+  showHelp(helpPlaceOf(name, windowTitle(window)));
 }

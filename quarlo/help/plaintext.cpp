@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cctype>
 
+#include "xvt/base/utf8.h"
+
 namespace {
 
 bool isSpaceAt(std::string_view text, std::size_t at) { return at >= text.size() || text[at] == ' '; }
@@ -100,11 +102,6 @@ std::string sectionName(std::string_view heading) {
   return name;
 }
 
-std::size_t charactersOf(std::string_view text) {
-  return static_cast<std::size_t>(std::ranges::count_if(
-      text, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; }));
-}
-
 std::vector<std::string> wrapped(std::string_view text, std::size_t width) {
   std::vector<std::string> lines;
   while (!text.empty()) {
@@ -112,7 +109,7 @@ std::vector<std::string> wrapped(std::string_view text, std::size_t width) {
     const std::string_view word = text.substr(0, blank);
     text.remove_prefix(blank == std::string_view::npos ? text.size() : blank + 1);
     if (word.empty()) continue;
-    if (lines.empty() || charactersOf(lines.back()) + 1 + charactersOf(word) > width)
+    if (lines.empty() || xvt::utf8Characters(lines.back()) + 1 + xvt::utf8Characters(word) > width)
       lines.emplace_back(word);
     else
       lines.back().append(" ").append(word);

@@ -16,8 +16,5 @@ std::string referenceIn(std::string_view line);
 /// The name that links call a heading by: small letters and figures, "-" for blanks.
 std::string sectionName(std::string_view heading);
 
-/// Characters, as far as they can be told from bytes of UTF-8.
-std::size_t charactersOf(std::string_view text);
-
 /// The words of a text in lines of so many characters; a longer word stands alone.
 std::vector<std::string> wrapped(std::string_view text, std::size_t width);

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <array>
-#include <cstddef>
 
 #include "xvt/resource.h"
 
@@ -24,17 +23,6 @@ enum CONTROLS : int {
   FB_BY_SIZE,
   FB_BY_DATE
 };
-
-template <std::size_t... Sizes>
-constexpr auto joined(const std::array<DLG_ITEM, Sizes>&... parts) {
-  std::array<DLG_ITEM, (Sizes + ...)> all{};
-  std::size_t at = 0;
-  const auto append = [&](const auto& part) {
-    for (const DLG_ITEM& item : part) all[at++] = item;
-  };
-  (append(parts), ...);
-  return all;
-}
 
 constexpr std::array kTop = {
     ui::row(),
@@ -96,8 +84,8 @@ constexpr std::array<DLG_ITEM, 7> foot(const char* ok) {
   };
 }
 
-constexpr auto kFileItems = joined(kTop, kFileList, foot("~Open"));
-constexpr auto kDirItems = joined(kTop, kFolderList, foot("~Choose"));
+constexpr auto kFileItems = ui::joined(kTop, kFileList, foot("~Open"));
+constexpr auto kDirItems = ui::joined(kTop, kFolderList, foot("~Choose"));
 
 constexpr DLG_RES kFileTable = {0, "file-box", "File", kFileItems.data(), kFileItems.size()};
 constexpr DLG_RES kDirTable = {0, "dir-box", "Folder", kDirItems.data(), kDirItems.size()};

@@ -140,8 +140,19 @@ class EditItem final : public Item {
 /// Adds rows behind those that a list widget has, all at once.
 void appendRows(Widget list, std::span<const std::string> rows);
 
+/// What has rows of text.
+class RowsItem : public Item {
+ public:
+  using Item::Item;
+  int rowCount() const override { return static_cast<int>(rows_.size()); }
+  std::string rowText(int row) const override { return rows_.at(static_cast<std::size_t>(row)); }
+
+ protected:
+  std::vector<std::string> rows_;
+};
+
 /// Lists of which one or several rows can be selected.
-class ListItem final : public Item {
+class ListItem final : public RowsItem {
  public:
   ListItem(Dialog& dialog, const DLG_ITEM& line, Widget parent);
   Widget outer() const override;
@@ -149,8 +160,6 @@ class ListItem final : public Item {
   void setColor(XVT_COLOR color) override;
   void clearRows() override;
   void addRow(int index, const std::string& text) override;
-  int rowCount() const override { return static_cast<int>(rows_.size()); }
-  std::string rowText(int row) const override { return rows_.at(static_cast<std::size_t>(row)); }
   bool isRowSelected(int row) const override;
   void setRowSelected(int row, bool selected) override;
   void clearRowSelection() override;
@@ -163,14 +172,13 @@ class ListItem final : public Item {
   void listen();
   bool several() const { return line().kind == IK_MULTI; }
   void showGround();
-  std::vector<std::string> rows_;
   std::size_t shown_ = 0;            // so many of them the widget has
   std::optional<XVT_COLOR> ground_;  // given by the program, shown while enabled
   int grown_ = 0;
 };
 
 /// A choice out of rows that pop up.
-class OptionItem final : public Item {
+class OptionItem final : public RowsItem {
  public:
   OptionItem(Dialog& dialog, const DLG_ITEM& line, Widget parent);
   ~OptionItem() override;
@@ -180,8 +188,6 @@ class OptionItem final : public Item {
   void setVisible(bool visible) override;
   void clearRows() override;
   void addRow(int index, const std::string& text) override;
-  int rowCount() const override { return static_cast<int>(rows_.size()); }
-  std::string rowText(int row) const override { return rows_.at(static_cast<std::size_t>(row)); }
   bool isRowSelected(int row) const override { return row == selected_; }
   void setRowSelected(int row, bool selected) override;
   void clearRowSelection() override;
@@ -202,7 +208,6 @@ class OptionItem final : public Item {
   void openList();
   void forgetList();
   void fillList();
-  std::vector<std::string> rows_;
   int selected_ = -1;
   Widget popup_ = nullptr;
   Widget list_ = nullptr;

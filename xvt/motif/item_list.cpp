@@ -36,7 +36,7 @@ void appendRows(Widget list, std::span<const std::string> rows) {
   XmListAddItemsUnselected(list, items.data(), static_cast<int>(items.size()), 0);
 }
 
-ListItem::ListItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : Item(dialog, line, parent) {
+ListItem::ListItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : RowsItem(dialog, line, parent) {
   std::vector<Arg> args(5);
   XtSetArg(args[0], const_cast<char*>(XmNselectionPolicy), several() ? XmEXTENDED_SELECT : XmBROWSE_SELECT);
   XtSetArg(args[1], const_cast<char*>(XmNlistSizePolicy), XmCONSTANT);

@@ -23,7 +23,7 @@ constexpr int kRowsAtOnce = 14;
 
 }  // namespace
 
-OptionItem::OptionItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : Item(dialog, line, parent) {
+OptionItem::OptionItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : RowsItem(dialog, line, parent) {
   const Look& look = app().look();
   const MotifString empty("");
   widget_ =

@@ -22,7 +22,8 @@ constexpr int kWheelRows = 3;
 
 }  // namespace
 
-TableItem::TableItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : Item(dialog, line, parent), last_{-1, 0} {
+TableItem::TableItem(Dialog& dialog, const DLG_ITEM& line, Widget parent)
+    : RowsItem(dialog, line, parent), last_{-1, 0} {
   for (const auto& item : dialog.items())
     if (item->kind() == IK_HEAD) heads_.push_back(static_cast<const Item*>(item.get()));
   const Look& look = app().look();
@@ -171,11 +172,14 @@ void TableItem::refresh() {
   if (stale_) paint();
 }
 
-XftColor TableItem::ink(color::Tone tone) const {
+/// Asked for once each: over a slow line the answers would take longer than a list takes to be painted.
+const XftColor& TableItem::ink(color::Tone tone) {
+  const auto [at, isNew] = inks_.try_emplace(tone);
+  if (!isNew) return at->second;
   XColor exact{};
   exact.pixel = app().look().pixel(tone);
   XQueryColor(app().display(), DefaultColormapOfScreen(XtScreen(widget_)), &exact);
-  return {exact.pixel, {exact.red, exact.green, exact.blue, 0xFFFF}};
+  return at->second = {exact.pixel, {exact.red, exact.green, exact.blue, 0xFFFF}};
 }
 
 void TableItem::fitPixmap() {
@@ -213,8 +217,8 @@ void TableItem::paint() {
   fitPixmap();
   top_ = std::clamp(top_, 0, mostTop());
   fitBar();
-  const XftColor paper = ink(color::kPaper);
-  XftDrawRect(draw_, &paper, 0, 0, static_cast<unsigned>(drawn_.width), static_cast<unsigned>(drawn_.height));
+  XftDrawRect(draw_, &ink(color::kPaper), 0, 0, static_cast<unsigned>(drawn_.width),
+              static_cast<unsigned>(drawn_.height));
   int y = app().look().px(kMargin);
   for (int row = top_; row < rowCount() && y < drawn_.height; ++row, y += rowHeight()) paintRow(row, y);
   GC gc = XtGetGC(widget_, 0, nullptr);
@@ -225,8 +229,8 @@ void TableItem::paint() {
 
 void TableItem::paintRow(int row, int y) {
   if (row == selected_) {
-    const XftColor ground = ink(color::kChosen);
-    XftDrawRect(draw_, &ground, 0, y, static_cast<unsigned>(drawn_.width), static_cast<unsigned>(rowHeight()));
+    XftDrawRect(draw_, &ink(color::kChosen), 0, y, static_cast<unsigned>(drawn_.width),
+                static_cast<unsigned>(rowHeight()));
   }
   std::string_view rest = rows_[static_cast<std::size_t>(row)];
   for (const Item* head : heads_) {
@@ -247,9 +251,9 @@ void TableItem::paintCell(const Item& head, std::string_view text, int y, color:
   const std::string shown = look.fitted(face(), std::string(text), std::max(1, right - left));
   const bool toRight = (head.line().flags & IF_RIGHT) != 0;
   const int x = toRight ? std::max(left, right - look.textWidth(face(), shown)) : left;
-  const XftColor color = ink(isEnabled() ? tone : color::kFaint);
-  XftDrawStringUtf8(draw_, &color, look.font(face()), x, y + look.px(kRowGap) / 2 + look.ascent(face()),
-                    reinterpret_cast<const FcChar8*>(shown.data()), static_cast<int>(shown.size()));
+  XftDrawStringUtf8(draw_, &ink(isEnabled() ? tone : color::kFaint), look.font(face()), x,
+                    y + look.px(kRowGap) / 2 + look.ascent(face()), reinterpret_cast<const FcChar8*>(shown.data()),
+                    static_cast<int>(shown.size()));
 }
 
 }  // namespace xvt

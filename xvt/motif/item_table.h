@@ -3,6 +3,7 @@
 
 #include <X11/Xft/Xft.h>
 
+#include <map>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -14,7 +15,7 @@ namespace xvt {
 
 /// A list with cells in its rows, each column below its head. Rows are texts and nothing more: those that are seen are
 /// painted, into a pixmap that is then copied to the window, however many there are.
-class TableItem final : public Item {
+class TableItem final : public RowsItem {
  public:
   TableItem(Dialog& dialog, const DLG_ITEM& line, Widget parent);
   ~TableItem() override;
@@ -22,8 +23,6 @@ class TableItem final : public Item {
   void setEnabled(bool enabled) override;
   void clearRows() override;
   void addRow(int index, const std::string& text) override;
-  int rowCount() const override { return static_cast<int>(rows_.size()); }
-  std::string rowText(int row) const override { return rows_.at(static_cast<std::size_t>(row)); }
   bool isRowSelected(int row) const override { return row == selected_; }
   void setRowSelected(int row, bool selected) override;
   void clearRowSelection() override;
@@ -44,7 +43,7 @@ class TableItem final : public Item {
   void paintCell(const Item& head, std::string_view text, int y, color::Tone tone);
   int rowHeight() const;
   int mostTop() const { return std::max(0, rowCount() - rowsShown()); }
-  XftColor ink(color::Tone tone) const;
+  const XftColor& ink(color::Tone tone);
 
   std::vector<const Item*> heads_;
   Widget frame_ = nullptr;
@@ -52,7 +51,7 @@ class TableItem final : public Item {
   Pixmap pixmap_ = 0;
   XftDraw* draw_ = nullptr;
   Extent drawn_;  ///< size of the pixmap
-  std::vector<std::string> rows_;
+  std::map<color::Tone, XftColor> inks_;
   int selected_ = -1;
   int top_ = 0;                ///< the first row that is seen
   int pressed_ = -1;           ///< the row that the mouse button is down on

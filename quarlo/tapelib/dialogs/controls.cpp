@@ -62,6 +62,11 @@ std::string controlText(WINDOW dialog, int control) {
   return text;
 }
 
+std::string windowTitle(WINDOW window) {
+  char title[200];
+  return xvt_vobj_get_title(window, title, sizeof title);
+}
+
 void enableControl(WINDOW dialog, int control, bool enabled) {
   withControl(
       dialog, control, [enabled](WINDOW found) { xvt_vobj_set_enabled(found, enabled); });

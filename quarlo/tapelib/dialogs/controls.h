@@ -18,6 +18,8 @@ void setControlText(WINDOW dialog, int control, const char* text);
 void setControlNumber(WINDOW dialog, int control, long value);
 /// The text of an edit field, value or label; of any length that a line of text has.
 std::string controlText(WINDOW dialog, int control);
+/// As much of a window's title as its frame might show.
+std::string windowTitle(WINDOW window);
 void enableControl(WINDOW dialog, int control, bool enabled);
 void enableControls(WINDOW dialog, std::initializer_list<int> controls, bool enabled);
 void showControl(WINDOW dialog, int control, bool visible);

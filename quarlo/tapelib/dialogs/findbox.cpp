@@ -59,11 +59,6 @@ bool wentRound(Place from, Place found, FindDirection direction) {
 
 void say(const std::string& text) { setControlText(box, FIND_HINT, text.c_str()); }
 
-std::string titleOf(WINDOW window) {
-  char title[200];
-  return xvt_vobj_get_title(window, title, sizeof title);
-}
-
 /// Tells a window to search: it knows its text.
 void step(int command) {
   if (!xvt_vobj_is_valid(searched) || !xvt_vobj_is_visible(searched)) return xvt_vobj_destroy(box);
@@ -104,7 +99,7 @@ bool showBox() {
 
 void aimAt(const DocView& view) {
   searched = view.window;
-  xvt_vobj_set_title(box, ("Find in " + titleOf(view.window)).c_str());
+  xvt_vobj_set_title(box, ("Find in " + windowTitle(view.window)).c_str());
 }
 
 std::string selectedWords(const DocView& view) {

@@ -10,6 +10,8 @@
 #include <system_error>
 #include <utility>
 
+#include "libkyr/folder.h"
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -109,8 +111,8 @@ int writeDriveFile(const std::string& path, const DriveDescription& drive) {
 bool findDriveFiles(const std::string& folder, std::vector<std::string>& paths) {
   std::error_code error;
   if (!fs::is_directory(folder, error)) return false;
-  for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error))
-    if (it->path().extension() == ".drive") paths.push_back(it->path().string());
+  for (const fs::path& each : pathsIn(folder))
+    if (each.extension() == ".drive") paths.push_back(each.string());
   std::sort(paths.begin(), paths.end());
   return true;
 }

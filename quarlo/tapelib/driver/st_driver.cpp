@@ -14,6 +14,8 @@
 #include <system_error>
 #include <utility>
 
+#include "libkyr/folder.h"
+
 #ifndef SCSI_IOCTL_GET_IDLUN  // the C library's header leaves it out
 #define SCSI_IOCTL_GET_IDLUN 0x5382
 #endif
@@ -66,12 +68,11 @@ bool isPlainTapeName(const std::string& name) {
 }
 
 bool readSysfs(const std::string& folder, DriveFacts& drives) {
-  std::error_code error;
   std::vector<std::pair<long, DriveFact>> found;
-  for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
-    const std::string name = it->path().filename().string();
+  for (const fs::path& tape : pathsIn(folder)) {
+    const std::string name = tape.filename().string();
     DriveFact fact;
-    if (isPlainTapeName(name) && tapeFact(it->path(), fact)) found.emplace_back(std::stol(name.substr(3)), fact);
+    if (isPlainTapeName(name) && tapeFact(tape, fact)) found.emplace_back(std::stol(name.substr(3)), fact);
   }
   std::sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
   for (auto& [number, fact] : found) drives.facts.push_back(std::move(fact));

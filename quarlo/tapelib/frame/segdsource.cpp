@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <limits>
 
+#include "libkyr/folder.h"
 #include "libkyr/text.h"
 #include "quarlo/tapelib/formats/segdhdr.h"
 #include "quarlo/tapelib/frame/fieldchoice.h"
@@ -20,8 +21,8 @@ std::vector<std::string> folderOf(const std::string& path) {
   std::error_code failed;
   std::vector<std::string> files;
   const fs::path folder = fs::path(path).parent_path();
-  for (const fs::directory_entry& entry : fs::directory_iterator(folder.empty() ? "." : folder, failed))
-    if (entry.is_regular_file(failed)) files.push_back(entry.path().string());
+  for (const fs::path& each : pathsIn(folder.empty() ? "." : folder))
+    if (fs::is_regular_file(each, failed)) files.push_back(each.string());
   std::ranges::sort(files);
   return files;
 }
