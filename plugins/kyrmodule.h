@@ -35,6 +35,7 @@ typedef struct ProcessRecord ProcessRecord;
 #endif
 
 #include "quarlo/tapelib/frame/formatblocks.h"
+#include "quarlo/tapelib/frame/modulestamp.h"
 #include "quarlo/tapelib/modulecalls.h"
 
 /// Room for a display name, its terminating zero included.
@@ -46,6 +47,17 @@ enum { KYR_NAME_SIZE = 32 };
 #define KYR_NAME_DATASET "Kyr"
 
 // ---- what it is -------------------------------------------------------------------------------------------------
+
+/// What it was built with, for the program, which takes no module in C++ of other headers than its own. The author has
+/// nothing to do for it.
+#ifdef __cplusplus
+extern "C" {
+__attribute__((weak, visibility("default"))) extern const KyrModuleStamp kyrModuleStamp;
+const KyrModuleStamp kyrModuleStamp = kKyrStamp;
+}
+#else
+__attribute__((weak, visibility("default"))) const struct KyrModuleStamp kyrModuleStamp = {KYR_INTERFACE, 0};
+#endif
 
 /// The module's display name, at most 31 bytes and a zero, and its identifier, which no other module should have.
 KYR_MODULE_ENTRY void GetTuDllIdentifier(char* theName, int* uniqueId);

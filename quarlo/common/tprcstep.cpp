@@ -15,6 +15,7 @@
 #include "quarlo/common/modulefolder.h"
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/diskunit.h"
+#include "quarlo/tapelib/frame/modulestamp.h"
 #include "quarlo/tapelib/modulecalls.h"
 #include "quarlo/tapelib/tlv_fcn.h"
 
@@ -29,13 +30,16 @@ namespace {
 
 constexpr const char* kCannotLoad = "Error opening shared object : %s ";
 constexpr const char* kIdentifierEntry = "GetTuDllIdentifier";
+constexpr const char* kStamp = "kyrModuleStamp";
 
-/// Every entry that a module may have.
-constexpr const char* kEntryNames[] = {
-    kIdentifierEntry,   "AllocInputMemory",  "DestroyInputMemory",  "GetInputDefaultParameters",
-    "PostInputDialog",  "AllocOutputMemory", "DestroyOutputMemory", "GetOutputDefaultParameters",
-    "PostOutputDialog", "TInitialPhase",     "TMainPhase",          "TFinalPhase",
-    "TOpenSource"};
+/// Every entry that a module may have, and its stamp.
+constexpr const char* kEntryNames[] = {kIdentifierEntry,      "AllocInputMemory",
+                                       "DestroyInputMemory",  "GetInputDefaultParameters",
+                                       "PostInputDialog",     "AllocOutputMemory",
+                                       "DestroyOutputMemory", "GetOutputDefaultParameters",
+                                       "PostOutputDialog",    "TInitialPhase",
+                                       "TMainPhase",          "TFinalPhase",
+                                       "TOpenSource",         kStamp};
 
 /// Room that a module finds for its display name: more than it may use.
 constexpr std::size_t kNameRoom = 4096;
@@ -63,6 +67,14 @@ int* parameterBlock(const char* dllName, int size, const char* what) {
   return static_cast<int*>(block);
 }
 
+/// What a stamp forbids; empty for nothing.
+std::string stampFault(const KyrModuleStamp& stamp) {
+  const bool isC = stamp.records == 0;
+  if (isC || (stamp.interface == kKyrStamp.interface && stamp.records == kKyrStamp.records)) return "";
+  return formatText("it was built for headers %d-%08x, and this program has %d-%08x: build it anew with them",
+                    stamp.interface, stamp.records, kKyrStamp.interface, kKyrStamp.records);
+}
+
 using Names = std::vector<std::string>;
 
 /// Whether the module can be loaded and names itself; says so when not.
@@ -73,7 +85,11 @@ bool isUsable(const std::string& name) {
     reportOnConsole(name.c_str(), step.whyNot());
     return false;
   }
-  if (step.GetTuDllIdentifier(row.menuName, &row.uniqueId) != 0) return true;
+  if (step.GetTuDllIdentifier(row.menuName, &row.uniqueId) != 0) {
+    if (!step.hasEntry(kStamp))
+      console_printf("  ** Format module %s does not tell what headers it was built with.", name.c_str());
+    return true;
+  }
   if (step.hasEntry(kIdentifierEntry))
     console_printf("  ** Format module %s does not name itself. It is not used.", name.c_str());
   else
@@ -121,6 +137,9 @@ ProcessingStep::ProcessingStep(const char* name) {
   else
     reason_ = accessFault(pathOf(DLLFileName));
   if (reason_.empty()) aConnectionID.reset(KyrLoadDLL(&DLLFileName, &reason_, kEntryNames), KyrUnloadDLL);
+  if (const auto* stamp = static_cast<const KyrModuleStamp*>(find(kStamp)); stamp != nullptr)
+    reason_ = stampFault(*stamp);
+  if (!reason_.empty()) aConnectionID.reset();
   loadFailed = aConnectionID == nullptr ? 1 : 0;
 }
 

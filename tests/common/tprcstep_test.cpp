@@ -18,6 +18,7 @@
 #include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/drives.h"
 #include "quarlo/tapelib/frame/formatblocks.h"
+#include "quarlo/tapelib/frame/modulestamp.h"
 #include "quarlo/tapelib/frame/traceoutput.h"
 #include "quarlo/tapelib/jobstate.h"
 #include "quarlo/tapelib/modulecalls.h"
@@ -194,6 +195,22 @@ TEST_F(ModuleTest, AModuleThatKillsWhoSearchesItIsPassedOver) {
   EXPECT_EQ(found(), Lines{});
   EXPECT_EQ(consoleWithoutDates(),
             (Lines{"Error opening shared object : iodamaged.so ", "  ** crashes while it is loaded"}));
+}
+
+// Its records would be others than the program's: the address of one would do.
+TEST_F(ModuleTest, AModuleOfOtherHeadersIsPassedOver) {
+  const std::string module = readFile(QUARLO_TEST_MODULES "ioplain.so");
+  const std::string stamp(reinterpret_cast<const char*>(&kKyrStamp), sizeof kKyrStamp);
+  std::string other = module;
+  for (std::size_t at = 0; (at = other.find(stamp, at)) != std::string::npos;) other[at] = 9;
+  writeFile("lib/ioother.so", other);
+  writeFile("lib/iosilent.so", std::string(module).replace(module.find("kyrModuleStamp"), 1, "x"));
+  EXPECT_EQ(found(), Lines{"iosilent.so: Faulty 78"});
+  const Lines console = consoleWithoutDates();
+  ASSERT_EQ(console.size(), 3U);
+  EXPECT_EQ(console[0], "Error opening shared object : ioother.so ");
+  EXPECT_TRUE(console[1].starts_with("  ** it was built for headers 9-")) << console[1];
+  EXPECT_EQ(console[2], "  ** Format module iosilent.so does not tell what headers it was built with.");
 }
 
 TEST_F(ModuleTest, ALongDisplayNameIsCut) {
@@ -644,6 +661,17 @@ TEST_F(BuiltModuleTest, ASourceKeepsItsModuleUntilItIsClosed) {
   ASSERT_EQ(openSource("ioexample.so", reader.get(), parameters()), 0);
   reader.reset();
   EXPECT_FALSE(isLoaded("ioexample.so"));
+}
+
+TEST_F(BuiltModuleTest, OlderHeadersAreToldOrLeaveACallUnknown) {
+  if (authors == nullptr) GTEST_SKIP() << "authors.sh builds it";
+  for (const auto& [name, why] :
+       {std::pair("iolonger.so", "it was built for headers "), {"iosilent.so", "undefined symbol: "}}) {
+    std::filesystem::copy(folderOfModules + name, "lib");
+    const ProcessingStep step(name);
+    EXPECT_EQ(step.loadFailed, 1) << name;
+    EXPECT_NE(step.whyNot().find(why), std::string::npos) << step.whyNot();
+  }
 }
 
 TEST_F(BuiltModuleTest, TheExampleSaysWhatIsWrong) {

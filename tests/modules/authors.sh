@@ -34,6 +34,16 @@ for name in ioexample iocopy; do
   mv lib/iomine.so lib/$name.so
 done
 cp "$build/lib/iokyr.so" lib/
+# The example as it would be with a longer item of dialogs, and from before modules told what they were built with.
+for name in iolonger iosilent; do
+  cp -r "$include" $name
+  case $name in
+    iolonger) sed -i 's/const char\* keys = nullptr;/& int more = 0;/' $name/xvt/resource.h ;;
+    iosilent) sed -i '/const KyrModuleStamp kyrModuleStamp/d; s/\[\[gnu::abi_tag.*\]\]//' \
+      $name/plugins/kyrmodule.h $name/xvt/resource.h $name/quarlo/tapelib/dialogs/blockdialog.h ;;
+  esac
+  g++ -std=c++20 -shared -fPIC -fvisibility=hidden -I $name iomine.cpp -o lib/$name.so
+done
 
 nm -D --defined-only "$home/prefix/bin/quarlo" | sed 's/.* //' | sort >has
 nm -D --undefined-only lib/ioexample.so lib/iocopy.so | sed -n 's/^ *U //p' | grep -vE '@|^(_ZNSt|_ZSt|__|_Unwind)' | sort -u >calls

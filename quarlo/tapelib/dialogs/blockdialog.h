@@ -13,7 +13,8 @@
 #include "quarlo/tapelib/dialogs/settings.h"
 #include "xvt/resource.h"
 
-class BlockDialog {
+/// The tag: as that of DLG_RES, for modules that have their dialogs from here.
+class [[gnu::abi_tag("stamped")]] BlockDialog {
  public:
   /// One row of an option list: what is shown, and the value that it stands for.
   struct Choice {
@@ -80,7 +81,7 @@ class BlockDialog {
     int* value;
   };
 
-  static long handle(WINDOW dialog, EVENT* event);
+  static long handle(WINDOW dialog, EVENT * event);
   void show(WINDOW dialog);
   void showFile(WINDOW dialog, const File& file) const;
   void control(WINDOW dialog, const EVENT& event);
