@@ -6,6 +6,7 @@
 #include <fstream>
 #include <string_view>
 
+#include "libkyr/folder.h"
 #include "quarlo/tapelib/sharefolder.h"
 
 namespace {
@@ -28,23 +29,26 @@ std::string endingOf(const fs::path& path) {
 }
 
 bool hasDrives(const fs::path& folder) {
-  std::error_code unreadable;
-  return std::ranges::any_of(fs::directory_iterator(folder, unreadable),
-                             [](const fs::directory_entry& entry) { return entry.path().extension() == ".drive"; });
+  return std::ranges::any_of(
+      pathsIn(folder), [](const fs::path& path) { return path.extension() == ".drive"; });
 }
 
-/// A folder of the user's with one drive, in which the cartridge lies.
+/// A folder of the user's with one drive, in which the cartridge lies; empty where that cannot be written.
 fs::path folderWithDrive(const fs::path& cartridge) {
   fs::path folder = userShareFolder("drives");
+  if (folder.empty()) return folder;
   std::error_code failed;
   fs::create_directories(folder, failed);
-  std::ofstream(folder / "opened.drive") << "cartridge = " << cartridge.string() << '\n';
-  return folder;
+  std::ofstream drive(folder / "opened.drive");
+  drive << "cartridge = " << cartridge.string() << '\n';
+  drive.close();
+  return drive ? folder : fs::path();
 }
 
-void useDrivesOf(const fs::path& cartridge) {
-  const fs::path folder = cartridge.parent_path();
-  setenv("QUARLO_VIRTUAL_DRIVES", (hasDrives(folder) ? folder : folderWithDrive(cartridge)).c_str(), 1);
+bool useDrivesOf(const fs::path& cartridge) {
+  const fs::path beside = cartridge.parent_path();
+  const fs::path folder = hasDrives(beside) ? beside : folderWithDrive(cartridge);
+  return !folder.empty() && setenv("QUARLO_VIRTUAL_DRIVES", folder.c_str(), 1) == 0;
 }
 
 }  // namespace
@@ -58,8 +62,8 @@ std::string openingScript(const std::string& path, std::string* reason) {
   else if (kind == std::end(kKinds))
     *reason = "no dialog is for files of this kind (.tpf, .tap, .sgy, .segy, .sgd, .segd, .kyr, .idx)";
   else if (std::string script = findShared("open", kind->script); !script.empty()) {
-    if (ending == ".tap") useDrivesOf(path);
-    return script;
+    if (ending != ".tap" || useDrivesOf(path)) return script;
+    *reason = "a drive for it cannot be written to " + userShareFolder("drives");
   } else
     *reason = std::string("the program's own file ") + kind->script + " is missing";
   return "";

@@ -128,7 +128,9 @@ TEST_F(TextWindowTest, AConsoleWithoutItsFileWorksOnScreen) {
   std::filesystem::create_directory("console.txt");
   consInit();
   console_out("on screen only");
-  EXPECT_EQ(kit.lines(console()), (Lines{"on screen only"}));
+  EXPECT_EQ(kit.lines(console()),
+            (Lines{"  ** \"console.txt\" cannot be written (Is a directory). These lines stand here only.",
+                   "on screen only"}));
 }
 
 TEST_F(TextWindowTest, AFullDiskIsReportedOnce) {

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "xvt/base/fsys.h"
+#include "xvt/base/naturalorder.h"
 #include "xvt/base/report.h"
 #include "xvt/base/utf8.h"
 #include "xvt/boxes/filebox_table.h"
@@ -45,6 +46,11 @@ Looks& looks() {
 }
 
 std::string boundedText(const char* text, std::size_t size) { return {text, strnlen(text, size)}; }
+
+/// Endings in capitals come from other systems.
+bool suits(const std::string& name, const std::string& pattern) {
+  return matchesPattern(folded(name), folded(pattern));
+}
 
 bool isPattern(const std::string& type) { return type.find_first_of("*?[") != std::string::npos; }
 
@@ -230,7 +236,7 @@ std::string FileBox::pattern() const {
 
 bool FileBox::isSeen(const DirectoryEntry& entry, const std::string& pattern) const {
   if (entry.name.starts_with('.') && !looks().hidden) return false;
-  return entry.isDirectory || (purpose_ != Purpose::directory && matchesPattern(entry.name, pattern));
+  return entry.isDirectory || (purpose_ != Purpose::directory && suits(entry.name, pattern));
 }
 
 void FileBox::read() {
@@ -350,8 +356,7 @@ Entries FileBox::candidates(int id, const std::string& folder) const {
     readDirectory(joinPath(directory_, folder), &found, Reading::all);
   const std::string wanted = pattern();
   std::erase_if(found, [&](const DirectoryEntry& entry) {
-    return !entry.isDirectory &&
-           (id == FB_FOLDER || purpose_ == Purpose::directory || !matchesPattern(entry.name, wanted));
+    return !entry.isDirectory && (id == FB_FOLDER || purpose_ == Purpose::directory || !suits(entry.name, wanted));
   });
   return found;
 }

@@ -40,6 +40,7 @@ EVENT consEvent;
 // Kept by the window handler.
 std::FILE* consFp = nullptr;
 std::string logName = kLogName;
+std::string whyNoLog;
 bool logFailed = false;
 short n1 = 0;
 
@@ -78,22 +79,26 @@ void closeLog() {
 }
 
 /// Begins the log anew. Where another program writes it, and where file systems know of that, the next number's turn
-/// has come.
-void openLog() {
+/// has come. @return why there is none; empty where there is
+std::string openLog() {
   for (int number = 1; number <= kMostLogs; ++number) {
     logName = number == 1 ? kLogName : formatText("console-%d.txt", number);
     consFp = std::fopen(inHomeFolder(logName.c_str()).c_str(), "ae");
-    if (consFp == nullptr) return;
+    if (consFp == nullptr) return std::strerror(errno);
     const bool isTaken = flock(fileno(consFp), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-    if (!isTaken) return static_cast<void>(ftruncate(fileno(consFp), 0));  // a device stays as it is
+    if (!isTaken) {
+      static_cast<void>(ftruncate(fileno(consFp), 0));  // a device stays as it is
+      return "";
+    }
     closeLog();
   }
+  return formatText("the files of %d others are there", kMostLogs);
 }
 
 void created(WINDOW window) {
   consWindow = window;
   consText = xvt_tx_get(window, kTextField);
-  openLog();
+  whyNoLog = openLog();
   logFailed = false;
   n1 = 0;
   gConsIsVisible = 1;
@@ -160,7 +165,10 @@ void consInit() {
   }
   setConsoleSink(append);
   xvt_tx_set_scroll_callback(consText, consScrollCallback);
-  if (logName != kLogName)
+  if (!whyNoLog.empty())
+    console_printf("  ** \"%s\" cannot be written (%s). These lines stand here only.", logName.c_str(),
+                   whyNoLog.c_str());
+  else if (logName != kLogName)
     console_printf("  ** Another Quarlo writes \"%s\" here. These lines go to \"%s\".", kLogName, logName.c_str());
 }
 
