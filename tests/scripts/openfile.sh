@@ -42,3 +42,8 @@ status=0
 "$program" floats 2>said || status=$?
 grep -q '^quarlo: floats: no dialog is for files of this kind' said
 [ $status = 2 ]
+
+status=0
+XDG_DATA_HOME=/dev/null "$program" alone.tap 2>said || status=$?
+grep -q '^quarlo: alone.tap: a drive for it cannot be written to /dev/null/quarlo/drives' said
+[ $status = 2 ]
