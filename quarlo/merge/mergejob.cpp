@@ -205,8 +205,10 @@ void Merge::finishOutput() {
 void Merge::tellOfRest() {
   if (!cannotWrite_) {
     const int count = plan_.isStacked ? running_ : outRecords_;
-    console_printf("  ** %s is not complete: %d good %s%s.", path_.c_str(), count, plan_.isStacked ? "trace" : "record",
-                   plural(count));
+    // Which of them have lost traces nobody counts.
+    const char* const good = unreadable_ > 0 ? "" : "good ";
+    console_printf("  ** %s is not complete: %d %s%s%s.", path_.c_str(), count, good,
+                   plan_.isStacked ? "trace" : "record", plural(count));
     return;
   }
   // An opening says how much can be read.

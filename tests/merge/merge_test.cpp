@@ -184,7 +184,7 @@ TEST_F(MergeTest, WhatCannotBeReadGoesOutDead) {
   EXPECT_EQ(std::ranges::count_if(said, [](auto& line) { return line.find(" cannot be read: ") != line.npos; }), 10);
   for (const char* line : {"  *** 12 traces could not be read.", "  *** Job Failed.", "2 files merged."})
     EXPECT_EQ(count(line), 1) << line;
-  EXPECT_TRUE(consoleHas("  ** " + folder.path("out.kyr") + " is not complete: 3 good records."));
+  EXPECT_TRUE(consoleHas("  ** " + folder.path("out.kyr") + " is not complete: 3 records."));
   EXPECT_TRUE(told("out.kyr").starts_with("cut 11: 3x14 2 1:1 0K2:2 0K2:3"));
   // One that has become another since it was looked at is not read at all.
   addFolder();
