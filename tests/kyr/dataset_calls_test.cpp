@@ -267,12 +267,4 @@ TEST(ProcessRecords, LinesGoToTheRecordOrToTheDefaultConsole) {
   FreeProcessRecord(nullptr);
 }
 
-TEST(ProcessRecords, RememberTheDeviceUnit) {
-  const ProcessRecordPtr record(NewProcessRecord());
-  EXPECT_EQ(GetDevUnit(record.get()), nullptr);
-  auto* const unit = reinterpret_cast<UnitStruct*>(record.get());  // any address: it is handed through
-  SetDevUnit(record.get(), unit);
-  EXPECT_EQ(GetDevUnit(record.get()), unit);
-}
-
 }  // namespace

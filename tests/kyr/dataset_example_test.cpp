@@ -53,10 +53,9 @@ TEST_F(DatasetExample, OpensAndHoldsWhatThePageSays) {
   GetDatasetProperty(record.get(), link, dsSampleInterval, longIntType, gMicrosecondsUnits, &interval);
   EXPECT_EQ(interval, 2000);
   const Got first = trace(link, 1, 1, 3);
-  EXPECT_EQ(first.result, kyrOk);
+  EXPECT_EQ(std::tuple(first.result, first.header.words[trFieldFile], first.header.words[trChannel]),
+            std::tuple(kyrOk, 901U, 7U));
   EXPECT_EQ(first.samples, (std::vector<float>{1, -0.5F, 2}));
-  EXPECT_EQ(first.header.words[trFieldFile], 901U);
-  EXPECT_EQ(first.header.words[trChannel], 7U);
   EXPECT_TRUE(trace(link, 1, 2, 3).isDead(killNeverWritten));
   EXPECT_TRUE(lines().empty());
 

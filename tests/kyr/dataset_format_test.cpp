@@ -1,7 +1,4 @@
 // What a dataset file promises: any order of writing reads back; what is damaged or cut off is never taken for data.
-#include <sys/resource.h>
-
-#include <csignal>
 #include <optional>
 
 #include "libkyr/datasetfile.h"
@@ -388,26 +385,6 @@ TEST_F(DatasetFormat, TheOpeningTellsWhyNot) {
   EXPECT_TRUE(lines().empty());  // the caller's words, not the library's
 }
 
-/// Files cannot grow beyond a size as long as it lives.
-class FullDisk {
- public:
-  explicit FullDisk(std::size_t room) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-    getrlimit(RLIMIT_FSIZE, &before_);
-    const rlimit limit{room, before_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~FullDisk() {
-    setrlimit(RLIMIT_FSIZE, &before_);
-    std::signal(SIGXFSZ, handler_);
-  }
-  FullDisk(const FullDisk&) = delete;
-  FullDisk& operator=(const FullDisk&) = delete;
-
- private:
-  rlimit before_{};
-  void (*handler_)(int);
-};
-
 // What was collected reaches the disk before a read: when that fails the output has failed, whatever comes later.
 TEST_F(DatasetFormat, AWriteThatFailsInsideAReadFailsTheOutput) {
   for (const bool withSamples : {false, true}) {
@@ -416,7 +393,7 @@ TEST_F(DatasetFormat, AWriteThatFailsInsideAReadFailsTheOutput) {
     for (int number = 1; number <= 4; ++number) EXPECT_EQ(put(out, 1, number, 10), kyrOk);
     TraceInfo header{};
     {
-      const FullDisk full(4096);
+      const FileLimit full(4096);
       EXPECT_EQ(withSamples ? trace(out, 1, 1, 10).result : HeaderGet(record.get(), out, 1, 1, &header), kyrDiskError);
     }
     EXPECT_EQ(trace(out, 1, 2, 10).result, kyrTraceLost);  // given up, not "never written"
@@ -435,7 +412,7 @@ TEST_F(DatasetFormat, AFullDiskIsAnErrorAndLeavesNoClosedMark) {
   for (std::size_t room = 4096; room < full; room += 601) {
     lines().clear();
     const Link out = create("a.kyr", counts);
-    std::optional<FullDisk> disk(room);
+    std::optional<FileLimit> disk(room);
     int accepted = 0;
     for (int rec = 1; rec <= counts.records; ++rec)
       for (int number = 1; number <= counts.traces; ++number) {

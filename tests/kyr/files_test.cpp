@@ -4,31 +4,16 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <filesystem>
-#include <fstream>
+
+#include "tests/support/test_files.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-// A directory of its own, the working directory while the test runs.
 class Files : public testing::Test {
  protected:
-  void SetUp() override {
-    std::string pattern = (fs::temp_directory_path() / "kyr-files-XXXXXX").string();
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    directory_ = pattern;
-    before_ = fs::current_path();
-    fs::current_path(directory_);
-  }
-  void TearDown() override {
-    fs::current_path(before_);
-    fs::remove_all(directory_);
-  }
-  std::string full(const char* name) const { return (directory_ / name).string(); }
-
-  fs::path directory_;
-  fs::path before_;
+  const TestFolder folder;
 };
 
 TEST_F(Files, JoinsByOneSlash) {
@@ -41,14 +26,13 @@ TEST_F(Files, JoinsByOneSlash) {
 }
 
 TEST_F(Files, SameFileByAnyPath) {
-  std::ofstream("a") << "text";
-  std::ofstream("b") << "text";
+  for (const char* name : {"a", "b"}) writeFile(name, "text");
   fs::create_directory("d");
   fs::create_symlink("a", "soft");
   fs::create_hard_link("a", "hard");
   fs::create_directory_symlink("d", "dlink");
   for (const char* other : {"a", "./a", "soft", "hard", "d/../a", "dlink/../a"})
-    EXPECT_TRUE(sameFile(full("a").c_str(), other)) << other;
+    EXPECT_TRUE(sameFile(folder.path("a").c_str(), other)) << other;
   EXPECT_FALSE(sameFile("a", "b"));
   EXPECT_FALSE(sameFile("a", "new"));
 }
@@ -56,7 +40,7 @@ TEST_F(Files, SameFileByAnyPath) {
 TEST_F(Files, SameFileBeforeItExists) {
   fs::create_directory("d");
   fs::create_directory_symlink("d", "dlink");
-  EXPECT_TRUE(sameFile("new", full("new").c_str()));
+  EXPECT_TRUE(sameFile("new", folder.path("new").c_str()));
   EXPECT_TRUE(sameFile("d/new", "dlink/new"));
   EXPECT_FALSE(sameFile("d/new", "new"));
   EXPECT_FALSE(sameFile("new", "newer"));

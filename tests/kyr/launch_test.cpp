@@ -7,11 +7,10 @@
 
 #include <cerrno>
 #include <chrono>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <thread>
+
+#include "tests/support/test_files.h"
 
 namespace fs = std::filesystem;
 
@@ -20,27 +19,21 @@ namespace {
 // The program under test is a script that tells what it found and then renames its report to "done".
 class Launch : public testing::Test {
  protected:
-  void SetUp() override {
-    std::string pattern = (fs::temp_directory_path() / "kyr-launch-XXXXXX").string();
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    directory_ = pattern;
-    std::ofstream(program()) << "#!/bin/sh\ncd '" << pattern << "'\n{ echo \"$# $1\"; ls /proc/self/fd | tr '\\n' ' ';"
-                             << " } > report\nmv report done\n";
+  Launch() {
+    writeFile(program(), "#!/bin/sh\ncd '" + folder.path("") + "'\n{ echo \"$# $1\"; ls /proc/self/fd | tr '\\n' ' ';" +
+                             " } > report\nmv report done\n");
     fs::permissions(program(), fs::perms::owner_all);
   }
-  void TearDown() override { fs::remove_all(directory_); }
 
-  fs::path program() const { return directory_ / "companion"; }
+  fs::path program() const { return folder.path("companion"); }
 
   // What the program wrote; empty after ten seconds without.
-  std::string report() const {
-    for (int i = 0; i < 1000 && !fs::exists(directory_ / "done"); ++i)
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    std::ifstream file(directory_ / "done");
-    return (std::ostringstream() << file.rdbuf()).str();
+  static std::string report() {
+    for (int i = 0; i < 1000 && !fs::exists("done"); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    return readFile("done");
   }
 
-  fs::path directory_;
+  const TestFolder folder;
 };
 
 TEST_F(Launch, RunsDetachedWithArgumentsAndNoInheritedFiles) {
@@ -56,7 +49,7 @@ TEST_F(Launch, RunsDetachedWithArgumentsAndNoInheritedFiles) {
 TEST_F(Launch, FindsBareNamesInPath) {
   const char* path = getenv("PATH");
   const std::string before = path != nullptr ? path : "";
-  setenv("PATH", (directory_.string() + ":" + before).c_str(), 1);
+  setenv("PATH", (folder.path("") + ":" + before).c_str(), 1);
   EXPECT_TRUE(wxExecuteHack("companion"));
   EXPECT_EQ(report().substr(0, 2), "0 ");
   setenv("PATH", before.c_str(), 1);

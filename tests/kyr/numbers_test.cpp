@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 #include <string>
+#include <vector>
 
 #include "libkyr/byteorder.h"
 #include "libkyr/ibmfloat.h"
@@ -52,65 +53,27 @@ TEST(ByteOrder, SwapsWholeWordsInPlaceAtAnyAddress) {
   EXPECT_EQ(swapped(longswap, 0), "-abcdefghi");
 }
 
-TEST(ByteOrder, Packed24BitIntegers) {
-  const struct {
-    const char* bytes;
-    int value;
-  } table[] = {{"\0\0\0", 0},          {"\0\0\1", 1},
-               {"\xFF\xFF\xFF", -1},   {"\x7F\xFF\xFF", 8388607},
-               {"\x80\0\0", -8388608}, {"\x12\x34\x56", 0x123456}};
-  for (const auto& row : table) EXPECT_EQ(get3byte(row.bytes), row.value);
-}
-
 TEST(IbmFloat, KnownWordsBothWays) {
   const struct {
     std::uint32_t word;
     float value;
-  } table[] = {{0x00000000, 0.0F},
-               {0x80000000, -0.0F},
-               {0x41100000, 1.0F},
-               {0xC1100000, -1.0F},
-               {0x42640000, 100.0F},
-               {0xC276A000, -118.625F},
-               {0x40800000, 0.5F},
-               {0x3F100000, 0.00390625F},
-               {0x60FFFFFF, std::numeric_limits<float>::max()},
-               {0x1B800000, std::ldexp(1.0F, -149)},  // the smallest subnormal
-               {0x21400000, std::numeric_limits<float>::min()}};
+  } table[] = {{0x00000000, 0.0F},      {0x80000000, -0.0F},       {0x41100000, 1.0F},
+               {0xC1100000, -1.0F},     {0x42640000, 100.0F},      {0xC276A000, -118.625F},
+               {0x40800000, 0.5F},      {0x3F100000, 0.00390625F}, {0x60FFFFFF, 0x1.FFFFFEp127F},
+               {0x1B800000, 0x1p-149F}, {0x21400000, 0x1p-126F}};
   for (const auto& row : table) {
     EXPECT_EQ(std::bit_cast<std::uint32_t>(ibmToIeee(row.word)), std::bit_cast<std::uint32_t>(row.value)) << row.word;
     EXPECT_EQ(ieeeToIbm(row.value), row.word) << row.value;
   }
 }
 
-TEST(IbmFloat, ReadsUnnormalisedAndExtremeWords) {
-  constexpr float infinity = std::numeric_limits<float>::infinity();
-  const struct {
-    std::uint32_t word;
-    float value;
-  } table[] = {{0x46000064, 100.0F},      // leading zero digits
-               {0x46000001, 1.0F},        // only the last bit
-               {0x41FFFFFF, 15.999999F},  // 24 bits fit exactly
-               {0x7F000000, 0.0F},        // exponent only
-               {0xFF000000, -0.0F},       //
-               {0x61100000, infinity},    // 2^128 and more
-               {0x7FFFFFFF, infinity},
-               {0xFFFFFFFF, -infinity},
-               {0x65000001, 0x1p124F},                 // a large power of 16, but leading zeros
-               {0x00FFFFFF, 0.0F},                     // far below the smallest
-               {0x1B400000, 0.0F},                     // half the smallest subnormal: to even
-               {0x1B400001, std::ldexp(1.0F, -149)},   // just above the half
-               {0x1BC00000, std::ldexp(1.0F, -148)}};  // one and a half: to even
-  for (const auto& row : table)
-    EXPECT_EQ(std::bit_cast<std::uint32_t>(ibmToIeee(row.word)), std::bit_cast<std::uint32_t>(row.value))
-        << std::hex << row.word;
-}
-
 TEST(IbmFloat, EveryExponentAgreesWithLongDoubleArithmetic) {
-  std::uint32_t fraction = 1;
-  for (std::uint32_t step = 0; step < 400000; ++step) {
-    fraction = fraction * 1664525U + 1013904223U;
-    const std::uint32_t word = fraction ^ (step << 24);
+  // Leading zero digits, an exponent alone, what is too large and too small, and around half the smallest number.
+  std::vector<std::uint32_t> words = {0x46000064, 0x46000001, 0x7F000000, 0xFF000000, 0x61100000, 0x7FFFFFFF,
+                                      0xFFFFFFFF, 0x65000001, 0x00FFFFFF, 0x1B400000, 0x1B400001, 0x1BC00000};
+  for (std::uint32_t step = 0, fraction = 1; step < 400000; ++step)
+    words.push_back((fraction = fraction * 1664525U + 1013904223U) ^ (step << 24));
+  for (const std::uint32_t word : words) {
     const long double exact =
         std::ldexp(static_cast<long double>(word & 0xFFFFFFU), 4 * (static_cast<int>((word >> 24) & 0x7FU) - 64) - 24);
     const auto nearest = static_cast<float>((word >> 31) != 0 ? -exact : exact);

@@ -99,9 +99,7 @@ TEST(SegySamples, InPlaceAndWithNothingToDo) {
   EXPECT_EQ(sgyIbmOut(trace.data(), trace.data(), 3, 3), 0);
   std::int16_t words[3] = {};
   std::memcpy(words, trace.data(), sizeof words);
-  EXPECT_EQ(words[0], 3);
-  EXPECT_EQ(words[1], -2);
-  EXPECT_EQ(words[2], 1);
+  EXPECT_EQ(std::tuple(words[0], words[1], words[2]), std::tuple(3, -2, 1));
   EXPECT_EQ(sgyIbmOut(nullptr, words, 3, 3), 0);
   EXPECT_EQ(sgyIbmOut(trace.data(), words, -1, 3), 0);
   EXPECT_EQ(words[0], 3);

@@ -107,21 +107,10 @@ TEST_F(Sources, BehaveAsDatasetsDo) {
 
 TEST_F(Sources, OfATapeAreReadForward) {
   ASSERT_EQ(give({-1, 3, kSamples}, {{1, 1}, {1, 2, kyrTraceLost}, {2, 2}, {2, 3}, {4, 1}}), kyrOk);
-  reads(open("none"), {{1, 1},
-                       {1, 1},
-                       {1, 2, kyrTraceLost},
-                       {1, 2, kyrTraceLost},
-                       {1, 1, kyrTooLate},
-                       {1, 3, kGap},
-                       {1, 4, kyrNoSuchTrace},
-                       {2, 1, kGap},
-                       {2, 2},
-                       {2, 2},
-                       {1, 3, kyrTooLate},
-                       {3, 1, kGap},
-                       {4, 1},
-                       {4, 3, kGap},
-                       {5, 1, kyrNoSuchTrace}});
+  const Link forward = open("none");
+  reads(forward, {{1, 1}, {1, 1}, {1, 2, kyrTraceLost}, {1, 2, kyrTraceLost}, {1, 1, kyrTooLate}, {1, 3, kGap}});
+  reads(forward, {{1, 4, kyrNoSuchTrace}, {2, 1, kGap}, {2, 2}, {2, 2}, {1, 3, kyrTooLate}, {3, 1, kGap}});
+  reads(forward, {{4, 1}, {4, 3, kGap}, {5, 1, kyrNoSuchTrace}});
   // Places that nobody wrote are known without being read.
   ASSERT_EQ(give({-1, 3, kSamples}, {{1, 1}, {2, 2}, {2, 3, kThrow}, {2, 3}}), kyrOk);
   const Link link = open("none");
