@@ -2,13 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "tests/support/test_files.h"
 #include "xvt/script/script_parse.h"
 
 using xvt::script::ParseError;
@@ -73,10 +71,8 @@ TEST(ScriptParse, KnowsVerbsOfOneAndTwoWords) {
   ASSERT_TRUE(statements) << error.reason;
   ASSERT_EQ(statements->size(), 4U);
   const Statement& wait = (*statements)[1];
-  EXPECT_EQ(wait.line, 4);
-  EXPECT_EQ(wait.verb, Verb::waitNoWindow);
-  EXPECT_EQ(wait.text(0), "progress");
-  EXPECT_EQ(wait.number(1), 2.5);
+  EXPECT_EQ(std::tuple(wait.line, wait.verb, wait.text(0), wait.number(1)),
+            std::tuple(4, Verb::waitNoWindow, "progress", 2.5));
   EXPECT_TRUE((*statements)[2].arguments[1].quoted) << "a quoted number is a row's text";
   EXPECT_EQ((*statements)[3].number(2), 12);
 }
@@ -139,13 +135,11 @@ TEST(ScriptParse, SettlesWhatHangsOnVariables) {
 }
 
 TEST(ScriptHeads, DeclareTheVariablesOfARun) {
-  char name[] = "/tmp/quarlo-head-XXXXXX";
-  ASSERT_NE(mkdtemp(name), nullptr);
-  const std::filesystem::path folder = name;
-  const std::string path = (folder / "job.qs").string();
-  std::ofstream(folder / "part.qs") << "#: takes way no|yes no whether\nprint part\n";
+  const TestFolder folder;
+  const std::string path = folder.path("job.qs");
+  writeFile("part.qs", "#: takes way no|yes no whether\nprint part\n");
   const auto judge = [&](const std::string& text, const std::vector<std::pair<std::string, std::string>>& given) {
-    std::ofstream(path) << text;
+    writeFile(path, text);
     ParseError error;
     std::string reason;
     const auto source = xvt::script::readSource(path, {}, &error);
@@ -177,7 +171,6 @@ TEST(ScriptHeads, DeclareTheVariablesOfARun) {
     EXPECT_EQ(judge(head + text, {}), "job.qs:4: the head: " + reason);
   EXPECT_EQ(judge("include none.qs", {}), "job.qs:1: include: there is no file \"none.qs\"");
   EXPECT_EQ(judge("include job.qs", {}), "job.qs:1: include: the files include each other too deeply");
-  std::filesystem::remove_all(folder);
 }
 
 }  // namespace

@@ -1,14 +1,11 @@
 // What of the toolkit layer needs no display: string lists, directories, texts.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <cstdarg>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
+#include "tests/support/test_files.h"
 #include "xvt/base/fsys.h"
 #include "xvt/base/text.h"
 #include "xvt/base/utf8.h"
@@ -110,18 +107,9 @@ TEST(StringList, AnswersMistakesHarmlessly) {
 /// A directory of its own for each test, which the test stands in.
 class Directories : public testing::Test {
  protected:
-  void SetUp() override {
-    char name[] = "/tmp/quarlo-base-XXXXXX";
-    ASSERT_NE(mkdtemp(name), nullptr);
-    root_ = fs::canonical(name);
-    ASSERT_TRUE(xvt_fsys_save_dir());
-    ASSERT_EQ(chdir(root_.c_str()), 0);
-  }
-  void TearDown() override {
-    EXPECT_TRUE(xvt_fsys_restore_dir());
-    fs::remove_all(root_);
-  }
-  static void touch(const std::string& name, std::size_t size = 0) { std::ofstream(name) << std::string(size, 'x'); }
+  void SetUp() override { ASSERT_TRUE(xvt_fsys_save_dir()); }
+  void TearDown() override { EXPECT_TRUE(xvt_fsys_restore_dir()); }
+  static void touch(const std::string& name, std::size_t size = 0) { writeFile(name, std::string(size, 'x')); }
   static std::vector<std::string> list(const char* pattern, bool directories) {
     SLIST names = xvt_fsys_list_files(pattern, directories);
     std::vector<std::string> all;
@@ -135,7 +123,8 @@ class Directories : public testing::Test {
     EXPECT_TRUE(xvt_fsys_get_dir(&directory));
     return directory.path;
   }
-  fs::path root_;
+  TestFolder folder_;
+  const fs::path root_ = fs::canonical(".");
 };
 
 TEST_F(Directories, ListsFilesByPatternInByteOrder) {

@@ -74,6 +74,11 @@ inline std::string text(WINDOW object) {
   return xvt_vobj_get_title(object, buffer, sizeof buffer);
 }
 
+/// Presses keys that a window takes.
+inline void keys(WINDOW window, std::initializer_list<const char*> pressed) {
+  for (const char* key : pressed) EXPECT_EQ(xvt::probe::key(window, key), std::nullopt) << key;
+}
+
 /// Lets events run as a job does.
 inline void pump(int milliseconds) {
   const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
@@ -138,5 +143,11 @@ inline void run(
   EXPECT_TRUE(WIFEXITED(status)) << "signal " << WTERMSIG(status);
   EXPECT_EQ(WEXITSTATUS(status), 0);
 }
+
+/// A test whose body runs inside an application with the resources `kResources` of its file.
+#define TEST_INSIDE(suite, name)                       \
+  static void inside##name();                          \
+  TEST(suite, name) { run(kResources, inside##name); } \
+  static void inside##name()
 
 }  // namespace core

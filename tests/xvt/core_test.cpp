@@ -64,386 +64,332 @@ constexpr RESOURCES kResources = {kMenus, 1, kDialogs, 2};
 
 // ---- the check floor ----------------------------------------------------------------------------------------------
 
-TEST(Core, WhatIsWrongIsReportedOnceAndHarmless) {
-  run(kResources, [] {
-    testing::internal::CaptureStderr();
-    const WINDOW form = open(WD_MODELESS, kForm);
-    const WINDOW edit = ctl(form, 1);
-    EXPECT_EQ(ctl(form, 99), NULL_WIN);
-    xvt_list_clear(edit);
-    xvt_ctl_set_checked(form, true);
-    xvt_vobj_set_title(edit, nullptr);
-    EXPECT_EQ(xvt_dlg_create_res(WD_MODELESS, 77, dispatch, nullptr), NULL_WIN);
-    xvt_vobj_destroy(form);
-    xvt_vobj_destroy(form);
-    for (int times = 0; times < 3; ++times) EXPECT_FALSE(xvt_vobj_is_enabled(edit));
-    EXPECT_EQ(text(edit), "");
-    EXPECT_EQ(xvt_win_get_ctl(form, 1), NULL_WIN);
-    EXPECT_EQ(xvt_timer_create(form, 10), 0);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "xvt: xvt_list_clear: not a list\n"
-              "xvt: xvt_ctl_set_checked: not a control\n"
-              "xvt: xvt_vobj_set_title: no text\n"
-              "xvt: xvt_dlg_create_res: no dialog with number 77\n"
-              "xvt: xvt_vobj_is_enabled: the handle is dead\n"
-              "xvt: xvt_vobj_get_title: the handle is dead\n"
-              "xvt: xvt_win_get_ctl: the handle is dead\n"
-              "xvt: xvt_timer_create: the handle is dead\n");
-  });
+TEST_INSIDE(Core, WhatIsWrongIsReportedOnceAndHarmless) {
+  testing::internal::CaptureStderr();
+  const WINDOW form = open(WD_MODELESS, kForm);
+  const WINDOW edit = ctl(form, 1);
+  EXPECT_EQ(ctl(form, 99), NULL_WIN);
+  xvt_list_clear(edit);
+  xvt_ctl_set_checked(form, true);
+  xvt_vobj_set_title(edit, nullptr);
+  EXPECT_EQ(xvt_dlg_create_res(WD_MODELESS, 77, dispatch, nullptr), NULL_WIN);
+  xvt_vobj_destroy(form);
+  xvt_vobj_destroy(form);
+  for (int times = 0; times < 3; ++times) EXPECT_FALSE(xvt_vobj_is_enabled(edit));
+  EXPECT_EQ(text(edit), "");
+  EXPECT_EQ(xvt_win_get_ctl(form, 1), NULL_WIN);
+  EXPECT_EQ(xvt_timer_create(form, 10), 0);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "xvt: xvt_list_clear: not a list\n"
+            "xvt: xvt_ctl_set_checked: not a control\n"
+            "xvt: xvt_vobj_set_title: no text\n"
+            "xvt: xvt_dlg_create_res: no dialog with number 77\n"
+            "xvt: xvt_vobj_is_enabled: the handle is dead\n"
+            "xvt: xvt_vobj_get_title: the handle is dead\n"
+            "xvt: xvt_win_get_ctl: the handle is dead\n"
+            "xvt: xvt_timer_create: the handle is dead\n");
 }
 
-TEST(Core, RowsOutOfRangeAreRefused) {
-  run(kResources, [] {
-    testing::internal::CaptureStderr();
-    const WINDOW list = ctl(open(WD_MODELESS, kLists), 1);
-    EXPECT_TRUE(xvt_list_add(list, -1, "a"));
-    EXPECT_FALSE(xvt_list_add(list, 2, "b"));
-    EXPECT_FALSE(xvt_list_is_selected(list, -1));
-    char buffer[8] = "x";
-    EXPECT_STREQ(xvt_list_get_text(list, 1, buffer, sizeof buffer), "");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "xvt: xvt_list_add: no row 2\nxvt: xvt_list_is_selected: no row -1\n"
-              "xvt: xvt_list_get_text: no row 1\n");
-  });
-}
-
-TEST(Core, WithoutADisplayTheRunFailsWithALine) {
-  const pid_t child = fork();
-  if (child == 0) {
-    setenv("DISPLAY", ":4711", 1);
-    char name[] = "core-test";
-    char* arguments[] = {name, nullptr};
-    XVT_CONFIG config;
-    xvt_app_offer_screen();
-    testing::internal::CaptureStderr();
-    const int status = xvt_app_create(1, arguments, 0, taskMain, &config);
-    const std::string said = testing::internal::GetCapturedStderr();
-    std::_Exit(status != 0 && said == "xvt: cannot open the display \":4711\"\n" ? 0 : 1);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  EXPECT_EQ(status, 0);
+TEST_INSIDE(Core, RowsOutOfRangeAreRefused) {
+  testing::internal::CaptureStderr();
+  const WINDOW list = ctl(open(WD_MODELESS, kLists), 1);
+  EXPECT_TRUE(xvt_list_add(list, -1, "a"));
+  EXPECT_FALSE(xvt_list_add(list, 2, "b"));
+  EXPECT_FALSE(xvt_list_is_selected(list, -1));
+  char buffer[8] = "x";
+  EXPECT_STREQ(xvt_list_get_text(list, 1, buffer, sizeof buffer), "");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "xvt: xvt_list_add: no row 2\nxvt: xvt_list_is_selected: no row -1\n"
+            "xvt: xvt_list_get_text: no row 1\n");
 }
 
 // ---- controls -----------------------------------------------------------------------------------------------------
 
-TEST(Core, PressingTellsTheHandlerAndLeavesTheMarkToIt) {
-  run(kResources, [] {
-    const WINDOW form = open(WD_MODELESS, kForm, [](WINDOW window, EVENT& event) {
-      if (event.type == E_CONTROL && event.ctl.id == 5) {
-        const WINDOW group[] = {ctl(window, 5), ctl(window, 6)};
-        xvt_ctl_check_radio_button(group[0], group, 2);
-      }
-      return 0L;
-    });
-    xvt_ctl_set_checked(ctl(form, 6), true);
-    pump(60);
-    seen().clear();
-    EXPECT_EQ(probe::press(ctl(form, 4)), std::nullopt);
-    EXPECT_FALSE(xvt_ctl_is_checked(ctl(form, 4)));
-    EXPECT_EQ(probe::press(ctl(form, 5)), std::nullopt);
-    EXPECT_TRUE(xvt_ctl_is_checked(ctl(form, 5)));
-    EXPECT_FALSE(xvt_ctl_is_checked(ctl(form, 6)));
-    EXPECT_EQ(probe::press(ctl(form, 7)), "\"hidden\" is hidden");
-    EXPECT_EQ(probe::press(ctl(form, 8)), "\"off\" is disabled");
-    EXPECT_NE(probe::type(ctl(form, 12), "x"), std::nullopt);
-    xvt_vobj_set_enabled(ctl(form, 8), true);
-    EXPECT_EQ(probe::press(ctl(form, 8)), std::nullopt);
-    EXPECT_EQ(seen(), (Events{"loss 1", "press 4", "press 5", "press 8"}));
-    xvt_ctl_set_meter(ctl(form, 9), 140);
-    EXPECT_EQ(xvt_ctl_get_meter(ctl(form, 9)), 100);
+TEST_INSIDE(Core, PressingTellsTheHandlerAndLeavesTheMarkToIt) {
+  const WINDOW form = open(WD_MODELESS, kForm, [](WINDOW window, EVENT& event) {
+    if (event.type == E_CONTROL && event.ctl.id == 5) {
+      const WINDOW group[] = {ctl(window, 5), ctl(window, 6)};
+      xvt_ctl_check_radio_button(group[0], group, 2);
+    }
+    return 0L;
   });
+  xvt_ctl_set_checked(ctl(form, 6), true);
+  pump(60);
+  seen().clear();
+  EXPECT_EQ(probe::press(ctl(form, 4)), std::nullopt);
+  EXPECT_FALSE(xvt_ctl_is_checked(ctl(form, 4)));
+  EXPECT_EQ(probe::press(ctl(form, 5)), std::nullopt);
+  EXPECT_TRUE(xvt_ctl_is_checked(ctl(form, 5)));
+  EXPECT_FALSE(xvt_ctl_is_checked(ctl(form, 6)));
+  EXPECT_EQ(probe::press(ctl(form, 7)), "\"hidden\" is hidden");
+  EXPECT_EQ(probe::press(ctl(form, 8)), "\"off\" is disabled");
+  EXPECT_NE(probe::type(ctl(form, 12), "x"), std::nullopt);
+  xvt_vobj_set_enabled(ctl(form, 8), true);
+  EXPECT_EQ(probe::press(ctl(form, 8)), std::nullopt);
+  EXPECT_EQ(seen(), (Events{"loss 1", "press 4", "press 5", "press 8"}));
+  xvt_ctl_set_meter(ctl(form, 9), 140);
+  EXPECT_EQ(xvt_ctl_get_meter(ctl(form, 9)), 100);
 }
 
-TEST(Core, AFieldLosesTheFocusOnceBeforeThePress) {
-  run(kResources, [] {
-    const WINDOW form = open(WD_MODELESS, kForm, [](WINDOW window, EVENT& event) {
-      if (event.type == E_CLOSE) xvt_vobj_destroy(window);
-      return 0L;
-    });
-    pump(60);
-    seen().clear();
-    EXPECT_EQ(probe::type(ctl(form, 1), "12"), std::nullopt);
-    EXPECT_EQ(probe::type(ctl(form, 2), "34"), std::nullopt);
-    EXPECT_EQ(probe::press(ctl(form, 10)), std::nullopt);
-    pump(60);
-    EXPECT_EQ(probe::press(ctl(form, 10)), std::nullopt);
-    pump(60);
-    EXPECT_EQ(probe::type(ctl(form, 1), "5"), std::nullopt);
-    EXPECT_EQ(probe::close(form), std::nullopt);
-    pump(30);
-    Events gains_left_out;
-    for (const std::string& one : seen())
-      if (one.rfind("gain", 0) != 0) gains_left_out.push_back(one);
-    // The first field had the keyboard from the start.
-    EXPECT_EQ(gains_left_out, (Events{"edited 1", "loss 1", "edited 2", "loss 2", "press 10", "press 10", "edited 1",
-                                      "loss 1", "close", "destroy"}));
+TEST_INSIDE(Core, AFieldLosesTheFocusOnceBeforeThePress) {
+  const WINDOW form = open(WD_MODELESS, kForm, [](WINDOW window, EVENT& event) {
+    if (event.type == E_CLOSE) xvt_vobj_destroy(window);
+    return 0L;
   });
+  pump(60);
+  seen().clear();
+  EXPECT_EQ(probe::type(ctl(form, 1), "12"), std::nullopt);
+  EXPECT_EQ(probe::type(ctl(form, 2), "34"), std::nullopt);
+  EXPECT_EQ(probe::press(ctl(form, 10)), std::nullopt);
+  pump(60);
+  EXPECT_EQ(probe::press(ctl(form, 10)), std::nullopt);
+  pump(60);
+  EXPECT_EQ(probe::type(ctl(form, 1), "5"), std::nullopt);
+  EXPECT_EQ(probe::close(form), std::nullopt);
+  pump(30);
+  Events gains_left_out;
+  for (const std::string& one : seen())
+    if (one.rfind("gain", 0) != 0) gains_left_out.push_back(one);
+  // The first field had the keyboard from the start.
+  EXPECT_EQ(gains_left_out, (Events{"edited 1", "loss 1", "edited 2", "loss 2", "press 10", "press 10", "edited 1",
+                                    "loss 1", "close", "destroy"}));
 }
 
-TEST(Core, ProgramTextsSendNoEventsAndAreMadeValid) {
-  run(kResources, [] {
-    const WINDOW form = open(WD_MODELESS, kForm);
-    pump(40);
-    seen().clear();
-    xvt_vobj_set_title(ctl(form, 1), "caf\xC3\xA9 \xFF!");
-    xvt_vobj_set_title(form, "T\xFF");
-    EXPECT_EQ(text(ctl(form, 1)), "caf\xC3\xA9 \xEF\xBF\xBD!");
-    EXPECT_EQ(text(form), "T\xEF\xBF\xBD");
-    const std::string path = "/a/very/long/way/" + std::string(200, 'x') + "/file.sgy";
-    RCT before;
-    xvt_vobj_get_outer_rect(form, &before);
-    xvt_vobj_set_title(ctl(form, 3), path.c_str());
-    pump(40);
-    RCT after;
-    xvt_vobj_get_outer_rect(form, &after);
-    EXPECT_EQ(text(ctl(form, 3)), path);
-    EXPECT_EQ(after.right - after.left, before.right - before.left);
-    char small[6];
-    EXPECT_STREQ(xvt_vobj_get_title(ctl(form, 1), small, sizeof small), "caf\xC3\xA9");
-    EXPECT_STREQ(xvt_vobj_get_title(ctl(form, 1), small, 5), "caf");
-    EXPECT_TRUE(seen().empty());
-  });
+TEST_INSIDE(Core, ProgramTextsSendNoEventsAndAreMadeValid) {
+  const WINDOW form = open(WD_MODELESS, kForm);
+  pump(40);
+  seen().clear();
+  xvt_vobj_set_title(ctl(form, 1), "caf\xC3\xA9 \xFF!");
+  xvt_vobj_set_title(form, "T\xFF");
+  EXPECT_EQ(text(ctl(form, 1)), "caf\xC3\xA9 \xEF\xBF\xBD!");
+  EXPECT_EQ(text(form), "T\xEF\xBF\xBD");
+  const std::string path = "/a/very/long/way/" + std::string(200, 'x') + "/file.sgy";
+  RCT before;
+  xvt_vobj_get_outer_rect(form, &before);
+  xvt_vobj_set_title(ctl(form, 3), path.c_str());
+  pump(40);
+  RCT after;
+  xvt_vobj_get_outer_rect(form, &after);
+  EXPECT_EQ(text(ctl(form, 3)), path);
+  EXPECT_EQ(after.right - after.left, before.right - before.left);
+  char small[6];
+  EXPECT_STREQ(xvt_vobj_get_title(ctl(form, 1), small, sizeof small), "caf\xC3\xA9");
+  EXPECT_STREQ(xvt_vobj_get_title(ctl(form, 1), small, 5), "caf");
+  EXPECT_TRUE(seen().empty());
 }
 
-TEST(Core, ListsSelectOneOrSeveralRows) {
-  run(kResources, [] {
-    const WINDOW lists = open(WD_MODELESS, kLists);
-    for (int id = 1; id <= 3; ++id)
-      for (const char* row : {"b", "c", "d"}) EXPECT_TRUE(xvt_list_add(ctl(lists, id), -1, row));
-    EXPECT_TRUE(xvt_list_add(ctl(lists, 1), 0, "a"));
-    xvt_list_set_selected(ctl(lists, 2), 0, true);
-    xvt_list_set_selected(ctl(lists, 2), 2, true);
-    SLIST selection = xvt_list_get_selection(ctl(lists, 2));
-    ASSERT_EQ(xvt_slist_count(selection), 2);
-    const SLIST_ELT second = xvt_slist_get_next(selection, xvt_slist_get_first(selection));
-    EXPECT_STREQ(xvt_slist_get_text(selection, second), "d");
-    EXPECT_EQ(xvt_slist_get_data(selection, second), 2);
-    xvt_slist_destroy(selection);
-    xvt_list_set_selected(ctl(lists, 1), 1, true);
-    xvt_list_set_selected(ctl(lists, 1), 3, true);
-    EXPECT_FALSE(xvt_list_is_selected(ctl(lists, 1), 1));
-    EXPECT_EQ(xvt_list_get_selected(ctl(lists, 1)), 3);
-    seen().clear();
-    EXPECT_EQ(probe::select(ctl(lists, 2), 1, true), std::nullopt);
-    EXPECT_TRUE(xvt_list_is_selected(ctl(lists, 2), 0));
-    EXPECT_EQ(probe::select(ctl(lists, 2), 1, false), std::nullopt);
-    EXPECT_FALSE(xvt_list_is_selected(ctl(lists, 2), 0));
-    EXPECT_EQ(probe::doubleClick(ctl(lists, 1), 0), std::nullopt);
-    EXPECT_EQ(probe::select(ctl(lists, 3), 2, false), std::nullopt);
-    EXPECT_NE(probe::select(ctl(lists, 3), 3, false), std::nullopt);
-    EXPECT_EQ(text(ctl(lists, 3)), "d");
-    EXPECT_EQ(seen(), (Events{"select 2", "select 2", "select 1", "double 1", "select 3"}));
-    xvt_list_clear(ctl(lists, 3));
-    EXPECT_EQ(xvt_list_get_selected(ctl(lists, 3)), -1);
-  });
+TEST_INSIDE(Core, ListsSelectOneOrSeveralRows) {
+  const WINDOW lists = open(WD_MODELESS, kLists);
+  for (int id = 1; id <= 3; ++id)
+    for (const char* row : {"b", "c", "d"}) EXPECT_TRUE(xvt_list_add(ctl(lists, id), -1, row));
+  EXPECT_TRUE(xvt_list_add(ctl(lists, 1), 0, "a"));
+  xvt_list_set_selected(ctl(lists, 2), 0, true);
+  xvt_list_set_selected(ctl(lists, 2), 2, true);
+  SLIST selection = xvt_list_get_selection(ctl(lists, 2));
+  ASSERT_EQ(xvt_slist_count(selection), 2);
+  const SLIST_ELT second = xvt_slist_get_next(selection, xvt_slist_get_first(selection));
+  EXPECT_STREQ(xvt_slist_get_text(selection, second), "d");
+  EXPECT_EQ(xvt_slist_get_data(selection, second), 2);
+  xvt_slist_destroy(selection);
+  xvt_list_set_selected(ctl(lists, 1), 1, true);
+  xvt_list_set_selected(ctl(lists, 1), 3, true);
+  EXPECT_FALSE(xvt_list_is_selected(ctl(lists, 1), 1));
+  EXPECT_EQ(xvt_list_get_selected(ctl(lists, 1)), 3);
+  seen().clear();
+  EXPECT_EQ(probe::select(ctl(lists, 2), 1, true), std::nullopt);
+  EXPECT_TRUE(xvt_list_is_selected(ctl(lists, 2), 0));
+  EXPECT_EQ(probe::select(ctl(lists, 2), 1, false), std::nullopt);
+  EXPECT_FALSE(xvt_list_is_selected(ctl(lists, 2), 0));
+  EXPECT_EQ(probe::doubleClick(ctl(lists, 1), 0), std::nullopt);
+  EXPECT_EQ(probe::select(ctl(lists, 3), 2, false), std::nullopt);
+  EXPECT_NE(probe::select(ctl(lists, 3), 3, false), std::nullopt);
+  EXPECT_EQ(text(ctl(lists, 3)), "d");
+  EXPECT_EQ(seen(), (Events{"select 2", "select 2", "select 1", "double 1", "select 3"}));
+  xvt_list_clear(ctl(lists, 3));
+  EXPECT_EQ(xvt_list_get_selected(ctl(lists, 3)), -1);
 }
 
 // A handler may show everything anew when a field is left: that must not undo the choice that made the user leave it.
-TEST(Core, AFieldIsLeftBeforeARowIsChosen) {
+TEST_INSIDE(Core, AFieldIsLeftBeforeARowIsChosen) {
   static constexpr DLG_ITEM items[] = {ui::edit(1, "field", 10), ui::option(2, "option", 10),
                                        ui::list(3, "list", 10, 4)};
   static constexpr DLG_RES key = {3, "key", "Key", items, std::size(items)};
-  run(kResources, [] {
-    const auto refill = [](WINDOW window) {
-      for (const int id : {2, 3}) {
-        xvt_list_clear(ctl(window, id));
-        for (const char* row : {"a", "b", "c"}) xvt_list_add(ctl(window, id), -1, row);
-        xvt_list_set_selected(ctl(window, id), 0, true);
-      }
-    };
-    const WINDOW dialog = open(WD_MODELESS, key, [refill](WINDOW window, EVENT& event) {
-      if (event.type == E_CONTROL && event.ctl.id == 1 && event.ctl.what == CTL_FOCUS_LOSS) refill(window);
-      return 0L;
-    });
-    refill(dialog);
+  const auto refill = [](WINDOW window) {
     for (const int id : {2, 3}) {
-      EXPECT_EQ(probe::type(ctl(dialog, 1), "5"), std::nullopt);
-      EXPECT_EQ(probe::select(ctl(dialog, id), 2, false), std::nullopt);
-      EXPECT_EQ(xvt_list_get_selected(ctl(dialog, id)), 2) << id;
+      xvt_list_clear(ctl(window, id));
+      for (const char* row : {"a", "b", "c"}) xvt_list_add(ctl(window, id), -1, row);
+      xvt_list_set_selected(ctl(window, id), 0, true);
     }
+  };
+  const WINDOW dialog = open(WD_MODELESS, key, [refill](WINDOW window, EVENT& event) {
+    if (event.type == E_CONTROL && event.ctl.id == 1 && event.ctl.what == CTL_FOCUS_LOSS) refill(window);
+    return 0L;
   });
+  refill(dialog);
+  for (const int id : {2, 3}) {
+    EXPECT_EQ(probe::type(ctl(dialog, 1), "5"), std::nullopt);
+    EXPECT_EQ(probe::select(ctl(dialog, id), 2, false), std::nullopt);
+    EXPECT_EQ(xvt_list_get_selected(ctl(dialog, id)), 2) << id;
+  }
 }
 
-TEST(Core, AListCanBeMadeTaller) {
-  run(kResources, [] {
-    const WINDOW lists = open(WD_MODELESS, kLists, [](WINDOW window, EVENT& event) {
-      if (event.type == E_CREATE) xvt_list_grow(ctl(window, 2), 120);
-      return 0L;
-    });
-    pump(40);
-    RCT grown;
-    RCT plain;
-    xvt_vobj_get_outer_rect(ctl(lists, 1), &plain);
-    xvt_vobj_get_outer_rect(ctl(lists, 2), &grown);
-    EXPECT_EQ((grown.bottom - grown.top) - (plain.bottom - plain.top), 120);
-    xvt_list_grow(ctl(lists, 2), 30);
-    pump(40);
-    RCT window;
-    xvt_vobj_get_client_rect(lists, &window);
-    xvt_vobj_get_outer_rect(ctl(lists, 4), &plain);
-    EXPECT_LT(plain.bottom, window.bottom);
+TEST_INSIDE(Core, AListCanBeMadeTaller) {
+  const WINDOW lists = open(WD_MODELESS, kLists, [](WINDOW window, EVENT& event) {
+    if (event.type == E_CREATE) xvt_list_grow(ctl(window, 2), 120);
+    return 0L;
   });
+  pump(40);
+  RCT grown;
+  RCT plain;
+  xvt_vobj_get_outer_rect(ctl(lists, 1), &plain);
+  xvt_vobj_get_outer_rect(ctl(lists, 2), &grown);
+  EXPECT_EQ((grown.bottom - grown.top) - (plain.bottom - plain.top), 120);
+  xvt_list_grow(ctl(lists, 2), 30);
+  pump(40);
+  RCT window;
+  xvt_vobj_get_client_rect(lists, &window);
+  xvt_vobj_get_outer_rect(ctl(lists, 4), &plain);
+  EXPECT_LT(plain.bottom, window.bottom);
 }
 
 // ---- keys ---------------------------------------------------------------------------------------------------------
 
-TEST(Core, TheKeyboardReachesEverything) {
-  run(kResources, [] {
-    const WINDOW form = open(WD_MODELESS, kForm);
-    pump(60);
-    seen().clear();
-    EXPECT_EQ(probe::key(form, "7"), std::nullopt);
-    EXPECT_EQ(text(ctl(form, 1)), "7");
-    EXPECT_EQ(probe::key(form, "Tab"), std::nullopt);
-    EXPECT_EQ(probe::key(form, "8"), std::nullopt);
-    EXPECT_EQ(text(ctl(form, 2)), "8");
-    EXPECT_EQ(probe::key(form, "Tab"), std::nullopt);
-    EXPECT_EQ(probe::key(form, "space"), std::nullopt);
-    EXPECT_EQ(probe::key(form, "Alt+f"), std::nullopt);
-    EXPECT_EQ(probe::key(form, "9"), std::nullopt);
-    EXPECT_EQ(probe::key(form, "Return"), std::nullopt);
-    EXPECT_EQ(probe::key(form, "Alt+h"), std::nullopt);
-    EXPECT_EQ(probe::key(form, "Escape"), std::nullopt);
-    EXPECT_EQ(probe::key(form, "Ctrl+O"), std::nullopt);
-    EXPECT_NE(probe::key(form, "Hyper+x"), std::nullopt);
-    Events clicks;
-    for (const std::string& one : seen())
-      if (one.rfind("gain", 0) != 0 && one.rfind("loss", 0) != 0) clicks.push_back(one);
-    EXPECT_EQ(clicks, (Events{"edited 1", "edited 2", "press 4", "edited 1", "press 10", "press 4", "task command 1"}));
-  });
+TEST_INSIDE(Core, TheKeyboardReachesEverything) {
+  const WINDOW form = open(WD_MODELESS, kForm);
+  pump(60);
+  seen().clear();
+  EXPECT_EQ(probe::key(form, "7"), std::nullopt);
+  EXPECT_EQ(text(ctl(form, 1)), "7");
+  keys(form, {"Tab", "8"});
+  EXPECT_EQ(text(ctl(form, 2)), "8");
+  keys(form, {"Tab", "space", "Alt+f", "9", "Return", "Alt+h", "Escape", "Ctrl+O"});
+  EXPECT_NE(probe::key(form, "Hyper+x"), std::nullopt);
+  Events clicks;
+  for (const std::string& one : seen())
+    if (one.rfind("gain", 0) != 0 && one.rfind("loss", 0) != 0) clicks.push_back(one);
+  EXPECT_EQ(clicks, (Events{"edited 1", "edited 2", "press 4", "edited 1", "press 10", "press 4", "task command 1"}));
 }
 
-TEST(Core, StandardCommandsWorkOnTheFieldThatHadTheKeyboard) {
-  run(kResources, [] {
-    const WINDOW form = open(WD_MODELESS, kForm);
-    xvt_vobj_set_title(ctl(form, 1), "tape");
-    xvt_vobj_set_focus(ctl(form, 1));
-    pump(60);
-    EXPECT_EQ(probe::menu(M_EDIT_SELECT_ALL), std::nullopt);
-    EXPECT_EQ(probe::key(form, "Ctrl+C"), std::nullopt);
-    xvt_vobj_set_focus(ctl(form, 2));
-    pump(60);
-    EXPECT_EQ(probe::menu(M_EDIT_PASTE), std::nullopt);
-    pump(100);
-    EXPECT_EQ(text(ctl(form, 2)), "tape");
-  });
+TEST_INSIDE(Core, StandardCommandsWorkOnTheFieldThatHadTheKeyboard) {
+  const WINDOW form = open(WD_MODELESS, kForm);
+  xvt_vobj_set_title(ctl(form, 1), "tape");
+  xvt_vobj_set_focus(ctl(form, 1));
+  pump(60);
+  EXPECT_EQ(probe::menu(M_EDIT_SELECT_ALL), std::nullopt);
+  EXPECT_EQ(probe::key(form, "Ctrl+C"), std::nullopt);
+  xvt_vobj_set_focus(ctl(form, 2));
+  pump(60);
+  EXPECT_EQ(probe::menu(M_EDIT_PASTE), std::nullopt);
+  pump(100);
+  EXPECT_EQ(text(ctl(form, 2)), "tape");
 }
 
-TEST(Core, MenusAreCheckedAndEnabledByTheProgramOnly) {
-  run(kResources, [] {
-    EXPECT_EQ(probe::menu(3), "it is disabled");
-    xvt_menu_set_item_enabled(TASK_WIN, 3, true);
-    seen().clear();
-    EXPECT_EQ(probe::menu(probe::menuCommand("rewind")), std::nullopt);
-    EXPECT_EQ(probe::menu(2), std::nullopt);
-    EXPECT_FALSE(xvt_menu_is_item_checked(TASK_WIN, 2));
-    xvt_menu_set_item_checked(TASK_WIN, 2, true);
-    EXPECT_TRUE(xvt_menu_is_item_checked(TASK_WIN, 2));
-    EXPECT_EQ(seen(), (Events{"task command 3", "task command 2"}));
-  });
+TEST_INSIDE(Core, MenusAreCheckedAndEnabledByTheProgramOnly) {
+  EXPECT_EQ(probe::menu(3), "it is disabled");
+  xvt_menu_set_item_enabled(TASK_WIN, 3, true);
+  seen().clear();
+  EXPECT_EQ(probe::menu(probe::menuCommand("rewind")), std::nullopt);
+  EXPECT_EQ(probe::menu(2), std::nullopt);
+  EXPECT_FALSE(xvt_menu_is_item_checked(TASK_WIN, 2));
+  xvt_menu_set_item_checked(TASK_WIN, 2, true);
+  EXPECT_TRUE(xvt_menu_is_item_checked(TASK_WIN, 2));
+  EXPECT_EQ(seen(), (Events{"task command 3", "task command 2"}));
 }
 
 // ---- modal dialogs, ends, jobs ------------------------------------------------------------------------------------
 
-TEST(Core, ModalDialogsNestAndKeepInputFromTheRest) {
-  run(kResources, [] {
-    const WINDOW below = open(WD_MODELESS, kLists);
-    int step = 0;
-    onTick([&] {
-      const WINDOW modal = probe::window("form");
-      if (modal == NULL_WIN) return;
-      if (step == 0 && ++step) {
-        EXPECT_EQ(probe::press(ctl(below, 4)), "\"lists\" is kept from input by \"form\"");
-        EXPECT_NE(probe::menu(1), std::nullopt);
-        EXPECT_EQ(probe::press(ctl(modal, 10)), std::nullopt);  // opens the second one; comes back when it is gone
-        EXPECT_EQ(step, 2);
-        EXPECT_EQ(probe::press(ctl(modal, 11)), std::nullopt);
-      } else if (step == 1 && ++step) {
-        EXPECT_NE(modal, below);
-        EXPECT_EQ(probe::press(ctl(modal, 11)), std::nullopt);
-      }
-    });
-    const Handler handler = [](WINDOW window, EVENT& event) {
-      static bool nested = false;
-      if (event.type != E_CONTROL) return 0L;
-      if (event.ctl.id == 11) xvt_vobj_destroy(window);
-      if (event.ctl.id == 10 && !std::exchange(nested, true)) {
-        const WINDOW inner = open(WD_MODAL, kForm, handlers()[window]);
-        EXPECT_FALSE(xvt_vobj_is_valid(inner));
-        EXPECT_TRUE(xvt_vobj_is_valid(window));
-      }
-      return 0L;
-    };
-    const WINDOW modal = open(WD_MODAL, kForm, handler);
-    EXPECT_EQ(step, 2);
-    EXPECT_FALSE(xvt_vobj_is_valid(modal));
-    onTick(nullptr);
-    EXPECT_EQ(probe::press(ctl(below, 4)), std::nullopt);
+TEST_INSIDE(Core, ModalDialogsNestAndKeepInputFromTheRest) {
+  const WINDOW below = open(WD_MODELESS, kLists);
+  int step = 0;
+  onTick([&] {
+    const WINDOW modal = probe::window("form");
+    if (modal == NULL_WIN) return;
+    if (step == 0 && ++step) {
+      EXPECT_EQ(probe::press(ctl(below, 4)), "\"lists\" is kept from input by \"form\"");
+      EXPECT_NE(probe::menu(1), std::nullopt);
+      EXPECT_EQ(probe::press(ctl(modal, 10)), std::nullopt);  // opens the second one; comes back when it is gone
+      EXPECT_EQ(step, 2);
+      EXPECT_EQ(probe::press(ctl(modal, 11)), std::nullopt);
+    } else if (step == 1 && ++step) {
+      EXPECT_NE(modal, below);
+      EXPECT_EQ(probe::press(ctl(modal, 11)), std::nullopt);
+    }
   });
+  const Handler handler = [](WINDOW window, EVENT& event) {
+    static bool nested = false;
+    if (event.type != E_CONTROL) return 0L;
+    if (event.ctl.id == 11) xvt_vobj_destroy(window);
+    if (event.ctl.id == 10 && !std::exchange(nested, true)) {
+      const WINDOW inner = open(WD_MODAL, kForm, handlers()[window]);
+      EXPECT_FALSE(xvt_vobj_is_valid(inner));
+      EXPECT_TRUE(xvt_vobj_is_valid(window));
+    }
+    return 0L;
+  };
+  const WINDOW modal = open(WD_MODAL, kForm, handler);
+  EXPECT_EQ(step, 2);
+  EXPECT_FALSE(xvt_vobj_is_valid(modal));
+  onTick(nullptr);
+  EXPECT_EQ(probe::press(ctl(below, 4)), std::nullopt);
 }
 
-TEST(Core, AWindowMayDieInItsOwnHandlerAndUnderANestedLoop) {
-  run(kResources, [] {
-    const WINDOW form = open(WD_MODELESS, kForm, [](WINDOW window, EVENT& event) {
-      if (event.type != E_CONTROL || event.ctl.what != CTL_PRESS) return 0L;
-      const WINDOW edit = ctl(window, 1);
-      xvt_vobj_destroy(window);
+TEST_INSIDE(Core, AWindowMayDieInItsOwnHandlerAndUnderANestedLoop) {
+  const WINDOW form = open(WD_MODELESS, kForm, [](WINDOW window, EVENT& event) {
+    if (event.type != E_CONTROL || event.ctl.what != CTL_PRESS) return 0L;
+    const WINDOW edit = ctl(window, 1);
+    xvt_vobj_destroy(window);
+    EXPECT_FALSE(xvt_vobj_is_valid(window));
+    EXPECT_FALSE(xvt_vobj_is_valid(edit));
+    pump(50);  // the callback's own widget is still on the stack
+    return 0L;
+  });
+  EXPECT_EQ(probe::press(ctl(form, 10)), std::nullopt);
+  const WINDOW job = open(WD_MODELESS, kForm, [](WINDOW window, EVENT& event) {
+    if (event.type == E_CONTROL && event.ctl.id == 10) {
+      xvt_timer_create(window, 10);
+      pump(100);
       EXPECT_FALSE(xvt_vobj_is_valid(window));
-      EXPECT_FALSE(xvt_vobj_is_valid(edit));
-      pump(50);  // the callback's own widget is still on the stack
-      return 0L;
-    });
-    EXPECT_EQ(probe::press(ctl(form, 10)), std::nullopt);
-    const WINDOW job = open(WD_MODELESS, kForm, [](WINDOW window, EVENT& event) {
-      if (event.type == E_CONTROL && event.ctl.id == 10) {
-        xvt_timer_create(window, 10);
-        pump(100);
-        EXPECT_FALSE(xvt_vobj_is_valid(window));
-      }
-      if (event.type == E_TIMER) {
-        EXPECT_EQ(probe::close(window), std::nullopt);
-      }
-      if (event.type == E_CLOSE) xvt_vobj_destroy(window);
-      return 0L;
-    });
-    seen().clear();
-    EXPECT_EQ(probe::press(ctl(job, 10)), std::nullopt);
-    EXPECT_EQ(seen().back(), "destroy");
-    const WINDOW born_dead = open(WD_MODELESS, kForm, [](WINDOW window, EVENT& event) {
-      if (event.type == E_CREATE) xvt_vobj_destroy(window);
-      if (event.type == E_DESTROY) xvt_vobj_destroy(window);
-      return 0L;
-    });
-    EXPECT_FALSE(xvt_vobj_is_valid(born_dead));
-    EXPECT_EQ(open(WD_MODAL, kForm,
-                   [](WINDOW window, EVENT&) {
-                     xvt_vobj_destroy(window);
-                     return 0L;
-                   }) == NULL_WIN,
-              false);
-    pump(30);
-    EXPECT_EQ(probe::openWindows(), (Events{"task"}));
+    }
+    if (event.type == E_TIMER) {
+      EXPECT_EQ(probe::close(window), std::nullopt);
+    }
+    if (event.type == E_CLOSE) xvt_vobj_destroy(window);
+    return 0L;
   });
+  seen().clear();
+  EXPECT_EQ(probe::press(ctl(job, 10)), std::nullopt);
+  EXPECT_EQ(seen().back(), "destroy");
+  const WINDOW born_dead = open(WD_MODELESS, kForm, [](WINDOW window, EVENT& event) {
+    if (event.type == E_CREATE) xvt_vobj_destroy(window);
+    if (event.type == E_DESTROY) xvt_vobj_destroy(window);
+    return 0L;
+  });
+  EXPECT_FALSE(xvt_vobj_is_valid(born_dead));
+  EXPECT_EQ(open(WD_MODAL, kForm,
+                 [](WINDOW window, EVENT&) {
+                   xvt_vobj_destroy(window);
+                   return 0L;
+                 }) == NULL_WIN,
+            false);
+  pump(30);
+  EXPECT_EQ(probe::openWindows(), (Events{"task"}));
 }
 
-TEST(Core, AModalDialogOutlivesItsParent) {
-  run(kResources, [] {
-    const WINDOW parent = open(WD_MODELESS, kLists);
-    int ticks = 0;
-    onTick([&] {
-      if (++ticks == 5) xvt_vobj_destroy(parent);
-      if (ticks == 20) {
-        EXPECT_EQ(probe::close(probe::window("form")), std::nullopt);
-      }
-    });
-    open(WD_MODAL, kForm, [](WINDOW window, EVENT& event) {
-      if (event.type == E_CLOSE) xvt_vobj_destroy(window);
-      return 0L;
-    });
-    EXPECT_FALSE(xvt_vobj_is_valid(parent));
-    onTick(nullptr);
+TEST_INSIDE(Core, AModalDialogOutlivesItsParent) {
+  const WINDOW parent = open(WD_MODELESS, kLists);
+  int ticks = 0;
+  onTick([&] {
+    if (++ticks == 5) xvt_vobj_destroy(parent);
+    if (ticks == 20) {
+      EXPECT_EQ(probe::close(probe::window("form")), std::nullopt);
+    }
   });
+  open(WD_MODAL, kForm, [](WINDOW window, EVENT& event) {
+    if (event.type == E_CLOSE) xvt_vobj_destroy(window);
+    return 0L;
+  });
+  EXPECT_FALSE(xvt_vobj_is_valid(parent));
+  onTick(nullptr);
 }
 
 TEST(Core, TheEndReturnsFromNestedLoopsAndTellsEveryWindow) {
@@ -471,53 +417,47 @@ TEST(Core, TheEndReturnsFromNestedLoopsAndTellsEveryWindow) {
       });
 }
 
-TEST(Core, AnExceptionInAHandlerEndsThere) {
-  run(kResources, [] {
-    const WINDOW form = open(WD_MODELESS, kForm, [](WINDOW, EVENT& event) -> long {
-      if (event.type == E_CONTROL && event.ctl.id == 10) throw std::runtime_error("as a test");
-      return 0;
-    });
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(probe::press(ctl(form, 10)), std::nullopt);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "xvt: event handler: as a test\n");
-    EXPECT_TRUE(xvt_vobj_is_valid(form));
+TEST_INSIDE(Core, AnExceptionInAHandlerEndsThere) {
+  const WINDOW form = open(WD_MODELESS, kForm, [](WINDOW, EVENT& event) -> long {
+    if (event.type == E_CONTROL && event.ctl.id == 10) throw std::runtime_error("as a test");
+    return 0;
   });
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(probe::press(ctl(form, 10)), std::nullopt);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "xvt: event handler: as a test\n");
+  EXPECT_TRUE(xvt_vobj_is_valid(form));
 }
 
-TEST(Core, TimersFireWhileAJobPumpsAndDieWithTheirWindow) {
-  run(kResources, [] {
-    int fired = 0;
-    const WINDOW form = open(WD_MODELESS, kForm, [&](WINDOW, EVENT& event) {
-      if (event.type == E_TIMER && ++fired == 3) xvt_timer_destroy(event.timer.id);
-      return 0L;
-    });
-    EXPECT_NE(xvt_timer_create(form, 10), 0);
-    pump(150);
-    EXPECT_EQ(fired, 3);
-    xvt_timer_create(form, 10);
-    xvt_vobj_destroy(form);
-    pump(60);
-    EXPECT_EQ(fired, 3);
+TEST_INSIDE(Core, TimersFireWhileAJobPumpsAndDieWithTheirWindow) {
+  int fired = 0;
+  const WINDOW form = open(WD_MODELESS, kForm, [&](WINDOW, EVENT& event) {
+    if (event.type == E_TIMER && ++fired == 3) xvt_timer_destroy(event.timer.id);
+    return 0L;
   });
+  EXPECT_NE(xvt_timer_create(form, 10), 0);
+  pump(150);
+  EXPECT_EQ(fired, 3);
+  xvt_timer_create(form, 10);
+  xvt_vobj_destroy(form);
+  pump(60);
+  EXPECT_EQ(fired, 3);
 }
 
-TEST(Core, ASignalAsksBeforeItEnds) {
-  run(kResources, [] {
-    bool allow = false;
-    taskHandler() = [&](WINDOW, EVENT& event) {
-      if (event.type == E_QUIT && event.quit.query && allow) xvt_app_allow_quit();
-      return 0L;
-    };
-    seen().clear();
-    std::raise(SIGTERM);
-    pump(40);
-    EXPECT_FALSE(xvt_app_is_ending());
-    allow = true;
-    std::raise(SIGHUP);
-    pump(40);
-    EXPECT_TRUE(xvt_app_is_ending());
-    EXPECT_EQ(seen(), (Events{"task may it quit", "task may it quit", "task it quits"}));
-  });
+TEST_INSIDE(Core, ASignalAsksBeforeItEnds) {
+  bool allow = false;
+  taskHandler() = [&](WINDOW, EVENT& event) {
+    if (event.type == E_QUIT && event.quit.query && allow) xvt_app_allow_quit();
+    return 0L;
+  };
+  seen().clear();
+  std::raise(SIGTERM);
+  pump(40);
+  EXPECT_FALSE(xvt_app_is_ending());
+  allow = true;
+  std::raise(SIGHUP);
+  pump(40);
+  EXPECT_TRUE(xvt_app_is_ending());
+  EXPECT_EQ(seen(), (Events{"task may it quit", "task may it quit", "task it quits"}));
 }
 
 // ---- windows ------------------------------------------------------------------------------------------------------
@@ -579,72 +519,52 @@ TEST(Core, WithLargeFontsDocumentsAreAsLargeAsAskedAndTallDialogsScroll) {
   unsetenv("XENVIRONMENT");
 }
 
-TEST(Core, ADocumentHoldsTextAndScrollBarsOfAnyLength) {
-  run(kResources, [] {
-    const XVT_FNTID font = xvt_font_create("courier", 12, FS_PLAIN);
-    EXPECT_EQ(xvt_font_get_text_width(font, "iiii", -1), xvt_font_get_text_width(font, "WWWWx", 4));
-    WIN_DEF definition[3];
-    definition[0] = {W_DOC, RCT{30, 10, 300, 500}, "Dump Window", 0, NULL_FNTID, WSF_SIZE | WSF_CLOSE | WSF_VSCROLL};
-    definition[1] = {WC_TEXTEDIT, RCT{0, 0, 270, 480}, nullptr, 1, font, 0};
-    seen().clear();
-    nextHandler() = [](WINDOW window, EVENT& event) {
-      RCT all;
-      xvt_vobj_get_client_rect(window, &all);
-      if (event.type == E_SIZE) {
-        EXPECT_EQ(event.size.width, all.right);
-        xvt_tx_move(xvt_tx_get(window, 1), &all);
-      }
-      xvt_tx_process_event(window, &event);
-      return 0L;
-    };
-    const WINDOW window = xvt_win_create_def(definition, TASK_WIN, dispatch, nullptr);
-    pump(50);
-    EXPECT_EQ(seen(), (Events{"create", "size", "update"}));
-    EXPECT_EQ(probe::window("dump-window"), window);
-    const TXEDIT field = xvt_tx_get(window, 1);
-    EXPECT_EQ(xvt_tx_get_window(field), window);
-    for (const char* line : {"one", "two \xFF", "three"}) EXPECT_TRUE(xvt_tx_add_par(field, 99, line));
-    EXPECT_TRUE(xvt_tx_add_par(field, 0, "zero"));
-    EXPECT_EQ(xvt_tx_get_num_pars(field), 4);
-    std::size_t length = 0;
-    EXPECT_STREQ(xvt_tx_get_par(field, 2, &length), "two \xFF");
-    EXPECT_EQ(length, 5u);
-    EXPECT_EQ(probe::textLines(window, 2), (Events{"two \xFF", "three"}));
-    for (const int high : {0, 15, 50'000'000, 2'000'000'000}) {
-      xvt_sbar_set_range(window, VSCROLL, 0, high);
-      xvt_sbar_set_proportion(window, VSCROLL, 270);
-      xvt_sbar_set_pos(window, VSCROLL, high - 270);
-      pump(10);
+TEST_INSIDE(Core, ADocumentHoldsTextAndScrollBarsOfAnyLength) {
+  const XVT_FNTID font = xvt_font_create("courier", 12, FS_PLAIN);
+  EXPECT_EQ(xvt_font_get_text_width(font, "iiii", -1), xvt_font_get_text_width(font, "WWWWx", 4));
+  WIN_DEF definition[3];
+  definition[0] = {W_DOC, RCT{30, 10, 300, 500}, "Dump Window", 0, NULL_FNTID, WSF_SIZE | WSF_CLOSE | WSF_VSCROLL};
+  definition[1] = {WC_TEXTEDIT, RCT{0, 0, 270, 480}, nullptr, 1, font, 0};
+  seen().clear();
+  nextHandler() = [](WINDOW window, EVENT& event) {
+    RCT all;
+    xvt_vobj_get_client_rect(window, &all);
+    if (event.type == E_SIZE) {
+      EXPECT_EQ(event.size.width, all.right);
+      xvt_tx_move(xvt_tx_get(window, 1), &all);
     }
-    testing::internal::CaptureStderr();
-    xvt_sbar_set_range(window, HSCROLL, 0, 5);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "xvt: xvt_sbar_set_range: the window has no such scroll bar\n");
-    xvt_vobj_set_visible(window, false);
-    EXPECT_EQ(probe::openWindows(), (Events{"task"}));
-    xvt_vobj_set_visible(window, true);
-    EXPECT_TRUE(xvt_vobj_is_visible(window));
-    xvt_font_destroy(font);
-    xvt_vobj_destroy(window);
-    EXPECT_EQ(xvt_tx_get_num_pars(field), 0);
-  });
-}
-
-TEST(Core, AScreenshotShowsTheWindow) {
-  if (isHeadless()) GTEST_SKIP() << "there is no screen";
-  const std::string path = testing::TempDir() + "core-test-" + std::to_string(getpid()) + ".png";
-  run(kResources, [&] {
-    const WINDOW form = open(WD_MODELESS, kForm);
-    EXPECT_EQ(probe::screenshot(form, path), std::nullopt);
-    EXPECT_EQ(probe::screenshot(form, "/nowhere/at/all.png"), "/nowhere/at/all.png: No such file or directory");
-  });
-  std::FILE* file = std::fopen(path.c_str(), "rb");
-  ASSERT_NE(file, nullptr);
-  unsigned char header[24] = {};
-  EXPECT_EQ(std::fread(header, 1, sizeof header, file), sizeof header);
-  std::fclose(file);
-  std::remove(path.c_str());
-  EXPECT_EQ(std::string(reinterpret_cast<char*>(header) + 1, 3), "PNG");
-  EXPECT_GT(header[18] * 256 + header[19], 100);  // width
+    xvt_tx_process_event(window, &event);
+    return 0L;
+  };
+  const WINDOW window = xvt_win_create_def(definition, TASK_WIN, dispatch, nullptr);
+  pump(50);
+  EXPECT_EQ(seen(), (Events{"create", "size", "update"}));
+  EXPECT_EQ(probe::window("dump-window"), window);
+  const TXEDIT field = xvt_tx_get(window, 1);
+  EXPECT_EQ(xvt_tx_get_window(field), window);
+  for (const char* line : {"one", "two \xFF", "three"}) EXPECT_TRUE(xvt_tx_add_par(field, 99, line));
+  EXPECT_TRUE(xvt_tx_add_par(field, 0, "zero"));
+  EXPECT_EQ(xvt_tx_get_num_pars(field), 4);
+  std::size_t length = 0;
+  EXPECT_STREQ(xvt_tx_get_par(field, 2, &length), "two \xFF");
+  EXPECT_EQ(length, 5u);
+  EXPECT_EQ(probe::textLines(window, 2), (Events{"two \xFF", "three"}));
+  for (const int high : {0, 15, 50'000'000, 2'000'000'000}) {
+    xvt_sbar_set_range(window, VSCROLL, 0, high);
+    xvt_sbar_set_proportion(window, VSCROLL, 270);
+    xvt_sbar_set_pos(window, VSCROLL, high - 270);
+    pump(10);
+  }
+  testing::internal::CaptureStderr();
+  xvt_sbar_set_range(window, HSCROLL, 0, 5);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "xvt: xvt_sbar_set_range: the window has no such scroll bar\n");
+  xvt_vobj_set_visible(window, false);
+  EXPECT_EQ(probe::openWindows(), (Events{"task"}));
+  xvt_vobj_set_visible(window, true);
+  EXPECT_TRUE(xvt_vobj_is_visible(window));
+  xvt_font_destroy(font);
+  xvt_vobj_destroy(window);
+  EXPECT_EQ(xvt_tx_get_num_pars(field), 0);
 }
 
 TEST(Core, AListShowsTheBackgroundItIsGivenWhileItIsEnabled) {

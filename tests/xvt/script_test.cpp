@@ -6,13 +6,12 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <iterator>
 #include <string>
 #include <vector>
 
+#include "tests/support/test_files.h"
 #include "tests/xvt/offered.h"
 #include "xvt/resource.h"
 #include "xvt/script/script.h"
@@ -24,28 +23,9 @@ namespace {
 
 // ---- the application --------------------------------------------------------------------------------------------
 
-enum IDS : int {
-  BENCH = 20,
-  GO = 1,
-  STOP,
-  NAME,
-  MIRROR,
-  MARK,
-  ROWS,
-  CHOICE,
-  METER,
-  FAIL,
-  ASK,
-  OPEN,
-  SAVE,
-  FOLDER,
-  LONG_NOTE,
-  DIE,
-  SETTINGS,
-  PLACE,
-  CMD_TOGGLE = 501,
-  CMD_NEVER = 502
-};
+constexpr int BENCH = 20, GO = 1, STOP = 2, NAME = 3, MIRROR = 4, MARK = 5, ROWS = 6, CHOICE = 7, METER = 8, FAIL = 9,
+              ASK = 10, OPEN = 11, SAVE = 12, FOLDER = 13, LONG_NOTE = 14, DIE = 15, SETTINGS = 16, PLACE = 17,
+              CMD_TOGGLE = 501, CMD_NEVER = 502;
 
 constexpr DLG_ITEM BENCH_ITEMS[] = {
     ui::row(),
@@ -218,20 +198,9 @@ struct Result {
   std::string out, err;
 };
 
-std::string contents(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 class Scripts : public testing::Test {
  protected:
-  void SetUp() override {
-    char name[] = "/tmp/quarlo-script-XXXXXX";
-    ASSERT_NE(mkdtemp(name), nullptr);
-    root_ = name;
-    setenv("WORK", name, 1);
-  }
-  void TearDown() override { fs::remove_all(root_); }
+  Scripts() { setenv("WORK", root_.c_str(), 1); }
 
   Result inChild(const std::function<void()>& body) {
     const pid_t child = fork();
@@ -244,8 +213,8 @@ class Scripts : public testing::Test {
     }
     int status = 0;
     waitpid(child, &status, 0);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status), contents(root_ / "out"),
-            contents(root_ / "err")};
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status), readFile(root_ / "out"),
+            readFile(root_ / "err")};
   }
 
   Result play(const std::string& script) {
@@ -271,7 +240,9 @@ class Scripts : public testing::Test {
     EXPECT_NE(run.err.find(expected), std::string::npos) << script << "\nsaid: " << run.err << "\nnot: " << expected;
   }
 
-  fs::path root_;
+  const fs::path start_ = fs::current_path();
+  const TestFolder folder_;
+  const fs::path root_ = fs::current_path();
 };
 
 TEST_F(Scripts, WorkControlsAsAUserWould) {
@@ -329,7 +300,7 @@ TEST_F(Scripts, GoOnInsideAJobThatTheyStarted) {
     expect line console "job stopped"
     expect no-line console "job*failed"
   )");
-  EXPECT_EQ(contents(root_ / "lines"), "working\njob stopped\n");
+  EXPECT_EQ(readFile(root_ / "lines"), "working\njob stopped\n");
 }
 
 TEST_F(Scripts, EndAJobWithTheProgramWhenTheyFail) {
@@ -505,7 +476,7 @@ TEST_F(Scripts, DriveTheFileBoxes) {
     expect no-line console "the directory changed"
     copy-lines console $WORK/lines
   )");
-  EXPECT_NE(contents(root_ / "lines").find("odd\xFF.tpf"), std::string::npos) << "the name's own bytes are kept";
+  EXPECT_NE(readFile(root_ / "lines").find("odd\xFF.tpf"), std::string::npos) << "the name's own bytes are kept";
 }
 
 TEST_F(Scripts, SaveUnderSafeNames) {
@@ -594,12 +565,12 @@ TEST_F(Scripts, SayWhereAndWhyTheyFailed) {
 
 TEST_F(Scripts, LeaveAPictureOfTheirFailure) {
   if (isHeadless()) GTEST_SKIP() << "there is no screen";
-  setenv("QUARLO_SCRIPT_SHOT", fs::relative(root_ / "shot.png").c_str(), 1);
+  setenv("QUARLO_SCRIPT_SHOT", fs::relative(root_ / "shot.png", start_).c_str(), 1);
   fails("patience 0\nexpect window nothing\n", 2, "there is no window");
   unsetenv("QUARLO_SCRIPT_SHOT");
-  EXPECT_EQ(contents(root_ / "shot.png").substr(1, 3), "PNG");
+  EXPECT_EQ(readFile(root_ / "shot.png").substr(1, 3), "PNG");
   succeeds("screenshot bench $WORK/bench.png\nscreenshot screen $WORK/screen.png\n");
-  EXPECT_EQ(contents(root_ / "bench.png").substr(1, 3), "PNG");
+  EXPECT_EQ(readFile(root_ / "bench.png").substr(1, 3), "PNG");
   EXPECT_GT(fs::file_size(root_ / "screen.png"), fs::file_size(root_ / "bench.png"));
 }
 
