@@ -28,8 +28,6 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 /// Lets the buckets of an object's GNU hash table lead far out. @return false without such a table
 bool damageHashTable(std::string* object) {
   Elf64_Ehdr head{};
@@ -173,12 +171,6 @@ TEST_F(ModuleTest, WhatOthersCanWriteIsNotLoaded) {
   refused(real, " belongs to neither you nor root nor the owner of the program");
 }
 
-TEST_F(ModuleTest, NothingUsableIsNothingFound) {
-  install("ionameless.so");
-  writeFile("lib/iotext.so", "not a module");
-  EXPECT_EQ(found(), Lines{});
-}
-
 TEST_F(ModuleTest, AnExceptionFromItsNameIsNoMissingEntry) {
   install("iothrows.so");
   EXPECT_EQ(found(), Lines{});
@@ -237,16 +229,13 @@ TEST_F(ModuleTest, MissingEntriesAnswerMinusOne) {
   size = 99;
   EXPECT_EQ(step.AllocOutputMemory(&size), -1);
   EXPECT_EQ(size, 0);
-  EXPECT_EQ(step.DestroyInputMemory(block), -1);
-  EXPECT_EQ(step.DestroyOutputMemory(block), -1);
-  EXPECT_EQ(step.PostInputDialog(block), -1);
-  EXPECT_EQ(step.PostOutputDialog(block), -1);
-  EXPECT_EQ(step.GetInputDefaultParameters(block, block, block, block), -1);
-  EXPECT_EQ(step.GetOutputDefaultParameters(block, block, block, block), -1);
+  for (const int answer : {step.DestroyInputMemory(block), step.DestroyOutputMemory(block), step.PostInputDialog(block),
+                           step.PostOutputDialog(block), step.GetInputDefaultParameters(block, block, block, block),
+                           step.GetOutputDefaultParameters(block, block, block, block)})
+    EXPECT_EQ(answer, -1);
   forgetConsole();
-  EXPECT_EQ(step.InitialPhase(&record, block, block), -1);
-  EXPECT_EQ(step.MainPhase(&record), -1);
-  EXPECT_EQ(step.FinalPhase(&record), -1);
+  for (const int answer : {step.InitialPhase(&record, block, block), step.MainPhase(&record), step.FinalPhase(&record)})
+    EXPECT_EQ(answer, -1);
   EXPECT_EQ(consoleWithoutDates(), (Lines{"  *** Format module lib/ioplain.so has no entry \"TInitialPhase\".",
                                           "  *** Format module lib/ioplain.so has no entry \"TMainPhase\".",
                                           "  *** Format module lib/ioplain.so has no entry \"TFinalPhase\"."}));
@@ -396,8 +385,7 @@ TEST_F(ModuleTest, AFullDiskAndALongBlockAreErrors) {
   EXPECT_EQ(kyrWrite(&record, much.data(), static_cast<int>(much.size())), -1);
   EXPECT_TRUE(consoleHas("  *** Error writing the output disk file: No space left on device."));
 
-  makeCartridge("in.tap", {"abcdef"});
-  load(0, "in.tap");
+  putIn(0, "in.tap", {"abcdef"});
   getDriveList(units);
   units[0].theListItem = 0;
   tlv_tape_open(units, 0);
@@ -435,12 +423,10 @@ TEST_F(ModuleTest, ACompilerOfCSeesTheSameRecord) {
   ASSERT_NE(layout, nullptr);
   std::size_t offsets[6] = {};
   layout(offsets);
-  EXPECT_EQ(offsets[0], offsetof(ProcessRecord, dialogWindow));
-  EXPECT_EQ(offsets[1], offsetof(ProcessRecord, diskFileOutputType));
-  EXPECT_EQ(offsets[2], offsetof(ProcessRecord, consoleLine));
-  EXPECT_EQ(offsets[3], offsetof(ProcessRecord, deviceUnit));
-  EXPECT_EQ(offsets[4], offsetof(ProcessRecord, datasets));
-  EXPECT_EQ(offsets[5], sizeof(ProcessRecord));
+  const std::size_t expected[6] = {offsetof(ProcessRecord, dialogWindow), offsetof(ProcessRecord, diskFileOutputType),
+                                   offsetof(ProcessRecord, consoleLine),  offsetof(ProcessRecord, deviceUnit),
+                                   offsetof(ProcessRecord, datasets),     sizeof(ProcessRecord)};
+  for (int i = 0; i < 6; ++i) EXPECT_EQ(offsets[i], expected[i]) << i;
   unloadSharedObject(object);
 }
 
@@ -544,18 +530,12 @@ TEST_F(BuiltModuleTest, SegyBecomesADatasetAndSegyAgain) {
     return result == 0 ? step.FinalPhase(owned.get()) : result;
   };
   std::string file = std::string(3200, '\x40') + header(400, {{17, 2, 2000}, {21, 2, 2}, {25, 2, 5}});
-  for (const unsigned fieldFile : {7U, 9U})
-    file += header(240, {{1, 4, fieldFile},
-                         {9, 4, fieldFile},
-                         {13, 4, 3},
-                         {29, 2, 1},
-                         {69, 2, 0xFF9C},
-                         {71, 2, 0xFF9C},
-                         {73, 4, 12345 + fieldFile},
-                         {109, 2, 250},
-                         {115, 2, 2},
-                         {117, 2, 2000}}) +
-            std::string("\x3F\x80\0\0\x40\x40\0\0", 8);
+  for (const unsigned fieldFile : {7U, 9U}) {
+    const std::initializer_list<HeaderField> fields = {
+        {1, 4, fieldFile}, {9, 4, fieldFile},          {13, 4, 3},    {29, 2, 1},  {69, 2, 0xFF9C},
+        {71, 2, 0xFF9C},   {73, 4, 12345 + fieldFile}, {109, 2, 250}, {115, 2, 2}, {117, 2, 2000}};
+    file += header(240, fields) + std::string("\x3F\x80\0\0\x40\x40\0\0", 8);
+  }
   writeFile("in.sgy", file);
   KyrSegyInput how;
   KyrSegyOutput wanted;
@@ -612,13 +592,7 @@ TEST_F(BuiltModuleTest, TheGuidesLoopCopiesAllFilesOfATape) {
   makeCartridge("in.tap", {"abc", "d", MARK, "e", "f", MARK, MARK});
   openTapes("capacity = 30\n");
   noFurtherTape();
-  makeCartridge("next.tap", {});
-  toolkit.onModal(DLG_OUT_CONTINUE, [&](WINDOW question) {
-    toolkit.press(question, OC_UNLOAD);
-    load(1, "next.tap");
-    toolkit.press(question, OC_OPEN);
-    toolkit.press(question, OC_CONTINUE);
-  });
+  nextOutputIs("next.tap");
   SetDevUnit(&record, units);
   EXPECT_EQ(ProcessingStep("iocopy.so").MainPhase(&record), 0);
   kyrProgressEnd();
@@ -677,12 +651,12 @@ TEST_F(BuiltModuleTest, OlderHeadersAreToldOrLeaveACallUnknown) {
 TEST_F(BuiltModuleTest, TheExampleSaysWhatIsWrong) {
   EXPECT_NE(run("1 2\n", 0), 0);
   EXPECT_TRUE(consoleHas("  *** Text can be written as a dataset (\"Kyr\") only."));
-  EXPECT_NE(run("1 2\n3 x\n"), 0);
-  EXPECT_TRUE(consoleHas("  *** Line 2 holds something else than numbers."));
-  EXPECT_NE(run("1 2\n\n3\n"), 0);
-  EXPECT_TRUE(consoleHas("  *** Line 3 has 1 samples and not 2 as the first trace."));
-  EXPECT_NE(run("# nothing\n"), 0);
-  EXPECT_TRUE(consoleHas("  *** There is no trace in the input file."));
+  for (const auto& [text, line] : {std::pair{"1 2\n3 x\n", "  *** Line 2 holds something else than numbers."},
+                                   {"1 2\n\n3\n", "  *** Line 3 has 1 samples and not 2 as the first trace."},
+                                   {"# nothing\n", "  *** There is no trace in the input file."}}) {
+    EXPECT_NE(run(text), 0);
+    EXPECT_TRUE(consoleHas(line)) << line;
+  }
   toolkit.onPump = [](long) { requestStopOfJobs([] {}); };
   const RunningJob around(nullptr);
   EXPECT_NE(run("1 2\n"), 0);

@@ -7,9 +7,11 @@
 
 #include "libkyr/byteorder.h"
 #include "libkyr/datasets.h"
+#include "libkyr/nullvalue.h"
 #include "quarlo/reformat/rfmt_dlg.h"
 #include "quarlo/tapelib/jobstate.h"
 #include "tests/segdcopy/segd_fixture.h"
+#include "tests/support/dataset_maker.h"
 #include "tests/support/segy_files.h"
 
 namespace {
@@ -95,21 +97,13 @@ class JobSweep : public SegdTest, public testing::WithParamInterface<Job> {
     toolkit.modals.erase(resource);
   }
   void makeDataset(const Tape& tape, int samples) {
-    const ProcessRecordPtr record(NewProcessRecord());
-    Link link;
-    SetNumberOfOutputs(record.get(), 1);
-    NewOutputSeismicFile(&link, record.get(), folder.path("in/a.kyr").c_str(), 0, kAnySeismicType, 0, 2);
-    const int records = 1;
-    SetDatasetProperty(record.get(), link, dsRecords, longIntType, gUnknownUnits, &records);
-    SetDatasetProperty(record.get(), link, dsSamples, longIntType, gUnknownUnits, &samples);
-    ASSERT_EQ(EndInit(record.get()), kyrOk);
-    std::vector<float> values(static_cast<std::size_t>(samples));
-    for (int trace = 1; trace <= 2; ++trace) {
-      const std::string& block = tape[static_cast<std::size_t>(trace) + 1];
-      for (std::size_t i = 0; i < values.size(); ++i) values[i] = loadBeFloat(block.data() + 240 + 4 * i);
-      EXPECT_EQ(TracePut(record.get(), link, 1, trace, values.data(), &kHeader), kyrOk);
-    }
-    EXPECT_EQ(CloseFile(record.get(), link), kyrOk);
+    ::makeDataset(folder.path("in/a.kyr"), 1, 2, {.samples = samples, .interval = kNullFloat},
+                  [&](int, int trace, TraceInfo*, float* values) {
+                    const std::string& block = tape[static_cast<std::size_t>(trace) + 1];
+                    for (int i = 0; i < samples; ++i)
+                      values[i] = loadBeFloat(block.data() + 240 + 4 * static_cast<std::size_t>(i));
+                    return true;
+                  });
   }
   /// The traces of the dataset that came out, as far as they can be read.
   static Tape tracesIn(const std::string& path) {
@@ -162,7 +156,7 @@ class JobSweep : public SegdTest, public testing::WithParamInterface<Job> {
     chooseAll();
     if (state() != "Ready") return;
     if (job.fromTape) noFurtherTape();
-    toolkit.onModal(DLG_OUT_CONTINUE, [this](WINDOW question) { toolkit.press(question, OC_STOP); });
+    noFurtherOutput();
     toolkit.pumps = 0;
     forgetConsole();
     toolkit.press(dialog, job.reformat != nullptr ? int{RF_RUN} : int{CP_START});
@@ -219,9 +213,7 @@ class JobSweep : public SegdTest, public testing::WithParamInterface<Job> {
         << state();
     // A reformat's input tape waits for its next run.
     for (int unit = job.reformat != nullptr && job.fromTape ? 1 : 0; unit <= DRIVES; ++unit) {
-      EXPECT_EQ(units[unit].state, 0);
-      EXPECT_EQ(units[unit].fd, 0);
-      EXPECT_EQ(units[unit].fp, nullptr);
+      EXPECT_EQ(std::tuple(units[unit].state, units[unit].fd, units[unit].fp), std::tuple(0, 0, nullptr));
     }
     EXPECT_FALSE(jobIsRunning() || toolkit.hasTimers());
     EXPECT_EQ(toolkit.dialog(DLG_PROGRESS), NULL_WIN);
@@ -249,7 +241,6 @@ class JobSweep : public SegdTest, public testing::WithParamInterface<Job> {
   const Job& job = GetParam();
   Lines said;  // by the run, dates replaced by DATE
   Tape whole;  // what the output of a whole copy holds
-  static constexpr TraceInfo kHeader{};
 };
 
 class DriveSweep : public JobSweep {};

@@ -7,11 +7,10 @@
 #include "quarlo/copy/verifyjob.h"
 #include "quarlo/copy/vrfy_dlg.h"
 #include "quarlo/tapelib/diskunit.h"
+#include "quarlo/tapelib/jobstate.h"
 #include "tests/support/job_fixture.h"
 
 namespace {
-
-using Lines = std::vector<std::string>;
 
 const Tape TAPE = {block(100, 1), block(7, 2), MARK, block(3000, 3), MARK, MARK};
 const Tape COPY = {block(100, 1), block(7, 2), MARK, block(3000, 3), MARK, MARK, MARK};
@@ -57,9 +56,9 @@ TEST_F(VerifyTest, NamesTheFirstDifferentByte) {
   other[3].back() ^= 1;
   for (const bool onTape : {false, true}) {
     verify(TAPE, onTape, other, onTape);
-    EXPECT_EQ(count("  *** Byte comparison failed at byte 3000 on block number 3."), 1);
-    EXPECT_EQ(count("  *** Job Failed."), 1);
-    EXPECT_EQ(count("Byte comparison succeeded."), 0);
+    expectCounts({{"  *** Byte comparison failed at byte 3000 on block number 3.", 1},
+                  {"  *** Job Failed.", 1},
+                  {"Byte comparison succeeded.", 0}});
     EXPECT_EQ(result(), "Failed");
     EXPECT_TRUE(toolkit.errors.empty());
   }
@@ -121,8 +120,8 @@ TEST_F(VerifyTest, UnreadableInputsFailWithTheirOwnLines) {
     for (const bool cutFirst : {false, true}) {
       cutFirst ? verify(cut, false, tape, true) : verify(tape, true, cut, false);
       EXPECT_EQ(result(), "Failed");
-      EXPECT_TRUE(consoleHas("  *** No whole block header at byte 106 of the " +
-                             std::string(cutFirst ? "first input." : "second input.")));
+      expectSaid("  *** No whole block header at byte 106 of the " +
+                 std::string(cutFirst ? "first input." : "second input."));
       EXPECT_EQ(count("  *** Error reading from first input"), cutFirst ? 1 : 0);
       EXPECT_EQ(count(EOF_LINE), 0);
     }
@@ -133,11 +132,24 @@ TEST_F(VerifyTest, UnreadableInputsFailWithTheirOwnLines) {
   EXPECT_EQ(toolkit.errors.back(), "This file name is already being used for input. Choose another file name.");
 }
 
-TEST_F(VerifyTest, AStopIsNeitherSuccessNorFailure) {
+TEST_F(VerifyTest, AStopIsNeitherSuccessNorFailureAndWantOfMemoryIsOne) {
   toolkit.onPump = [this](long) { toolkit.press(toolkit.dialog(DLG_PROGRESS), PROG_STOP); };
   verify(TAPE, false, TAPE, false);
   EXPECT_EQ(count("  *** Verify aborted by user at DATE."), 1);
   EXPECT_EQ(count("Byte comparison succeeded.") + count("  *** Job Failed."), 0);
+  EXPECT_EQ(result(), "Complete");
+
+  // Where memory is wanting it fails, and works again.
+  toolkit.onPump = [pumps = 0](long) mutable {
+    if (++pumps == 3) throw std::bad_alloc();
+  };
+  verify(TAPE, false, TAPE, true);
+  expectCounts({{"  *** There is not enough memory for this job.", 1}, {"  *** Job Failed.", 1}});
+  EXPECT_EQ(result(), "Failed");
+  EXPECT_EQ(units[0].state + units[1].state, 0);
+  EXPECT_FALSE(jobIsRunning() || toolkit.hasTimers() || toolkit.dialog(DLG_PROGRESS) != NULL_WIN);
+  toolkit.onPump = nullptr;
+  verify(TAPE, false, TAPE, true);
   EXPECT_EQ(result(), "Complete");
 }
 

@@ -14,8 +14,6 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -25,6 +23,7 @@
 #include "quarlo/tapelib/driver/drive_file.h"
 #include "quarlo/tapelib/driver/st_driver.h"
 #include "quarlo/tapelib/driver/virtual_driver.h"
+#include "tests/support/test_files.h"
 
 class Bench {
  public:
@@ -60,26 +59,20 @@ class GenuineBench : public Bench {
 class VirtualBench : public Bench {
  public:
   VirtualBench() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "quarlo-bench-XXXXXX").string();
-    folder_ = mkdtemp(pattern.data());
     drive_.model = "TAPE-1";
     drive_.lun = 1;
     other_.model = "TAPE-2";
     other_.host = 1;
     store();
-    writeDriveFile(folder_ / "2.drive", other_);
+    writeDriveFile(folder_.path("2.drive"), other_);
     VirtualDrive::lookEvery(std::chrono::milliseconds(0));
-    auto driver = std::make_unique<VirtualDriver>(folder_.string());
+    auto driver = std::make_unique<VirtualDriver>(folder());
     driver_ = driver.get();
     setTapeDriver(std::move(driver));
     if (driver_->drive(0) == nullptr) std::abort();
     freshTape("T1");
   }
-  ~VirtualBench() override {
-    setTapeDriver(nullptr);
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
-  }
+  ~VirtualBench() override { setTapeDriver(nullptr); }
   std::string device() const override { return "/dev/nst0"; }
   bool hasHands() const override { return true; }
   void hands(const std::string& command) override {
@@ -94,7 +87,7 @@ class VirtualBench : public Bench {
     else
       words >> name >> number;
     if (verb == "newtape") {
-      std::ofstream(path(name), std::ios::trunc);
+      writeFile(path(name), "");
       capacity_[name] = number * 1048576LL;
     } else if (verb == "badblock") {
       drive_.badBlocks.push_back(number);
@@ -108,13 +101,13 @@ class VirtualBench : public Bench {
     }
     store();
   }
-  std::string path(const std::string& cartridge) const { return (folder_ / (cartridge + ".tap")).string(); }
-  const std::filesystem::path& folder() const { return folder_; }
+  std::string path(const std::string& cartridge) const { return folder_.path(cartridge + ".tap"); }
+  std::string folder() const { return folder_.path(""); }
   DriveDescription& description() { return drive_; }
-  void store() { ASSERT_EQ(writeDriveFile(folder_ / "1.drive", drive_), 0); }
+  void store() { ASSERT_EQ(writeDriveFile(folder_.path("1.drive"), drive_), 0); }
 
  private:
-  std::filesystem::path folder_;
+  TestFolder folder_;
   DriveDescription drive_;
   DriveDescription other_;
   std::map<std::string, long long> capacity_;
@@ -134,3 +127,6 @@ inline std::vector<std::string> benches() {
 }
 
 inline std::string benchName(const testing::TestParamInfo<std::string>& info) { return info.param; }
+
+#define NEEDS_HANDS() \
+  if (!bench_->hasHands()) GTEST_SKIP() << "QUARLO_TAPE_HANDS names no operator"

@@ -145,9 +145,6 @@ class Conformance : public testing::TestWithParam<std::string> {
   std::unique_ptr<Bench> bench_;
 };
 
-#define NEEDS_HANDS() \
-  if (!bench_->hasHands()) GTEST_SKIP() << "QUARLO_TAPE_HANDS names no operator"
-
 INSTANTIATE_TEST_SUITE_P(Drives, Conformance, testing::ValuesIn(benches()), benchName);
 
 TEST_P(Conformance, WriteReadAndEndOfData) {

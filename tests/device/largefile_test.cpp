@@ -48,22 +48,6 @@ TEST(LargeFile, WritesReadsAndKeepsItsPosition) {
   EXPECT_EQ(in.Read(buffer, 1), -1);  // and the stream's error stays
 }
 
-TEST(LargeFile, PositionsBeyondFourGigabytes) {
-  TestFolder folder;
-  const std::string path = folder.path("f");
-  const double far = 4294967296.0 + 5;
-  LargeFile out(path.c_str(), "wb");
-  ASSERT_TRUE(out.Seek(far, SEEK_SET));
-  EXPECT_EQ(out.Write("end", 3), 3);
-  EXPECT_TRUE(out.Close());
-  LargeFile in(path.c_str(), "rb");
-  char buffer[3];
-  EXPECT_TRUE(in.Seek(far, SEEK_SET));
-  EXPECT_EQ(in.Read(buffer, 3), 3);
-  EXPECT_EQ(in.GetPos(), far + 3);
-  EXPECT_EQ(in.GetSize(), far + 3);
-}
-
 TEST(LargeFile, FailuresAreResults) {
   TestFolder folder;
   LargeFile none(folder.path("none").c_str(), "rb");

@@ -17,8 +17,6 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class UnitTape : public testing::TestWithParam<std::string> {
  protected:
   UnitTape() : bench_(makeBench(GetParam())) {
@@ -51,12 +49,11 @@ class UnitTape : public testing::TestWithParam<std::string> {
   /// Writes blocks of these sizes, 0 for a mark, and closes.
   void record(const std::vector<int>& sizes) {
     open(1);
-    for (const int size : sizes) {
+    for (const int size : sizes)
       if (size == 0)
         EXPECT_EQ(tlv_weof(units_, 1, 1), 0);
       else
         EXPECT_EQ(write(size), size);
-    }
     EXPECT_EQ(tlv_tape_close(units_, 1), 0);
   }
   int read() { return tlv_tape_read(units_, 0, units_[0].ioBuffer, 65536); }
@@ -79,9 +76,6 @@ class UnitTape : public testing::TestWithParam<std::string> {
 };
 
 INSTANTIATE_TEST_SUITE_P(Drives, UnitTape, testing::ValuesIn(benches()), benchName);
-
-#define NEEDS_HANDS() \
-  if (!bench_->hasHands()) GTEST_SKIP() << "QUARLO_TAPE_HANDS names no operator"
 
 const Lines kReadError{"  *** Error reading tape on drive \"DRIVE\"."};
 

@@ -19,8 +19,6 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 /// Three drives: 0 holds a recorded tape, 1 a write-protected one, 2 none.
 class TapeDialogs : public ShellTest {
  protected:
@@ -103,9 +101,7 @@ TEST_F(TapeDialogs, InputSelectionListsDrivesAndStoresOptionsOnOk) {
   EXPECT_TRUE(chosen);
   EXPECT_EQ(units->theListItem, 2);
   EXPECT_TRUE(units->inputNoRewind && units->unloadAtEot && units->autoMode);
-  EXPECT_EQ(units->timeout, 4);
-  EXPECT_EQ(units->overrideM4, 1);
-  EXPECT_EQ(units->isM4, 1);
+  EXPECT_EQ(std::tuple(units->timeout, units->overrideM4, units->isM4), std::tuple(4, 1, 1));
 }
 
 TEST_F(TapeDialogs, WaitIsKeptWithinNineMinutes) {
@@ -114,10 +110,7 @@ TEST_F(TapeDialogs, WaitIsKeptWithinNineMinutes) {
     toolkit.press(d, DRV_AUTO_LOAD);
     const std::pair<const char*, const char*> cases[] = {
         {"-15", "9"}, {"4", "4"}, {"soon", "0"}, {"99999999999999999999", "9"}, {"-9223372036854775808", "9"}};
-    for (const auto& [typed, shown] : cases) {
-      toolkit.typeInto(d, DRV_WAIT, typed);
-      EXPECT_EQ(toolkit.text(d, DRV_WAIT), shown) << typed;
-    }
+    for (const auto& [typed, shown] : cases) EXPECT_EQ(toolkit.typed(d, DRV_WAIT, typed), shown) << typed;
     toolkit.press(d, DRV_UNLOAD_AT_EOT);
     EXPECT_TRUE(toolkit.checked(d, DRV_AUTO_LOAD));
     EXPECT_FALSE(toolkit.enabled(d, DRV_AUTO_LOAD) || toolkit.enabled(d, DRV_WAIT));
@@ -443,13 +436,15 @@ TEST_F(Progress, WordsAndCountersOfEachJob) {
     int things = 17;
     const WINDOW d = open(expected.jobType, UT_TAPE, &things);
     EXPECT_EQ(window, d);
-    EXPECT_EQ(toolkit.title(d), expected.title);
-    EXPECT_EQ(toolkit.text(d, 1), expected.title);
-    EXPECT_EQ(toolkit.text(d, 2), expected.first);
-    EXPECT_EQ(toolkit.text(d, 4), "17");
-    EXPECT_EQ(toolkit.text(d, 3), expected.second);
-    EXPECT_EQ(toolkit.text(d, 5), expected.value);
+    EXPECT_EQ(std::tuple(toolkit.title(d), toolkit.text(d, 1), toolkit.text(d, 2), toolkit.text(d, 4),
+                         toolkit.text(d, 3), toolkit.text(d, 5)),
+              std::tuple(expected.title, expected.title, expected.first, "17", expected.second, expected.value));
+    abortFlag = 0;
+    expected.jobType == JOB_SEGY ? toolkit.press(d, PROG_STOP) : toolkit.close(d);
+    EXPECT_EQ(abortFlag, 1);
+    EXPECT_TRUE(xvt_vobj_is_valid(d)) << "the job closes it";
     end();
+    EXPECT_FALSE(xvt_vobj_is_valid(d));
     EXPECT_EQ(window, NULL_WIN);
   }
 }
@@ -459,10 +454,8 @@ TEST_F(Progress, ImageCopyCountsBytesInAFloat) {
   int first = 0;
   static_assert(sizeof first == sizeof bytes);
   const WINDOW d = open(99, UT_TAPE, static_cast<int*>(static_cast<void*>(&bytes)));
-  EXPECT_EQ(toolkit.text(d, 2), "Bytes copied:");
-  EXPECT_EQ(toolkit.text(d, 4), "1234567");
-  EXPECT_EQ(toolkit.text(d, 3), "Tape blocks copied:");
-  EXPECT_EQ(toolkit.text(d, 5), "7");
+  EXPECT_EQ(std::tuple(toolkit.text(d, 2), toolkit.text(d, 4), toolkit.text(d, 3), toolkit.text(d, 5)),
+            std::tuple("Bytes copied:", "1234567", "Tape blocks copied:", "7"));
   for (const int fromDisk : {6, int{PROG_LEFT}, int{PROG_BAR}}) EXPECT_FALSE(toolkit.visible(d, fromDisk));
   EXPECT_EQ(toolkit.text(d, PROG_PACE), "1.23 MB");
   const long timer = xvt_timer_create(d, kProgressPeriod);
@@ -548,24 +541,6 @@ TEST(Pace, NumbersAreReadable) {
   EXPECT_EQ(durationText(3 * 3600 + 65), "3:01:05");
 }
 
-TEST_F(Progress, StopButtonAndCloseBoxSetTheFlag) {
-  int things = 0;
-  for (const bool byButton : {true, false}) {
-    abortFlag = 0;
-    const WINDOW d = open(101, UT_TAPE, &things);
-    if (byButton) {
-      toolkit.press(d, 7);
-      toolkit.press(d, 7);
-    } else {
-      toolkit.close(d);
-    }
-    EXPECT_EQ(abortFlag, 1);
-    EXPECT_TRUE(xvt_vobj_is_valid(d)) << "the job closes it";
-    end();
-    EXPECT_FALSE(xvt_vobj_is_valid(d));
-  }
-}
-
 class ErrorOptions : public ShellTest {
  protected:
   ErrorOptions() { startUp(); }
@@ -585,35 +560,28 @@ class ErrorOptions : public ShellTest {
   }
 };
 
-TEST_F(ErrorOptions, OkWithoutATouchLeavesAllFourFlags) {
-  set(false, true, false, true);
-  run([&](WINDOW d) {
-    EXPECT_TRUE(toolkit.checked(d, 2)) << "any of the four checks the box";
-    toolkit.press(d, 3);
-  });
-  EXPECT_EQ(flags(), (std::vector<bool>{false, true, false, true}));
-}
-
-TEST_F(ErrorOptions, AToggleClearsTheOtherThree) {
-  set(false, true, true, true);
-  run([&](WINDOW d) {
-    toolkit.press(d, 2);
-    EXPECT_FALSE(toolkit.checked(d, 2));
-    toolkit.press(d, 2);
-    EXPECT_TRUE(toolkit.checked(d, 2));
-    toolkit.press(d, 3);
-  });
-  EXPECT_EQ(flags(), (std::vector<bool>{true, false, false, false}));
-}
-
-TEST_F(ErrorOptions, CancelAndCloseWriteNothing) {
-  set(true, false, false, false);
-  for (const bool byButton : {true, false})
-    run([&](WINDOW d) {
-      toolkit.press(d, 2);
-      byButton ? toolkit.press(d, 4) : toolkit.close(d);
+TEST_F(ErrorOptions, ATouchClearsTheOtherThreeFlagsAndOnlyOkStores) {
+  using Flags = std::vector<bool>;
+  const struct {
+    Flags before;
+    int touches, end;  // 0: its close box
+    Flags after;
+  } rows[] = {{{false, true, false, true}, 0, 3, {false, true, false, true}},
+              {{false, true, true, true}, 2, 3, {true, false, false, false}},
+              {{true, false, false, false}, 1, 4, {true, false, false, false}},
+              {{true, false, false, false}, 1, 0, {true, false, false, false}}};
+  for (const auto& [before, touches, end, after] : rows) {
+    set(before[0], before[1], before[2], before[3]);
+    run([&, touches = touches, end = end](WINDOW d) {
+      EXPECT_TRUE(toolkit.checked(d, 2)) << "any of the four checks the box";
+      for (int touch = 1; touch <= touches; ++touch) {
+        toolkit.press(d, 2);
+        EXPECT_EQ(toolkit.checked(d, 2), touch % 2 == 0);
+      }
+      end != 0 ? toolkit.press(d, end) : toolkit.close(d);
     });
-  EXPECT_EQ(flags(), (std::vector<bool>{true, false, false, false}));
+    EXPECT_EQ(flags(), after);
+  }
   toolkit.onModal(DLG_ERROR_OPTIONS, [&](WINDOW d) {
     EXPECT_FALSE(toolkit.enabled(d, 2));
     toolkit.press(d, 3);

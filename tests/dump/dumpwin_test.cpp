@@ -2,12 +2,8 @@
 #include "quarlo/common/dump_win.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -15,19 +11,11 @@
 #include "quarlo/tapelib/dialogs/cons_win.h"
 #include "quarlo/tapelib/jobstate.h"
 #include "resources/ids.h"
+#include "tests/support/test_files.h"
 #include "tests/support/test_toolkit.h"
 #include "xvt/probe.h"
 
 namespace {
-
-using Lines = std::vector<std::string>;
-
-std::string contentOf(const std::string& path) {
-  std::ifstream file(path);
-  std::stringstream content;
-  content << file.rdbuf();
-  return content.str();
-}
 
 XVT_FNTID font() { return xvt_font_create("courier", 10, FS_PLAIN); }
 
@@ -44,19 +32,12 @@ int characterWidth() { return xvt_font_get_text_width(font(), "m", 1); }
 class TextWindowTest : public testing::Test {
  protected:
   void SetUp() override {
-    char name[] = "/tmp/quarlo-text-XXXXXX";
-    ASSERT_NE(mkdtemp(name), nullptr);
-    home = std::filesystem::current_path();
-    directory = name;
-    std::filesystem::current_path(directory);
     kit.openTaskWindow([](WINDOW, EVENT*) -> long { return 0; });
   }
   void TearDown() override {
     for (DumpWindow* dump : {&tDumpWin, &fDumpWin})
       if (dump->theWindow != NULL_WIN) xvt_vobj_destroy(dump->theWindow);
     killConsole();
-    std::filesystem::current_path(home);
-    std::filesystem::remove_all(directory);
   }
 
   static void size(WINDOW window, int lines, int columns) {
@@ -77,12 +58,12 @@ class TextWindowTest : public testing::Test {
   WINDOW console() { return kit.windowTitled("Console"); }
   bool consoleIsChecked() { return xvt_menu_is_item_checked(TASK_WIN, 1032); }
 
+  TestFolder folder;
   TestToolkit kit;
-  std::filesystem::path home, directory;
 };
 
 TEST_F(TextWindowTest, TheConsoleKeepsEveryLineOnScreenAndInTheFile) {
-  std::ofstream("console.txt") << "of an earlier run\n";
+  writeFile("console.txt", "of an earlier run\n");
   consInit();
   console_out("Copy started at noon.");
   console_out(" ");
@@ -91,12 +72,12 @@ TEST_F(TextWindowTest, TheConsoleKeepsEveryLineOnScreenAndInTheFile) {
   console_out(nullptr);
   EXPECT_EQ(kit.lines(console()), (Lines{"Copy started at noon.", " ", std::string(5000, 'x') + " 7", "two", "lines"}));
   // Read while the console is open: every line is flushed.
-  EXPECT_EQ(contentOf("console.txt"), "Copy started at noon.\n \n" + std::string(5000, 'x') + " 7\ntwo\nlines\n");
+  EXPECT_EQ(readFile("console.txt"), "Copy started at noon.\n \n" + std::string(5000, 'x') + " 7\ntwo\nlines\n");
   kit.scarce = TestToolkit::Scarce::lines;
   testing::internal::CaptureStderr();
   console_out("last words");
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "xvt: event handler: std::bad_alloc\n");
-  EXPECT_TRUE(contentOf("console.txt").ends_with("lines\nlast words\n"));
+  EXPECT_TRUE(readFile("console.txt").ends_with("lines\nlast words\n"));
 }
 
 TEST_F(TextWindowTest, ClosingHidesTheConsoleAndTheCommandShowsItAgain) {
@@ -121,7 +102,7 @@ TEST_F(TextWindowTest, ClosingHidesTheConsoleAndTheCommandShowsItAgain) {
   EXPECT_FALSE(xvt_vobj_is_valid(window));
   console_out("nobody hears");
   raiseConsole();
-  EXPECT_EQ(contentOf("console.txt"), "before\nhidden\n");
+  EXPECT_EQ(readFile("console.txt"), "before\nhidden\n");
 }
 
 TEST_F(TextWindowTest, AConsoleWithoutItsFileWorksOnScreen) {
@@ -270,9 +251,9 @@ TEST_F(TextWindowTest, WordsAndErrorsAreFoundAndTheTextIsSaved) {
   kit.chooseMenu(CMD_TEXT_USUAL_SIZE);
   EXPECT_EQ(kit.scrollLimit(window, VSCROLL), before);
   EXPECT_LE(origin(window), first);
-  kit.answerFile((directory / "saved.txt").string());
+  kit.answerFile(folder.path("saved.txt"));
   kit.chooseMenu(CMD_TEXT_SAVE);
-  EXPECT_EQ(contentOf("saved.txt"), contentOf("console.txt"));
+  EXPECT_EQ(readFile("saved.txt"), readFile("console.txt"));
   EXPECT_EQ(xvt::probe::key(box, "Escape"), std::nullopt);
   EXPECT_FALSE(xvt_vobj_is_valid(box));
   EXPECT_EQ(xvt::probe::key(window, "Ctrl+Shift+g"), std::nullopt);

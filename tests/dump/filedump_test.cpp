@@ -14,8 +14,6 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class FileDumpTest : public JobTest {
  protected:
   void SetUp() override {
@@ -29,10 +27,7 @@ class FileDumpTest : public JobTest {
     open("in.bin");
     forgetConsole();
   }
-  std::string typed(int control, const std::string& text) {
-    toolkit.typeInto(dialog, control, text);
-    return toolkit.text(dialog, control);
-  }
+  std::string typed(int control, const std::string& text) { return toolkit.typed(dialog, control, text); }
   void goTo(const std::string& byte) {
     typed(FD_GO_TO_BYTE, byte);
     toolkit.press(dialog, FD_MOVE_TO_BYTE);
@@ -163,19 +158,14 @@ TEST_F(FileDumpTest, AFailingReadIsReported) {
 
 TEST_F(FileDumpTest, FieldsKeepTheirLimits) {
   openBytes(std::string(10, 'x'));
-  EXPECT_EQ(typed(FD_READ_BYTES, "0"), "1");
-  EXPECT_EQ(typed(FD_READ_BYTES, "-7"), "1");
+  toolkit.expectTyped(dialog, FD_READ_BYTES, {{"0", "1"}, {"-7", "1"}});
   EXPECT_TRUE(toolkit.notes.empty());
   EXPECT_EQ(typed(FD_READ_BYTES, "100000"), "65536");
   EXPECT_EQ(toolkit.notes, Lines{"Maximum bytes per read is 65536."});
   EXPECT_EQ(typed(FD_READ_BYTES, "65536"), "65536");
   EXPECT_EQ(toolkit.notes.size(), 1U);
-  EXPECT_EQ(typed(FD_GO_TO_BYTE, "-1"), "0");
-  EXPECT_EQ(typed(FD_GO_TO_BYTE, "-0"), "0");
-  EXPECT_EQ(typed(FD_GO_TO_BYTE, "3.9"), "3");
-  EXPECT_EQ(typed(FD_GO_TO_BYTE, "nan"), "0");
-  EXPECT_EQ(typed(FD_SEEK_BYTES, "5000000000"), "5000000000");
-  EXPECT_EQ(typed(FD_SEEK_BYTES, "1e300"), "9007199254740992");
+  toolkit.expectTyped(dialog, FD_GO_TO_BYTE, {{"-1", "0"}, {"-0", "0"}, {"3.9", "3"}, {"nan", "0"}});
+  toolkit.expectTyped(dialog, FD_SEEK_BYTES, {{"5000000000", "5000000000"}, {"1e300", "9007199254740992"}});
 }
 
 TEST_F(FileDumpTest, PositionsBeyondFourGigabytesAreExact) {
@@ -221,14 +211,12 @@ TEST_F(FileDumpTest, SavesTheTextOfTheWindow) {
   openBytes("some text");
   toolkit.select(dialog, FD_FORMAT, "ASCII");
   toolkit.press(dialog, FD_READ);
-  toolkit.answerFile(folder.path("out.txt"));
-  toolkit.press(dialog, FD_SAVE);
+  chooseFile(FD_SAVE, folder.path("out.txt"));
   EXPECT_EQ(toolkit.fileRequests.back().title, "Save dataset as:");
   EXPECT_EQ(toolkit.fileRequests.back().type, "txt");
   EXPECT_EQ(readFile("out.txt"), "00000 some text\n \n");
   // Never over the file that is being looked at.
-  toolkit.answerFile(folder.path("in.bin"));
-  toolkit.press(dialog, FD_SAVE);
+  chooseFile(FD_SAVE, folder.path("in.bin"));
   EXPECT_EQ(readFile("in.bin"), "some text");
   std::filesystem::create_directory("gone");
   toolkit.answerFile(folder.path("gone/out.txt"), [] { std::filesystem::remove("gone"); });
@@ -242,15 +230,11 @@ TEST_F(FileDumpTest, SavesTheTextOfTheWindow) {
 // ---- reports on datasets ------------------------------------------------------------------------------------------
 
 const ReportRecord* handedOver = nullptr;
-std::function<bool(int* stopFlag)> theWork;
 
 long report_eh(WINDOW window, EVENT* event) {
-  return reportEvents(window, *event,
-                      {.create = [](WINDOW made) { handedOver = static_cast<ReportRecord*>(xvt_vobj_get_data(made)); },
-                       .control =
-                           [](WINDOW dialog, const EVENT& used) {
-                             if (isPress(used, ABOUT_OK)) runReport(dialog, theWork);
-                           }});
+  return reportEvents(window, *event, {.create = [](WINDOW made) {
+                        handedOver = static_cast<ReportRecord*>(xvt_vobj_get_data(made));
+                      }});
 }
 
 // Any dialog of the tables stands in for a report.
@@ -291,38 +275,6 @@ TEST_F(FileDumpTest, AReportHasTheFileForItself) {
   EXPECT_EQ(toolkit.errors, Lines{"Error opening report dialog"});
   EXPECT_EQ(position(), "4");
   EXPECT_TRUE(toolkit.enabled(dialog, FD_READ));
-}
-
-TEST_F(FileDumpTest, AReportIsAloneInItsWindowAndIsStoppedByClosing) {
-  writeFile("line.kyr", "dataset");
-  open("line.kyr");
-  dumpOut("of an earlier report", window);
-  startReport(dialog, STAND_IN);
-  const WINDOW report = toolkit.dialog(DLG_ABOUT);
-  const auto pressRun = [&](std::function<bool(int* stopFlag)> work) {
-    theWork = std::move(work);
-    toolkit.press(report, ABOUT_OK);
-  };
-  pressRun([&](int*) {
-    EXPECT_TRUE(xvt_vobj_is_visible(window));
-    EXPECT_TRUE(jobIsRunning());
-    dumpOut("a line", window);
-    return true;
-  });
-  EXPECT_EQ(shown(), Lines{"a line"});
-  EXPECT_TRUE(toolkit.enabled(dialog, FD_START_REPORT));
-  pressRun([](int*) -> bool { throw std::bad_alloc(); });
-  EXPECT_EQ(consoleWithoutDates().back(), "  *** There is not enough memory for this job.");
-  EXPECT_EQ(shown(), Lines{});
-  EXPECT_FALSE(toolkit.enabled(dialog, FD_START_REPORT));
-  pressRun([&](int* stopFlag) {
-    toolkit.close(report);
-    EXPECT_TRUE(xvt_vobj_is_valid(report));
-    EXPECT_EQ(*stopFlag, 1);
-    return false;
-  });
-  EXPECT_FALSE(xvt_vobj_is_valid(report));
-  EXPECT_TRUE(toolkit.enabled(dialog, FD_START_REPORT));  // the dataset is the file dump's again
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // The tape dump on virtual drives, driven as a user would.
 #include <gtest/gtest.h>
 
+#include "libkyr/text.h"
 #include "quarlo/common/dump_win.h"
 #include "quarlo/common/windows.h"
 #include "quarlo/dump/tdmp_dlg.h"
@@ -10,8 +11,6 @@
 #include "tests/support/job_fixture.h"
 
 namespace {
-
-using Lines = std::vector<std::string>;
 
 const std::string HELLO_EBCDIC = "\xc8\xc5\xd3\xd3\xd6";
 
@@ -24,8 +23,7 @@ class TapeDumpTest : public JobTest {
     window = toolkit.windowTitled("Tape Dump Window");
   }
   void insert(const Tape& tape, const std::vector<std::size_t>& badBlocks = {}) {
-    makeCartridge("in.tap", tape, badBlocks);
-    load(0, "in.tap");
+    putIn(0, "in.tap", tape, badBlocks);
     chooseDrive(TD_SELECT_DRIVE, 0);
     forgetConsole();
   }
@@ -48,11 +46,6 @@ const Lines HUNDRED = {"00000  00010203 04050607 08090a0b 0c0d0e0f 10111213 1415
                        "00032  20212223 24252627 28292a2b 2c2d2e2f 30313233 34353637 38393a3b 3c3d3e3f",
                        "00064  40414243 44454647 48494a4b 4c4d4e4f 50515253 54555657 58595a5b 5c5d5e5f",
                        "00096  60616263"};
-
-Lines operator+(Lines one, const Lines& other) {
-  one.insert(one.end(), other.begin(), other.end());
-  return one;
-}
 
 std::string joined(const Lines& lines) {
   std::string text;
@@ -104,14 +97,10 @@ TEST_F(TapeDumpTest, FormatsAndChoicesGoTogether) {
 }
 
 TEST_F(TapeDumpTest, NumberFieldsTakeWhatIsTyped) {
-  const auto typed = [this](int control, const char* text) {
-    toolkit.typeInto(dialog, control, text);
-    return toolkit.text(dialog, control);
-  };
-  EXPECT_EQ(typed(TD_READ_BLOCKS, "-12"), "12");
-  EXPECT_EQ(typed(TD_SKIP_BLOCKS, "-2147483648"), "2147483647");
-  EXPECT_EQ(typed(TD_START_BYTE, "-5"), "-5");
-  EXPECT_EQ(typed(TD_DUMP_BYTES, "none"), "0");
+  EXPECT_EQ(toolkit.typed(dialog, TD_READ_BLOCKS, "-12"), "12");
+  EXPECT_EQ(toolkit.typed(dialog, TD_SKIP_BLOCKS, "-2147483648"), "2147483647");
+  EXPECT_EQ(toolkit.typed(dialog, TD_START_BYTE, "-5"), "-5");
+  EXPECT_EQ(toolkit.typed(dialog, TD_DUMP_BYTES, "none"), "0");
 }
 
 TEST_F(TapeDumpTest, WalksThroughTheTapeIntoWindowConsoleAndFile) {
@@ -201,36 +190,32 @@ TEST_F(TapeDumpTest, SkipsForwardAndBackAndTellsTheControlDialog) {
   xvt_vobj_destroy(gControlWindow);
 }
 
-TEST_F(TapeDumpTest, HaltStopsBehindTheBlockAndCanBeUsedAgain) {
+TEST_F(TapeDumpTest, WhateverStopsItComesBehindABlockAndItCanBeUsedAgain) {
   insert(Tape(10, "block"));
-  long before = 0;
-  toolkit.onPump = [this, &before](long pumps) {
-    if (pumps - before == 3) toolkit.press(dialog, TD_HALT);
-  };
-  for (const int block : {1, 3}) {
-    before = toolkit.pumps;
+  const auto stoppedBy = [this](const std::function<void()>& event) {
+    toolkit.onPump = [&, before = toolkit.pumps](long pumps) {
+      if (pumps - before == 3) event();
+    };
     forgetConsole();
     dump(5);
-    EXPECT_EQ(consoleWithoutDates(),
-              (Lines{"Block " + std::to_string(block) + ", 5 bytes", "Block " + std::to_string(block + 1) + ", 5 bytes",
+    EXPECT_FALSE(jobIsRunning() || toolkit.hasTimers());
+    return consoleWithoutDates();
+  };
+  for (const char* blocks : {"12", "34"}) {
+    EXPECT_EQ(stoppedBy([this] { toolkit.press(dialog, TD_HALT); }),
+              (Lines{formatText("Block %c, 5 bytes", blocks[0]), formatText("Block %c, 5 bytes", blocks[1]),
                      " Dump halted by user."}));
     EXPECT_FALSE(toolkit.enabled(dialog, TD_HALT));
   }
-}
-
-TEST_F(TapeDumpTest, ClosingInTheMiddleStopsTheDumpFirst) {
-  insert(Tape(10, "block"));
-  bool aliveInJob = false;
-  const long before = toolkit.pumps;
-  toolkit.onPump = [&](long pumps) {
-    if (pumps - before != 2) return;
+  stoppedBy([] { throw std::bad_alloc(); });
+  EXPECT_EQ(count("  *** There is not enough memory for this job."), 1);
+  EXPECT_TRUE(toolkit.enabled(dialog, TD_DUMP));
+  const Lines last = stoppedBy([this] {
     toolkit.close(dialog);
-    aliveInJob = jobIsRunning() && xvt_vobj_is_valid(dialog);
-  };
-  dump(5);
-  EXPECT_TRUE(aliveInJob);
+    EXPECT_TRUE(jobIsRunning() && xvt_vobj_is_valid(dialog)) << "the dialog waits";
+  });
   EXPECT_FALSE(xvt_vobj_is_valid(dialog));
-  EXPECT_EQ(consoleWithoutDates(), (Lines{"Block 1, 5 bytes", " Dump halted by user."}));
+  EXPECT_EQ(last, (Lines{"Block 7, 5 bytes", "Block 8, 5 bytes", " Dump halted by user."})) << "the tape stayed";
 }
 
 TEST_F(TapeDumpTest, NothingMovesTheTapeWhileAJobRuns) {

@@ -171,10 +171,7 @@ TEST(SegBin20de, WholeGroupsInOrder) {
 TEST(Seg3Byte, StaysInteger) {
   int out[4] = {9, 9, 9, 9};
   decode3byte("\x7F\xFF\xFF\x80\x00\x00\xFF\xFF\xFE", out, 3);
-  EXPECT_EQ(out[0], 8388607);
-  EXPECT_EQ(out[1], -8388608);
-  EXPECT_EQ(out[2], -2);
-  EXPECT_EQ(out[3], 9);
+  EXPECT_EQ(std::tuple(out[0], out[1], out[2], out[3]), std::tuple(8388607, -8388608, -2, 9));
 }
 
 TEST(Seg20BitFloat, ExponentsOfTheFirstAndThird) {
@@ -240,25 +237,6 @@ void expectBits(float value, float expected, unsigned sample) {
   ASSERT_EQ(std::bit_cast<std::uint32_t>(value), std::bit_cast<std::uint32_t>(expected)) << std::hex << sample;
 }
 
-TEST(SegHex, Edges) {
-  const struct {
-    unsigned sample;
-    float value;
-  } bytes[] = {{0x01, 1.03125F}, {0x3F, 31.0F}, {0xFF, -7936.0F}},
-    words[] = {{0x3000, 16.0F}, {0xFFFF, -8191.0F}, {0x0001, 1.0F + 1.0F / 8192}};
-  for (const auto& row : bytes) {
-    float out = untouched;
-    const char byte = static_cast<char>(row.sample);
-    decodeHex8(&out, 1, &byte, 1, 1);
-    expectBits(out, row.value, row.sample);
-  }
-  for (const auto& row : words) {
-    float out = untouched;
-    decodeHex16(&out, 1, hostOrder({row.sample}).data(), 2, 1);
-    expectBits(out, row.value, row.sample);
-  }
-}
-
 TEST(SegHex, EverySampleAsTheStepsGiveIt) {
   for (unsigned sample = 0; sample < 0x10000; ++sample) {
     float out = untouched;
@@ -272,23 +250,19 @@ TEST(SegHex, EverySampleAsTheStepsGiveIt) {
   }
 }
 
-TEST(SegQuat, Edges) {
+TEST(SegFloats, Edges) {
   const struct {
+    void (*decode)(float* out, int outStep, const char* in, int inStep, int samples);
     unsigned sample;
     float value;
-  } bytes[] = {{0x00, 0.0F}, {0x01, 0.0625F}, {0x87, 0.5F}},
-    words[] = {{0x0000, 0.0F},
-               {0x0FFF, 0x1p-126F},    // the carry empties the exponent, the sign bit sets its lowest bit
-               {0x0080, 0x1.02p-4F}};  // 129/4096, its even exponent made odd
-  for (const auto& row : bytes) {
+  } table[] = {
+      {decodeHex8, 0xFF, -7936.0F},      {decodeHex16, 0xFFFF, -8191.0F}, {decodeHex16, 0x0001, 1.0F + 1.0F / 8192},
+      {decodeQuat8, 0x00, 0.0F},         {decodeQuat8, 0x87, 0.5F},       {decodeQuat16, 0x0000, 0.0F},
+      {decodeQuat16, 0x0FFF, 0x1p-126F},    // the carry empties the exponent, the sign bit sets its lowest bit
+      {decodeQuat16, 0x0080, 0x1.02p-4F}};  // 129/4096, its even exponent made odd
+  for (const auto& row : table) {
     float out = untouched;
-    const char byte = static_cast<char>(row.sample);
-    decodeQuat8(&out, 1, &byte, 1, 1);
-    expectBits(out, row.value, row.sample);
-  }
-  for (const auto& row : words) {
-    float out = untouched;
-    decodeQuat16(&out, 1, hostOrder({row.sample}).data(), 2, 1);
+    row.decode(&out, 1, hostOrder({row.sample}).data(), 2, 1);
     expectBits(out, row.value, row.sample);
   }
 }

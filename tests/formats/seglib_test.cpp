@@ -174,21 +174,6 @@ TEST(CharacterTables, AreCodePage037WithTheExceptions) {
   iconv_close(toAscii);
 }
 
-TEST(CharacterTables, FixedPoints) {
-  const Tables tables;
-  EXPECT_EQ(tables.a2e['A'], 0xC1);
-  EXPECT_EQ(tables.a2e['-'], 0x60);
-  EXPECT_EQ(tables.e2a[0x60], '~');
-  EXPECT_EQ(tables.e2a[0x40], ' ');
-  EXPECT_EQ(tables.a2e[19], 0x3C);
-  EXPECT_EQ(tables.a2e[20], 0x3C);
-  EXPECT_EQ(tables.e2a[0x13], 19);
-  EXPECT_EQ(tables.e2a[0x3C], 20);
-  EXPECT_EQ(tables.e2a[0x7B], '#');  // the code page's own codes still read as what they are
-  EXPECT_EQ(tables.e2a[0xC0], '{');
-  EXPECT_EQ(tables.e2a[0x41], ' ');
-}
-
 TEST(Translation, TerminatesAndSubstitutes) {
   const Tables tables;
   char buffer[8] = "C 1#\xE9z";

@@ -17,8 +17,6 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 constexpr const char* firstLine = "Quarlo SEG Y format, version 1, readable from 1\n";
 
 SegyField* add(SegyFormat* format, const char* name, int type, int offset, bool isBinary = true) {
@@ -205,16 +203,13 @@ TEST(SegyText, EverySettingSurvivesWritingAndReading) {
   for (short SegyFormat::*flag :
        {&SegyFormat::itIsReadOnly, &SegyFormat::itDoesStripAux, &SegyFormat::itDoesVibCorr, &SegyFormat::itDoesMinPhase,
         &SegyFormat::itsSweepTraceFixed, &SegyFormat::itHasReelHeader, &SegyFormat::itHasReelEBCDIC,
-        &SegyFormat::itHasBinaryHeader, &SegyFormat::itHasTraceHeader, &SegyFormat::itOutputsDeadTraces}) {
+        &SegyFormat::itHasBinaryHeader, &SegyFormat::itHasTraceHeader, &SegyFormat::itOutputsDeadTraces})
     format.*flag = 1;
-  }
   format.itDoesSwapBytes = format.itUsesTextFile = format.itIsInputFmt = format.itIsBigEndian = 1;
   int number = 17;
-  for (int SegyFormat::*value :
-       {&SegyFormat::itsStartPad, &SegyFormat::itsEndPad, &SegyFormat::itsReelBytes, &SegyFormat::itsBinaryBytes,
-        &SegyFormat::itsTraceRecord, &SegyFormat::itsTraceBytes}) {
+  for (int SegyFormat::*value : {&SegyFormat::itsStartPad, &SegyFormat::itsEndPad, &SegyFormat::itsReelBytes,
+                                 &SegyFormat::itsBinaryBytes, &SegyFormat::itsTraceRecord, &SegyFormat::itsTraceBytes})
     format.*value = number++;
-  }
   format.itsStartPad = INT_MIN;
   format.itsTraceTypes[1] = -5;
   copyText(format.itsTextFileSpec.dir.path, "/data/a b");
@@ -257,13 +252,10 @@ TEST(SegyText, EverySettingSurvivesWritingAndReading) {
   EXPECT_STREQ(again.itsTextFileSpec.name, "reel.txt");
   EXPECT_EQ(again.itsBinaryCount * 10 + again.itsTraceCount, 22);
   const SegyField* const back = again.itsTraceFields;
-  EXPECT_EQ(back->itsType, doubleFloatType);
-  EXPECT_EQ(back->itsScaleFactor, 0.1);
-  EXPECT_EQ(back->itsOverrideValue.doubleValue, 1.0 / 3);
-  EXPECT_EQ(back->itsRangeMin.doubleValue, -1e300);
-  EXPECT_EQ(back->itsRangeMax.doubleValue, 5e-324);
-  EXPECT_EQ(back->itIsBinaryField, 0);
-  EXPECT_EQ(back->outputKyrHeader[kMaxOutputProperties - 1], kMaxOutputProperties - 1);
+  EXPECT_EQ(
+      std::tuple(back->itsType, back->itsScaleFactor, back->itsOverrideValue.doubleValue, back->itsRangeMin.doubleValue,
+                 back->itsRangeMax.doubleValue, back->itIsBinaryField, back->outputKyrHeader[kMaxOutputProperties - 1]),
+      std::tuple(doubleFloatType, 0.1, 1.0 / 3, -1e300, 5e-324, 0, kMaxOutputProperties - 1));
   EXPECT_EQ(again.itsBinaryFields->itsOffset, -1);
   EXPECT_EQ(again.itsBinaryFields->nextField->itsOverrideValue.floatValue, 0.1F);
 }

@@ -22,8 +22,6 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 SegyField fieldAt(int type, int offset, const char* name = "X") {
   SegyField field;
   copyText(field.itsName, name);
@@ -199,9 +197,9 @@ class SegyWriterTest : public SegyTest {
     return initSegyOut(&record, &format, 24, 2, interval, samples, 1, 6000, 25, 2, text);
   }
   /// Both reel headers on disk.
-  std::string headersOnDisk(const char* text = nullptr) {
+  std::string headersOnDisk(const char* text = nullptr, float interval = 2.0F, int samples = 5) {
     wishOutputFile("out.sgy");
-    EXPECT_EQ(begin(text), 0);
+    EXPECT_EQ(begin(text, interval, samples), 0);
     closeDiskUnit(&units[1]);
     return output();
   }
@@ -218,17 +216,14 @@ TEST_F(SegyWriterTest, ReelHeadersOnDiskAndOnEveryTape) {
   EXPECT_EQ(headers.substr(0, 3200), std::string(3200, '\x40'));
   std::string binary(400, '\0');
   for (const auto& [place, value] : std::vector<std::pair<std::size_t, unsigned>>{
-           {12, 24}, {14, 2}, {16, 2000}, {20, 5}, {24, 1}, {36, 6000}, {40, 25}, {48, 2}}) {
+           {12, 24}, {14, 2}, {16, 2000}, {20, 5}, {24, 1}, {36, 6000}, {40, 25}, {48, 2}})
     putBig(&binary, place, value, 2);
-  }
   EXPECT_EQ(headers.substr(3200), binary);
   EXPECT_EQ(consoleWithoutDates(), Lines{});
 
   units[1].type = UT_NONE;
-  makeCartridge("a.tap", {});
-  makeCartridge("b.tap", {});
-  load(0, "a.tap");
-  load(1, "b.tap");
+  putIn(0, "a.tap");
+  putIn(1, "b.tap");
   openOutputTapes({0, 1});
   EXPECT_EQ(begin(), 0);
   closeUnits();
@@ -240,24 +235,16 @@ TEST_F(SegyWriterTest, ReelHeadersOnDiskAndOnEveryTape) {
 }
 
 TEST_F(SegyWriterTest, ValuesBeyondAFieldsType) {
-  wishOutputFile("out.sgy");
-  EXPECT_EQ(begin(nullptr, 40.0F, 40000), 0);
-  closeDiskUnit(&units[1]);
-  EXPECT_EQ(shortAt(output(), 3216), -25536);  // 40,000 for all who read it unsigned
+  EXPECT_EQ(shortAt(headersOnDisk(nullptr, 40.0F, 40000), 3216), -25536);  // 40,000 for all who read it unsigned
   EXPECT_EQ(shortAt(output(), 3220), -25536);
   EXPECT_EQ(consoleWithoutDates(), Lines{});
-  wishOutputFile("out.sgy");
-  EXPECT_EQ(begin(nullptr, 2.0F, 70000), 0);
-  closeDiskUnit(&units[1]);
+  headersOnDisk(nullptr, 2.0F, 70000);
   std::string header(240, '\0');
   for (int i = 0; i < 2; ++i) fillTraceHeader(&format, header.data(), 1, 2, 3, 4, 65536, 2.0F);
   EXPECT_EQ(consoleWithoutDates(),
             (Lines{"  ** Field \"Nt\" cannot hold 70000.", "  ** Field \"Nt\" cannot hold 65536."}));
   // Single precision decides: in double precision the product is 248.99...
-  wishOutputFile("out.sgy");
-  EXPECT_EQ(begin(nullptr, 0.249F), 0);
-  closeDiskUnit(&units[1]);
-  EXPECT_EQ(shortAt(output(), 3216), 249);
+  EXPECT_EQ(shortAt(headersOnDisk(nullptr, 0.249F), 3216), 249);
   getField(format.itsTraceFields, "Dt")->itsType = longIntType;
   fillTraceHeader(&format, header.data(), 1, 2, 3, 4, 5, 3e9F);
   EXPECT_EQ(bigAt(header, 116), INT_MAX);
@@ -271,18 +258,13 @@ TEST_F(SegyWriterTest, EveryWholeIntervalComesOutAsItIs) {
     fillTraceHeader(&format, header.data(), 1, 1, 1, 1, 1, segyInterval(microseconds / 1e6));
     ASSERT_EQ(shortAt(header, 116) & 0xFFFF, microseconds);
   }
-  wishOutputFile("out.sgy");
-  ASSERT_EQ(begin(nullptr, segyInterval(0.065535)), 0);
-  closeDiskUnit(&units[1]);
-  EXPECT_EQ(shortAt(output(), 3216) & 0xFFFF, 65535);
+  EXPECT_EQ(shortAt(headersOnDisk(nullptr, segyInterval(0.065535)), 3216) & 0xFFFF, 65535);
 
   useShipped(2);
   format.itsExactInterval = 333.25;
-  wishOutputFile("out.sgy");
-  ASSERT_EQ(begin(nullptr, segyInterval(333.25e-6)), 0);
-  closeDiskUnit(&units[1]);
-  EXPECT_EQ(shortAt(output(), 3216), 333);
-  EXPECT_EQ(loadBeDouble(output().data() + 3272), 333.25);
+  const std::string headers = headersOnDisk(nullptr, segyInterval(333.25e-6));
+  EXPECT_EQ(shortAt(headers, 3216), 333);
+  EXPECT_EQ(loadBeDouble(headers.data() + 3272), 333.25);
 }
 
 TEST_F(SegyWriterTest, MappedFieldsTakeTheFirstPropertyThatHasAValue) {
@@ -405,10 +387,8 @@ TEST_F(SegyWriterTest, OutputsThatCannotBeWrittenEndTheJob) {
   useShipped(0);
   units[1].type = UT_NONE;
   EXPECT_EQ(begin(), -1);  // no tape open
-  makeCartridge("a.tap", {});
-  makeCartridge("b.tap", {});
-  load(0, "a.tap");
-  load(1, "b.tap");
+  putIn(0, "a.tap");
+  putIn(1, "b.tap");
   openOutputTapes({0, 1});
   units[2].maxBlockSize = 399;
   EXPECT_EQ(begin(), -1);
@@ -468,9 +448,7 @@ TEST_F(SegyWriterTest, BuildsATraceFromACallersHeader) {
 }
 
 TEST_F(SegyWriterTest, AnIndependentReaderReadsItBack) {
-  if (!haveSegyReader()) {
-    GTEST_SKIP() << "python3-segyio is not installed";
-  }
+  if (!haveSegyReader()) GTEST_SKIP() << "python3-segyio is not installed";
   const std::vector<float> samples = {0.0F, 1.0F, -2.5F, 1e-3F, 12345.678F, -0.1F};
   const auto count = static_cast<int>(samples.size());
   for (const int code : {1, 2, 3, 5}) {
@@ -538,14 +516,9 @@ TEST_F(SegyWriterTest, SkipsFieldFilesAtAndBeyondBothLimitsAndThoseOfTheList) {
 }
 
 TEST(FieldFile, NumbersInNamesAndHexadecimalDigits) {
-  for (const auto& [name, number] : std::vector<std::pair<const char*, int>>{{"0012.segd", 12},
-                                                                             {"line-7b3", 7},
-                                                                             {"none", 0},
-                                                                             {"", 0},
-                                                                             {"99999999999", INT_MAX},
-                                                                             {"x2147483647", INT_MAX}}) {
-    EXPECT_EQ(getFFile(name), number) << name;
-  }
+  const std::pair<const char*, int> names[] = {{"0012.segd", 12}, {"line-7b3", 7},          {"none", 0},
+                                               {"", 0},           {"99999999999", INT_MAX}, {"x2147483647", INT_MAX}};
+  for (const auto& [name, number] : names) EXPECT_EQ(getFFile(name), number) << name;
   for (const auto& [before, after] : std::vector<std::pair<std::string, const char*>>{
            {"0x1F g:aB", "01fab"}, {"09afAF", "09afaf"}, {"/:@G`g \xC1", ""}, {"", ""}}) {
     std::string text = before;
@@ -555,8 +528,7 @@ TEST(FieldFile, NumbersInNamesAndHexadecimalDigits) {
 }
 
 TEST_F(SegyWriterTest, TheNextTapeComesThroughTheProtocolOfAllJobs) {
-  makeCartridge("a.tap", {"x"});
-  load(0, "a.tap");
+  putIn(0, "a.tap", {"x"});
   openInputTape();
   units->autoMode = true;
   units->hasAutoLoader = true;  // no wait
@@ -569,8 +541,7 @@ TEST_F(SegyWriterTest, TheNextTapeComesThroughTheProtocolOfAllJobs) {
   EXPECT_EQ(lines[0], "Tape finished.");
   EXPECT_EQ(Lines(lines.end() - 2, lines.end()), (Lines{"Magazine finished.", "  "}));
 
-  makeCartridge("b.tap", {});
-  load(1, "b.tap");
+  putIn(1, "b.tap");
   openOutputTapes({1});
   toolkit.onModal(DLG_OUT_CONTINUE, [this](WINDOW question) { toolkit.press(question, OC_CONTINUE); });
   EXPECT_EQ(doOutTapeContinue(&record), 1);
@@ -597,8 +568,7 @@ TEST_F(SegyWriterTest, BailClosesFilesRewindsTheTapeAndEndsTheProgressDialog) {
   EXPECT_FALSE(toolkit.hasTimers());
   EXPECT_EQ(toolkit.errors, Lines{box});
 
-  makeCartridge("a.tap", {"x", "y"});
-  load(0, "a.tap");
+  putIn(0, "a.tap", {"x", "y"});
   openInputTape();
   for (const bool stay : {true, false}) {
     units->inputNoRewind = stay;

@@ -12,6 +12,7 @@
 #include "quarlo/tapelib/frame/segdsource.h"
 #include "tests/kyr/dataset_fixture.h"
 #include "tests/segdcopy/segd_fixture.h"
+#include "tests/support/format_facts.h"
 
 namespace {
 
@@ -224,11 +225,9 @@ TEST(SegdRecord, LargeCountsFactorsSourcesAndReceiversStandWhereTheyDoNotFit) {
   const std::string all = bytes + std::string(96, 'x') + trace + std::string(32, 't');
   SegdFieldFile found = walk(all).files.at(0);
   EXPECT_EQ(damageOf(found), "");
-  EXPECT_EQ(found.end, all.size());
-  EXPECT_EQ(found.record.fieldFile, 100000);
-  EXPECT_EQ(found.record.sourceLine, 100.5);
-  EXPECT_EQ(found.record.sourcePoint, std::nullopt);
-  EXPECT_EQ(found.record.sets.at(0).toMillivolts, 0.5);
+  EXPECT_EQ(std::tuple(found.end, found.record.fieldFile, found.record.sourceLine, found.record.sourcePoint,
+                       found.record.sets.at(0).toMillivolts),
+            std::tuple(all.size(), 100000, 100.5, std::nullopt, 0.5));
   const SegdTrace header = std::get<SegdTrace>(readSegdTrace(trace, 2));
   EXPECT_EQ(header.receiverLine, 7.5);
   EXPECT_EQ(header.receiverPoint, 5.0);
@@ -252,25 +251,12 @@ TEST(SegdRecord, RevisionThreeIsReadAsItsHeadersSay) {
   trace += bytesOf("000003 000004 01 FFFFFF") + std::string(11, '\0') + bytesOf("01E240 00000003 00000040");
   const SegdFieldFile found = walk(bytes + set + trace + std::string(12, '\0')).files.at(0);
   EXPECT_EQ(damageOf(found), "");
-  EXPECT_EQ(found.record.length, 1000.0);
-  EXPECT_EQ(found.record.sets.at(0).number, 258);
-  EXPECT_EQ(found.record.sets.at(0).toMillivolts, 0.5);
-  EXPECT_EQ(found.record.sets.at(0).samples(), 10U);
+  EXPECT_EQ(std::tuple(found.record.length, found.record.sets.at(0).number, found.record.sets.at(0).toMillivolts,
+                       found.record.sets.at(0).samples()),
+            std::tuple(1000.0, 258, 0.5, 10U));
   ASSERT_EQ(found.traces.size(), 1U);
   EXPECT_EQ(found.traces[0].samples, 3U);
   EXPECT_EQ(std::get<SegdTrace>(readSegdTrace(trace, 3)).channel, 123456);
-}
-
-std::uint32_t crc32(std::span<const float> samples) {
-  std::uint32_t crc = ~0U;
-  for (const float sample : samples) {
-    crc ^= std::bit_cast<std::uint32_t>(sample) & 0xFFU;
-    for (int bit = 0; bit < 32; ++bit) {
-      if (bit % 8 == 0 && bit > 0) crc ^= (std::bit_cast<std::uint32_t>(sample) >> bit) & 0xFFU;
-      crc = (crc >> 1) ^ (0xEDB88320U & (0U - (crc & 1U)));
-    }
-  }
-  return ~crc;
 }
 
 // ---- as a source --------------------------------------------------------------------------------------------------
@@ -347,13 +333,6 @@ TEST_F(SegdSourceTest, FilesOfAFolderBecomeRecords) {
 }
 
 // ---- recorded by others -------------------------------------------------------------------------------------------
-
-// The words of a list or the value behind a key, as they stand in a line of facts.
-std::string fact(const std::string& line, const std::string& key) {
-  const std::size_t place = line.find("\"" + key + "\": ") + key.size() + 4;
-  const char end = line[place] == '[' ? ']' : ',';
-  return line.substr(place, line.find(end, place) - place);
-}
 
 // The list of all traces' sums, as far as its bracket.
 std::string crcsOf(SegdSource& source) {

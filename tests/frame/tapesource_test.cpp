@@ -20,8 +20,7 @@ class TapeSourceTest : public UnitsTest {
   /// Puts a tape into the drive and opens it.
   void put(const Tape& tape, const std::vector<std::size_t>& bad = {}) {
     closeUnits();
-    makeCartridge("in.tap", tape, bad);
-    load(0, "in.tap");
+    putIn(0, "in.tap", tape, bad);
     openInputTape();
     said_.clear();
     reason_.clear();

@@ -9,8 +9,6 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class IndexTest : public JobTest {
  protected:
   IndexTest() {
@@ -139,8 +137,7 @@ TEST_F(IndexTest, WhateverEndsAScanIsTold) {
               1);
   }
   EXPECT_EQ(run("in/a.kyr", "in\\a.kyr.idx"), "Failed");
-  EXPECT_TRUE(
-      consoleHas("  *** Error: the trace table " + folder.path("in\\a.kyr.idx") + " is the input or the index file."));
+  expectSaid("  *** Error: the trace table " + folder.path("in\\a.kyr.idx") + " is the input or the index file.");
   std::filesystem::remove("in\\a.kyr.idx");
   std::string bytes = readFile("in/a.kyr");
   std::filesystem::create_hard_link("in/a.kyr", "in\\a.kyr.idx");

@@ -14,8 +14,6 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class MergeTest : public JobTest {
  protected:
   MergeTest() {

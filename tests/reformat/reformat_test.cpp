@@ -5,8 +5,6 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 constexpr const char* kMinusTwo = "1";
 constexpr const char* kThrows = "2";
 
@@ -36,10 +34,8 @@ class ReformatTest : public JobTest {
     toolkit.press(dialog, control);
   }
   void chooseDrives() {
-    makeCartridge("in.tap", {"abc", "de", MARK, "f"});
-    makeCartridge("out.tap", {"old"});
-    load(0, "in.tap");
-    load(1, "out.tap");
+    putIn(0, "in.tap", {"abc", "de", MARK, "f"});
+    putIn(1, "out.tap", {"old"});
     const auto take = [this](int row) {
       return [this, row](WINDOW drives) {
         toolkit.select(drives, DRV_LIST, row);

@@ -12,11 +12,6 @@ class SegdDialogsTest : public SettingsDialogTest {
   SegdDialogsTest() { segdInit(); }
   void options(const Script& script, int button = SD_OK) { edit(DLG_SEGD, SegdCpy_eh, button, script); }
   void zeroList(const Script& script, int button = ZT_OK) { edit(DLG_SEGD_ZERO, SegdListDlg_eh, button, script); }
-  /// Types a text and tells what the field makes of it.
-  std::string taken(WINDOW dialog, int control, const std::string& text) {
-    toolkit.typeInto(dialog, control, text);
-    return toolkit.text(dialog, control);
-  }
 };
 
 const struct Option {
@@ -67,16 +62,13 @@ TEST_F(SegdDialogsTest, OptionsTakeNumbersAndNonsense) {
     EXPECT_EQ(toolkit.text(dialog, SD_DECIMATE_INTERVAL), "10");
     for (const int checkBox : {SD_LIMIT_BYTES, SD_LENGTH_OVERRIDE, SD_DECIMATE}) toolkit.press(dialog, checkBox);
     for (const char* text : {"nan", "-2", "0", "", "much", "1e300", "1e999", "0.0000001"}) {
-      EXPECT_EQ(taken(dialog, SD_BYTE_LIMIT, text), "10.000") << text;
-      EXPECT_EQ(taken(dialog, SD_LENGTH_UNIT, text), "1.0240") << text;
+      EXPECT_EQ(toolkit.typed(dialog, SD_BYTE_LIMIT, text), "10.000") << text;
+      EXPECT_EQ(toolkit.typed(dialog, SD_LENGTH_UNIT, text), "1.0240") << text;
     }
-    EXPECT_EQ(taken(dialog, SD_BYTE_LIMIT, " 1.5 GB "), "1.500");
-    EXPECT_EQ(taken(dialog, SD_LENGTH_UNIT, ".5"), "0.5000");
-    EXPECT_EQ(taken(dialog, SD_DECIMATE_INTERVAL, "0"), "1");
-    EXPECT_EQ(taken(dialog, SD_DECIMATE_INTERVAL, "-7"), "1");
-    EXPECT_EQ(taken(dialog, SD_DECIMATE_INTERVAL, "often"), "1");
-    EXPECT_EQ(taken(dialog, SD_DECIMATE_INTERVAL, "99999999999"), "2147483647");
-    EXPECT_EQ(taken(dialog, SD_DECIMATE_INTERVAL, "25 files"), "25");
+    EXPECT_EQ(toolkit.typed(dialog, SD_BYTE_LIMIT, " 1.5 GB "), "1.500");
+    EXPECT_EQ(toolkit.typed(dialog, SD_LENGTH_UNIT, ".5"), "0.5000");
+    toolkit.expectTyped(dialog, SD_DECIMATE_INTERVAL,
+                        {{"0", "1"}, {"-7", "1"}, {"often", "1"}, {"99999999999", "2147483647"}, {"25 files", "25"}});
   });
   EXPECT_EQ(SgdParams.byteLimit, 1610612736.0);
   EXPECT_EQ(SgdParams.recLenFactor, 0.5F);
@@ -86,12 +78,12 @@ TEST_F(SegdDialogsTest, OptionsTakeNumbersAndNonsense) {
 TEST_F(SegdDialogsTest, TheOutputNameIsANameWithoutDirectoryAndExtension) {
   options([this](WINDOW dialog) {
     EXPECT_EQ(toolkit.text(dialog, SD_OUTPUT_NAME), "");
-    EXPECT_EQ(taken(dialog, SD_OUTPUT_NAME, " /data/line 12.5.sgd "), "line 12.5");
-    EXPECT_EQ(taken(dialog, SD_OUTPUT_NAME, "line-12.5"), "line-12.5");  // the job cuts at the last dot only
-    EXPECT_EQ(taken(dialog, SD_OUTPUT_NAME, std::string(300, 'n')), "line-12.5");
+    toolkit.expectTyped(
+        dialog, SD_OUTPUT_NAME,
+        {{" /data/line 12.5.sgd ", "line 12.5"}, {"line-12.5", "line-12.5"}, {std::string(300, 'n'), "line-12.5"}});
   });
   EXPECT_STREQ(SgdParams.outFile, "line-12.5.sgd");
-  options([this](WINDOW dialog) { EXPECT_EQ(taken(dialog, SD_OUTPUT_NAME, "/data/"), ""); });
+  options([this](WINDOW dialog) { EXPECT_EQ(toolkit.typed(dialog, SD_OUTPUT_NAME, "/data/"), ""); });
   EXPECT_STREQ(SgdParams.outFile, "");
 }
 
@@ -99,17 +91,14 @@ TEST_F(SegdDialogsTest, LogAndPrependFileAreChosen) {
   copyText(SgdParams.logDir, "/var/log");
   options([this](WINDOW dialog) {
     EXPECT_EQ(toolkit.text(dialog, SD_LOG_PATH), "/var/log/SegdCopy.txt");
-    toolkit.answerFile("/tmp/night.txt");
-    toolkit.press(dialog, SD_LOG_FILE);
+    choose(dialog, SD_LOG_FILE, "/tmp/night.txt");
     EXPECT_EQ(toolkit.text(dialog, SD_LOG_PATH), "/tmp/night.txt");
     toolkit.answerBadFile();
     toolkit.press(dialog, SD_LOG_FILE);
-    toolkit.answerFile(pathWithoutRoom());
-    toolkit.press(dialog, SD_LOG_FILE);
+    choose(dialog, SD_LOG_FILE, pathWithoutRoom());
     toolkit.press(dialog, SD_PREPEND);
     EXPECT_EQ(toolkit.text(dialog, SD_PREPEND_PATH), "No file chosen");
-    toolkit.answerFile(given("label.txt"));
-    toolkit.press(dialog, SD_PREPEND_FILE);
+    choose(dialog, SD_PREPEND_FILE, given("label.txt"));
     toolkit.answerCancel();
     toolkit.press(dialog, SD_PREPEND_FILE);
     EXPECT_EQ(toolkit.text(dialog, SD_PREPEND_PATH), folder.path("label.txt"));
@@ -132,8 +121,7 @@ TEST_F(SegdDialogsTest, WhatTheListsDialogsStoreGoesWithTheOptions) {
     answer(DLG_SEGD_FILES, SF_OK, [this](WINDOW files) {
       EXPECT_TRUE(toolkit.checked(files, SF_INCLUSION));
       toolkit.press(files, SF_EXCLUSION);
-      toolkit.answerFile(given("files.txt"));
-      toolkit.press(files, SF_CHOOSE_FILE);
+      choose(files, SF_CHOOSE_FILE, given("files.txt"));
       EXPECT_EQ(toolkit.text(files, SF_PATH), folder.path("files.txt"));
     });
     toolkit.press(dialog, SD_LIMIT_LIST);
@@ -143,10 +131,7 @@ TEST_F(SegdDialogsTest, WhatTheListsDialogsStoreGoesWithTheOptions) {
       toolkit.press(files, SF_INCLUSION);
     });
     toolkit.press(dialog, SD_LIMIT_LIST);
-    answer(DLG_SEGD_ZERO, ZT_OK, [this](WINDOW zero) {
-      toolkit.answerFile(given("dead.txt"));
-      toolkit.press(zero, ZT_CHOOSE_FILE);
-    });
+    answer(DLG_SEGD_ZERO, ZT_OK, [this](WINDOW zero) { choose(zero, ZT_CHOOSE_FILE, given("dead.txt")); });
     toolkit.press(dialog, SD_ZERO_LIST);
     EXPECT_EQ(toolkit.text(dialog, SD_ZERO_PATH), folder.path("dead.txt"));
   };
@@ -172,13 +157,12 @@ TEST_F(SegdDialogsTest, TheZeroKeyStaysWithinTheTraceHeader) {
   zeroList([this](WINDOW dialog) {
     EXPECT_EQ(toolkit.rows(dialog, ZT_TYPE), std::vector<std::string>(SegdDataTypes, SegdDataTypes + kSegdKeyTypes));
     EXPECT_EQ(toolkit.text(dialog, ZT_BYTE), "1");  // no key is set at first
-    for (const char* text : {"0", "-4", "nonsense", ""}) EXPECT_EQ(taken(dialog, ZT_BYTE, text), "1") << text;
-    EXPECT_EQ(taken(dialog, ZT_BYTE, "21"), "20");
+    for (const char* text : {"0", "-4", "nonsense", ""}) EXPECT_EQ(toolkit.typed(dialog, ZT_BYTE, text), "1") << text;
+    EXPECT_EQ(toolkit.typed(dialog, ZT_BYTE, "21"), "20");
     toolkit.select(dialog, ZT_TYPE, SEGD_KEY_INT24);
     EXPECT_EQ(toolkit.text(dialog, ZT_BYTE), "18");
     toolkit.select(dialog, ZT_TYPE, SEGD_KEY_INT16);
-    EXPECT_EQ(taken(dialog, ZT_BYTE, "99999999999"), "19");
-    EXPECT_EQ(taken(dialog, ZT_BYTE, "5"), "5");
+    toolkit.expectTyped(dialog, ZT_BYTE, {{"99999999999", "19"}, {"5", "5"}});
   });
   EXPECT_EQ(SgdParams.trcLimByte, 5);
   EXPECT_EQ(SgdParams.trcLimType, SEGD_KEY_INT16);

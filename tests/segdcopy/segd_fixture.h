@@ -9,8 +9,6 @@
 #include "quarlo/segdcopy/segdcopy.h"
 #include "tests/support/units_fixture.h"
 
-using Lines = std::vector<std::string>;
-
 inline char bcd(int twoDigits) { return static_cast<char>(twoDigits / 10 * 16 + twoDigits % 10); }
 
 /// A channel set as a test wants it: traces of `milliseconds`, 4-byte samples every 2 ms.
@@ -111,10 +109,7 @@ struct FieldFile {
   }
 };
 
-inline Tape operator+(Tape one, const Tape& other) {
-  one.insert(one.end(), other.begin(), other.end());
-  return one;
-}
+inline FieldFile fileOf(int number, unsigned seed = 1) { return {.number = number, .seed = seed}; }
 
 class SegdTest : public UnitsTest {
  protected:

@@ -35,49 +35,29 @@ TEST(SegdHeader, GeneralHeaderFieldsStandWhereTheStandardCounts) {
             {15, 0x59}, {16, 0x58}, {17, 0x61}, {20, 0x01}, {21, 0x23}, {22, 0x45}, {23, 0x1C}, {24, 0xF3},
             {25, 0x05}, {26, 0x60}, {27, 0x40}, {28, 0x02}, {29, 0x16}, {30, 0x03}, {31, 0x32}, {32, 0x99}})
           .GenHdr;
-  EXPECT_EQ(h.ffilenum, 1234);
-  EXPECT_EQ(h.fmtCode, 8036);
-  EXPECT_EQ(h.muxed, 0);
-  EXPECT_EQ(h.year, 98);
-  EXPECT_EQ(h.genHeaders, 3);
-  EXPECT_EQ(h.julianDay, 365);
-  EXPECT_EQ(h.hour * 10000 + h.minute * 100 + h.second, 235958);
-  EXPECT_EQ(h.manufact, 61);
-  EXPECT_EQ(h.bytesPerScan, 12345);
-  EXPECT_FLOAT_EQ(h.sampInt, 1.75F);
-  EXPECT_EQ(h.scansPerBlock, 5 << 3);
-  EXPECT_EQ(h.recType, 6);
+  EXPECT_EQ(std::tuple(h.ffilenum, h.fmtCode, h.muxed, h.year, h.genHeaders, h.julianDay, h.hour, h.minute, h.second),
+            std::tuple(1234, 8036, 0, 98, 3, 365, 23, 59, 58));
+  EXPECT_EQ(std::tuple(h.manufact, h.bytesPerScan, h.sampInt, h.scansPerBlock, h.recType, h.scanTypes, h.channelSets),
+            std::tuple(61, 12345, 1.75F, 5 << 3, 6, 2, 16));
+  EXPECT_EQ(std::tuple(h.skewFields, h.extendFields, h.externalFields, h.revision), std::tuple(3, 32, 99, 0.0F));
   EXPECT_EQ(h.recLen, 4096);  // 40 units of 102.4 ms
-  EXPECT_EQ(h.scanTypes, 2);
-  EXPECT_EQ(h.channelSets, 16);
-  EXPECT_EQ(h.skewFields, 3);
-  EXPECT_EQ(h.extendFields, 32);
-  EXPECT_EQ(h.externalFields, 99);
-  EXPECT_EQ(h.revision, 0);
 }
 
 TEST(SegdHeader, EveryFieldOfOnesIsCompletedByBlockTwo) {
   const Places ones = {{1, 0xFF}, {2, 0xFF}, {26, 0x8F}, {27, 0xFF}, {31, 0xFF}, {32, 0xFF}};
   const segdheader alone = read(ones).GenHdr;
-  EXPECT_EQ(alone.ffilenum, 65535);
-  EXPECT_EQ(alone.recLen, 4095);
-  EXPECT_EQ(alone.extendFields, 255);
-  EXPECT_EQ(alone.externalFields, 255);
+  const auto fields = [](const segdheader& h) {
+    return std::tuple(h.ffilenum, h.recLen, h.extendFields, h.externalFields);
+  };
+  EXPECT_EQ(fields(alone), std::tuple(65535, 4095, 255, 255));
   const Places second = {{1, 0x01}, {2, 0x02}, {3, 0x03}, {6, 0x01},  {7, 0x04},  {8, 0x02},
                          {9, 0x05}, {12, 2},   {13, 25},  {15, 0x80}, {16, 0x75}, {17, 0x30}};
   const segdheader both = read(ones, &second).GenHdr;
-  EXPECT_EQ(both.ffilenum, 0x010203);
-  EXPECT_EQ(both.recLen, 0x807530);
-  EXPECT_EQ(both.extendFields, 0x0104);
-  EXPECT_EQ(both.externalFields, 0x0205);
+  EXPECT_EQ(fields(both), std::tuple(0x010203, 0x807530, 0x0104, 0x0205));
   EXPECT_FLOAT_EQ(both.revision, 2.25F);
   // What block 1 says itself stays: one byte of ones is not two, a length that happens to be 4095 is not all ones.
   const Places own = {{1, 0xFF}, {2, 0x01}, {26, 0x80}, {27, 0x01}, {31, 0x02}, {32, 0x03}};
-  const segdheader kept = read(own, &second, 4095.0F).GenHdr;
-  EXPECT_EQ(kept.ffilenum, 15 * 1000 + 15 * 100 + 1);
-  EXPECT_EQ(kept.recLen, 4095);
-  EXPECT_EQ(kept.extendFields, 2);
-  EXPECT_EQ(kept.externalFields, 3);
+  EXPECT_EQ(fields(read(own, &second, 4095.0F).GenHdr), std::tuple(15 * 1000 + 15 * 100 + 1, 4095, 2, 3));
 }
 
 /// The standard has the revision one byte earlier: a 1.0 there reads as nothing here.
@@ -146,26 +126,12 @@ segdscan scanOf(const Places& places, float revision = 0, int recLen = 6000) {
 }
 
 TEST(SegdHeader, ChannelSetFields) {
-  const segdscan scan = scanOf({{1, 0x02},
-                                {2, 0x31},
-                                {3, 0x01},
-                                {4, 0x00},
-                                {5, 0x0B},
-                                {6, 0xB8},
-                                {9, 0x12},
-                                {10, 0x34},
-                                {11, 0x97},
-                                {12, 0x38},
-                                {27, 0x12},
-                                {28, 0x34}});
-  EXPECT_EQ(scan.scanType, 2);
-  EXPECT_EQ(scan.chanSetNum, 31);
-  EXPECT_EQ(scan.startTime, 512);
-  EXPECT_EQ(scan.endTime, 6000);
-  EXPECT_EQ(scan.numChan, 1234);
-  EXPECT_EQ(scan.chanType, 9);
-  EXPECT_EQ(scan.subscans, 8);
-  EXPECT_EQ(scan.gainType, 8);
+  const Places places = {{1, 0x02}, {2, 0x31},  {3, 0x01},  {4, 0x00},  {5, 0x0B},  {6, 0xB8},
+                         {9, 0x12}, {10, 0x34}, {11, 0x97}, {12, 0x38}, {27, 0x12}, {28, 0x34}};
+  const segdscan scan = scanOf(places);
+  EXPECT_EQ(std::tuple(scan.scanType, scan.chanSetNum, scan.startTime, scan.endTime, scan.numChan, scan.chanType,
+                       scan.subscans, scan.gainType),
+            std::tuple(2, 31, 512, 6000, 1234, 9, 8, 8));
   EXPECT_EQ(scanOf({{2, 0xFF}, {27, 0x12}, {28, 0x34}}).chanSetNum, 0x1234);
   EXPECT_EQ(scanOf({{3, 0xFF}, {4, 0xFF}}).endTime, 6000);  // no end: that of the record
   EXPECT_EQ(scanOf({{15, 0xCF}, {16, 0xFA}}).numChan, 0);   // filters that are no digits say nothing
@@ -237,9 +203,8 @@ TEST(SegdHeader, TraceHeaderFields) {
   EXPECT_TRUE(keyIsInTraceHeader(20, SEGD_KEY_INT8));
   EXPECT_TRUE(keyIsInTraceHeader(18, SEGD_KEY_INT24));
   for (const auto& [byte, type] :
-       std::vector<std::pair<int, int>>{{0, 0}, {21, 0}, {20, 1}, {19, 2}, {-5, 1}, {1, -1}, {1, 3}, {2147483647, 2}}) {
+       std::vector<std::pair<int, int>>{{0, 0}, {21, 0}, {20, 1}, {19, 2}, {-5, 1}, {1, -1}, {1, 3}, {2147483647, 2}})
     EXPECT_FALSE(keyIsInTraceHeader(byte, type)) << byte << " " << type;
-  }
 }
 
 TEST(SegdHeader, WhatCannotBeTrueIsTold) {

@@ -27,9 +27,8 @@ class SegdRealTest : public SegdTest {
  protected:
   void SetUp() override {
     const char* shared = std::getenv("QUARLO_SHARED_DATA");
-    if (shared == nullptr || !fs::is_directory(fs::path(shared) / "segd")) {
+    if (shared == nullptr || !fs::is_directory(fs::path(shared) / "segd"))
       GTEST_SKIP() << "QUARLO_SHARED_DATA names no folder with recordings";
-    }
     std::istringstream lines(readFile((fs::path(shared) / "segd_facts.txt").string()));
     for (std::string line; std::getline(lines, line);) {
       if (line.starts_with("{ \"file\": \"")) {

@@ -8,19 +8,11 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 constexpr int SAMPLES = 5;
 
 std::string trace(int serial, const TraceWords& words = {}) { return segyTrace(words, SAMPLES, serial); }
 
-Tape operator+(Tape one, const Tape& other) {
-  one.insert(one.end(), other.begin(), other.end());
-  return one;
-}
-
 Tape reel(const Tape& traces, char letter = 'C') { return Tape{segyText(letter), segyBinary(SAMPLES)} + traces; }
-const Tape CLOSING = {MARK, MARK};
 
 class SegyTapeTest : public SegyTest {
  protected:
@@ -31,31 +23,19 @@ class SegyTapeTest : public SegyTest {
   /// Copies what is in drive 0 to drive 1, or to a file when `out` is given.
   int copyTape(const std::string& out = "") {
     openInputTape(0);
-    if (out.empty()) {
+    if (out.empty())
       openOutputTapes({1});
-    } else {
+    else
       openOutputFile(out);
-    }
     return run();
   }
   void loadBoth(const Tape& tape, const std::vector<std::size_t>& bad = {}) {
-    makeCartridge("in.tap", tape, bad);
-    makeCartridge("out.tap", {});
-    load(0, "in.tap");
-    load(1, "out.tap");
+    putIn(0, "in.tap", tape, bad);
+    putIn(1, "out.tap");
   }
   bool sawError() {
     const Lines lines = consoleWithoutDates();
     return std::any_of(lines.begin(), lines.end(), [](const std::string& line) { return line.find("***") == 2; });
-  }
-  void nextOutputIs(const std::string& name) {
-    toolkit.onModal(DLG_OUT_CONTINUE, [this, name](WINDOW question) {
-      if (units[1].state == 1) toolkit.press(question, OC_UNLOAD);
-      makeCartridge(name, {});
-      load(1, name);
-      toolkit.press(question, OC_OPEN);
-      toolkit.press(question, OC_CONTINUE);
-    });
   }
 };
 
@@ -65,15 +45,13 @@ TEST_F(SegyTapeTest, CopiesTapeToTapeToDiskAndBack) {
   noFurtherTape();
   EXPECT_EQ(copyTape(), JOB_OK);
   EXPECT_EQ(tapeIn("out.tap"), tape + CLOSING);
-  EXPECT_TRUE(consoleHas("Wrote double end-of-file."));
-  EXPECT_TRUE(consoleHas("3 traces written."));
+  expectSaid({"Wrote double end-of-file.", "3 traces written."});
 
   noFurtherTape();
   EXPECT_EQ(copyTape("out.sgy"), JOB_OK);
   EXPECT_EQ(output(), joined(tape));
   openInputFile("out.sgy");
-  makeCartridge("back.tap", {});
-  load(1, "back.tap");
+  putIn(1, "back.tap");
   openOutputTapes({1});
   EXPECT_EQ(run(), JOB_OK);
   EXPECT_EQ(tapeIn("back.tap"), reel({trace(1), trace(2)}) + CLOSING);
@@ -85,34 +63,27 @@ TEST_F(SegyTapeTest, SixBadBlocksInARowEndTheJobInItsWords) {
   loadBoth(tape + CLOSING, {3, 4, 5, 6, 7, 8});
   limitByList("7 8\n", true);
   EXPECT_EQ(copyTape(), JOB_FAILED);
-  EXPECT_EQ(count("  *** Error reading from input tape - retrying..."), 30);
-  EXPECT_EQ(count("Retries failed. Skipping trace."), 5);
-  EXPECT_TRUE(
-      consoleHas("  ** 6 blocks could not be read: tape 1 file 1 block 4, tape 1 file 1 block 5, tape 1 file 1 block "
-                 "6, tape 1 file 1 block 7, tape 1 file 1 block 8, tape 1 file 1 block 9."));
-  const Lines lines = consoleWithoutDates();
-  const auto end = std::find(lines.begin(), lines.end(), "  *** Too many sequential bad blocks. Aborting.");
-  ASSERT_LT(end + 6, lines.end());
-  EXPECT_EQ(
-      Lines(end, end + 6),
-      (Lines{"  *** Too many sequential bad blocks. Aborting.", "  *** Error reading trace from input tape.",
-             "    Previous trace primary header value   = 7.0000.",
-             "    Previous trace secondary header value = 8.0000.", "Wrote double end-of-file.", "  *** Job Failed."}));
+  expectCounts({{"  *** Error reading from input tape - retrying...", 30}, {"Retries failed. Skipping trace.", 5}});
+  expectSaid(
+      "  ** 6 blocks could not be read: tape 1 file 1 block 4, tape 1 file 1 block 5, tape 1 file 1 block 6, tape 1 "
+      "file 1 block 7, tape 1 file 1 block 8, tape 1 file 1 block 9.");
+  expectSaid(
+      "  *** Too many sequential bad blocks. Aborting.\n  *** Error reading trace from input tape.\n"
+      "    Previous trace primary header value   = 7.0000.\n    Previous trace secondary header value = 8.0000.\n"
+      "Wrote double end-of-file.\n  *** Job Failed.");
   EXPECT_EQ(tapeIn("out.tap"), reel({trace(1, {1, 1, 7, 8})}) + CLOSING);
 }
 
 TEST_F(SegyTapeTest, TracesOverTheDrivesLimitFailTheJobInTheDevicesWords) {
   const int samples = static_cast<int>(units->ioBufLen) / 4;
   writeFile(folder.path("in.sgy"), segyText() + segyBinary(samples) + segyTrace({}, samples, 1));
-  makeCartridge("out.tap", {});
-  load(1, "out.tap");
+  putIn(1, "out.tap");
   openInputFile("in.sgy");
   openOutputTapes({1});
   EXPECT_EQ(run(), JOB_FAILED);
-  EXPECT_TRUE(consoleHas("  *** Error: block size (" + std::to_string(240 + 4 * samples) +
-                         ") is too large to write to output tape."));
-  EXPECT_TRUE(consoleHas("  *** Error writing trace 1 to output device."));
-  EXPECT_TRUE(consoleHas("0 traces written."));
+  expectSaid(
+      {"  *** Error: block size (" + std::to_string(240 + 4 * samples) + ") is too large to write to output tape.",
+       "  *** Error writing trace 1 to output device.", "0 traces written."});
 }
 
 TEST_F(SegyTapeTest, ACutReelIsNamedAndABlankTapeStaysAsItWas) {
@@ -137,8 +108,7 @@ TEST_F(SegyTapeTest, TracesTooShortForTheKeysAreRefused) {
   loadBoth(reel({trace(1, {1, 1, 5, 0}), block(100, 1)}) + CLOSING);
   limitByList("5\n");
   EXPECT_EQ(copyTape("out.sgy"), JOB_FAILED);
-  EXPECT_TRUE(consoleHas("  *** Trace 2 has 100 bytes; the header keys need 196."));
-  EXPECT_TRUE(consoleHas("1 traces written."));
+  expectSaid({"  *** Trace 2 has 100 bytes; the header keys need 196.", "1 traces written."});
 }
 
 TEST_F(SegyTapeTest, GoesOnWithTheNextReelBehindItsHeaders) {
@@ -200,8 +170,7 @@ TEST_F(SegyTapeTest, EachFileOfATapeGetsItsOwnOutputOrAllAreJoined) {
   EXPECT_EQ(output("line.sgy"), joined(first));
   EXPECT_EQ(output("line001.sgy"), joined(second));
   EXPECT_EQ(output("line002.sgy"), joined(third));
-  EXPECT_TRUE(consoleHas("Output file 1: line.sgy"));
-  EXPECT_TRUE(consoleHas("3 segy files processed."));
+  expectSaid({"Output file 1: line.sgy", "3 segy files processed."});
 
   loadAll();
   EXPECT_EQ(copyTape(), JOB_OK);
@@ -229,20 +198,18 @@ TEST_F(SegyTapeTest, SplitsOverTapesAndNamesTheTraceInHandWhenTheNextIsDeclined)
   SgyParams.multipleOut = true;
   SgyParams.bytesPerPart = 4000;
   nextOutputIs("out2.tap");
-  toolkit.onModal(DLG_OUT_CONTINUE, [this](WINDOW question) { toolkit.press(question, OC_STOP); });
+  noFurtherOutput();
   EXPECT_EQ(copyTape(), JOB_OK);
   EXPECT_EQ(tapeIn("out.tap"), reel({traces[0], traces[1]}) + CLOSING);
   EXPECT_EQ(tapeIn("out2.tap"), reel({traces[2], traces[3]}) + CLOSING);
-  EXPECT_TRUE(consoleHas("Output tape 2 is full with:"));
-  EXPECT_TRUE(consoleHas("  *** Trace 5 and what follows it were not written."));
-  EXPECT_TRUE(consoleHas("4 traces written."));
+  expectSaid(
+      {"Output tape 2 is full with:", "  *** Trace 5 and what follows it were not written.", "4 traces written."});
   EXPECT_EQ(count("Wrote double end-of-file."), 0);  // both tapes were closed when they were full
 }
 
 TEST_F(SegyTapeTest, SortsFromTapeToSeveralTapes) {
   loadBoth(reel({trace(1, {3, 1, 0, 0}), trace(2, {1, 2, 0, 0}), trace(3, {1, 1, 0, 0})}) + CLOSING);
-  makeCartridge("copy.tap", {});
-  load(2, "copy.tap");
+  putIn(2, "copy.tap");
   sortTraces();
   openInputTape(0);
   openOutputTapes({1, 2});

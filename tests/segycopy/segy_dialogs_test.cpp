@@ -48,38 +48,28 @@ TEST_F(SegyDialogsTest, OptionsTakeNumbersTypesAndNonsense) {
     EXPECT_EQ(toolkit.selected(dialog, SY_RECORD_TYPE), std::vector<std::string>{"4 byte integer"});
     toolkit.press(dialog, SY_SORT);
     toolkit.press(dialog, SY_MULTIPLE_OUT);
-    toolkit.typeInto(dialog, SY_PRIMARY_BYTE, " 17 bytes");
-    EXPECT_EQ(toolkit.text(dialog, SY_PRIMARY_BYTE), "17");
-    toolkit.typeInto(dialog, SY_SECONDARY_BYTE, "-4");
-    EXPECT_EQ(toolkit.text(dialog, SY_SECONDARY_BYTE), "1");
-    toolkit.typeInto(dialog, SY_RECORD_BYTE, "nonsense");
-    EXPECT_EQ(toolkit.text(dialog, SY_RECORD_BYTE), "1");
+    EXPECT_EQ(toolkit.typed(dialog, SY_PRIMARY_BYTE, " 17 bytes"), "17");
+    EXPECT_EQ(toolkit.typed(dialog, SY_SECONDARY_BYTE, "-4"), "1");
+    EXPECT_EQ(toolkit.typed(dialog, SY_RECORD_BYTE, "nonsense"), "1");
     toolkit.select(dialog, SY_RECORD_TYPE, DT_FLOAT32);
-    for (const char* text : {"nan", "-2", "", "much", "1e999", "1e300"}) {
-      toolkit.typeInto(dialog, SY_PART_SIZE, text);
-      EXPECT_EQ(toolkit.text(dialog, SY_PART_SIZE), "10.000") << text;
-    }
-    toolkit.typeInto(dialog, SY_PART_SIZE, "0.5 GB");
-    EXPECT_EQ(toolkit.text(dialog, SY_PART_SIZE), "0.500");
+    for (const char* text : {"nan", "-2", "", "much", "1e999", "1e300"})
+      EXPECT_EQ(toolkit.typed(dialog, SY_PART_SIZE, text), "10.000") << text;
+    EXPECT_EQ(toolkit.typed(dialog, SY_PART_SIZE, "0.5 GB"), "0.500");
   });
-  EXPECT_EQ(SgyParams.sortPrimByte, 17);
-  EXPECT_EQ(SgyParams.sortSecByte, 1);
-  EXPECT_EQ(SgyParams.recordType, DT_FLOAT32);
-  EXPECT_EQ(SgyParams.bytesPerPart, 536870912.0);
+  EXPECT_EQ(std::tuple(SgyParams.sortPrimByte, SgyParams.sortSecByte, SgyParams.recordType, SgyParams.bytesPerPart),
+            std::tuple(17, 1, DT_FLOAT32, 536870912.0));
 }
 
 TEST_F(SegyDialogsTest, TheSortFileIsChosenAndCancelForgetsEverything) {
   options([this](WINDOW dialog) {
     toolkit.press(dialog, SY_SORT);
-    toolkit.answerFile("/tmp/sorted.tmp");
-    toolkit.press(dialog, SY_SORT_FILE);
+    choose(dialog, SY_SORT_FILE, "/tmp/sorted.tmp");
     EXPECT_EQ(toolkit.text(dialog, SY_SORT_PATH), "/tmp/sorted.tmp");
     toolkit.answerCancel();
     toolkit.press(dialog, SY_SORT_FILE);
     toolkit.answerBadFile();
     toolkit.press(dialog, SY_SORT_FILE);
-    toolkit.answerFile(pathWithoutRoom());
-    toolkit.press(dialog, SY_SORT_FILE);
+    choose(dialog, SY_SORT_FILE, pathWithoutRoom());
     EXPECT_EQ(toolkit.text(dialog, SY_SORT_PATH), "/tmp/sorted.tmp");
   });
   EXPECT_EQ(toolkit.errors, std::vector<std::string>(2, "Error getting file name."));
@@ -123,30 +113,24 @@ TEST_F(SegyDialogsTest, ThePolygonHasTenRowsOfWhichThePointsCount) {
     EXPECT_FALSE(toolkit.enabled(dialog, PG_CHOOSE_FILE));
     EXPECT_TRUE(toolkit.enabled(dialog, PG_FIRST_SECONDARY + 3));
     EXPECT_FALSE(toolkit.enabled(dialog, PG_FIRST_SECONDARY + 4));
-    toolkit.typeInto(dialog, PG_FIRST_PRIMARY + 3, "12.25");
-    EXPECT_EQ(toolkit.text(dialog, PG_FIRST_PRIMARY + 3), "12");
+    EXPECT_EQ(toolkit.typed(dialog, PG_FIRST_PRIMARY + 3, "12.25"), "12");
     toolkit.select(dialog, PG_PRIMARY_TYPE, DT_FLOAT32);
     EXPECT_EQ(toolkit.text(dialog, PG_FIRST_PRIMARY + 3), "12.250");
-    toolkit.typeInto(dialog, PG_FIRST_PRIMARY + 3, "x");
-    EXPECT_EQ(toolkit.text(dialog, PG_FIRST_PRIMARY + 3), "12.250");
+    EXPECT_EQ(toolkit.typed(dialog, PG_FIRST_PRIMARY + 3, "x"), "12.250");
     toolkit.typeInto(dialog, PG_FIRST_SECONDARY, "-7");
     toolkit.typeInto(dialog, PG_POINTS, "3");
     EXPECT_EQ(toolkit.text(dialog, PG_FIRST_PRIMARY + 3), " ");
-    toolkit.typeInto(dialog, PG_POINTS, "4000");
-    EXPECT_EQ(toolkit.text(dialog, PG_POINTS), "10");
+    EXPECT_EQ(toolkit.typed(dialog, PG_POINTS, "4000"), "10");
     EXPECT_EQ(toolkit.text(dialog, PG_FIRST_PRIMARY + 3), "0.000");
     EXPECT_TRUE(toolkit.enabled(dialog, PG_FIRST_SECONDARY + 9));
-    toolkit.typeInto(dialog, PG_POINTS, "0");
-    EXPECT_EQ(toolkit.text(dialog, PG_POINTS), "1");
+    EXPECT_EQ(toolkit.typed(dialog, PG_POINTS, "0"), "1");
   });
-  EXPECT_EQ(SgyParams.polyParams.numPoints, 1);
-  EXPECT_EQ(SgyParams.polyParams.type, PS_TYPED);
-  EXPECT_EQ(SgyParams.polyParams.secondary[0], -7.0);
-  EXPECT_EQ(SgyParams.polyParams.primary[3], 0.0);
+  EXPECT_EQ(std::tuple(SgyParams.polyParams.numPoints, SgyParams.polyParams.type, SgyParams.polyParams.secondary[0],
+                       SgyParams.polyParams.primary[3]),
+            std::tuple(1, PS_TYPED, -7.0, 0.0));
   polygon([this](WINDOW dialog) {
     toolkit.press(dialog, PG_FROM_FILE);
-    toolkit.answerFile(given("field.poly"));
-    toolkit.press(dialog, PG_CHOOSE_FILE);
+    choose(dialog, PG_CHOOSE_FILE, given("field.poly"));
     EXPECT_EQ(toolkit.text(dialog, PG_PATH), folder.path("field.poly"));
   });
   EXPECT_STREQ(SgyParams.polyParams.file, "field.poly");
@@ -160,8 +144,7 @@ TEST_F(SegyDialogsTest, TheListNamesItselfByItsKind) {
     EXPECT_EQ(toolkit.text(dialog, LL_FILE_LABEL), "Exclusion List File");
     EXPECT_EQ(toolkit.text(dialog, LL_KEYS_LABEL), "Exclusion List Trace Header Fields");
     toolkit.press(dialog, LL_USE_SECONDARY);
-    toolkit.typeInto(dialog, LL_SECONDARY_BYTE, "0");
-    EXPECT_EQ(toolkit.text(dialog, LL_SECONDARY_BYTE), "1");
+    EXPECT_EQ(toolkit.typed(dialog, LL_SECONDARY_BYTE, "0"), "1");
     toolkit.select(dialog, LL_SECONDARY_TYPE, DT_INT16);
   });
   EXPECT_TRUE(SgyParams.listParams.useSec);

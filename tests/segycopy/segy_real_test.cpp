@@ -27,9 +27,8 @@ class SegyRealTest : public SegyTest {
  protected:
   void SetUp() override {
     const char* shared = std::getenv("QUARLO_SHARED_DATA");
-    if (shared == nullptr || !fs::is_directory(fs::path(shared) / "segy")) {
+    if (shared == nullptr || !fs::is_directory(fs::path(shared) / "segy"))
       GTEST_SKIP() << "QUARLO_SHARED_DATA names no folder with recordings";
-    }
     root = fs::path(shared) / "segy";
   }
   std::string survey() const { return readFile((root / "segysak/test-geometry.sgy").string()); }
@@ -96,9 +95,7 @@ TEST_F(SegyRealTest, SelectsByListAndPolygonAsAnIndependentLoopDoes) {
 }
 
 TEST_F(SegyRealTest, SortsAndSplitsWhatAnIndependentReaderReadsBack) {
-  if (!haveSegyReader()) {
-    GTEST_SKIP() << "python3-segyio is not installed";
-  }
+  if (!haveSegyReader()) GTEST_SKIP() << "python3-segyio is not installed";
   useSurvey();
   sortTraces();
   SgyParams.sortPrimByte = 21;
@@ -133,9 +130,7 @@ TEST_F(SegyRealTest, SortsAndSplitsWhatAnIndependentReaderReadsBack) {
     if (!exists(name)) continue;
     const auto part = linesOf(asReaderSeesIt(folder.path(name)));
     ASSERT_FALSE(part.empty());
-    for (const auto& line : part) {
-      EXPECT_FALSE(ended.contains(line[2]));  // no record lies in two volumes
-    }
+    for (const auto& line : part) EXPECT_FALSE(ended.contains(line[2]));  // no record lies in two volumes
     ended.insert(part.back()[2]);
     together.insert(together.end(), part.begin(), part.end());
   }

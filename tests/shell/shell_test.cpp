@@ -19,17 +19,17 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 constexpr int tapeItems[] = {1022, 1023, 1025, 1026, 1027, 1036, 1038};
+
+bool tapeItemsAre(bool enabled) {
+  return std::ranges::all_of(tapeItems, [&](int item) { return xvt_menu_is_item_enabled(TASK_WIN, item) == enabled; });
+}
+
+using ShellStart = ShellTest;
 
 class Shell : public ShellTest {
  protected:
-  bool tapeItemsAre(bool enabled) {
-    for (const int item : tapeItems)
-      if (xvt_menu_is_item_enabled(TASK_WIN, item) != enabled) return false;
-    return true;
-  }
+  Shell() { startUp(); }
   /// Makes the input look like an open tape, to those who only look.
   void pretendTape() {
     units->state = 1;
@@ -42,7 +42,7 @@ class Shell : public ShellTest {
   }
 };
 
-TEST_F(Shell, StartUpReportsTheBlockLimitAndOpensTheMainDialog) {
+TEST_F(ShellStart, StartUpReportsTheBlockLimitAndOpensTheMainDialog) {
   unsetenv("ST_BUFFER");
   startUp();
   EXPECT_EQ(console(), (Lines{"I/O will be limited to 32k bytes per block.", " ", " "}));
@@ -56,7 +56,7 @@ TEST_F(Shell, StartUpReportsTheBlockLimitAndOpensTheMainDialog) {
   EXPECT_TRUE(tapeItemsAre(false));
 }
 
-TEST_F(Shell, TheBlockLimitFollowsTheEnvironment) {
+TEST_F(ShellStart, TheBlockLimitFollowsTheEnvironment) {
   setenv("ST_BUFFER", "64", 1);
   startUp();
   unsetenv("ST_BUFFER");
@@ -64,7 +64,6 @@ TEST_F(Shell, TheBlockLimitFollowsTheEnvironment) {
 }
 
 TEST_F(Shell, TapeItemsFollowTheInputUnit) {
-  startUp();
   pretendTape();
   EXPECT_TRUE(tapeItemsAre(true));
   units->type = UT_DISK;
@@ -73,7 +72,6 @@ TEST_F(Shell, TapeItemsFollowTheInputUnit) {
 }
 
 TEST_F(Shell, MainDialogIsReopenedFromTheMenu) {
-  startUp();
   toolkit.chooseMenu(1030);
   EXPECT_EQ(toolkit.opened, std::vector<int>{DLG_MAIN}) << "one that is up is raised";
   toolkit.close(gMainDialogWindow);
@@ -84,7 +82,6 @@ TEST_F(Shell, MainDialogIsReopenedFromTheMenu) {
 }
 
 TEST_F(Shell, EveryButtonOfTheMainDialogAnswers) {
-  startUp();
   const DLG_RES& main = kShellDialogs[0];
   ASSERT_EQ(main.id, DLG_MAIN);
   for (std::size_t n = 0; n < main.count; ++n) {
@@ -96,7 +93,6 @@ TEST_F(Shell, EveryButtonOfTheMainDialogAnswers) {
 }
 
 TEST_F(Shell, CopyDialogOpensOnceAndItsFailureIsTold) {
-  startUp();
   toolkit.failNextDialog(DLG_COPY);
   toolkit.press(gMainDialogWindow, MAIN_IMAGE_COPY);
   EXPECT_EQ(toolkit.errors, Lines{"Error opening Image Copy dialog"});
@@ -106,7 +102,6 @@ TEST_F(Shell, CopyDialogOpensOnceAndItsFailureIsTold) {
 }
 
 TEST_F(Shell, DumpButtonsDoNothingWhileTheirDialogsAreUp) {
-  startUp();
   gTAnlsWindowUp = 1;
   gFAnlsWindowUp = 1;
   toolkit.press(gMainDialogWindow, MAIN_TAPE_DUMP);
@@ -119,7 +114,6 @@ TEST_F(Shell, DumpButtonsDoNothingWhileTheirDialogsAreUp) {
 }
 
 TEST_F(Shell, CountingFilemarksWantsTheTapeDumpDialog) {
-  startUp();
   pretendTape();
   mark();
   toolkit.chooseMenu(1038);
@@ -134,7 +128,6 @@ TEST_F(Shell, CountingFilemarksWantsTheTapeDumpDialog) {
 }
 
 TEST_F(Shell, CompanionProgramsAnswerInEveryCase) {
-  startUp();
   for (int item = 1008; item <= 1011; ++item) toolkit.chooseMenu(item);
   EXPECT_EQ(toolkit.notes.size(), 4U);
   EXPECT_EQ(toolkit.notes.front(), "Companion program 1 is not set up in this build.");
@@ -150,7 +143,6 @@ TEST_F(Shell, CompanionProgramsAnswerInEveryCase) {
 }
 
 TEST_F(Shell, QuitEndsConsoleAndApplication) {
-  startUp();
   toolkit.chooseMenu(1035);
   EXPECT_TRUE(xvt_app_is_ending());
   EXPECT_EQ(toolkit.windowTitled("Console"), NULL_WIN);
@@ -158,13 +150,11 @@ TEST_F(Shell, QuitEndsConsoleAndApplication) {
 }
 
 TEST_F(Shell, SessionEndIsAllowedAndObeyed) {
-  startUp();
   EXPECT_EQ(xvt::probe::endSession(), std::nullopt);
   EXPECT_TRUE(xvt_app_is_ending());
 }
 
 TEST_F(Shell, ClosingWaitsForTheJobsEnd) {
-  startUp();
   int outerFlag = 0;
   int innerFlag = 0;
   {
@@ -207,7 +197,6 @@ TEST_F(Shell, WishesAreCarriedOutInTheirOrder) {
 }
 
 TEST_F(Shell, TapeIsLeftAloneWhileAJobRuns) {
-  startUp();
   pretendTape();
   toolkit.chooseMenu(1029);
   ASSERT_EQ(gControlWindowUp, 1);
@@ -224,7 +213,6 @@ TEST_F(Shell, TapeIsLeftAloneWhileAJobRuns) {
 }
 
 TEST_F(Shell, TapeControlFollowsAJob) {
-  startUp();
   pretendTape();
   toolkit.chooseMenu(CMD_TAPE_CONTROL);
   int traces = 0;
@@ -329,7 +317,6 @@ TEST(Help, AMessageFindsTheTextItWasMadeFrom) {
 }
 
 TEST_F(Shell, HelpTellsOfTheWindowTheLineAndTheBox) {
-  startUp();
   const WINDOW log = toolkit.windowTitled("Console");
   const auto helpOn = [](WINDOW window) {
     EVENT event;

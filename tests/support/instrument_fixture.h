@@ -2,8 +2,8 @@
 /// report's dialog and its page.
 #pragma once
 
-#include "libkyr/datasets.h"
 #include "quarlo/dump/fdmp_dlg.h"
+#include "tests/support/dataset_maker.h"
 #include "tests/support/job_fixture.h"
 #include "tools/recordings.h"
 
@@ -20,36 +20,21 @@ struct RecordedRecord {
 
 class InstrumentTest : public JobTest {
  protected:
-  using Lines = std::vector<std::string>;
-
   /// @param samples of each trace; what a trace has no number for is 0
   void make(const std::vector<RecordedRecord>& records, int samples, const std::string& name = "in.kyr") const {
-    const auto numRec = static_cast<int>(records.size());
-    const auto numChan = static_cast<int>(records.front().traces.size());
-    const ProcessRecordPtr process(NewProcessRecord());
-    Link link;
-    const float interval = 0.002F;
-    SetNumberOfOutputs(process.get(), 1);
-    NewOutputSeismicFile(&link, process.get(), folder.path(name).c_str(), 0, kAnySeismicType, 0, numChan);
-    SetDatasetProperty(process.get(), link, dsRecords, longIntType, gUnknownUnits, &numRec);
-    SetDatasetProperty(process.get(), link, dsSamples, longIntType, gUnknownUnits, &samples);
-    SetDatasetProperty(process.get(), link, dsSampleInterval, singleFloatType, gSecondsUnits, &interval);
-    ASSERT_EQ(EndInit(process.get()), kyrOk);
-    for (int record = 1; record <= numRec; ++record) {
-      const auto& [fieldFile, traces] = records[static_cast<std::size_t>(record - 1)];
-      for (int number = 1; number <= numChan; ++number) {
-        RecordedTrace trace = traces[static_cast<std::size_t>(number - 1)];
-        if (trace.samples.empty() && samples > 0) continue;
-        trace.samples.resize(static_cast<std::size_t>(samples));
-        TraceInfo header{};
-        const int channel = 100 + number;
-        SetTraceProperty(trFieldFile, longIntType, gUnknownUnits, &fieldFile, &header);
-        SetTraceProperty(trChannel, longIntType, gUnknownUnits, &channel, &header);
-        SetTraceProperty(trKillFlag, longIntType, gUnknownUnits, &trace.killFlag, &header);
-        ASSERT_EQ(TracePut(process.get(), link, record, number, trace.samples.data(), &header), kyrOk);
-      }
-    }
-    ASSERT_EQ(CloseFile(process.get(), link), kyrOk);
+    const auto ofRecord = [&](int record) -> const RecordedRecord& {
+      return records[static_cast<std::size_t>(record - 1)];
+    };
+    makeDataset(folder.path(name), static_cast<int>(records.size()), static_cast<int>(records[0].traces.size()),
+                {.samples = samples}, [&](int record, int number, TraceInfo* header, float* values) {
+                  const RecordedTrace& trace = ofRecord(record).traces[static_cast<std::size_t>(number - 1)];
+                  header->words[trFieldFile] = static_cast<std::uint32_t>(ofRecord(record).fieldFile);
+                  header->words[trChannel] = static_cast<std::uint32_t>(100 + number);
+                  header->words[trKillFlag] = static_cast<std::uint32_t>(trace.killFlag);
+                  std::fill_n(values, samples, 0.0F);
+                  std::ranges::copy(trace.samples, values);
+                  return !trace.samples.empty() || samples == 0;
+                });
   }
 
   /// Makes what `kyrtool record` makes of a text.
@@ -88,8 +73,3 @@ class InstrumentTest : public JobTest {
 
   WINDOW test = NULL_WIN;
 };
-
-inline std::vector<std::string> operator+(std::vector<std::string> one, const std::vector<std::string>& other) {
-  one.insert(one.end(), other.begin(), other.end());
-  return one;
-}

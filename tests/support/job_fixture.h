@@ -29,9 +29,8 @@ class JobTest : public testing::Test {
     setTapeDriver(nullptr);
     for (int number = 0; number < DRIVES; ++number) load(number, "");
     toolkit.openTaskWindow([](WINDOW, EVENT*) -> long { return 0; });
-    for (int unit = 0; unit < kMaxUnits; ++unit) {
+    for (int unit = 0; unit < kMaxUnits; ++unit)
       units[unit] = UnitStruct{};  // options outlive a dialog and a job, but not a test
-    }
     initIO(units);
     consInit();
   }
@@ -53,6 +52,11 @@ class JobTest : public testing::Test {
   }
   void makeCartridge(const std::string& name, const Tape& tape, const std::vector<std::size_t>& badBlocks = {}) {
     writeFile(cartridge(name), tapImage(tape, badBlocks));
+  }
+  void putIn(int drive, const std::string& name, const Tape& tape = {},
+             const std::vector<std::size_t>& badBlocks = {}) {
+    makeCartridge(name, tape, badBlocks);
+    load(drive, name);
   }
   Tape tapeIn(const std::string& name) const { return tapeOf(readFile(cartridge(name))); }
 
@@ -92,6 +96,20 @@ class JobTest : public testing::Test {
     });
   }
 
+  /// Answers the question for a further output tape: with one of this name, or with none.
+  void nextOutputIs(const std::string& name, int drive = 1, const Tape& held = {}) {
+    makeCartridge(name, held);
+    toolkit.onModal(DLG_OUT_CONTINUE, [this, name, drive](WINDOW question) {
+      if (toolkit.enabled(question, OC_UNLOAD)) toolkit.press(question, OC_UNLOAD);
+      load(drive, name);
+      toolkit.press(question, OC_OPEN);
+      toolkit.press(question, OC_CONTINUE);
+    });
+  }
+  void noFurtherOutput() {
+    toolkit.onModal(DLG_OUT_CONTINUE, [this](WINDOW question) { toolkit.press(question, OC_STOP); });
+  }
+
   void open(int resource, EVENT_HANDLER handler) {
     dialog = xvt_dlg_create_res(WD_MODELESS, resource, handler, nullptr);
     ASSERT_NE(dialog, NULL_WIN);
@@ -125,12 +143,26 @@ class JobTest : public testing::Test {
     for (std::string& line : lines) line = withoutDates(line);
     return lines;
   }
+  std::string consoleText() {
+    std::string text;
+    for (const std::string& line : consoleWithoutDates()) text += line + "\n";
+    return text;
+  }
   void forgetConsole() { forgotten = toolkit.lines(toolkit.windowTitled("Console")).size(); }
   long count(const std::string& line) {
     const auto lines = consoleWithoutDates();
     return std::count(lines.begin(), lines.end(), line);
   }
+  void expectCounts(std::initializer_list<std::pair<std::string, long>> lines) {
+    for (const auto& [line, times] : lines) EXPECT_EQ(count(line), times) << line;
+  }
   bool consoleHas(const std::string& line) { return count(line) > 0; }
+  void expectSaid(const std::string& line) { expectSaid(std::initializer_list<std::string>{line}); }
+  /// Each a line, or several in a row.
+  void expectSaid(std::initializer_list<std::string> texts) {
+    const std::string said = "\n" + consoleText();
+    for (const std::string& text : texts) EXPECT_NE(said.find("\n" + text + "\n"), said.npos) << text << " in:" << said;
+  }
 
   TestFolder folder;
   TestToolkit toolkit;

@@ -30,6 +30,11 @@ class SettingsDialogTest : public testing::Test {
     answer(resource, button, script);
     xvt_dlg_create_res(WD_MODAL, resource, handler, nullptr);
   }
+  /// Presses a button and takes this file in its box.
+  void choose(WINDOW dialog, int button, const std::string& path) {
+    toolkit.answerFile(path);
+    toolkit.press(dialog, button);
+  }
   std::vector<bool> enabled(WINDOW dialog, const std::vector<int>& controls) {
     std::vector<bool> states;
     for (const int control : controls) states.push_back(toolkit.enabled(dialog, control));

@@ -10,6 +10,13 @@
 using Tape = std::vector<std::string>;
 
 inline const std::string MARK;
+/// What closes a tape behind its last block.
+inline const Tape CLOSING = {MARK, MARK};
+
+inline Tape operator+(Tape one, const Tape& other) {
+  one.insert(one.end(), other.begin(), other.end());
+  return one;
+}
 
 inline std::string word(std::uint32_t value) {
   std::string bytes;

@@ -215,17 +215,14 @@ void TestToolkit::noteRefusal(const std::string& action, int id, const std::opti
   if (why) fail("cannot " + action + (id != 0 ? " control " + std::to_string(id) : "") + ": " + *why);
 }
 
-void TestToolkit::press(WINDOW window, int id) { noteRefusal("press", id, probe::press(xvt_win_get_ctl(window, id))); }
-
 void TestToolkit::typeInto(WINDOW window, int id, const std::string& typed) {
   noteRefusal("type into", id, probe::type(xvt_win_get_ctl(window, id), typed));
   if (const auto dialog = dialogOf(window)) dialog->settle();
 }
 
-void TestToolkit::goTo(WINDOW window, int id) { xvt_vobj_set_focus(xvt_win_get_ctl(window, id)); }
-
-void TestToolkit::select(WINDOW window, int id, int row) {
-  noteRefusal("select in", id, probe::select(xvt_win_get_ctl(window, id), row, false));
+void TestToolkit::expectTyped(WINDOW window, int id, std::initializer_list<std::pair<std::string, std::string>> rows) {
+  for (const auto& [typing, shown] : rows)
+    EXPECT_EQ(typed(window, id, typing), shown) << typing << " in control " << id;
 }
 
 void TestToolkit::select(WINDOW window, int id, const std::string& wanted) {
@@ -235,24 +232,7 @@ void TestToolkit::select(WINDOW window, int id, const std::string& wanted) {
   select(window, id, static_cast<int>(found - all.begin()));
 }
 
-void TestToolkit::selectAlso(WINDOW window, int id, int row) {
-  noteRefusal("select in", id, probe::select(xvt_win_get_ctl(window, id), row, true));
-}
-
-void TestToolkit::doubleClick(WINDOW window, int id, int row) {
-  noteRefusal("double-click in", id, probe::doubleClick(xvt_win_get_ctl(window, id), row));
-}
-
-void TestToolkit::chooseMenu(int command) { noteRefusal("choose menu command", command, probe::menu(command)); }
-
-void TestToolkit::close(WINDOW window) { noteRefusal("close", 0, probe::close(window)); }
-
 // ---- what there is to see -----------------------------------------------------------------------------------------
-
-std::string TestToolkit::text(WINDOW window, int id) { return titleOf(xvt_win_get_ctl(window, id)); }
-bool TestToolkit::checked(WINDOW window, int id) { return xvt_ctl_is_checked(xvt_win_get_ctl(window, id)); }
-bool TestToolkit::enabled(WINDOW window, int id) { return xvt_vobj_is_enabled(xvt_win_get_ctl(window, id)); }
-bool TestToolkit::visible(WINDOW window, int id) { return xvt_vobj_is_visible(xvt_win_get_ctl(window, id)); }
 
 XVT_COLOR TestToolkit::color(WINDOW window, int id) {
   return Registry::instance().find<MemoryItem>(xvt_win_get_ctl(window, id))->color();
@@ -272,8 +252,6 @@ std::vector<std::string> TestToolkit::selected(WINDOW window, int id) {
     if (xvt_list_is_selected(list, row)) texts.push_back(rowText(list, row));
   return texts;
 }
-
-std::vector<std::string> TestToolkit::lines(WINDOW window) { return probe::textLines(window, SIZE_MAX); }
 
 std::string TestToolkit::title(WINDOW window) { return titleOf(window); }
 

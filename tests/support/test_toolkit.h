@@ -17,8 +17,11 @@
 #include <utility>
 #include <vector>
 
+#include "xvt/probe.h"
 #include "xvt/resource.h"
 #include "xvt/xvt.h"
+
+using Lines = std::vector<std::string>;
 
 class TestToolkit {
  public:
@@ -63,28 +66,41 @@ class TestToolkit {
   void endWindows();
 
   // ---- what the user does
-  void press(WINDOW window, int id);
+  void press(WINDOW window, int id) { noteRefusal("press", id, xvt::probe::press(xvt_win_get_ctl(window, id))); }
   /// Types into an edit field and leaves it.
   void typeInto(WINDOW window, int id, const std::string& text);
+  /// The same; what the field shows then.
+  std::string typed(WINDOW window, int id, const std::string& typing) {
+    typeInto(window, id, typing);
+    return text(window, id);
+  }
+  /// What is typed into a field, and what it makes of each.
+  void expectTyped(WINDOW window, int id, std::initializer_list<std::pair<std::string, std::string>> rows);
   /// The keyboard comes to a control.
-  void goTo(WINDOW window, int id);
-  void select(WINDOW window, int id, int row);
+  void goTo(WINDOW window, int id) { xvt_vobj_set_focus(xvt_win_get_ctl(window, id)); }
+  void select(WINDOW window, int id, int row) {
+    noteRefusal("select in", id, xvt::probe::select(xvt_win_get_ctl(window, id), row, false));
+  }
   void select(WINDOW window, int id, const std::string& rowText);
-  void selectAlso(WINDOW window, int id, int row);
-  void doubleClick(WINDOW window, int id, int row);
-  void chooseMenu(int command);
-  void close(WINDOW window);
+  void selectAlso(WINDOW window, int id, int row) {
+    noteRefusal("select in", id, xvt::probe::select(xvt_win_get_ctl(window, id), row, true));
+  }
+  void doubleClick(WINDOW window, int id, int row) {
+    noteRefusal("double-click in", id, xvt::probe::doubleClick(xvt_win_get_ctl(window, id), row));
+  }
+  void chooseMenu(int command) { noteRefusal("choose menu command", command, xvt::probe::menu(command)); }
+  void close(WINDOW window) { noteRefusal("close", 0, xvt::probe::close(window)); }
 
   // ---- what there is to see
-  std::string text(WINDOW window, int id);
-  bool checked(WINDOW window, int id);
-  bool enabled(WINDOW window, int id);
-  bool visible(WINDOW window, int id);
+  std::string text(WINDOW window, int id) { return title(xvt_win_get_ctl(window, id)); }
+  bool checked(WINDOW window, int id) { return xvt_ctl_is_checked(xvt_win_get_ctl(window, id)); }
+  bool enabled(WINDOW window, int id) { return xvt_vobj_is_enabled(xvt_win_get_ctl(window, id)); }
+  bool visible(WINDOW window, int id) { return xvt_vobj_is_visible(xvt_win_get_ctl(window, id)); }
   XVT_COLOR color(WINDOW window, int id);
   std::vector<std::string> rows(WINDOW window, int id);
   std::vector<std::string> selected(WINDOW window, int id);
   /// Lines of a window's text field.
-  std::vector<std::string> lines(WINDOW window);
+  std::vector<std::string> lines(WINDOW window) { return xvt::probe::textLines(window, SIZE_MAX); }
   std::string title(WINDOW window);
   COORD scrollPosition(WINDOW window, SCROLL_TYPE bar);
   COORD scrollLimit(WINDOW window, SCROLL_TYPE bar);
