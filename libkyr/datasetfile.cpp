@@ -34,9 +34,6 @@ std::uint64_t newId() {
 /// them.
 constexpr int kMostOfNothing = 1 << 22;
 
-/// Reads that fail with a line of their own; what comes behind them is counted.
-constexpr int kNamedLosses = 10;
-
 bool isRange(int property) {
   return (property >= dsMinReceiverLocation && property <= dsMaxCmpLine) || property == dsMinFieldFile ||
          property == dsMaxFieldFile;
@@ -298,9 +295,7 @@ int DatasetFile::close() {
   for (PartFile& file : store_.parts())
     if (!file.close() && !failed_ && stage != Stage::Reading) fail("writing to");
   store_.parts().clear();
-  if (lostReads_ > kNamedLosses)
-    say_(formatText("  *** %lld reads of traces of %s failed.", lostReads_, path_.c_str()));
-  lostReads_ = 0;
+  if (const std::string line = lostReads_.rest(path_); !line.empty()) say_(line);
   return failed_ ? kyrDiskError : kyrOk;
 }
 
@@ -467,7 +462,7 @@ int DatasetFile::readSlot(int record, int trace, float* samples, TraceInfo* info
 }
 
 int DatasetFile::lost(int record, int trace, int result) {
-  if (++lostReads_ <= kNamedLosses)
+  if (lostReads_.add())
     say_(formatText("  *** Trace %d of record %d of %s cannot be read: %s.", trace, record, path_.c_str(),
                     reasonOf(result)));
   return result;

@@ -108,5 +108,5 @@ class DatasetFile final : public TraceSource {
   bool failed_ = false;               ///< a write failed: no more of them, no closed mark
   int writtenRecords_ = 0;            ///< the largest numbers that were written
   int writtenTraces_ = 0;
-  long long lostReads_ = 0;
+  LostReads lostReads_;
 };

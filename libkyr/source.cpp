@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
+
+#include "libkyr/text.h"
 
 namespace {
 
@@ -14,6 +17,11 @@ bool has(const SeisCounts& counts, int record, int trace) {
 }
 
 }  // namespace
+
+std::string LostReads::rest(const std::string& path) {
+  const long long count = std::exchange(count_, 0);
+  return count > kNamed ? formatText("  *** %lld reads of traces of %s failed.", count, path.c_str()) : "";
+}
 
 int TraceSource::read(int record, int trace, float* samples, TraceInfo* header) {
   const SeisCounts counts = seisOrgCounts(org());

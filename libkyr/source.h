@@ -60,6 +60,19 @@ class TraceSource {
   virtual int fetch(int record, int trace, float* samples, TraceInfo* header) = 0;
 };
 
+/// The reads that a source could not do: the first are told one by one, the others by their number.
+class LostReads {
+ public:
+  /// Counts one. @return whether it is told
+  bool add() { return ++count_ <= kNamed; }
+  /// The line for the source's end, empty where all were told; counts anew from here on. @param path what was read
+  std::string rest(const std::string& path);
+
+ private:
+  static constexpr int kNamed = 10;
+  long long count_ = 0;
+};
+
 /// Gives out a dead trace. @param samples may be null @param flag KillFlag bits
 void makeDead(int count, float* samples, TraceInfo* header, int flag);
 

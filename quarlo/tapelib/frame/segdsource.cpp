@@ -179,9 +179,16 @@ bool SegdSource::turnTo(std::size_t file) {
 }
 
 int SegdSource::lost(const Record& record, std::uint64_t byte, const std::string& why) {
-  say(formatText("  *** %s, byte %llu, %s: a trace %s. It is dead.", files_[record.number].c_str(),
-                 static_cast<unsigned long long>(byte), segdFieldFileName(record.file.record).c_str(), why.c_str()));
+  if (lostReads_.add())
+    say(formatText("  *** %s, byte %llu, %s: a trace %s. It is dead.", files_[record.number].c_str(),
+                   static_cast<unsigned long long>(byte), segdFieldFileName(record.file.record).c_str(), why.c_str()));
   return kyrTraceLost;
+}
+
+int SegdSource::close() {
+  const std::string files = files_.size() == 1 ? files_.front() : formatText("%zu files", files_.size());
+  if (const std::string line = lostReads_.rest(files); !line.empty()) say(line);
+  return isDamaged_ ? kyrTraceLost : kyrOk;
 }
 
 int SegdSource::fetch(int record, int trace, float* samples, TraceInfo* header) {

@@ -28,7 +28,7 @@ class SegdSource : public TraceSource {
   std::int64_t position(int record, int trace) override;
   bool uses(const char* path) const override;
   /// kyrTraceLost when something was announced that is not there: whoever read the rest has not read everything.
-  int close() override { return isDamaged_ ? kyrTraceLost : kyrOk; }
+  int close() override;
 
  private:
   struct Record {
@@ -59,4 +59,5 @@ class SegdSource : public TraceSource {
   std::optional<std::size_t> open_;  // which
   GeneralSeisDataOrg org_ = newSeisOrg();
   bool isDamaged_ = false;
+  LostReads lostReads_;
 };

@@ -106,8 +106,9 @@ int SegyFileSource::fetch(int record, int trace, float* samples, TraceInfo* head
   const std::size_t data = samples != nullptr ? std::size_t{place.samples} * layout_.sampleBytes : 0;
   const auto bytes = file_.at(place.place, place.headerBytes + data);
   if (bytes.size() < place.headerBytes + data) {
-    say_(formatText("  *** Trace %llu, at byte %llu of %s, cannot be read.", number(*wanted + 1), number(place.place),
-                    path_.c_str()));
+    if (lostReads_.add())
+      say_(formatText("  *** Trace %llu, at byte %llu of %s, cannot be read.", number(*wanted + 1), number(place.place),
+                      path_.c_str()));
     return kyrTraceLost;
   }
   const auto head = bytes.first(place.headerBytes);
@@ -117,6 +118,7 @@ int SegyFileSource::fetch(int record, int trace, float* samples, TraceInfo* head
 }
 
 int SegyFileSource::close() {
+  if (const std::string line = lostReads_.rest(path_); !line.empty()) say_(line);
   for (const std::string& line : reader_->oddities().lines()) say_(line);
   return kyrOk;
 }

@@ -58,6 +58,7 @@ class SegyFileSource final : public TraceSource {
   std::string path_;
   SegyFormat format_;
   Say say_;
+  LostReads lostReads_;
   FileBytes file_;
   SegyLayout layout_;
   struct Record {
