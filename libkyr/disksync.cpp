@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <utility>
 
+#include "libkyr/files.h"
+
 namespace {
 
 /// Files held open at a time: what is written sooner is waited for sooner.
@@ -33,8 +35,7 @@ void DiskSync::add(int written, const std::string& path) {
     note(synced(fdatasync(written)), path);
     return;
   }
-  // What this cannot do, or fails at, shows in the wait.
-  (void)sync_file_range(descriptor, 0, 0, SYNC_FILE_RANGE_WRITE);
+  startToDisk(descriptor, 0, 0);
   files_.push_back({descriptor, path});
   if (files_.size() > kHeld) waitForOldest();
 }

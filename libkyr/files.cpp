@@ -175,6 +175,10 @@ std::size_t writeAllAt(int descriptor, const void* bytes, std::size_t count, std
       });
 }
 
+void startToDisk(int descriptor, std::uint64_t offset, std::uint64_t bytes) {
+  (void)sync_file_range(descriptor, static_cast<off_t>(offset), static_cast<off_t>(bytes), SYNC_FILE_RANGE_WRITE);
+}
+
 bool readTextLine(std::FILE* stream, std::string* line) {
   constexpr std::size_t kLimit = std::size_t{64} * 1024;
   line->clear();

@@ -68,6 +68,13 @@ std::optional<std::size_t> readAt(int descriptor, void* bytes, std::size_t count
 std::size_t writeAll(int descriptor, const void* bytes, std::size_t count);
 std::size_t writeAllAt(int descriptor, const void* bytes, std::size_t count, std::uint64_t offset);
 
+/// Bytes behind one another that are worth being sent on their way to the disk.
+constexpr std::uint64_t kDiskStretch = std::uint64_t{1024} * 1024;
+
+/// Starts what was written there (0 bytes: to the end) on its way to the disk, so that who waits for all of it at the
+/// end waits less. What this cannot do, or fails at, shows then.
+void startToDisk(int descriptor, std::uint64_t offset, std::uint64_t bytes);
+
 /// Reads the next line without the blanks around it; what a line has beyond 64 KB is passed over.
 /// @return false at the end of the file or on an error
 bool readTextLine(std::FILE* stream, std::string* line);

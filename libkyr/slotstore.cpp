@@ -5,6 +5,8 @@
 #include <new>
 #include <utility>
 
+#include "libkyr/files.h"
+
 namespace {
 
 /// Bytes of one read or write of slots in a row: less is not worth the turn between two threads.
@@ -124,6 +126,7 @@ void SlotStore::store(Load* load) const {
   const PartFile& file = parts_[static_cast<std::size_t>(load->place.part)];
   load->taken = file.writeAt(load->place.offset, load->bytes.get(), load->place.size);
   load->error = load->taken < load->place.size ? errno : 0;
+  if (load->taken >= kDiskStretch / 2) startToDisk(file.descriptor(), load->place.offset, load->taken);
 }
 
 /// Counts what a load lost; it is empty then. @return false with errno when it lost something

@@ -33,7 +33,7 @@ void PieceWriter::begin(std::FILE* stream, const char* fileName) {
   held_.clear();
   waiting_ = 0;
   pieces_.clear();
-  onDisk_ = whole_ = 0;
+  onDisk_ = whole_ = started_ = 0;
   endsInHead_ = false;
   failure_ = 0;
   emptied_ = false;
@@ -42,7 +42,7 @@ void PieceWriter::begin(std::FILE* stream, const char* fileName) {
 void PieceWriter::beginBehind(std::FILE* stream, const char* fileName) {
   begin(stream, fileName);
   const off_t place = lseek(fileno(stream), 0, SEEK_CUR);
-  onDisk_ = whole_ = place > 0 ? static_cast<std::uint64_t>(place) : 0;
+  onDisk_ = whole_ = started_ = place > 0 ? static_cast<std::uint64_t>(place) : 0;
   emptied_ = true;
 }
 
@@ -124,6 +124,10 @@ bool PieceWriter::storeUpTo(std::uint64_t place) {
     drop(stored);
   }
   for (; !pieces_.empty() && pieces_.front().end <= onDisk_; pieces_.pop_front()) whole_ = pieces_.front().end;
+  if (whole_ >= started_ + kDiskStretch) {
+    startToDisk(fileno(file_), started_, whole_ - started_);
+    started_ = whole_;
+  }
   return true;
 }
 

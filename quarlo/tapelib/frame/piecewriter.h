@@ -85,7 +85,8 @@ class PieceWriter {
   std::size_t waiting_ = 0;  // bytes of the runs
   std::deque<Piece> pieces_;
   std::uint64_t onDisk_ = 0;
-  std::uint64_t whole_ = 0;  // end of the last piece that is wholly on disk
+  std::uint64_t whole_ = 0;    // end of the last piece that is wholly on disk
+  std::uint64_t started_ = 0;  // what is before it has been sent on its way to the disk
   LostOutput gone_;
   bool endsInHead_ = false;
   int failure_ = 0;       // errno: nothing more is accepted
