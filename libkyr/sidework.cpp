@@ -35,8 +35,8 @@ SideWork::~SideWork() {
   {
     const std::lock_guard lock(mutex_);
     ends_ = true;
+    changed_.notify_all();
   }
-  changed_.notify_all();
   thread_.join();
 }
 
