@@ -1,5 +1,6 @@
 #include "quarlo/index/indexjob.h"
 
+#include <limits>
 #include <memory>
 #include <new>
 
@@ -12,6 +13,7 @@
 #include "quarlo/index/scansummary.h"
 #include "quarlo/index/tracetable.h"
 #include "quarlo/tapelib/console.h"
+#include "quarlo/tapelib/dialogs/prog_dlg.h"
 #include "quarlo/tapelib/diskunit.h"
 #include "quarlo/tapelib/frame/jobframe.h"
 #include "quarlo/tapelib/frame/loglines.h"
@@ -19,8 +21,6 @@
 IndexRequest indexRequest;
 
 namespace {
-
-constexpr int kRecordsJob = 0;  // the progress dialog counts records
 
 /// Beside the input. The separator is a backslash everywhere: programs look for this very name.
 std::string indexPath(const FILE_SPEC& input) {
@@ -59,12 +59,12 @@ class Scan {
   std::int64_t unreadable_ = 0;
   int recordsDone_ = 0;
   int percent_ = 0;
-  int none_ = 0;
+  int tracesDone_ = 0;
 };
 
 bool Scan::run(int* inputParams) {
   if (!openInput(inputParams)) return false;
-  JobFrame frame(kRecordsJob, UT_DISK, &recordsDone_, &percent_, &none_);
+  JobFrame frame(JOB_SCAN, UT_DISK, &recordsDone_, &percent_, &tracesDone_);
   return frame.isOpen() && beginOutputs() && scanAll(&frame) && finish();
 }
 
@@ -130,6 +130,7 @@ bool Scan::scanAll(JobFrame* frame) {
         return false;
       }
       if (!takeTrace(record, trace)) return false;
+      if (tracesDone_ < std::numeric_limits<int>::max()) ++tracesDone_;
     }
     recordsDone_ = record;
   }

@@ -423,8 +423,10 @@ TEST_F(Progress, WordsAndCountersOfEachJob) {
   struct Case {
     int jobType;
     const char *title, *first, *second, *value;
+    const char* pace = "";
   };
   const Case cases[] = {
+      {JOB_SCAN, "Reformat Progress", "Records processed:", "Tape files processed:", "7", "8 traces"},
       {100, "SEG Y Copy Progress", "Traces input:", "Traces output:", "8"},
       {101, "SEG D Copy Progress", "Files processed:", "Traces output:", "8"},
       {9999, "Merge Progress", "Traces input:", "Tape files processed:", "7"},
@@ -439,6 +441,7 @@ TEST_F(Progress, WordsAndCountersOfEachJob) {
     EXPECT_EQ(std::tuple(toolkit.title(d), toolkit.text(d, 1), toolkit.text(d, 2), toolkit.text(d, 4),
                          toolkit.text(d, 3), toolkit.text(d, 5)),
               std::tuple(expected.title, expected.title, expected.first, "17", expected.second, expected.value));
+    EXPECT_TRUE(toolkit.text(d, PROG_PACE).starts_with(expected.pace));
     abortFlag = 0;
     expected.jobType == JOB_SEGY ? toolkit.press(d, PROG_STOP) : toolkit.close(d);
     EXPECT_EQ(abortFlag, 1);

@@ -32,6 +32,7 @@ struct JobWords {
 };
 
 constexpr JobWords kJobWords[] = {
+    {JOB_SCAN, "Reformat Progress", "Records processed:", "Tape files processed:", "traces"},
     {JOB_UNFORMATTED, "Unformatted Copy Progress", "Bytes copied:", "Tape blocks copied:", nullptr},
     {JOB_SEGY, "SEG Y Copy Progress", "Traces input:", "Traces output:", "traces"},
     {JOB_SEGD, "SEG D Copy Progress", "Files processed:", "Traces output:", "traces"},
@@ -40,7 +41,7 @@ constexpr JobWords kJobWords[] = {
     {JOB_REPORT, "Report Progress", "Records processed:", "Tape files processed:", "records"},
     {JOB_TRACES_OUT, "Reformat Progress", "Traces output:", "Tape files processed:", "traces"},
 };
-constexpr JobWords kReformatWords = {0, "Reformat Progress", "Records processed:", "Tape files processed:", "records"};
+constexpr JobWords kReformatWords = {-1, "Reformat Progress", "Records processed:", "Tape files processed:", "records"};
 
 const JobWords& wordsOf(int jobType) {
   for (const JobWords& words : kJobWords)
@@ -67,8 +68,11 @@ int secondCounter(const ProgrStruct& items) {
 
 bool isFromDisk() { return theItems->inputType == UT_DISK; }
 
-/// What the job has done. Files of a SEG D copy differ too much: its traces tell.
-double amountDone() { return theItems->jobType == JOB_SEGD ? *theItems->stat2tape : firstCount(*theItems); }
+/// What the job has done. Files of a SEG D copy and records of a scan differ too much: their traces tell.
+double amountDone() {
+  const bool isOfTraces = theItems->jobType == JOB_SEGD || theItems->jobType == JOB_SCAN;
+  return isOfTraces ? *theItems->stat2tape : firstCount(*theItems);
+}
 
 std::string paceText() {
   const char* unit = wordsOf(theItems->jobType).unit;

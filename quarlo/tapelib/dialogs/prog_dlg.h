@@ -6,6 +6,7 @@
 
 /// Values of ProgrStruct::jobType. Any other value is a reformat.
 enum JOB_TYPE : int {
+  JOB_SCAN = 0,
   JOB_TRACES_OUT = 10,
   JOB_UNFORMATTED = 99,
   JOB_SEGY = 100,
