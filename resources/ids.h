@@ -51,7 +51,8 @@ enum COMMAND_ID : int {
   CMD_COUNT_FILEMARKS = 1038,
   CMD_HELP_CONTENTS = 1040,
   CMD_HELP_SHORTCUTS = 1041,
-  CMD_HELP_MESSAGES = 1042
+  CMD_HELP_MESSAGES = 1042,
+  CMD_HELP_BACK = 1043
 };
 
 /// Commands of the windows that show text.

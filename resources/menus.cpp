@@ -71,6 +71,7 @@ constexpr MENU_ITEM kMainMenu[] = {
 
     ui::menu("~Help"),
     ui::command(M_HELP, "help", "~Help on this window or line", "F1"),
+    ui::command(CMD_HELP_BACK, "help-back", "~Back to the last page", "Alt+Left", false),
     ui::command(CMD_HELP_CONTENTS, "help-contents", "~Contents"),
     ui::command(CMD_HELP_SHORTCUTS, "help-shortcuts", "~Keys and shortcuts"),
     ui::command(CMD_HELP_MESSAGES, "help-messages", "~Messages explained"),

@@ -1,6 +1,8 @@
 #include "quarlo/help/helpwindow.h"
 
 #include <optional>
+#include <utility>
+#include <vector>
 
 #include "libkyr/text.h"
 #include "quarlo/help/helppage.h"
@@ -9,6 +11,7 @@
 #include "quarlo/help/plaintext.h"
 #include "quarlo/tapelib/dialogs/controls.h"
 #include "quarlo/tapelib/dialogs/docscroll.h"
+#include "resources/ids.h"
 
 namespace {
 
@@ -23,11 +26,20 @@ XVT_FNTID helpFont = NULL_FNTID;
 DOC helpDoc;
 short counter = 0;
 
+/// A page that is or was in the window.
+struct Reading {
+  HelpPage page;
+  long line;        ///< the one on top
+  long marked = 0;  ///< of which the whole is selected; 0 for none
+};
+std::vector<Reading> readings;  ///< the last is in the window
+
 DocView helpView() { return {helpWindow, helpText, &helpFont, &helpDoc}; }
 
 void gone(WINDOW /*window*/) {
   helpWindow = NULL_WIN;
   helpText = NULL_TXEDIT;
+  xvt_menu_set_item_enabled(TASK_WIN, CMD_HELP_BACK, false);
   xvt_font_destroy(helpFont);
   helpFont = NULL_FNTID;
 }
@@ -86,15 +98,33 @@ void scrollToTop(T_LNUM line) {
   docFollow(helpView(), xvt_tx_get_origin(helpText, &offset), offset);
 }
 
-/// Shows a page with a line of it on top; a line but the first is marked, for who looks for it near the end.
-void show(const HelpPage& page, long line) {
+void showReading() {
   if (!openWindow()) return;
+  const auto& [page, line, marked] = readings.back();
   xvt_vobj_set_title(helpWindow, ("Help: " + page.title()).c_str());
   docAppend(helpView(), &counter, joined(page.lines));
   scrollToTop(line);
-  docSelect(helpView(), line, 0, line == 0 ? 0 : page.lines[static_cast<std::size_t>(line)].size());
+  docSelect(helpView(), marked, 0, marked == 0 ? 0 : page.lines[static_cast<std::size_t>(marked)].size());
+  xvt_menu_set_item_enabled(TASK_WIN, CMD_HELP_BACK, readings.size() > 1);
   xvt_vobj_raise(helpWindow);
   xvt_vobj_set_focus(helpWindow);
+}
+
+/// What is in the window will be shown as it is left. One that was closed begins anew.
+void keepReading() {
+  if (helpWindow == NULL_WIN) return readings.clear();
+  T_CPOS offset = 0;
+  std::size_t begin = 0;
+  std::size_t end = 0;
+  readings.back().line = xvt_tx_get_origin(helpText, &offset);
+  readings.back().marked = xvt_tx_get_selection(helpText, &begin, &end);
+}
+
+/// Shows a page with a line of it on top; a line but the first is marked, for who looks for it near the end.
+void show(HelpPage page, long line) {
+  keepReading();
+  readings.push_back({std::move(page), line, line});
+  showReading();
 }
 
 std::string selectedLine(TXEDIT text) {
@@ -131,6 +161,12 @@ void showHelp(std::string_view place) {
   const auto page = findPage(where.page);
   if (!page) return show(missingPage(where.page), 0);
   show(*page, page->lineOf(where.section).value_or(0));
+}
+
+void showLastHelp() {
+  if (helpWindow == NULL_WIN || readings.size() < 2) return;
+  readings.pop_back();
+  showReading();
 }
 
 void showHelpContents() { show(contentsPage(), 0); }

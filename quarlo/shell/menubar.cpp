@@ -89,6 +89,7 @@ void showMainWindow(EVENT* /*event*/) { openMainDialog(); }
 void toggleConsole(EVENT* /*event*/) { raiseConsole(); }
 void showAbout(EVENT* /*event*/) { xvt_dlg_create_res(WD_MODELESS, DLG_ABOUT, aboutDlg_eh, nullptr); }
 
+void goBack(EVENT* /*event*/) { showLastHelp(); }
 void showContents(EVENT* /*event*/) { showHelpContents(); }
 void showShortcuts(EVENT* /*event*/) { showHelp(kShortcuts); }
 void showMessages(EVENT* /*event*/) { showHelp(kMessagesPage); }
@@ -121,6 +122,7 @@ constexpr MenuAction kActions[] = {
     {CMD_QUIT, false, quit},
     {CMD_WRITE_EOF, true, writeFilemark},
     {CMD_COUNT_FILEMARKS, true, countFilemarks},
+    {CMD_HELP_BACK, false, goBack},
     {CMD_HELP_CONTENTS, false, showContents},
     {CMD_HELP_SHORTCUTS, false, showShortcuts},
     {CMD_HELP_MESSAGES, false, showMessages},

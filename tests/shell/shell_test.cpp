@@ -343,6 +343,8 @@ TEST_F(Shell, HelpTellsOfTheWindowTheLineAndTheBox) {
   const auto line = std::ranges::find(lines, "- Dataset merge [merge.md]") - lines.begin();
   xvt_tx_select(xvt_tx_get(contents, 1), line, 0, 0);
   EXPECT_EQ(toolkit.title(helpOn(contents)), "Help: Dataset merge");
+  toolkit.chooseMenu(CMD_HELP_BACK);
+  EXPECT_EQ(selected(xvt::probe::window("help")), "- Dataset merge [merge.md]");
   toolkit.chooseMenu(CMD_TEXT_CLOSE);
   EXPECT_EQ(xvt::probe::window("help"), NULL_WIN);
 }
