@@ -109,6 +109,18 @@ TEST_INSIDE(Hands, WhatAFieldCopiedOutlivesItAndIsPastedInPlaceOfASelection) {
   keys(window, {"Ctrl+A", "Ctrl+V"});
   pump(50);
   EXPECT_EQ(text(ctl(window, 1)), "na\xC3\xAFve");
+  // What the program writes has a menu.
+  const WINDOW values = open(WD_MODELESS, kStop);
+  xvt_vobj_set_title(ctl(values, 1), "/data/x");
+  pump(50);
+  click(ctl(values, 1), Button3);
+  Position x = 0, y = 0;
+  XtTranslateCoords(widgetOf(ctl(values, 1)), 12, 12, &x, &y);
+  hands(x + 15, y + 12, "click 1");
+  xvt_vobj_destroy(values);
+  keys(window, {"Ctrl+A", "Ctrl+V"});
+  pump(50);
+  EXPECT_EQ(text(ctl(window, 1)), "/data/x");
 }
 
 /// Another program that drags files over this one's windows.

@@ -353,7 +353,7 @@ TEST_F(Scripts, AnswerBoxes) {
 
 TEST_F(Scripts, DriveTheFileBoxes) {
   fs::create_directories(root_ / "sub");
-  for (const char* name : {"b.tpf", "a.tpf", "x.sgy", "odd\xFF.tpf", ".hidden.tpf", "sub/deep.tpf"})
+  for (const char* name : {"b.TPF", "a.tpf", "x.sgy", "odd\xFF.tpf", ".hidden.tpf", "sub/deep.tpf"})
     std::ofstream(root_ / name) << "data";
   std::ofstream(root_ / "a.tpf") << "more data";
   fs::create_symlink("nowhere", root_ / "lost.sgy");
@@ -448,8 +448,8 @@ TEST_F(Scripts, DriveTheFileBoxes) {
     wait console "open 2 $WORK | a.tpf | tpf" 2
 
     press bench.open
-    doubleclick file-box.files "b.tpf"
-    wait console "open 2 $WORK | b.tpf | tpf" 2
+    doubleclick file-box.files "b.TPF"
+    wait console "open 2 $WORK | b.TPF | tpf" 2
 
     press bench.folder
     expect rows dir-box.files 2

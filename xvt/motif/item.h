@@ -76,9 +76,11 @@ class TextItem final : public Item {
   std::string inLines(int width) const;
   void show(int width);
   Extent padding() const;
+  void offerCopy(XButtonEvent& event);
   std::string text_;
   std::string shown_;
   Key mnemonic_ = kNoKey;
+  Widget menu_ = nullptr;  ///< once it was wanted; goes with the dialog
 };
 
 class ButtonItem final : public Item {

@@ -1,6 +1,8 @@
 /// Labels, headings, values, hints, status lines; meters and separators, which are not touched either.
 #include <Xm/DrawingA.h>
 #include <Xm/Label.h>
+#include <Xm/PushB.h>
+#include <Xm/RowColumn.h>
 #include <Xm/Separator.h>
 
 #include <algorithm>
@@ -9,6 +11,7 @@
 #include "xvt/motif/dialog.h"
 #include "xvt/motif/guard.h"
 #include "xvt/motif/item.h"
+#include "xvt/motif/selection.h"
 #include "xvt/motif/tooltip.h"
 
 namespace xvt {
@@ -46,6 +49,24 @@ TextItem::TextItem(Dialog& dialog, const DLG_ITEM& line, Widget parent) : Item(d
   if (mnemonic_ != 0) XtVaSetValues(widget_, XmNmnemonic, mnemonic_, nullptr);
   shown_ = text_;
   ready();
+  // What the program writes there, paths above all, can be had whole.
+  if (line.kind == IK_VALUE)
+    onEvent(widget_, ButtonReleaseMask, [this](XEvent* event) {
+      if (event->xbutton.button == Button3 && !text_.empty() && !app().blockerOf(dialog_)) offerCopy(event->xbutton);
+    });
+}
+
+void TextItem::offerCopy(XButtonEvent& event) {
+  if (menu_ == nullptr) {
+    menu_ = XmCreatePopupMenu(parent_, const_cast<char*>("valueMenu"), nullptr, 0);
+    const MotifString label("Copy");
+    Widget copy = XtVaCreateManagedWidget("copy", xmPushButtonWidgetClass, menu_, XmNlabelString,
+                                          static_cast<XmString>(label), nullptr);
+    onCallback(copy, XmNactivateCallback,
+               [this](XtPointer) { putOnClipboard(widget_, text_, XtLastTimestampProcessed(XtDisplay(widget_))); });
+  }
+  XmMenuPosition(menu_, &event);
+  XtManageChild(menu_);
 }
 
 Extent TextItem::padding() const {
