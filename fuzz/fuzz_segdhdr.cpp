@@ -8,7 +8,9 @@
 #include "quarlo/segdcopy/segdcopy_params.h"
 #include "quarlo/tapelib/formats/segdhdr.h"
 
+#ifndef QUARLO_COLD  // there it comes with its room
 SgdCopyParams SgdParams = {};
+#endif
 
 namespace {
 

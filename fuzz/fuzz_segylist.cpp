@@ -14,7 +14,9 @@
 #include "quarlo/tapelib/console.h"
 #include "quarlo/tapelib/frame/loglines.h"
 
+#ifndef QUARLO_COLD  // there it comes with its room
 SgyCopyParams SgyParams{};
+#endif
 
 namespace {
 

@@ -1,9 +1,11 @@
 // A short run of a fuzz target without a fuzzer: seeds made of the words that the formats know, then damaged at random,
-// the same ones at every run. With file names as arguments those files are run instead, such as a fuzzer's findings.
+// the same ones at every run: 5,000, or as many as the argument -runs=NUMBER says. With file names as arguments those
+// files are run instead, such as a fuzzer's findings.
 
 #include <array>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <random>
@@ -11,10 +13,6 @@
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-
-#ifndef SMOKE_RUNS
-#define SMOKE_RUNS 5000
-#endif
 
 namespace {
 
@@ -54,13 +52,16 @@ Bytes textSeed(std::mt19937& random) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  for (int i = 1; i < argc; ++i) {
+  constexpr std::string_view option = "-runs=";
+  const bool isCounted = argc == 2 && std::string_view(argv[1]).starts_with(option);
+  const int runs = isCounted ? std::atoi(argv[1] + option.size()) : argc == 1 ? 5000 : 0;
+  for (int i = 1; !isCounted && i < argc; ++i) {
     std::ifstream file(argv[i], std::ios::binary);
     const Bytes bytes{std::istreambuf_iterator<char>(file), {}};
     LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
   }
   std::mt19937 random(1);
-  for (int run = 0; argc == 1 && run < SMOKE_RUNS; ++run) {
+  for (int run = 0; run < runs; ++run) {
     const Bytes bytes = run % 2 == 0 ? seed(random) : textSeed(random);
     LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
   }

@@ -96,7 +96,7 @@ bool endsInTime(pid_t child) {
 }
 
 /// @return whether the child ended as it meant to (true too when somebody else has reaped it)
-bool reap(pid_t child) {
+bool endsWell(pid_t child) {
   int status = 0;
   while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }
@@ -115,7 +115,7 @@ std::string judgementOf(pid_t child, int pipe) {
   const bool ended = endsInTime(child);
   if (!ended) kill(child, SIGKILL);
   kill(-child, SIGKILL);
-  const bool sound = reap(child);
+  const bool sound = endsWell(child);
   if (!ended) return "does not come back from being loaded";
   const std::string words = wordsIn(pipe);
   if (!sound || words.empty()) return "crashes while it is loaded";

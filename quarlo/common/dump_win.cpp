@@ -21,7 +21,7 @@ constexpr int kLines = 36;
 /// either resets it.
 short n1 = 0;
 
-DumpWindow* recordOf(WINDOW window) { return static_cast<DumpWindow*>(xvt_vobj_get_data(window)); }
+DumpWindow* dumpOf(WINDOW window) { return static_cast<DumpWindow*>(xvt_vobj_get_data(window)); }
 
 DocView viewOf(DumpWindow* dump) { return {dump->theWindow, dump->dumpText, &dump->dumpFont, &dump->dumpDoc}; }
 
@@ -122,7 +122,7 @@ void dumpTextGet(WINDOW theWindow, char* theText) {
 }
 
 long dump_window_eh(WINDOW xdWindow, EVENT* xdEvent) {
-  DumpWindow* dump = recordOf(xdWindow);
+  DumpWindow* dump = dumpOf(xdWindow);
   if (dump == nullptr) return 0;
   if (xdEvent->type == E_CREATE) {
     dump->theWindow = xdWindow;
@@ -136,5 +136,5 @@ long dump_window_eh(WINDOW xdWindow, EVENT* xdEvent) {
 }
 
 void dumpScrollCallback(TXEDIT theText, T_LNUM origLine, T_LNUM, T_CPOS origOffset) {
-  if (DumpWindow* dump = recordOf(xvt_tx_get_window(theText))) docFollow(viewOf(dump), origLine, origOffset);
+  if (DumpWindow* dump = dumpOf(xvt_tx_get_window(theText))) docFollow(viewOf(dump), origLine, origOffset);
 }

@@ -47,6 +47,7 @@ std::string className(std::string name) {
 
 Application& app() { return static_cast<Application&>(desk()); }
 Application* appIfRunning() { return static_cast<Application*>(deskIfRunning()); }
+Atom atom(const char* name) { return XInternAtom(app().display(), name, False); }
 
 bool Application::open(int argc, char** argv) {
   static const bool initialized = [] {

@@ -68,5 +68,7 @@ class Application final : public Desk {
 Application& app();
 /// The same, or null.
 Application* appIfRunning();
+/// The name that the server knows it by.
+Atom atom(const char* name);
 
 }  // namespace xvt

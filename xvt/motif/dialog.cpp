@@ -16,8 +16,6 @@ namespace xvt {
 
 namespace {
 
-constexpr int kBar = 12;  // width of a scroll bar, at a line height of 16
-
 bool isContainer(ITEM_KIND kind) { return kind <= IK_STACK; }
 
 /// The heading of a card, as an item of its own.
@@ -152,7 +150,7 @@ void Dialog::arrangeContents(Extent size) { place(size); }
 
 /// Gives everything its place in a window of this size.
 void Dialog::place(Extent size) {
-  const ScrolledPart part = arrangeDialog(root_, size, app().look().spacing(), app().look().px(kBar));
+  const ScrolledPart part = arrangeDialog(root_, size, app().look().spacing(), app().look().px(kScrollBarWidth));
   setPlace(scroll_, RCT{0, 0, part.view.height, part.view.width});
   XtVaSetValues(body_, XmNwidth, static_cast<Dimension>(std::max(1, part.contents.width)), XmNheight,
                 static_cast<Dimension>(std::max(1, part.contents.height)), nullptr);
@@ -164,7 +162,7 @@ void Dialog::place(Extent size) {
 /// As large as the contents, or as the screen, with scroll bars.
 Extent Dialog::wanted() const {
   const Extent most = mostSize();
-  const int bar = app().look().px(kBar);
+  const int bar = app().look().px(kScrollBarWidth);
   const int upright = root_.least.height > most.height ? bar : 0;
   const int across = root_.least.width + upright > most.width ? bar : 0;
   return {std::min(root_.natural.width + upright, most.width), std::min(root_.natural.height + across, most.height)};

@@ -31,8 +31,6 @@ struct Drag {
 };
 Drag drag;
 
-Atom atom(const char* name) { return XInternAtom(app().display(), name, False); }
-
 using Data = std::array<long, 5>;
 
 void send(::Window to, const char* message, ::Window from, long second, long fifth, Atom third = 0) {
@@ -99,7 +97,7 @@ void take(const Drag& done, const std::vector<std::string>& files) {
   dialog->takeFiles(files, {done.where.v - top, done.where.h - left});
 }
 
-void arrived(Widget, XtPointer closure, Atom*, Atom*, XtPointer value, unsigned long* length, int* format) {
+void filesArrived(Widget, XtPointer closure, Atom*, Atom*, XtPointer value, unsigned long* length, int* format) {
   const std::unique_ptr<Drag> done(static_cast<Drag*>(closure));
   const std::unique_ptr<char, void (*)(char*)> bytes(static_cast<char*>(value), XtFree);
   guarded("drop", [&] {
@@ -119,7 +117,7 @@ void drop(const Dialog& dialog, const XClientMessageEvent& message) {
   drag = {};
   if (!welcome) return finish(*done, false);
   // In the name of a widget that outlives every dialog: the answer may take its time.
-  XtGetSelectionValue(app().shell(), atom("XdndSelection"), atom(kFiles), arrived, done.release(),
+  XtGetSelectionValue(app().shell(), atom("XdndSelection"), atom(kFiles), filesArrived, done.release(),
                       static_cast<Time>(message.data.l[2]));
 }
 
@@ -132,7 +130,7 @@ void hear(const Dialog& dialog, const XClientMessageEvent& message) {
   if (message.message_type == atom("XdndLeave")) drag = {};
 }
 
-void happened(Widget shell, XtPointer, XEvent* event, Boolean*) {
+void messageCame(Widget shell, XtPointer, XEvent* event, Boolean*) {
   if (event->type != ClientMessage || event->xclient.format != 32) return;
   guarded("drag", [&] {
     if (const auto dialog = std::dynamic_pointer_cast<Dialog>(app().windowOf(shell))) hear(*dialog, event->xclient);
@@ -142,7 +140,7 @@ void happened(Widget shell, XtPointer, XEvent* event, Boolean*) {
 }  // namespace
 
 void listenForDrops(Widget shell) {
-  XtAddEventHandler(shell, NoEventMask, True, happened, nullptr);
+  XtAddEventHandler(shell, NoEventMask, True, messageCame, nullptr);
   XChangeProperty(XtDisplay(shell), XtWindow(shell), atom("XdndAware"), XA_ATOM, 32, PropModeReplace,
                   reinterpret_cast<const unsigned char*>(&kVersion), 1);
 }

@@ -19,8 +19,6 @@ namespace {
 
 constexpr const char* kStartVariable = "DESKTOP_STARTUP_ID";
 
-Atom atom(const char* name) { return XInternAtom(app().display(), name, False); }
-
 void setProperty(Widget shell, const char* name, Atom type, const std::vector<unsigned long>& values) {
   XChangeProperty(XtDisplay(shell), XtWindow(shell), atom(name), type, 32, PropModeReplace,
                   reinterpret_cast<const unsigned char*>(values.data()), static_cast<int>(values.size()));

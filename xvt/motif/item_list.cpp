@@ -13,10 +13,9 @@ namespace xvt {
 
 namespace {
 
-constexpr int kRowGap = 2;
-constexpr int kMarginHeight = 4;
-constexpr int kMarginWidth = 6;
-constexpr int kBar = 12;
+constexpr int kListRowGap = 2;
+constexpr int kListMarginHeight = 4;
+constexpr int kListMarginWidth = 6;
 
 /// Changes a list's rows. Scroll bars that come by it would make its frame grow beyond the place that the layout gave
 /// it, and those that go would make it shrink.
@@ -136,12 +135,12 @@ void ListItem::grow(COORD pixels) {
 
 Cell ListItem::cell() const {
   const Look& look = app().look();
-  const int row = look.lineHeight(face()) + look.px(kRowGap);
-  const int frame = 2 * (look.px(kMarginHeight) + look.line());
-  const int width =
-      look.columns(face(), std::max(1, line().columns)) + 2 * look.px(kMarginWidth) + look.px(kBar) + 2 * look.line();
+  const int row = look.lineHeight(face()) + look.px(kListRowGap);
+  const int frame = 2 * (look.px(kListMarginHeight) + look.line());
+  const int width = look.columns(face(), std::max(1, line().columns)) + 2 * look.px(kListMarginWidth) +
+                    look.px(kScrollBarWidth) + 2 * look.line();
   const int height = std::max(row + frame, std::max(1, line().lines) * row + frame + grown_);
-  Cell cell = leaf({width, height}, look.line() + look.px(kMarginHeight) + look.ascent(face()));
+  Cell cell = leaf({width, height}, look.line() + look.px(kListMarginHeight) + look.ascent(face()));
   cell.wide = growth(Growth::willing);
   if ((line().flags & IF_GROW) != 0) {
     cell.tall = Growth::eager;

@@ -16,8 +16,8 @@ namespace xvt {
 
 namespace {
 
-constexpr int kMarginWidth = 7;
-constexpr int kMarginHeight = 5;
+constexpr int kOptionMarginWidth = 7;
+constexpr int kOptionMarginHeight = 5;
 constexpr int kArrowRoom = 22;
 constexpr int kRowsAtOnce = 14;
 
@@ -63,7 +63,7 @@ void OptionItem::drawArrow() {
 void OptionItem::show() {
   const Look& look = app().look();
   const RCT place = outerRect();
-  const int room = place.right - place.left - 2 * (2 * look.line() + look.px(kMarginWidth)) - look.px(kArrowRoom);
+  const int room = place.right - place.left - 2 * (2 * look.line() + look.px(kOptionMarginWidth)) - look.px(kArrowRoom);
   const std::string text = selected_ < 0 ? std::string() : rowText(selected_);
   const MotifString string(look.fitted(Face::plain, text, std::max(1, room)));
   XtVaSetValues(widget_, XmNlabelString, static_cast<XmString>(string), nullptr);
@@ -115,9 +115,9 @@ Cell OptionItem::cell() const {
   for (const std::string& row : rows_) text = std::max(text, look.textWidth(Face::plain, row));
   text = std::min(text, look.columns(Face::plain, 60));
   const int frame = 2 * look.line();  // border and highlight
-  const Extent size{text + 2 * (frame + look.px(kMarginWidth)) + look.px(kArrowRoom),
-                    look.lineHeight() + 2 * (frame + look.px(kMarginHeight))};
-  return leaf(size, frame + look.px(kMarginHeight) + look.ascent());
+  const Extent size{text + 2 * (frame + look.px(kOptionMarginWidth)) + look.px(kArrowRoom),
+                    look.lineHeight() + 2 * (frame + look.px(kOptionMarginHeight))};
+  return leaf(size, frame + look.px(kOptionMarginHeight) + look.ascent());
 }
 
 void OptionItem::place(const RCT& room) {

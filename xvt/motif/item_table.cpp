@@ -14,10 +14,9 @@ namespace xvt {
 
 namespace {
 
-constexpr int kRowGap = 4;
+constexpr int kTableRowGap = 4;
 constexpr int kMargin = 4;      // above the first row
 constexpr int kCellMargin = 8;  // as wide as that of a head with its frame
-constexpr int kBar = 12;
 constexpr int kWheelRows = 3;
 
 }  // namespace
@@ -134,7 +133,7 @@ void TableItem::scrollTo(int row) {
 
 // ---- place --------------------------------------------------------------------------------------------------------
 
-int TableItem::rowHeight() const { return app().look().lineHeight(face()) + app().look().px(kRowGap); }
+int TableItem::rowHeight() const { return app().look().lineHeight(face()) + app().look().px(kTableRowGap); }
 
 int TableItem::rowsShown() const {
   const RCT room = placeOf(widget_);
@@ -144,7 +143,7 @@ int TableItem::rowsShown() const {
 Cell TableItem::cell() const {
   const Look& look = app().look();
   const int frame = 2 * look.px(kMargin) + 2 * look.line();
-  const int width = look.columns(face(), std::max(1, line().columns)) + look.px(kBar) + 2 * look.line();
+  const int width = look.columns(face(), std::max(1, line().columns)) + look.px(kScrollBarWidth) + 2 * look.line();
   const int height = std::max(1, line().lines) * rowHeight() + frame;
   Cell cell = leaf({width, height}, look.line() + look.px(kMargin) + look.ascent(face()));
   cell.wide = growth(Growth::willing);
@@ -158,7 +157,7 @@ void TableItem::place(const RCT& room) {
   const int border = app().look().line();
   const int width = std::max(2, room.right - room.left - 2 * border);
   const int height = std::max(1, room.bottom - room.top - 2 * border);
-  const int rows = std::max(1, width - app().look().px(kBar));
+  const int rows = std::max(1, width - app().look().px(kScrollBarWidth));
   setPlace(widget_, RCT{0, 0, height, rows});
   setPlace(bar_, RCT{0, rows, height, width});
   // Rows that came before the place did were brought into view in a list of another size.
@@ -252,7 +251,7 @@ void TableItem::paintCell(const Item& head, std::string_view text, int y, color:
   const bool toRight = (head.line().flags & IF_RIGHT) != 0;
   const int x = toRight ? std::max(left, right - look.textWidth(face(), shown)) : left;
   XftDrawStringUtf8(draw_, &ink(isEnabled() ? tone : color::kFaint), look.font(face()), x,
-                    y + look.px(kRowGap) / 2 + look.ascent(face()), reinterpret_cast<const FcChar8*>(shown.data()),
+                    y + look.px(kTableRowGap) / 2 + look.ascent(face()), reinterpret_cast<const FcChar8*>(shown.data()),
                     static_cast<int>(shown.size()));
 }
 

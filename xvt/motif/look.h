@@ -36,6 +36,9 @@ class MotifString {
   XmString string_;
 };
 
+/// Width of a scroll bar beside rows, at a line height of 16.
+constexpr int kScrollBarWidth = 12;
+
 /// A distance that is `pixels` with lines of 16 pixels, with lines of another height.
 constexpr int scaled(int pixels, int lineHeight) { return std::max(1, (pixels * lineHeight + 8) / 16); }
 

@@ -1,7 +1,5 @@
 #include "xvt/motif/marks.h"
 
-#include <X11/Xutil.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -106,10 +104,6 @@ unsigned long channel(double value, unsigned long mask) {
 double level(unsigned long pixel, unsigned long mask) {
   return mask == 0 ? 0 : static_cast<double>(pixel & mask) / static_cast<double>(mask) * 255.0;
 }
-
-struct ImageCloser {
-  void operator()(XImage* image) const { XDestroyImage(image); }
-};
 
 }  // namespace
 

@@ -1,6 +1,7 @@
 /// The marks of check boxes and radio buttons and the arrow of option lists: antialiased pictures drawn in code.
 #pragma once
 
+#include <X11/Xutil.h>
 #include <Xm/Xm.h>
 
 #include <map>
@@ -9,6 +10,10 @@
 #include "xvt/motif/palette.h"
 
 namespace xvt {
+
+struct ImageCloser {
+  void operator()(XImage* image) const { XDestroyImage(image); }
+};
 
 enum class Mark { check, radio, arrow };
 

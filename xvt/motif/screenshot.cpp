@@ -16,9 +16,6 @@ namespace xvt {
 
 namespace {
 
-struct ImageCloser {
-  void operator()(XImage* image) const { XDestroyImage(image); }
-};
 using Image = std::unique_ptr<XImage, ImageCloser>;
 
 /// Lets what is due be painted: the server's round trips, Motif's exposures, the text views' timers.

@@ -18,26 +18,26 @@ namespace {
 Outcome window(Player&, const Statement& s) {
   const Target target = findWindow(s.text(0));
   if (target.handle == NULL_WIN) return notYet(target.missing);
-  return unless(xvt_vobj_is_visible(target.handle), "window " + quoted(s.text(0)) + " is hidden");
+  return unless(xvt_vobj_is_visible(target.handle), "window " + inQuotes(s.text(0)) + " is hidden");
 }
 
 Outcome noWindow(Player&, const Statement& s) {
   const WINDOW found = probe::window(s.text(0));
-  return unless(found == NULL_WIN || !xvt_vobj_is_visible(found), "window " + quoted(s.text(0)) + " is open");
+  return unless(found == NULL_WIN || !xvt_vobj_is_visible(found), "window " + inQuotes(s.text(0)) + " is open");
 }
 
 Outcome title(Player&, const Statement& s) {
   const Target target = findWindow(s.text(0));
   if (target.handle == NULL_WIN) return notYet(target.missing);
   const std::string found = titleOf(target.handle);
-  return unless(found == s.text(1), "the title of " + s.text(0) + " is " + quoted(found));
+  return unless(found == s.text(1), "the title of " + s.text(0) + " is " + inQuotes(found));
 }
 
 Outcome textIs(Player&, const Statement& s) {
   const Target control = findControl(s.text(0));
   if (control.handle == NULL_WIN) return notYet(control.missing);
   const std::string found = flat(shownText(control.handle));
-  return unless(found == flat(s.text(1)), s.text(0) + " shows " + quoted(found) + ", not " + quoted(s.text(1)));
+  return unless(found == flat(s.text(1)), s.text(0) + " shows " + inQuotes(found) + ", not " + inQuotes(s.text(1)));
 }
 
 Outcome textLike(Player&, const Statement& s) {
@@ -45,7 +45,7 @@ Outcome textLike(Player&, const Statement& s) {
   if (control.handle == NULL_WIN) return notYet(control.missing);
   const std::string found = flat(shownText(control.handle));
   return unless(isLike(flat(s.text(1)), found),
-                s.text(0) + " shows " + quoted(found) + ", not like " + quoted(s.text(1)));
+                s.text(0) + " shows " + inQuotes(found) + ", not like " + inQuotes(s.text(1)));
 }
 
 Outcome state(const Statement& s, bool (*ask)(WINDOW), bool wanted, const char* word) {
@@ -80,7 +80,7 @@ Outcome row(Player&, const Statement& s) {
   return onList(
       s,
       [](WINDOW list, const Statement& is) {
-        return unless(!findRows(list, is.text(1)).empty(), is.text(0) + " has no row " + quoted(is.text(1)));
+        return unless(!findRows(list, is.text(1)).empty(), is.text(0) + " has no row " + inQuotes(is.text(1)));
       });
 }
 
@@ -88,7 +88,7 @@ Outcome noRow(Player&, const Statement& s) {
   return onList(
       s,
       [](WINDOW list, const Statement& is) {
-        return unless(findRows(list, is.text(1)).empty(), is.text(0) + " has a row " + quoted(is.text(1)));
+        return unless(findRows(list, is.text(1)).empty(), is.text(0) + " has a row " + inQuotes(is.text(1)));
       });
 }
 
@@ -103,7 +103,7 @@ Outcome rows(Player&, const Statement& s) {
 
 Outcome menuState(const Statement& s, bool (*ask)(WINDOW, int), bool wanted, const char* word) {
   const int command = probe::menuCommand(s.text(0));
-  if (command == 0) return failed("there is no menu item " + quoted(s.text(0)));
+  if (command == 0) return failed("there is no menu item " + inQuotes(s.text(0)));
   return unless(ask(TASK_WIN, command) == wanted, "menu item " + s.text(0) + " is " + word);
 }
 
@@ -133,7 +133,7 @@ Outcome line(Player&, const Statement& s) {
   const Target target = findWindow(s.text(0));
   if (target.handle == NULL_WIN) return notYet(target.missing);
   const bool found = anyLine(target.handle, [&](const char* each) { return s.text(1) == each; });
-  return unless(found, s.text(0) + " has no line " + quoted(s.text(1)));
+  return unless(found, s.text(0) + " has no line " + inQuotes(s.text(1)));
 }
 
 /// Whether a line is like one of a statement's globs and like none of those behind "except".
@@ -155,7 +155,7 @@ Outcome noLine(Player&, const Statement& s) {
   int found = 0;
   std::string culprits;
   (void)anyLine(target.handle, [&](const std::string& each) {
-    if (isUnwanted(each, s) && ++found <= kNamed) culprits += (found > 1 ? ", " : "") + quoted(each);
+    if (isUnwanted(each, s) && ++found <= kNamed) culprits += (found > 1 ? ", " : "") + inQuotes(each);
     return false;
   });
   if (found == 0) return {};

@@ -16,7 +16,7 @@ Target findWindow(const std::string& name) {
   if (window != NULL_WIN) return {window, ""};
   std::string open;
   for (const std::string& each : probe::openWindows()) open += (open.empty() ? "" : ", ") + each;
-  return {NULL_WIN, "there is no window " + quoted(name) + " (open: " + open + ")"};
+  return {NULL_WIN, "there is no window " + inQuotes(name) + " (open: " + open + ")"};
 }
 
 Target findControl(const std::string& target) {
@@ -25,7 +25,8 @@ Target findControl(const std::string& target) {
   if (window.handle == NULL_WIN) return window;
   const WINDOW control = probe::control(window.handle, target.substr(dot + 1));
   if (control != NULL_WIN) return {control, ""};
-  return {NULL_WIN, "window " + quoted(target.substr(0, dot)) + " has no control " + quoted(target.substr(dot + 1))};
+  return {NULL_WIN,
+          "window " + inQuotes(target.substr(0, dot)) + " has no control " + inQuotes(target.substr(dot + 1))};
 }
 
 bool isList(WINDOW control) {
@@ -59,7 +60,7 @@ std::string rowsOf(WINDOW list) {
   constexpr int kNamed = 5;
   const int count = xvt_list_count(list);
   std::string text;
-  for (int row = 0; row < std::min(count, kNamed); ++row) text += (row > 0 ? ", " : "") + quoted(rowText(list, row));
+  for (int row = 0; row < std::min(count, kNamed); ++row) text += (row > 0 ? ", " : "") + inQuotes(rowText(list, row));
   return count == 0 ? "" : " (it has " + text + (count > kNamed ? " ..." : "") + ")";
 }
 
@@ -94,7 +95,7 @@ std::string inputKeeper() {
   const WINDOW hint = probe::control(keeper, "hint");
   std::string words = textOf(keeper);
   if (hint != NULL_WIN && !shownText(hint).empty()) words += ": " + flat(shownText(hint));
-  return "; " + probe::nameOf(keeper) + " keeps input: " + quoted(words);
+  return "; " + probe::nameOf(keeper) + " keeps input: " + inQuotes(words);
 }
 
 std::string scriptPath(const std::string& path) {

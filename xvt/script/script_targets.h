@@ -13,7 +13,7 @@ inline Outcome notYet(const std::string& reason) { return {Outcome::notYet, reas
 inline Outcome failed(const std::string& reason) { return {Outcome::failed, reason}; }
 inline Outcome unless(bool fulfilled, const std::string& reason) { return fulfilled ? Outcome{} : notYet(reason); }
 
-inline std::string quoted(const std::string& text) { return "\"" + text + "\""; }
+inline std::string inQuotes(const std::string& text) { return "\"" + text + "\""; }
 
 /// The window or control that a statement names, or why there is none.
 struct Target {

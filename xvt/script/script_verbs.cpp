@@ -38,7 +38,7 @@ int findRow(WINDOW list, const Statement& s, std::string* missing) {
   const std::vector<int> rows =
       byText ? findRows(list, s.text(1)) : std::vector<int>{static_cast<int>(std::min(s.number(1), 1e9))};
   if (rows.size() == 1 && rows[0] < xvt_list_count(list)) return rows[0];
-  const std::string wanted = byText ? quoted(s.text(1)) : s.text(1);
+  const std::string wanted = byText ? inQuotes(s.text(1)) : s.text(1);
   *missing = rows.size() > 1 ? std::to_string(rows.size()) + " rows are like " + wanted
                              : "it has no row " + wanted + rowsOf(list);
   return -1;
@@ -65,7 +65,7 @@ Outcome doubleClick(Player&, const Statement& s) { return actOnRow("doubleclick"
 
 Outcome menu(Player&, const Statement& s) {
   const int command = probe::menuCommand(s.text(0));
-  if (command == 0) return failed("there is no menu item " + quoted(s.text(0)));
+  if (command == 0) return failed("there is no menu item " + inQuotes(s.text(0)));
   return act("menu " + s.text(0), {TASK_WIN, ""}, [&](WINDOW) { return probe::menu(command); });
 }
 
@@ -178,7 +178,7 @@ Outcome copyLines(Player&, const Statement& s) {
   const Target window = findWindow(s.text(0));
   if (window.handle == NULL_WIN) return notYet(window.missing);
   const TXEDIT text = probe::textField(window.handle);
-  if (text == NULL_TXEDIT) return failed("window " + quoted(s.text(0)) + " has no lines");
+  if (text == NULL_TXEDIT) return failed("window " + inQuotes(s.text(0)) + " has no lines");
   const std::string path = scriptPath(s.text(1));
   std::ofstream file(path, std::ios::binary);
   const T_LNUM count = xvt_tx_get_num_pars(text);

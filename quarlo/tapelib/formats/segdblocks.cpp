@@ -10,7 +10,6 @@
 namespace {
 
 constexpr std::size_t kLabelBytes = 128;
-constexpr std::size_t kTraceLook = kSegdTraceStartBytes + kSegdBlockBytes;
 
 using Bytes = std::span<const char>;
 
@@ -24,7 +23,7 @@ class Block {
   Bytes from(std::size_t place) const { return bytes_.subspan(std::min(place, bytes_.size())); }
   SegdResult<SegdTrace> header(std::size_t place) const {
     const Bytes rest = from(place);
-    return readSegdTrace(rest.first(std::min(rest.size(), kTraceLook)), record_.revision);
+    return readSegdTrace(rest.first(std::min(rest.size(), kSegdTraceLookBytes)), record_.revision);
   }
   bool isTraceAt(std::size_t place) const;
   std::uint32_t samplesUpTo(std::size_t bytes) const;

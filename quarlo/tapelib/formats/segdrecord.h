@@ -119,6 +119,8 @@ struct SegdTrace {
 
 /// Bytes of a trace header that must be there before its length is known; readSegdTrace reads one extension behind it.
 constexpr std::size_t kSegdTraceStartBytes = 20;
+/// The same with that extension of 32 bytes: all that is looked at.
+constexpr std::size_t kSegdTraceLookBytes = kSegdTraceStartBytes + 32;
 
 /// Reads a trace header. @param bytes from its beginning; 52 are looked at where an extension is announced
 SegdResult<SegdTrace> readSegdTrace(std::span<const char> bytes, int revision);

@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr std::size_t kTraceLook = kSegdTraceStartBytes + kSegdBlockBytes;
-
 constexpr std::uint64_t kMostSamples = 0x7FFFFFFF;
 
 unsigned long long shown(std::uint64_t number) { return number; }
@@ -92,7 +90,7 @@ bool SegdWalk::goesOnAt(const SegdFieldFile& file, std::uint64_t place, std::uin
     const std::uint64_t end = place + file.record.trailerBytes;
     return end == size_ || beginsFieldFile(end);
   }
-  const std::span<const char> found = at(place, kTraceLook);
+  const std::span<const char> found = at(place, kSegdTraceLookBytes);
   const SegdResult<SegdTrace> result = readSegdTrace(found, file.record.revision);
   const SegdTrace* trace = std::get_if<SegdTrace>(&result);
   if (trace == nullptr || file.record.findSet(trace->scanType, trace->channelSet) == nullptr) return false;
@@ -116,7 +114,7 @@ std::uint32_t SegdWalk::settleSamples(const SegdFieldFile& file, const SegdTrace
 }
 
 bool SegdWalk::stepOverTrace(SegdFieldFile& file, std::uint64_t& place) {
-  const SegdResult<SegdTrace> result = readSegdTrace(at(place, kTraceLook), file.record.revision);
+  const SegdResult<SegdTrace> result = readSegdTrace(at(place, kSegdTraceLookBytes), file.record.revision);
   if (const auto* damage = std::get_if<SegdDamage>(&result)) return stepOverDamage(file, place, *damage);
   const SegdTrace& trace = std::get<SegdTrace>(result);
   const SegdChannelSet* set = file.record.findSet(trace.scanType, trace.channelSet);

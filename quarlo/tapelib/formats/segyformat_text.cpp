@@ -49,7 +49,7 @@ bool takePath(std::string_view path, FILE_SPEC* file) {
   return start < path.size() && copyText(file->dir.path, directory) && copyText(file->name, path.substr(start));
 }
 
-std::string quoted(std::string_view text) { return '"' + std::string(text) + '"'; }
+std::string inQuotes(std::string_view text) { return '"' + std::string(text) + '"'; }
 
 // ---- reading ----------------------------------------------------------------------------------------------------
 
@@ -82,7 +82,7 @@ class Reader {
   bool readFrom(std::span<const Setting<Record>> settings, std::string_view key, std::string_view value,
                 Record* record);
   void require(bool holds, std::string_view key, const char* what) {
-    if (!holds) fault(quoted(key) + ' ' + what);
+    if (!holds) fault(inQuotes(key) + ' ' + what);
   }
   void fault(const std::string& text) { faultAt(lineNumber_, text); }
   void faultAt(int line, const std::string& text) {
@@ -138,8 +138,8 @@ void Reader::readSignature(std::string_view line) {
       !takeNumber(line.substr(kSignature.size(), middle - kSignature.size()), &format_.itsVersion) ||
       !takeNumber(line.substr(middle + kReadable.size()), &oldest) || oldest < 1 || format_.itsVersion < oldest)
     return fault("no SEG Y format description: the first line must read " +
-                 quoted(formatText("%s%d%s%d", std::string(kSignature).c_str(), kSegyTextVersion,
-                                   std::string(kReadable).c_str(), kSegyTextReadableFrom)));
+                 inQuotes(formatText("%s%d%s%d", std::string(kSignature).c_str(), kSegyTextVersion,
+                                     std::string(kReadable).c_str(), kSegyTextReadableFrom)));
   if (oldest > kSegyTextVersion)
     return fault(formatText("written in version %d, which this program cannot read", format_.itsVersion));
   hasSignature_ = true;
@@ -158,9 +158,9 @@ void Reader::readSection(std::string_view line) {
   const std::size_t start = line.find(' ');
   const std::string_view name = trimText(line.substr(start, line.size() - 1 - start));
   if (name.empty() || name.find(']') != std::string_view::npos || !copyText(field_.itsName, name))
-    return fault(quoted(name) + formatText(" is no name of 1 to %zu characters", sizeof field_.itsName - 1));
+    return fault(inQuotes(name) + formatText(" is no name of 1 to %zu characters", sizeof field_.itsName - 1));
   if (getField(isBinary_ ? format_.itsBinaryFields : format_.itsTraceFields, field_.itsName) != nullptr)
-    return fault("a second field " + quoted(name) + (isBinary_ ? " of the binary header" : " of the trace header"));
+    return fault("a second field " + inQuotes(name) + (isBinary_ ? " of the binary header" : " of the trace header"));
   if ((isBinary_ ? format_.itsBinaryCount : format_.itsTraceCount) >= kMaxSegyFields)
     return fault(formatText("more than %d fields", kMaxSegyFields));
   isKept_ = true;
@@ -171,7 +171,7 @@ void Reader::readSetting(std::string_view line) {
   if (equals == std::string_view::npos) return fault("neither KEY = VALUE nor a section");
   const std::string_view key = trimText(line.substr(0, equals));
   const std::string_view value = trimText(line.substr(equals + 1));
-  if (!keys_.emplace(key, lineNumber_).second) return fault(quoted(key) + " is given twice");
+  if (!keys_.emplace(key, lineNumber_).second) return fault(inQuotes(key) + " is given twice");
   sectionLine_ == 0 ? readFormatValue(key, value) : readFieldValue(key, value);
 }
 
@@ -189,7 +189,7 @@ bool Reader::readFrom(std::span<const Setting<Record>> settings, std::string_vie
   if (number && *number >= found->low && *number <= found->high)
     found->set(record, *number);
   else
-    fault(quoted(key) + formatText(" must be a whole number from %d to %d", found->low, found->high));
+    fault(inQuotes(key) + formatText(" must be a whole number from %d to %d", found->low, found->high));
   return true;
 }
 
@@ -202,7 +202,7 @@ void Reader::readFormatValue(std::string_view key, std::string_view value) {
   else if (key == "trace-types")
     require(takeNumbers(value, format_.itsTraceTypes, &types) && types == 3, key, "must be three whole numbers");
   else if (!readFrom(formatSettings(), key, value, &format_))
-    fault("unknown key " + quoted(key));
+    fault("unknown key " + inQuotes(key));
 }
 
 void Reader::readFieldValue(std::string_view key, std::string_view value) {
@@ -232,7 +232,7 @@ void Reader::readFieldValue(std::string_view key, std::string_view value) {
   } else if (key == "input-property" || key == "output-properties") {
     readProperties(key, value);
   } else if (!readFrom(fieldSettings(), key, value, &field_)) {
-    fault("unknown key " + quoted(key));
+    fault("unknown key " + inQuotes(key));
   }
 }
 
@@ -242,8 +242,8 @@ void Reader::readProperties(std::string_view key, std::string_view value) {
   const bool isInput = key == "input-property";
   const bool sound = takeNumbers(value, properties, &count) && (!isInput || count == 1);
   if (!sound || std::ranges::any_of(properties, [](int property) { return property < 0; }))
-    return fault(quoted(key) + (isInput ? " must be the number of a trace property"
-                                        : " must be at most 42 numbers of trace properties"));
+    return fault(inQuotes(key) + (isInput ? " must be the number of a trace property"
+                                          : " must be at most 42 numbers of trace properties"));
   if (isInput) {
     field_.inputKyrHeader = static_cast<TraceProperty>(properties[0]);
     return;
@@ -258,10 +258,10 @@ void Reader::readTyped(const TypedValue& typed) {
   bool sound = words.size() == typed.places.size();
   for (std::size_t i = 0; sound && i < words.size(); ++i) sound = takeValue(words[i], field_.itsType, typed.places[i]);
   if (!sound)
-    faultAt(typed.line, quoted(typed.key) + formatText(" must be %zu number%s of the field's type", typed.places.size(),
-                                                       typed.places.size() > 1 ? "s" : ""));
+    faultAt(typed.line, inQuotes(typed.key) + formatText(" must be %zu number%s of the field's type",
+                                                         typed.places.size(), typed.places.size() > 1 ? "s" : ""));
   else if (words.size() == 2 && numberIn<double>(words[0]) > numberIn<double>(words[1]))
-    faultAt(typed.line, quoted(typed.key) + " has its minimum above its maximum");
+    faultAt(typed.line, inQuotes(typed.key) + " has its minimum above its maximum");
 }
 
 void Reader::endSection() {
@@ -269,7 +269,7 @@ void Reader::endSection() {
   if (!isKept_) return;
   for (const char* key : {"type", "byte"})
     if (!keys_.contains(key))
-      faultAt(sectionLine_, "field " + quoted(fieldText(field_.itsName)) + " has no " + quoted(key));
+      faultAt(sectionLine_, "field " + inQuotes(fieldText(field_.itsName)) + " has no " + inQuotes(key));
   if (keys_.contains("type"))
     std::ranges::for_each(typedValues_, [this](const TypedValue& typed) { readTyped(typed); });
   addSegyField(&format_, isBinary_, field_);
@@ -287,7 +287,7 @@ void Reader::endFormat() {
   for (const Header& header : headers)
     if (header.isThere && header.bytes == 0)
       faultAt(keys_[header.key],
-              quoted(header.key) + " needs " + quoted(std::string(header.key) + "-bytes") + " of 1 or more");
+              inQuotes(header.key) + " needs " + inQuotes(std::string(header.key) + "-bytes") + " of 1 or more");
   if (format_.itUsesTextFile != 0 && format_.itsTextFileSpec.name[0] == '\0')
     faultAt(keys_["reel-header-from-file"], "\"reel-header-from-file\" needs \"reel-header-file\"");
 }

@@ -5,12 +5,7 @@
 
 #include "libkyr/text.h"
 
-namespace {
-
-unsigned long long number(std::uint64_t count) { return count; }
-const char* ending(std::uint64_t count) { return count > 1 ? "s" : ""; }
-
-}  // namespace
+namespace {}  // namespace
 
 SegyRecords::SegyRecords(const SegyFormat& format, SegyReading reading, const SegyRecordRule& rule)
     : rule_(rule), value_(format, false, rule.field.c_str(), reading) {}
@@ -63,7 +58,8 @@ std::vector<std::string> SegyRecordSurvey::lines() const {
   std::vector<std::string> lines;
   for (const SegyRecords& each : fields_)
     lines.push_back(formatText("A new record where \"%s\" changes: %llu record%s, at most %llu trace%s each",
-                               each.field().c_str(), number(each.records()), ending(each.records()),
-                               number(each.largest()), ending(each.largest())));
+                               each.field().c_str(), static_cast<unsigned long long>(each.records()),
+                               plural(each.records()), static_cast<unsigned long long>(each.largest()),
+                               plural(each.largest())));
   return lines;
 }

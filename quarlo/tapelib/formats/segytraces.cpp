@@ -10,7 +10,6 @@
 namespace {
 
 unsigned long long number(std::uint64_t count) { return count; }
-const char* ending(std::uint64_t count) { return count > 1 ? "s" : ""; }
 
 /// A header in which nothing is known yet.
 TraceInfo unknownTrace() {
@@ -35,7 +34,7 @@ std::vector<std::string> SegyOddities::lines() const {
     if (count != 0) lines.push_back(line);
   };
   add(samples.infinite,
-      formatText("%zu sample%s beyond single precision: infinite", samples.infinite, ending(samples.infinite)));
+      formatText("%zu sample%s beyond single precision: infinite", samples.infinite, plural(samples.infinite)));
   add(samples.notNumbers,
       formatText("%zu sample%s no number (NaN): kept", samples.notNumbers, samples.notNumbers > 1 ? "s are" : " is"));
   add(delayed, formatText("%llu trace%s a delay, the first one of %.9g ms: kept in trace property %d", number(delayed),

@@ -11,7 +11,6 @@
 namespace {
 
 constexpr int kSeismic = 1;
-constexpr std::size_t kTraceLook = kSegdTraceStartBytes + kSegdBlockBytes;
 
 // Kinds of traces as SEG Y counts them, from those of channel sets.
 int traceType(int setType) {
@@ -101,7 +100,7 @@ SegdTraceReader::Lost SegdTraceReader::readTrace(const SegdRecord& headers, cons
                                                  std::span<float> samples, TraceInfo* header) {
   const SegdChannelSet& set = headers.sets[place.set];
   fill(headers, set, header);
-  const SegdResult<SegdTrace> result = readSegdTrace(bytes.at(place.byte, kTraceLook), headers.revision);
+  const SegdResult<SegdTrace> result = readSegdTrace(bytes.at(place.byte, kSegdTraceLookBytes), headers.revision);
   if (const auto* damage = std::get_if<SegdDamage>(&result)) return "is lost, " + damage->what;
   const auto& trace = std::get<SegdTrace>(result);
   put(header, trChannel, trace.channel);
