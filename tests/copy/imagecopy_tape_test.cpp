@@ -10,7 +10,7 @@
 namespace {
 
 /// A tape-image file of a copy.
-std::vector<std::string> closed(const Tape& tape) { return tpfShortly(tpfImage(tape + CLOSING)); }
+std::vector<std::string> closedFile(const Tape& tape) { return tpfShortly(tpfImage(tape + CLOSING)); }
 
 class TapeCopyTest : public JobTest {
  protected:
@@ -47,7 +47,7 @@ const std::string C = block(32768, 3);
 
 TEST_F(TapeCopyTest, KeepsBlocksAndMarksOnDiskAndTellsOfEveryFile) {
   // The tape's own second mark is not copied; the job's two closing ones follow the last file's.
-  EXPECT_EQ(copied({A, B, MARK, C, MARK, MARK}), closed({A, B, MARK, C, MARK}));
+  EXPECT_EQ(copied({A, B, MARK, C, MARK, MARK}), closedFile({A, B, MARK, C, MARK}));
   EXPECT_EQ(status(), "Complete");
   EXPECT_EQ(consoleText(),
             " \nCopy started at DATE.\n \nBegin input tape 1\n"
@@ -79,18 +79,18 @@ TEST_F(TapeCopyTest, GoesToDiskAndBackAndToSeveralTapesAtOnce) {
 }
 
 TEST_F(TapeCopyTest, ABadBlockBetweenTwoMarksBreaksTheirRow) {
-  EXPECT_EQ(copied({A, MARK, B, MARK, C, MARK, MARK}, {2}), closed({A, MARK, MARK, C, MARK}));
+  EXPECT_EQ(copied({A, MARK, B, MARK, C, MARK, MARK}, {2}), closedFile({A, MARK, MARK, C, MARK}));
 }
 
 TEST_F(TapeCopyTest, BadBlocksCostThemselvesAndSixInARowTheJob) {
-  EXPECT_EQ(copied({A, B, A, C, B, B, B, B, B, B, C}, {2, 4, 5, 6, 7, 8, 9}), closed({A, B, C}));
+  EXPECT_EQ(copied({A, B, A, C, B, B, B, B, B, B, C}, {2, 4, 5, 6, 7, 8, 9}), closedFile({A, B, C}));
   EXPECT_EQ(status(), "Failed");
   expectCounts({{"  *** Error reading from input tape - retrying...", 35}, {"Retries failed. Skipping block.", 6}});
   expectSaid({"  *** Too many sequential bad blocks. Aborting.", "  *** Job Failed.", "   3 blocks copied."});
 }
 
 TEST_F(TapeCopyTest, TheEndOfRecordedDataEndsATapeWithoutAnError) {
-  EXPECT_EQ(copied({A, MARK, B}), closed({A, MARK, B}));
+  EXPECT_EQ(copied({A, MARK, B}), closedFile({A, MARK, B}));
   EXPECT_EQ(status(), "Complete");
   EXPECT_TRUE(consoleHas("Total input for tape 1: 2 blocks, 107 bytes, 1 file"));
   for (const std::string& line : consoleWithoutDates()) EXPECT_EQ(line.find("***"), std::string::npos) << line;
@@ -98,7 +98,7 @@ TEST_F(TapeCopyTest, TheEndOfRecordedDataEndsATapeWithoutAnError) {
 
 TEST_F(TapeCopyTest, EofCountAboveTwoKeepsDoubleMarksAlsoInARawFile) {
   setParameters([this](WINDOW parameters) { EXPECT_EQ(toolkit.typed(parameters, UF_EOF_COUNT, "-3"), "3"); });
-  EXPECT_EQ(copied({A, MARK, MARK, B, MARK, MARK, MARK}), closed({A, MARK, MARK, B, MARK, MARK}));
+  EXPECT_EQ(copied({A, MARK, MARK, B, MARK, MARK, MARK}), closedFile({A, MARK, MARK, B, MARK, MARK}));
   setParameters([this](WINDOW parameters) { toolkit.press(parameters, UF_RAW); });
   EXPECT_EQ(copyToDisk(), A + tpfHeader(0, 0x1000001U, 0xF0F0F0F0U));
 }
@@ -107,7 +107,7 @@ TEST_F(TapeCopyTest, ConcatenateTakesTheFirstFileOfEachTape) {
   makeCartridge("next.tap", {C, MARK, B, MARK, MARK});
   setParameters([this](WINDOW parameters) { toolkit.press(parameters, UF_CONCATENATE); });
   nextInputIs("next.tap");
-  EXPECT_EQ(copied({A, MARK, B, MARK, MARK}), closed({A, C}));
+  EXPECT_EQ(copied({A, MARK, B, MARK, MARK}), closedFile({A, C}));
   expectSaid({"Begin input tape 2", "   2 tapes copied.", "   2 files copied."});
 }
 
@@ -174,7 +174,7 @@ TEST_F(TapeCopyTest, AMagazineIsCopiedToItsEnd) {
   noFurtherTape();
   start();
   EXPECT_EQ(status(), "Complete");
-  EXPECT_EQ(tpfShortly(readFile(folder.path("out.tpf"))), closed({A, MARK, B, MARK}));
+  EXPECT_EQ(tpfShortly(readFile(folder.path("out.tpf"))), closedFile({A, MARK, B, MARK}));
   expectCounts({{"Tape finished", 2}, {"Magazine finished", 1}, {"  ", 1}});
   EXPECT_TRUE(toolkit.errors.empty());
   // A stop ends the wait for the loader, which may have more, and asks nothing.
@@ -184,7 +184,7 @@ TEST_F(TapeCopyTest, AMagazineIsCopiedToItsEnd) {
     if (units[0].state == 0) toolkit.press(toolkit.dialog(DLG_PROGRESS), PROG_STOP);
   };
   const auto begin = std::chrono::steady_clock::now();
-  EXPECT_EQ(copied({A, MARK, MARK}), closed({A, MARK}));
+  EXPECT_EQ(copied({A, MARK, MARK}), closedFile({A, MARK}));
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
   expectCounts({{"  *** Copy aborted by user at DATE.", 1}, {"Magazine finished", 0}});
   toolkit.onPump = nullptr;
@@ -218,7 +218,7 @@ TEST_F(TapeCopyTest, WhatAnEarlierReadMetIsForgottenWhenTheTapeIsRewound) {
   tlv_rewind(units, 0);
   noFurtherTape();
   start();
-  EXPECT_EQ(tpfShortly(readFile(folder.path("out.tpf"))), closed({A, MARK, B, MARK}));
+  EXPECT_EQ(tpfShortly(readFile(folder.path("out.tpf"))), closedFile({A, MARK, B, MARK}));
 }
 
 TEST_F(TapeCopyTest, StartOverUnitsThatAnotherWindowClosedTouchesNothing) {

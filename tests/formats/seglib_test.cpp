@@ -82,15 +82,15 @@ class HeaderGain : public testing::Test {
 };
 
 TEST_F(HeaderGain, CodesMultiply) {
-  using Floats = std::vector<float>;
-  const Floats ones = {1, 1, 1, 1, 1, -1};
+  using Gains = std::vector<float>;
+  const Gains ones = {1, 1, 1, 1, 1, -1};
   EXPECT_EQ(gains(0, 1), ones);  // zero codes are no factors
   setCode(21, 3);
   setCode(24, 5);   // second code of the second trace of 2-byte types; first trace of the 4-byte type has 22
   setCode(29, 31);  // first code of the fifth trace; of the third for the 4-byte type
-  for (const int type : {0, 1, 4}) EXPECT_EQ(gains(type, 1), (Floats{3, 5, 1, 1, 31, -1})) << type;
+  for (const int type : {0, 1, 4}) EXPECT_EQ(gains(type, 1), (Gains{3, 5, 1, 1, 31, -1})) << type;
   setCode(22, 2);
-  EXPECT_EQ(gains(2, 1), (Floats{6, 1, 31, 1, 1, -1}));
+  EXPECT_EQ(gains(2, 1), (Gains{6, 1, 31, 1, 1, -1}));
   EXPECT_EQ(gains(3, 1), ones);
   EXPECT_EQ(gains(0, 0), ones);
 }

@@ -11,12 +11,9 @@ namespace {
 
 using Serials = std::vector<int>;
 
-constexpr int SAMPLES = 5;
 constexpr std::size_t TRACE = 240 + 4 * SAMPLES;
 
 /// A trace of the usual length.
-std::string trace(int serial, const TraceWords& words = {}) { return segyTrace(words, SAMPLES, serial); }
-
 std::vector<std::string> numbered(int first, int last, int step = 1, int samples = SAMPLES) {
   std::vector<std::string> traces;
   for (int serial = first; serial <= last; serial += step)

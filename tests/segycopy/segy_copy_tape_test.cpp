@@ -8,10 +8,6 @@
 
 namespace {
 
-constexpr int SAMPLES = 5;
-
-std::string trace(int serial, const TraceWords& words = {}) { return segyTrace(words, SAMPLES, serial); }
-
 Tape reel(const Tape& traces, char letter = 'C') { return Tape{segyText(letter), segyBinary(SAMPLES)} + traces; }
 
 class SegyTapeTest : public SegyTest {

@@ -7,6 +7,11 @@
 #include "tests/support/segy_files.h"
 #include "tests/support/units_fixture.h"
 
+/// Samples of a trace of the usual length.
+constexpr int SAMPLES = 5;
+
+inline std::string trace(int serial, const TraceWords& words = {}) { return segyTrace(words, SAMPLES, serial); }
+
 class SegyTest : public UnitsTest {
  protected:
   SegyTest() { segyInit(); }

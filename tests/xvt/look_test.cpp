@@ -119,13 +119,13 @@ class Desktop {
   Display* display_;
 };
 
-constexpr DLG_ITEM kItems[] = {
+constexpr DLG_ITEM kTabItems[] = {
     ui::edit(1, "field", 10),        ui::option(2, "option", 10),    ui::list(3, "list", 10, 4),
     ui::check(4, "check", "Check"),  ui::radio(5, "radio", "Radio"), ui::push(6, "ok", "~OK", IF_DEFAULT),
     ui::push(7, "cancel", "Cancel"),
 };
-constexpr DLG_RES kTable = {1, "stops", "Stops", kItems, std::size(kItems)};
-constexpr RESOURCES kResources = {nullptr, 0, &kTable, 1};
+constexpr DLG_RES kTabTable = {1, "stops", "Stops", kTabItems, std::size(kTabItems)};
+constexpr RESOURCES kTabResources = {nullptr, 0, &kTabTable, 1};
 
 TEST(Look, TheUserChoosesByEnvironmentThenResourceThenDesktop) {
   struct Case {
@@ -151,10 +151,10 @@ TEST(Look, TheUserChoosesByEnvironmentThenResourceThenDesktop) {
     setenv("XDG_CONFIG_HOME", "/nowhere", 1);
     const Desktop desktop(std::string("Xft.dpi: 96\n") + one.resources, one.theme);
     testing::internal::CaptureStderr();
-    run(kResources, [&] {
+    run(kTabResources, [&] {
       EXPECT_EQ(app().look().palette().isDark(), one.dark);
       EXPECT_NEAR(app().look().lineHeight(), 16 * one.percent / 100, 2);
-      const WINDOW window = open(WD_MODELESS, kTable);
+      const WINDOW window = open(WD_MODELESS, kTabTable);
       const Item& mark = *Registry::instance().find<Item>(ctl(window, 4));
       EXPECT_NEAR(mark.cell().natural.height, 24 * one.percent / 100, 3) << "to be hit";
     });
@@ -182,12 +182,12 @@ long pixelsOf(const Item& item, Pixel wanted) {
 
 TEST(Look, OneStopOfTheTabKeyHasARingAround) {
   setenv("CORE_TEST_PALETTE", "dark", 1);  // where nothing else is white
-  run(kResources, [] {
-    const WINDOW window = open(WD_MODELESS, kTable);
-    for (int stop = 0; stop < 2 * static_cast<int>(std::size(kItems)); ++stop) {
+  run(kTabResources, [] {
+    const WINDOW window = open(WD_MODELESS, kTabTable);
+    for (int stop = 0; stop < 2 * static_cast<int>(std::size(kTabItems)); ++stop) {
       pump(40);
       const Widget shell = Registry::instance().find<Dialog>(window)->shell();
-      for (int id = 1; id <= static_cast<int>(std::size(kItems)); ++id) {
+      for (int id = 1; id <= static_cast<int>(std::size(kTabItems)); ++id) {
         const Item& item = *Registry::instance().find<Item>(ctl(window, id));
         const RCT place = item.outerRect();
         const bool has = XmGetFocusWidget(shell) == item.widget();
