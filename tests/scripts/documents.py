@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Plays every example of the documents from the documents' own text.
 
-    documents.py play PROGRAM            all of them, on the display that is there
+    documents.py play PROGRAM            all but the one below, on the display that is there
+    documents.py play PROGRAM DOCUMENT   that one alone
     documents.py block DOCUMENT START    prints the code block of a document that begins so
 
 A code block, and a command in backticks, belongs to the player in PLAYERS that stands under its document with the words that
@@ -816,7 +817,11 @@ def play_document(document):
     assert not examples, f"{document}: nobody knows how to play\n" + "\n".join(examples)
 
 
-def play(program):
+# Opens every dialog, which takes as long as all else: it is a test of its own, beside the others.
+ALONE = "docs/dialogs.md"
+
+
+def play(program, only=None):
     build = os.path.dirname(os.path.abspath(program))
     os.environ.update(PATH=build + ":" + os.environ["PATH"], BUILD=build)
     for name in ("KYRHOME", "IOHOME", "ST_BUFFER", "QUARLO_TAPE_FAULT"):
@@ -827,7 +832,7 @@ def play(program):
     for path in glob.glob(ROOT + "/resources/jobs/*.qs"):
         assert f"--job {os.path.basename(path)[:-3]} " in tests, f"no test plays {path}"
     failed = []
-    for document in documents:
+    for document in [only] if only else [each for each in documents if each != ALONE]:
         start = time.time()
         with tempfile.TemporaryDirectory() as folder:
             os.chdir(folder)
@@ -847,4 +852,4 @@ if __name__ == "__main__":
     if sys.argv[1] == "block":
         sys.stdout.write(block(sys.argv[2], sys.argv[3]).rstrip("\n") + "\n")
     else:
-        play(sys.argv[2])
+        play(*sys.argv[2:])
